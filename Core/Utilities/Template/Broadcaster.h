@@ -1,0 +1,72 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "host/QelAssert/Assert.h"
+#include "host/QelUtilities/TypeName.h"
+
+namespace qel {
+
+/// The registry of a host's listeners of interface `T`, and the way to call them.
+///
+/// Only weak references are held: a listener that is destroyed lapses by itself. All operations
+/// belong to one thread of the host, and a listener may register or unregister (itself or others)
+/// while it is being called.
+template <typename T>
+class Broadcaster {
+ public:
+  /// Appends the listener; one registered twice is called twice. A null listener is reported as an
+  /// assertion and appended all the same.
+  void registerListener(std::shared_ptr<T> listener) {
+    if (!listener) {
+      report("registerListener", "Trying to register a nullptr listener", 53);
+    }
+    listeners_.push_back(std::move(listener));
+  }
+
+  /// Removes every entry of the listener and keeps the order of the rest. Null, or a listener that
+  /// is not registered, is reported as an assertion.
+  void unregisterListener(const std::shared_ptr<T>& listener) {
+    if (!listener) {
+      report("unregisterListener",
+             "Broadcaster::unregisterListener shouldn't be called with nullptr", 61);
+      return;
+    }
+    const auto removed = std::erase_if(
+        listeners_, [&](const std::weak_ptr<T>& entry) { return entry.lock() == listener; });
+    if (removed == 0) {
+      report("unregisterListener", "Trying to unregister a non registered listener", 69);
+    }
+  }
+
+  /// Calls `operation` with `arguments` on each listener that was registered when the call began
+  /// and still lives, in the order of registration. A listener is kept alive only for its own call.
+  /// What a listener throws ends the round and reaches the caller.
+  template <typename Operation, typename... Arguments>
+  void notify(Operation operation, const Arguments&... arguments) const {
+    const auto snapshot = listeners_;
+    for (const auto& entry : snapshot) {
+      if (const auto listener = entry.lock()) {
+        ((*listener).*operation)(arguments...);
+      }
+    }
+  }
+
+ private:
+  static void report(const char* operation, const char* message, int line) {
+    if (!assert::Assert::isEnabled()) {
+      return;
+    }
+    assert::Assert::addAssert(
+        {message, "qel::Broadcaster<class " + utilities::typeName(typeid(T)) + ">::" + operation,
+         "Core/Utilities/Template/Broadcaster", line});
+  }
+
+  std::vector<std::weak_ptr<T>> listeners_;
+};
+
+}  // namespace qel

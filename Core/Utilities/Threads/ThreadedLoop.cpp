@@ -1,0 +1,119 @@
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <utility>
+
+#include "host/QelAssert/Assert.h"
+#include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/TypeName.h"
+
+namespace qel::util {
+namespace {
+
+void report(const char* message, const char* function, int line) {
+  if (assert::Assert::isEnabled()) {
+    assert::Assert::addAssert({message, function, "Core/Utilities/Threads/ThreadedLoop", line});
+  }
+}
+
+bool runsAtStart(const RunPolicy& policy) {
+  return policy.runAtEdges && policy.runMode != RunPolicy::AtStop;
+}
+
+bool runsAtStop(const RunPolicy& policy) {
+  return policy.runAtEdges && policy.runMode != RunPolicy::AtStart;
+}
+
+/// One write for the whole line, so that lines of several threads do not mix.
+void writeToStandardError(const std::function<bool()>& function, const std::string& ending) {
+  std::cerr << "Assert in ThreadedLoop(" + utilities::typeName(function.target_type()) + ending +
+                   '\n'
+            << std::flush;
+}
+
+}  // namespace
+
+ThreadedLoop::~ThreadedLoop() { stopAndJoin(); }
+
+void ThreadedLoop::stop() {
+  const std::lock_guard lock(sleeperMutex_);
+  if (!sleeper_) {
+    report("Assert: Sleeper is not in a valid state. Was stop called before perform?",
+           "qel::util::ThreadedLoop::stop", 131);
+    return;
+  }
+  sleeper_->stop();
+}
+
+void ThreadedLoop::start(Work work) {
+  if (!work.function) {
+    report("Assert: Function is empty", "qel::util::ThreadedLoop::perform", 104);
+    return;
+  }
+  stopAndJoin();
+  auto sleeper = std::make_unique<Sleeper>();
+  Sleeper& sleeperOfWorker = *sleeper;
+  {
+    const std::lock_guard lock(sleeperMutex_);
+    sleeper_ = std::move(sleeper);
+  }
+  thread_ =
+      std::thread([this, &sleeperOfWorker, work = std::move(work)] { run(work, sleeperOfWorker); });
+}
+
+void ThreadedLoop::stopAndJoin() {
+  if (!thread_.joinable()) {
+    return;
+  }
+  stop();
+  // Not under the mutex: a run under way may be waiting for a thread that is about to call stop.
+  thread_.join();
+}
+
+void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
+  if (work.setup) {
+    work.setup();
+  }
+  running_ = true;
+  repeat(work, sleeper);
+  running_ = false;
+}
+
+void ThreadedLoop::repeat(const Work& work, Sleeper& sleeper) {
+  if (runsAtStart(work.policy) && !invoke(work.function)) {
+    return;
+  }
+  while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
+         Sleeper::Outcome::TimedOut) {
+    if (invoke(work.function)) {
+      continue;
+    }
+    running_ = false;
+    if (!invoke(work.function)) {
+      return;
+    }
+    running_ = true;
+  }
+  running_ = false;
+  if (runsAtStop(work.policy)) {
+    invoke(work.function);
+  }
+}
+
+bool ThreadedLoop::invoke(const std::function<bool()>& function) {
+  try {
+    return function();
+  } catch (const std::exception& failure) {
+    writeToStandardError(function, std::string("): ") + failure.what());
+  } catch (...) {
+    writeToStandardError(function, ")");
+  }
+  debuggerBreak();
+  return false;
+}
+
+void ThreadedLoop::debuggerBreak() { utilities::debugger::Debugger::vBreak(); }
+
+}  // namespace qel::util

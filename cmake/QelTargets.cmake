@@ -1,0 +1,37 @@
+# What every target of this repository has in common.
+
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+endif()
+
+find_package(Threads REQUIRED)
+
+# Warnings and sanitizers, for this repository's own sources only.
+add_library(QelBuildSettings INTERFACE)
+target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                                  -Werror)
+if(QEL_SANITIZE)
+  target_compile_options(QelBuildSettings INTERFACE -fsanitize=${QEL_SANITIZE}
+                                                    -fno-sanitize-recover=all)
+  target_link_options(QelBuildSettings INTERFACE -fsanitize=${QEL_SANITIZE})
+endif()
+
+# Settings of a library or a program; include paths start at the repository's root.
+function(qel_configure_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:QelBuildSettings>)
+endfunction()
+
+# qel_add_library(<name> <source>...): a library with its Qel:: alias. Its symbols are all visible;
+# QelAnalytics narrows that for itself.
+function(qel_add_library target)
+  add_library(${target} ${ARGN})
+  add_library(Qel::${target} ALIAS ${target})
+  qel_configure_target(${target})
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  set_target_properties(
+    ${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+                         WINDOWS_EXPORT_ALL_SYMBOLS ON POSITION_INDEPENDENT_CODE ON)
+endfunction()

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <compare>
+
+namespace qel::datetime {
+
+/// A moment, held as one double: seconds since 1970-01-01 00:00 UTC with their fraction, leap
+/// seconds not counted.
+class DateTime {
+ public:
+  /// The epoch.
+  DateTime() = default;
+  explicit DateTime(double secondsSinceEpoch) : seconds_(secondsSinceEpoch) {}
+
+  /// Sets this to the system clock's current time.
+  void vSetNow();
+
+  static DateTime now() {
+    DateTime time;
+    time.vSetNow();
+    return time;
+  }
+
+  double secondsSinceEpoch() const { return seconds_; }
+
+  friend auto operator<=>(const DateTime&, const DateTime&) = default;
+
+ private:
+  double seconds_ = 0;
+};
+
+}  // namespace qel::datetime

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "host/QelLog/LoggerInterface.h"
+
+namespace qel::log {
+
+/// Where log messages go, and which.
+struct LogSettings {
+  /// Messages below this level are dropped.
+  int lowestLevel = Level::Warning;
+  bool standardError = true;
+  /// Also written to this file when it is not empty; created for the owner alone, since messages
+  /// may hold what customers typed.
+  std::filesystem::path file;
+  /// When the file would grow beyond this many bytes it is kept under a numbered name and begun
+  /// anew.
+  std::size_t largestFile = std::size_t{10} * 1024 * 1024;
+  /// How many such older files are kept.
+  std::size_t olderFiles = 2;
+};
+
+/// The process's loggers by name. All operations may be called from any thread.
+class LogManager {
+ public:
+  static LogManager& instance();
+
+  /// The logger of this name, made on first use. It follows later calls of `configure`.
+  std::shared_ptr<LoggerInterface> getLogger(const std::string& name);
+
+  /// Replaces where messages go, for loggers already handed out too. Throws `qel::exception`,
+  /// naming the file, when the log file cannot be opened; nothing is changed then.
+  void configure(const LogSettings& settings);
+
+  LogManager(const LogManager&) = delete;
+  LogManager& operator=(const LogManager&) = delete;
+
+ private:
+  LogManager();
+  ~LogManager();
+
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace qel::log

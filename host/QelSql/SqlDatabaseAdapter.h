@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "host/QelSql/SqlDatabaseInterface.h"
+
+namespace qel::db::sql {
+
+/// A SQLite database file.
+///
+/// Opening claims the file's directory for this process: the first object of the process in a
+/// directory takes a lock file there
+/// ("Databases.lock"), the last one lets go of it. A new file is created for its owner alone. A
+/// file that SQLite finds corrupt, now or later, is set aside with its journal under a dated name
+/// and reported, and a fresh one is begun in its place, with the tables that were created through
+/// this object.
+///
+/// Another process may hold the file for a while (a virus scanner, a support tool): statements wait
+/// until it is free and log a message after five seconds. The thread that opened the object waits
+/// one second in all, since it is a thread of the host. Operations may be called from any thread;
+/// one statement or transaction runs at a time.
+class SqlDatabaseAdapter : public SqlDatabaseInterface {
+ public:
+  /// Opens or creates the file. Throws `qel::exception`, naming the path and the reason, when it
+  /// cannot be opened, or when another process has claimed its directory.
+  explicit SqlDatabaseAdapter(const std::filesystem::path& file);
+  ~SqlDatabaseAdapter() override;
+
+  Result execute(const std::string& statement) override;
+  Result selectAll(const std::string& table) override;
+  Result deleteIds(const std::string& table, const std::string& ids) override;
+  ScopeGuard beginTransaction() override;
+
+  SqlDatabaseAdapter(const SqlDatabaseAdapter&) = delete;
+  SqlDatabaseAdapter& operator=(const SqlDatabaseAdapter&) = delete;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace qel::db::sql

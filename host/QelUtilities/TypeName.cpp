@@ -1,0 +1,24 @@
+#include "host/QelUtilities/TypeName.h"
+
+#if __has_include(<cxxabi.h>)
+#include <cstdlib>
+#include <memory>
+
+#include <cxxabi.h>
+#endif
+
+namespace qel::utilities {
+
+std::string typeName(const std::type_info& type) {
+#if __has_include(<cxxabi.h>)
+  int status = 0;
+  const std::unique_ptr<char, void (*)(void*)> name(
+      abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free);
+  if (name) {
+    return name.get();
+  }
+#endif
+  return type.name();
+}
+
+}  // namespace qel::utilities
