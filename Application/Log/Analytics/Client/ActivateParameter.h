@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Application/Log/Analytics/Reports/WebUpdateReporterInterface.h"
+#include "host/QelId/Guid.h"
+
+namespace qel::log::analytics {
+
+namespace items {
+class EnvironmentItem;
+}
+
+namespace parameters {
+
+/// What the host tells the client when it activates it. The callables are called on threads of the
+/// client too, must be safe for that and must not call back into it.
+struct ActivateParameter {
+  /// Outlives the client.
+  reports::WebUpdateReporterInterface& webUpdateReporter;
+  /// Directory of both databases (UTF-8); it must exist and belongs to one process at a time.
+  std::string databasePath;
+  /// Which installation this is. Like the session, it sticks to the process: only its first value
+  /// counts.
+  std::string installationId;
+  qel::Guid sessionId;
+  std::string serverSecret;  ///< never written anywhere
+  std::string serverUser;
+  /// Describes the machine when sending starts, or once at activation when sending is not allowed.
+  /// It may be empty or return null: nothing is described then.
+  std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem;
+  /// Whether items may be stored for sending, asked for every batch. Sending starts at activation
+  /// if it says so then. Required.
+  std::function<bool()> isSendingAllowed;
+  /// Whether items may be copied to the support database, asked for every batch. Required.
+  std::function<bool()> databaseCallback;
+};
+
+}  // namespace parameters
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,138 @@
+#include "Application/Log/Analytics/Client/Client.h"
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Items/BaseItem.h"
+#include "Application/Log/Analytics/Items/CipInfoItem.h"
+#include "Application/Log/Analytics/Items/EnvironmentItem.h"
+#include "Application/Log/Analytics/Listeners/ActionListener.h"
+#include "Application/Log/Analytics/Listeners/ApplicationListener.h"
+#include "Application/Log/Analytics/Listeners/GeneralListener.h"
+#include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
+#include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
+#include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/Exception.h"
+
+namespace qel::log::analytics {
+namespace {
+
+using qel::broadcaster::ActionBroadcaster;
+using qel::broadcaster::ApplicationBroadcaster;
+using qel::broadcaster::GeneralBroadcaster;
+using qel::util::RunPolicy;
+
+template <typename Broadcaster, typename Listener>
+void unregister(Broadcaster& broadcaster, const std::shared_ptr<Listener>& listener) {
+  if (listener) {
+    broadcaster.unregisterListener(listener);
+  }
+}
+
+void reportFailedPass(CipDatabases& databases, LoggerInterface& logger,
+                      const std::string& message) {
+  logger.log(Level::Error, "sending CIP data has failed: " + message);
+  databases.insert(
+      std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::SendingItems,
+                                           items::CipInfoItem::Severity::Exception, message),
+      CipDatabaseClientInterface::Items);
+  utilities::debugger::Debugger::vBreak();
+}
+
+}  // namespace
+
+Client::Client(std::unique_ptr<CipDatabases> databases) : databases_(std::move(databases)) {
+  if (!databases_) {
+    throw std::invalid_argument("databases can not be assigned nullptr");
+  }
+  memoryUsageObserver_ = std::make_shared<reports::MemoryUsageObserver>(*databases_);
+  serverConnection_ = std::make_shared<serverconnection::DbToServerConnection>();
+  logger_ = LogManager::instance().getLogger("qel.log.analytics.Client");
+}
+
+Client::~Client() {
+  memoryUsageObserver_.reset();
+  unregister(ActionBroadcaster::getInstance(), actionListener_);
+  unregister(ApplicationBroadcaster::getInstance(), applicationListener_);
+  unregister(GeneralBroadcaster::getInstance(), generalListener_);
+}
+
+void Client::activate(const parameters::ActivateParameter& parameter) {
+  if (active_) {
+    throw qel::exception("Customer involvement client is already running.");
+  }
+  createEnvironmentItem_ = parameter.createEnvironmentItem;
+  initInstances(parameter);
+  initAndRegisterActionListener();
+  applicationListener_ = std::make_shared<listeners::ApplicationListener>(
+      *databases_, memoryUsageObserver_, parameter.webUpdateReporter);
+  ApplicationBroadcaster::getInstance().registerListener(applicationListener_);
+  generalListener_ = std::make_shared<listeners::GeneralListener>(*databases_);
+  GeneralBroadcaster::getInstance().registerListener(generalListener_);
+  active_ = true;
+  memoryUsageObserver_->start();
+  if (databases_->getWriteToCipDatabaseFunc()) {
+    startSendingItems();
+  } else {
+    insertEnvironmentItem();
+  }
+}
+
+void Client::startSendingItems() {
+  if (!sendingStarted_) {
+    sendingStarted_ = true;
+    if (startupTask_.valid()) {
+      startupTask_.wait();
+    }
+    insertEnvironmentItem();
+  }
+  sendingLoop_.perform({}, sendItemsFunc(), std::chrono::minutes(10),
+                       RunPolicy{RunPolicy::AtStartAndStop, true});
+}
+
+void Client::stopSendingItems() { sendingLoop_.stop(); }
+
+void Client::initInstances(const parameters::ActivateParameter& parameter) {
+  items::BaseItem::setSessionId(parameter.sessionId);
+  items::BaseItem::setInstallationId(parameter.installationId);
+  databases_->initialize(parameter);
+  serverConnection_->initalize(parameter);
+}
+
+void Client::initAndRegisterActionListener() {
+  actionListener_ = std::make_shared<listeners::ActionListener>(*databases_);
+  ActionBroadcaster::getInstance().registerListener(actionListener_);
+}
+
+void Client::insertEnvironmentItem() {
+  if (!createEnvironmentItem_) {
+    return;
+  }
+  if (auto item = createEnvironmentItem_()) {
+    databases_->insert(std::move(item), CipDatabaseClientInterface::Environments);
+  }
+}
+
+/// The logger is shared, since the last pass comes after the client has let go of it.
+std::function<bool()> Client::sendItemsFunc() {
+  return [this, logger = logger_] {
+    try {
+      SendingPass(databases_->getCipDatabase(), *serverConnection_, *logger, packageSizeLimit_)
+          .run();
+      return true;
+    } catch (const std::exception& failure) {
+      reportFailedPass(*databases_, *logger, failure.what());
+      throw std::runtime_error(failure.what());
+    } catch (...) {
+      reportFailedPass(*databases_, *logger, "Unknown Exception");
+      throw;
+    }
+  };
+}
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <future>
+#include <memory>
+
+#include "Application/Log/Analytics/Client/ClientInterface.h"
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+
+namespace qel::log {
+class LoggerInterface;
+}
+
+namespace qel::log::analytics {
+
+class CipDatabases;
+
+namespace items {
+class EnvironmentItem;
+}
+namespace listeners {
+class ActionListener;
+class ApplicationListener;
+class GeneralListener;
+}  // namespace listeners
+namespace reports {
+class MemoryUsageObserver;
+}
+namespace serverconnection {
+class DbToServerConnection;
+}
+
+/// The one object that a host makes to take part in the customer involvement programme.
+///
+/// Made with the database pair, it does nothing until `activate`. From then on it records what the
+/// host broadcasts, samples memory, and sends what is stored: at once, every ten minutes, and once
+/// more when it is destroyed. Destruction takes the listeners off the broadcasters and waits for
+/// that last pass; what is queued by then is lost unless the host calls `CipDatabases::join` first.
+/// All operations belong to one thread, the one that broadcasters are registered on.
+class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
+ public:
+  /// Throws `std::invalid_argument` when `databases` is null.
+  explicit Client(std::unique_ptr<CipDatabases> databases);
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+  ~Client() override;
+
+  /// Throws `qel::exception` when the client is active already, `std::bad_function_call` when
+  /// `isSendingAllowed` is empty (the client is active then and records nothing for long), and
+  /// whatever opening the databases throws.
+  void activate(const parameters::ActivateParameter& parameter) override;
+  bool isActive() const override { return active_; }
+  void startSendingItems() override;
+  void stopSendingItems() override;
+
+ private:
+  void initInstances(const parameters::ActivateParameter& parameter);
+  void initAndRegisterActionListener();
+  void insertEnvironmentItem();
+  std::function<bool()> sendItemsFunc();
+
+  // In the order in which they must come to life; they go in the reverse order.
+  bool active_ = false;
+  bool sendingStarted_ = false;
+  std::size_t packageSizeLimit_ = 1'000'000;  ///< bytes of row text
+  std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem_;
+  std::unique_ptr<CipDatabases> databases_;
+  std::shared_ptr<serverconnection::DbToServerConnection> serverConnection_;
+  qel::util::ThreadedLoop sendingLoop_;
+  std::shared_ptr<listeners::ActionListener> actionListener_;
+  std::shared_ptr<listeners::ApplicationListener> applicationListener_;
+  std::shared_ptr<listeners::GeneralListener> generalListener_;
+  std::shared_ptr<reports::MemoryUsageObserver> memoryUsageObserver_;
+  std::future<void> startupTask_;  ///< what the first sending has to wait for, if anything
+  std::shared_ptr<LoggerInterface> logger_;
+};
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Application/Log/Analytics/Client/ActivateParameter.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics {
+
+/// The analytics client, as the host uses it: on one thread of the host's.
+class QEL_ANALYTICS_EXPORT ClientInterface {
+ public:
+  virtual ~ClientInterface() = default;
+
+  /// Opens the databases, registers the listeners, and starts sending if the host allows it. Once
+  /// only.
+  virtual void activate(const parameters::ActivateParameter& parameter) = 0;
+  virtual bool isActive() const = 0;
+  /// Starts sending, or starts it anew with a pass at once, after waiting for a pass under way.
+  virtual void startSendingItems() = 0;
+  /// Lets sending end with one more pass and does not wait for it.
+  virtual void stopSendingItems() = 0;
+};
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,94 @@
+#include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
+
+#include "Application/Log/Analytics/Items/CipInfoItem.h"
+#include "host/QelAssert/Assert.h"
+
+namespace qel::log::analytics {
+
+using qel::json::ToJsonInterface;
+using qel::util::RunPolicy;
+
+AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
+                                               std::chrono::duration<double> period,
+                                               unsigned int capacity)
+    : callback_(std::move(callback)), period_(period), capacity_(capacity) {
+  pending_.reserve(capacity);
+  working_.reserve(capacity);
+}
+
+AccumulatingDispatcher::~AccumulatingDispatcher() {
+  // The worker's last run, which the loop's destruction brings about, then finds nothing.
+  const std::lock_guard lock(mutex_);
+  pending_.clear();
+}
+
+void AccumulatingDispatcher::start() {
+  auto useCallersAssertHandler = [handler = assert::Assert::getRegisteredForCurrentThread()] {
+    assert::AssertFunctionOne::registerHandler(handler);
+  };
+  loop_.perform(
+      std::move(useCallersAssertHandler), [this] { return drain(); }, period_,
+      RunPolicy{RunPolicy::AtStop, true});
+}
+
+void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
+                                 CipDatabaseClientInterface::Table table) {
+  if (failed_ || !item) {
+    return;
+  }
+  const std::lock_guard lock(mutex_);
+  if (failed_) {
+    return;
+  }
+  if (pending_.size() >= capacity_) {
+    fail();
+    return;
+  }
+  pending_.emplace_back(std::move(item), table);
+}
+
+void AccumulatingDispatcher::join() {
+  loop_.stop();
+  start();
+}
+
+bool AccumulatingDispatcher::drain() {
+  for (;;) {
+    working_.clear();
+    if (!failed_) {
+      const std::lock_guard lock(mutex_);
+      pending_.swap(working_);
+    }
+    if (working_.empty()) {
+      return !failed_;
+    }
+    try {
+      callback_(working_);
+    } catch (...) {
+      failed_ = true;
+      return false;
+    }
+  }
+}
+
+/// The mutex is held all along: whoever adds meanwhile waits and then finds the dispatcher failed.
+/// The worker does not wait for it once it sees the failure, so stopping it here is safe.
+void AccumulatingDispatcher::fail() {
+  failed_ = true;
+  pending_.clear();
+  loop_.stop();
+  try {
+    std::vector<Entry> marker;
+    marker.emplace_back(
+        std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::InsertingItems,
+                                             items::CipInfoItem::Severity::CriticalLarge,
+                                             "Dispatcher has reached critical level of added data"),
+        CipDatabaseClientInterface::Items);
+    callback_(marker);
+  } catch (...) {
+    // The dispatcher has failed already; there is nobody left to tell.
+    return;
+  }
+}
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,70 @@
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+
+#include <memory>
+#include <system_error>
+
+#include "Application/Log/Analytics/Database/DatabaseAdapter.h"
+#include "Application/Log/Analytics/Items/CipInfoItem.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::log::analytics {
+namespace {
+
+constexpr std::uint64_t sizeLimit = 30'720'000;
+
+}  // namespace
+
+void CipDatabaseClient::initialize(const std::string& directory) {
+  path_ = utilities::pathFromUtf8(directory) / "ItemDatabase.db";
+  auto adapter = std::make_shared<details::DatabaseAdapter>(
+      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path_));
+  addTables(*adapter);
+  use(std::move(adapter));
+}
+
+void CipDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {
+  auto* const open = adapter();
+  const auto* const name = details::tableName(table);
+  if (open != nullptr && name != nullptr) {
+    insertEach(*open, jsons, *name);
+  }
+}
+
+void CipDatabaseClient::insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) {
+  auto* const open = adapter();
+  if (open == nullptr) {
+    return;
+  }
+  const auto size = getDatabaseFileSize();
+  if (!size) {
+    return;
+  }
+  if (*size >= sizeLimit) {
+    reportCriticalLevel(*open);
+    return;
+  }
+  insertTogether(*open, rows);
+  criticalLevelReported_ = false;
+}
+
+std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
+CipDatabaseClient::getAllFromSession(std::string /*sessionId*/) {
+  return {};
+}
+
+std::optional<std::uint64_t> CipDatabaseClient::getDatabaseFileSize() {
+  std::error_code unreadable;  // the size then is all ones, which counts as full
+  return std::filesystem::file_size(path_, unreadable);
+}
+
+void CipDatabaseClient::reportCriticalLevel(details::DatabaseAdapterInterface& adapter) {
+  if (criticalLevelReported_.exchange(true)) {
+    return;
+  }
+  const items::CipInfoItem marker(items::CipInfoItem::Area::Database,
+                                  items::CipInfoItem::Severity::CriticalLarge);
+  insertEach(adapter, {marker.toJson()}, *details::tableName(Items));
+}
+
+}  // namespace qel::log::analytics

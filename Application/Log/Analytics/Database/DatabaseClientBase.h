@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
+#include "Application/Log/Analytics/Database/DatabaseAdapterInterface.h"
+
+namespace qel::log::analytics::details {
+
+/// What the two database clients have in common: reading and deleting rows through an adapter, once
+/// there is one.
+class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterface {
+ public:
+  RowMap getAllItems() override;
+  void deleteItems(const RowMap& rows) override;
+  std::pair<Table, RowMap> getAll(Table table) override;
+  void deleteEnvironments(RowMap rows) override;
+  void vacuum() override;
+  void deleteByIds(Table table, std::vector<int>& ids) override;
+
+ protected:
+  /// Creates both tables through the adapter.
+  static void addTables(DatabaseAdapterInterface& adapter);
+  /// Takes the adapter into use, in place of an earlier one.
+  void use(std::shared_ptr<DatabaseAdapterInterface> adapter);
+  /// The adapter, null before there is one.
+  DatabaseAdapterInterface* adapter() const;
+  /// Inserts the texts that are not empty, of known tables, in one transaction.
+  static void insertTogether(DatabaseAdapterInterface& adapter,
+                             const std::vector<std::pair<std::string, Table>>& rows);
+  /// Inserts each text that is not empty.
+  static void insertEach(DatabaseAdapterInterface& adapter, const std::vector<std::string>& jsons,
+                         const std::string& table);
+
+ private:
+  std::shared_ptr<DatabaseAdapterInterface> adapter_;  ///< published by initialized_
+  std::atomic<bool> initialized_{false};
+};
+
+/// The SQL table's name; null for a value that is no table.
+const std::string* tableName(CipDatabaseClientInterface::Table table);
+
+}  // namespace qel::log::analytics::details

@@ -1,0 +1,69 @@
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+
+#include <memory>
+#include <thread>
+
+#include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::log::analytics {
+namespace {
+
+using details::DatabaseAdapterTimestampDecorator;
+
+/// The thread is detached: it shares the adapter, so it outlives the client if it must.
+void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
+                    std::chrono::seconds age) {
+  std::thread([adapter = std::move(adapter), age] {
+    try {
+      adapter->deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Items), age);
+      adapter->deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Environments),
+                                      age);
+    } catch (...) {
+      utilities::debugger::Debugger::vBreak();
+    }
+  }).detach();
+}
+
+}  // namespace
+
+SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds> retention)
+    : retention_(retention) {}
+
+void SupportDatabaseClient::initialize(const std::string& directory) {
+  auto adapter = std::make_shared<DatabaseAdapterTimestampDecorator>(
+      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(utilities::pathFromUtf8(directory) /
+                                                         "SupportDatabase.db"));
+  addTables(*adapter);
+  if (retention_) {
+    startRetention(adapter, *retention_);
+  }
+  use(std::move(adapter));
+}
+
+void SupportDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {
+  if (auto* const open = adapter()) {
+    insertEach(*open, jsons, *details::tableName(table == Items ? Items : Environments));
+  }
+}
+
+void SupportDatabaseClient::insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) {
+  if (auto* const open = adapter()) {
+    insertTogether(*open, rows);
+  }
+}
+
+std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
+SupportDatabaseClient::getAllFromSession(std::string sessionId) {
+  std::map<Table, RowMap> rows;
+  if (auto* const open = adapter()) {
+    for (const auto table : {Items, Environments}) {
+      rows[table] = open->getAllFromSession(*details::tableName(table), sessionId);
+    }
+  }
+  return rows;
+}
+
+}  // namespace qel::log::analytics

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "QelAnalyticsExport.h"
+#include "host/QelBroadcaster/ActionBroadcaster.h"
+
+namespace qel::log::analytics {
+class CipDatabases;
+}
+
+namespace qel::log::analytics::listeners {
+
+/// Records user actions in the BCF, help, project manager and graphic views. What building or
+/// inserting an item throws reaches the broadcaster; so it does in every listener.
+class QEL_ANALYTICS_EXPORT ActionListener : public qel::broadcaster::ActionListenerInterface {
+ public:
+  explicit ActionListener(CipDatabases& databases) : databases_(databases) {}
+
+  void onBcfAction(const qel::broadcaster::event::BcfActionEvent& event) override;
+  void onHelpAction(const qel::broadcaster::event::HelpActionEvent& event) override;
+  void onProjectManagerAction(const qel::broadcaster::event::ProjectManagerEvent& event) override;
+  void onGraphicAction(const qel::broadcaster::event::GraphicActionEvent& event) override;
+
+ private:
+  CipDatabases& databases_;
+};
+
+}  // namespace qel::log::analytics::listeners

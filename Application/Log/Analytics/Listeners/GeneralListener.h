@@ -1,0 +1,24 @@
+#pragma once
+
+#include "QelAnalyticsExport.h"
+#include "host/QelBroadcaster/GeneralBroadcaster.h"
+
+namespace qel::log::analytics {
+class CipDatabases;
+}
+
+namespace qel::log::analytics::listeners {
+
+/// Records events that describe themselves; each is kept alive until it has been written.
+class QEL_ANALYTICS_EXPORT GeneralListener : public qel::broadcaster::GeneralListenerInterface {
+ public:
+  explicit GeneralListener(CipDatabases& databases) : databases_(databases) {}
+
+  void onGeneralAction(
+      std::shared_ptr<const qel::broadcaster::event::GeneralEventInterface> event) override;
+
+ private:
+  CipDatabases& databases_;
+};
+
+}  // namespace qel::log::analytics::listeners

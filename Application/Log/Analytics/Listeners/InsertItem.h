@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+
+namespace qel::log::analytics::listeners {
+
+/// Hands a recorded event over to storage.
+inline void insertItem(CipDatabases& databases, std::unique_ptr<qel::json::ToJsonInterface> item) {
+  databases.insert(std::move(item), CipDatabaseClientInterface::Items);
+}
+
+}  // namespace qel::log::analytics::listeners

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+#include "Application/Log/Analytics/Items/MemoryUsageItem.h"
+#include "Application/Log/Analytics/Reports/CrashReadableSamples.h"
+#include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "host/QelPlatformWindows/SystemInformation.h"
+
+namespace qel::log::analytics {
+class CipDatabases;
+}
+
+namespace qel::log::analytics::reports {
+
+/// How often memory is looked at and reported, and where the figures come from.
+struct MemoryUsageOptions {
+  std::chrono::duration<double> samplingInterval = std::chrono::seconds(10);
+  std::chrono::duration<double> reportingInterval = std::chrono::minutes(5);
+  std::function<std::uint64_t()> usedBySystemInKB =
+      &platform::windows::SystemInformation::getUsedPhysicalMemoryOfSystemInKB;
+  std::function<std::uint64_t()> usedByProcessInKB =
+      &platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB;
+};
+
+/// Samples the physical memory used by the process and by the whole system, and reports the
+/// smallest and the largest sample of each every reporting interval, and once more at destruction.
+/// Ends by itself once the databases have failed.
+///
+/// Two workers, one for each interval; `start` and destruction belong to the host's thread, crash
+/// reports come from any.
+class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInterface {
+ public:
+  /// The databases outlive the observer. Starts nothing.
+  explicit MemoryUsageObserver(CipDatabases& databases, MemoryUsageOptions options = {});
+
+  /// Forgets earlier samples, takes the first one at once (on the worker), and goes on from there.
+  void start();
+
+  void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override;
+  void reportDetailedMemoryUsageOfSystemForCrash() const override;
+
+ private:
+  /// One kind of figure: its samples since the last report, for the two loops and for a crash.
+  struct History {
+    void add(std::uint64_t kilobytes);
+    void clear();
+
+    MemorySamples samples;
+    CrashReadableSamples forCrash;
+  };
+
+  void observeMemoryUsage();
+  void reportMinMaxMemoryUsageOfCurrentProcess() const;
+  void reportMinMaxMemoryUsageOfSystem() const;
+  void clearStoredMemoryValues();
+  void reportMinMax(items::MemoryUsageItem::Scope scope, const MemorySamples& samples) const;
+  void reportForCrash(items::MemoryUsageItem::Scope scope, const MemorySamples& samples) const;
+
+  CipDatabases& databases_;
+  const MemoryUsageOptions options_;
+  History system_;   ///< guarded by mutex_, but for forCrash's reading
+  History process_;  ///< guarded by mutex_, but for forCrash's reading
+  std::mutex mutex_;
+  qel::util::ThreadedLoop samplingLoop_;
+  qel::util::ThreadedLoop reportingLoop_;  ///< goes first: its last report wants the samples
+};
+
+}  // namespace qel::log::analytics::reports

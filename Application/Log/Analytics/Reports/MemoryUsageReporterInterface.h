@@ -1,0 +1,17 @@
+#pragma once
+
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::reports {
+
+/// Reports, when the application has crashed, the memory use that led to it. Both operations wait
+/// for no lock of the reporter's.
+class QEL_ANALYTICS_EXPORT MemoryUsageReporterInterface {
+ public:
+  virtual ~MemoryUsageReporterInterface() = default;
+
+  virtual void reportDetailedMemoryUsageOfCurrentProcessForCrash() const = 0;
+  virtual void reportDetailedMemoryUsageOfSystemForCrash() const = 0;
+};
+
+}  // namespace qel::log::analytics::reports

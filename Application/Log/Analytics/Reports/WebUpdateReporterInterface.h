@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+namespace qel::log::analytics::reports {
+
+/// What the host has to tell about the web updates of its installation. Implemented by the host;
+/// called on the thread that broadcasts the application's start.
+class WebUpdateReporterInterface {
+ public:
+  virtual ~WebUpdateReporterInterface() = default;
+
+  virtual bool isInformationAvailable() const = 0;
+  /// Discards the information, which has been reported.
+  virtual void reset() = 0;
+  /// Update packages that were installed.
+  virtual std::uint64_t getSuccessCount() const = 0;
+  /// Update packages that were found corrupt.
+  virtual std::uint64_t getCorruptPackageCount() const = 0;
+};
+
+}  // namespace qel::log::analytics::reports

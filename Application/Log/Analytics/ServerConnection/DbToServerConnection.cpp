@@ -1,0 +1,36 @@
+#include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
+
+#include "host/QelHttp/Client.h"
+
+namespace qel::log::analytics::serverconnection {
+namespace {
+
+/// A negative status is a large number here, so it refuses.
+bool accepts(int statusCode) { return static_cast<unsigned int>(statusCode) < 400; }
+
+}  // namespace
+
+DbToServerConnection::DbToServerConnection()
+    : message_{.host = QEL_ANALYTICS_SERVER_HOST,
+               .path = "/authenticated/customer-care.php",
+               .contentType = "application/json; charset=utf-8",
+               .body = {},
+               .user = {},
+               .secret = {},
+               .closeConnection = false} {}
+
+void DbToServerConnection::initalize(const parameters::ActivateParameter& parameter) {
+  message_.user = parameter.serverUser;
+  message_.secret = parameter.serverSecret;
+}
+
+bool DbToServerConnection::send(items::ItemWrapper& package) {
+  if (package.isNullOrEmpty()) {
+    return false;
+  }
+  message_.body = package.toJson();
+  protocol::https::Client client;
+  return accepts(client.post(message_).statusCode);
+}
+
+}  // namespace qel::log::analytics::serverconnection
