@@ -50,7 +50,7 @@ TEST(SystemInformationTest, AUserWithoutAnAccountIsAnError) {
 }
 
 TEST(SystemInformationTest, MemoryOfTheProcessFollowsWhatItTouches) {
-  constexpr std::uint64_t added = 64 * 1024;
+  constexpr std::uint64_t added = 65'536;
   const std::uint64_t before = SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
   const std::vector<char> touched(added * 1024, 1);
   const std::uint64_t after = SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
