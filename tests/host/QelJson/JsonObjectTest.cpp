@@ -101,7 +101,7 @@ TEST(JsonObjectTest, AnyBytesYieldTextThatParses) {
   // Leads, continuations and what must be escaped, so that most texts are nearly valid.
   constexpr std::string_view bytes = "az\"\\\n\x1B\x7F\x80\x8F\xBF\xC2\xE0\xE2\xED\xF0\xF4\xFF"sv;
   std::uniform_int_distribution<std::size_t> pick(0, bytes.size() - 1);
-  for (int round = 0; round < 20'000; ++round) {
+  for (std::size_t round = 0; round < 20'000; ++round) {
     std::string value(round % 9, '\0');
     for (char& byte : value) {
       byte = bytes[pick(random)];
