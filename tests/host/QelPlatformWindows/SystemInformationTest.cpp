@@ -1,10 +1,9 @@
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/sysinfo.h>
@@ -58,10 +57,11 @@ TEST(SystemInformationTest, MemoryOfTheProcessIsWhatItTouchedNotWhatItReserved) 
   constexpr std::size_t size = 65'536;
   const double before = used();
   EXPECT_GT(before, 0);
-  const std::unique_ptr<char[]> memory(new char[size * 1024]);
+  std::vector<char> memory;
+  memory.reserve(size * 1024);
   EXPECT_NEAR(used() - before, 0, size / 4.0);
-  std::fill_n(memory.get(), size * 1024, '\1');
-  EXPECT_NEAR(used() - before, size, size / 4.0) << memory[0];
+  memory.resize(size * 1024, '\1');
+  EXPECT_NEAR(used() - before, size, size / 4.0);
 }
 
 TEST(SystemInformationTest, MemoryOfTheSystemIsPartOfAllThereIs) {
