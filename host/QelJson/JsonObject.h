@@ -18,8 +18,8 @@ class JsonObject {
  public:
   JsonObject& addString(std::string_view key, std::string_view value);
   JsonObject& addBool(std::string_view key, bool value);
-  /// The shortest text that reads back as the same number, with a decimal point ("96.0"); null for
-  /// infinities and NaN, which JSON cannot say.
+  /// A short text that reads back as the same number, with a decimal point or an exponent ("96.0",
+  /// "1e+300"); null for infinities and NaN, which JSON cannot say.
   JsonObject& addDouble(std::string_view key, double value);
   /// A nested object with one string member per entry, in key order.
   JsonObject& addStringMap(std::string_view key, const std::map<std::string, std::string>& values);

@@ -19,11 +19,13 @@ void report(const char* message, const char* function, int line) {
 }
 
 bool runsAtStart(const RunPolicy& policy) {
-  return policy.runAtEdges && policy.runMode != RunPolicy::AtStop;
+  return policy.runAtEdges &&
+         (policy.runMode == RunPolicy::AtStart || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
 bool runsAtStop(const RunPolicy& policy) {
-  return policy.runAtEdges && policy.runMode != RunPolicy::AtStart;
+  return policy.runAtEdges &&
+         (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
 /// One write for the whole line, so that lines of several threads do not mix.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItemWithDetail.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// The view that an action was made in.
+enum class ActionArea : std::uint32_t { Bcf, Help, StartPage, ProjectManager, Graphic };
+
+/// What the user did in one of the program's views.
+class QEL_ANALYTICS_EXPORT ActionItem : public BaseEventItemWithDetail {
+ public:
+  ActionItem(const ActionArea& area, const std::string& event,
+             const std::map<std::string, std::string>& details);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+
+ private:
+  ActionArea area_;
+  std::string event_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItemWithDetail.h"
+#include "QelAnalyticsExport.h"
+#include "host/QelAssert/AssertInfo.h"
+
+namespace qel::log::analytics::items {
+
+/// The host application started, stopped, crashed or failed an assertion.
+class QEL_ANALYTICS_EXPORT ApplicationItem : public BaseEventItemWithDetail {
+ public:
+  enum class Type : std::uint32_t { Started, Stopped, Crashed, Asserted };
+
+  /// The detail "Exception Code" holds the code as an unsigned number, whatever the type is.
+  ApplicationItem(const std::string& event, const Type& type, int exceptionCode);
+
+  /// A failed assertion, with what is known about it as details.
+  ApplicationItem(const std::string& event, const assert::AssertInfo& info);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+
+ private:
+  std::string event_;
+  Type type_;
+};
+
+}  // namespace qel::log::analytics::items

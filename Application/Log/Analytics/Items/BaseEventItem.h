@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseItem.h"
+#include "Application/Log/Analytics/Items/EventInterface.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// A record of something that happened. Subclasses say what; this class renders it.
+class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterface {
+ public:
+  /// The members "Category", "Subcategory", "Event", "InstallationId", "SessionId", "Timestamp" and
+  /// "Details", in this order. "Subcategory", "Event" and "Details" are left out when empty.
+  std::string toJson() const override;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,16 @@
+#include "Application/Log/Analytics/Items/BaseEventItemWithDetail.h"
+
+#include <utility>
+
+namespace qel::log::analytics::items {
+
+BaseEventItemWithDetail::BaseEventItemWithDetail(std::map<std::string, std::string> details)
+    : details_(std::move(details)) {}
+
+void BaseEventItemWithDetail::addDetail(const std::string& key, const std::string& value) {
+  details_.emplace(key, value);
+}
+
+std::map<std::string, std::string> BaseEventItemWithDetail::getDetails() const { return details_; }
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,7 @@
+#include "Application/Log/Analytics/Items/BimFileItem.h"
+
+namespace qel::log::analytics::items {
+
+std::string BimFileItem::getCategory() const { return "BimFile"; }
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItem.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// The client's report about itself: its database grew too large, or storing or sending failed.
+class QEL_ANALYTICS_EXPORT CipInfoItem : public BaseEventItem {
+ public:
+  enum class Area : std::uint32_t { Database, SendingItems, InsertingItems };
+  enum class Severity : std::uint32_t { CriticalLarge, Exception };
+
+  CipInfoItem(Area area, Severity severity, std::string message = {});
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+  std::map<std::string, std::string> getDetails() const override;
+
+ private:
+  Area area_;
+  Severity severity_;
+  std::string message_;
+};
+
+}  // namespace qel::log::analytics::items

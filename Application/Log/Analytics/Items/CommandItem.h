@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItemWithDetail.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// A command of the host application began or ended; the event is the command's text.
+class QEL_ANALYTICS_EXPORT CommandItem : public BaseEventItemWithDetail {
+ public:
+  enum class State : std::uint32_t { Started, Accepted, Cancelled };
+
+  CommandItem(std::string command, State state, std::map<std::string, std::string> details);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+
+ private:
+  std::string command_;
+  State state_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItem.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// A crash report was made; the event is its text.
+class QEL_ANALYTICS_EXPORT CrashReportItem : public BaseEventItem {
+ public:
+  explicit CrashReportItem(std::string text);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+  std::map<std::string, std::string> getDetails() const override;
+
+ private:
+  std::string text_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <vector>
+
+#include "Application/Log/Analytics/Items/details/HardwareEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/OsEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/QelEnvironmentInfo.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// The machine and the host applications installed on it.
+class QEL_ANALYTICS_EXPORT EnvironmentInterface {
+ public:
+  virtual ~EnvironmentInterface() = default;
+
+  virtual const details::OsEnvironmentInfo& getOsEnvironmentInfo() const = 0;
+  virtual const details::HardwareEnvironmentInfo& getHardwareEnvironmentInfo() const = 0;
+  virtual const std::vector<details::QelEnvironmentInfo>& getQelEnvironmentInfo() const = 0;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Application/Log/Analytics/Items/BaseItem.h"
+#include "Application/Log/Analytics/Items/EnvironmentInterface.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInfo.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// A description of the machine and the host applications installed on it.
+class QEL_ANALYTICS_EXPORT EnvironmentItem : public BaseItem, public EnvironmentInterface {
+ public:
+  /// The first of `applications` that is current counts as the active one; without any, the active
+  /// application's texts are empty. `isInternal` marks machines of the vendor's own staff.
+  EnvironmentItem(const details::OsEnvironmentInfo& os,
+                  const details::HardwareEnvironmentInfo& hardware,
+                  const std::vector<details::QelEnvironmentInfo>& applications, bool isInternal);
+
+  const details::OsEnvironmentInfo& getOsEnvironmentInfo() const override { return os_; }
+  const details::HardwareEnvironmentInfo& getHardwareEnvironmentInfo() const override {
+    return hardware_;
+  }
+  const std::vector<details::QelEnvironmentInfo>& getQelEnvironmentInfo() const override {
+    return applications_;
+  }
+
+  /// The members "InstallationId", "SessionId", "Timestamp", "IsInternal",
+  /// "CurrentActiveApplication", "OS", "Hardware" and "InstalledApplications", in this order and
+  /// always all of them.
+  std::string toJson() const override;
+
+ private:
+  details::OsEnvironmentInfo os_;
+  details::HardwareEnvironmentInfo hardware_;
+  std::vector<details::QelEnvironmentInfo> applications_;
+  details::ApplicationInfo currentApplication_;
+  bool isInternal_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItem.h"
+#include "QelAnalyticsExport.h"
+#include "host/QelBroadcaster/GeneralBroadcaster.h"
+
+namespace qel::log::analytics::items {
+
+/// An event of the host that describes itself. It is asked when the item is rendered, on the thread
+/// that renders; without one, all texts and the details are empty.
+class QEL_ANALYTICS_EXPORT GeneralEventItem : public BaseEventItem {
+ public:
+  using HostEvent = broadcaster::event::GeneralEventInterface;
+
+  explicit GeneralEventItem(std::shared_ptr<const HostEvent> event);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+  std::map<std::string, std::string> getDetails() const override;
+
+ private:
+  std::shared_ptr<const HostEvent> event_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "QelAnalyticsExport.h"
+#include "host/QelDateTime/DateTime.h"
+#include "host/QelId/Guid.h"
+
+namespace qel::log::analytics::items {
+
+/// Where and when a record was made.
+class QEL_ANALYTICS_EXPORT ItemInterface {
+ public:
+  virtual ~ItemInterface() = default;
+
+  virtual const std::string& getInstallationId() const = 0;
+  virtual const Guid& getSessionId() const = 0;
+  virtual const datetime::DateTime& getTime() const = 0;
+};
+
+}  // namespace qel::log::analytics::items

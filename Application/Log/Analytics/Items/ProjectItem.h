@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItemWithDetail.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// A project was opened, closed, or restored after an unclean end; the event is its name.
+class QEL_ANALYTICS_EXPORT ProjectItem : public BaseEventItemWithDetail {
+ public:
+  enum class Event : std::uint32_t { Opened, Closed, Restored };
+
+  ProjectItem(Event event, std::string project);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+
+ private:
+  Event event_;
+  std::string project_;
+};
+
+}  // namespace qel::log::analytics::items

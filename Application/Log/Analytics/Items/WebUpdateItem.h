@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItem.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// How many update packages arrived whole and how many corrupt.
+class QEL_ANALYTICS_EXPORT WebUpdateItem : public BaseEventItem {
+ public:
+  WebUpdateItem(std::uint64_t success, std::uint64_t corrupt);
+
+  std::string getCategory() const override;
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+  std::map<std::string, std::string> getDetails() const override;
+
+ private:
+  std::uint64_t success_;
+  std::uint64_t corrupt_;
+};
+
+}  // namespace qel::log::analytics::items

@@ -1,0 +1,111 @@
+#include "host/QelJson/JsonObject.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+namespace qel::json {
+namespace {
+
+bool isPlain(char character) {
+  return character >= ' ' && character <= '~' && character != '"' && character != '\\';
+}
+
+/// Most texts are plain and need no more than quotes; for the rest the library knows the rules.
+void appendText(std::string& out, std::string_view text) {
+  if (!std::all_of(text.begin(), text.end(), isPlain)) {
+    constexpr int oneLine = -1;
+    constexpr bool ensureAscii = false;
+    out += nlohmann::json(text).dump(oneLine, ' ', ensureAscii,
+                                     nlohmann::json::error_handler_t::replace);
+    return;
+  }
+  out += '"';
+  out += text;
+  out += '"';
+}
+
+template <typename Elements, typename AppendElement>
+void appendArray(std::string& out, const Elements& elements, AppendElement appendElement) {
+  out += '[';
+  std::string_view separator;
+  for (const auto& element : elements) {
+    out += std::exchange(separator, ", ");
+    appendElement(element);
+  }
+  out += ']';
+}
+
+}  // namespace
+
+JsonObject& JsonObject::addString(std::string_view key, std::string_view value) {
+  appendKey(key);
+  appendText(text_, value);
+  return *this;
+}
+
+JsonObject& JsonObject::addBool(std::string_view key, bool value) {
+  appendKey(key);
+  text_ += value ? "true" : "false";
+  return *this;
+}
+
+JsonObject& JsonObject::addDouble(std::string_view key, double value) {
+  appendKey(key);
+  text_ += nlohmann::json(value).dump();
+  return *this;
+}
+
+JsonObject& JsonObject::addStringMap(std::string_view key,
+                                     const std::map<std::string, std::string>& values) {
+  appendKey(key);
+  text_ += '{';
+  for (const auto& [name, value] : values) {
+    addString(name, value);
+  }
+  text_ += '}';
+  return *this;
+}
+
+JsonObject& JsonObject::addStringVector(std::string_view key,
+                                        const std::vector<std::string>& values) {
+  appendKey(key);
+  appendArray(text_, values, [this](const std::string& value) { appendText(text_, value); });
+  return *this;
+}
+
+JsonObject& JsonObject::addJsonObject(std::string_view key, const JsonObject& value) {
+  appendKey(key);
+  text_ += value.text_;
+  text_ += '}';
+  return *this;
+}
+
+JsonObject& JsonObject::addJsonObjectVector(std::string_view key,
+                                            const std::vector<JsonObject>& values) {
+  appendKey(key);
+  appendArray(text_, values, [this](const JsonObject& value) {
+    text_ += value.text_;
+    text_ += '}';
+  });
+  return *this;
+}
+
+std::string JsonObject::toString() const& { return text_ + '}'; }
+
+std::string JsonObject::toString() && {
+  text_ += '}';
+  return std::move(text_);
+}
+
+void JsonObject::appendKey(std::string_view key) {
+  const bool isFirstMember = text_.back() == '{';  // a member never ends in an opening brace
+  if (!isFirstMember) {
+    text_ += ", ";
+  }
+  appendText(text_, key);
+  text_ += ": ";
+}
+
+}  // namespace qel::json

@@ -1,0 +1,117 @@
+#include "host/QelPlatformWindows/SystemInformation.h"
+
+#include "host/QelUtilities/Exception.h"
+
+#ifdef _WIN32
+#include <array>
+#include <system_error>
+
+#include <windows.h>
+
+// needs windows.h before it
+#include <lmcons.h>
+#include <psapi.h>
+
+#include "host/QelUtilities/PathText.h"
+#else
+#include <cerrno>
+#include <charconv>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include <pwd.h>
+#include <unistd.h>
+#endif
+
+namespace qel::platform::windows {
+
+#ifdef _WIN32
+
+namespace {
+constexpr std::uint64_t bytesPerKB = 1024;
+}
+
+std::string SystemInformation::getUserName() {
+  std::array<wchar_t, UNLEN + 1> name{};
+  auto length = static_cast<DWORD>(name.size());
+  if (!GetUserNameW(name.data(), &length)) {
+    const std::error_code reason(static_cast<int>(GetLastError()), std::system_category());
+    throw qel::exception("cannot find out the user's name: " + reason.message());
+  }
+  return utilities::utf8FromPath(name.data());
+}
+
+std::uint64_t SystemInformation::getUsedPhysicalMemoryOfSystemInKB() {
+  MEMORYSTATUSEX memory{};
+  memory.dwLength = sizeof(memory);
+  if (!GlobalMemoryStatusEx(&memory)) {
+    return 0;
+  }
+  return (memory.ullTotalPhys - memory.ullAvailPhys) / bytesPerKB;
+}
+
+std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
+  PROCESS_MEMORY_COUNTERS memory{};
+  if (!K32GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory))) {
+    return 0;
+  }
+  return memory.WorkingSetSize / bytesPerKB;
+}
+
+#else
+
+namespace {
+
+/// The amount in a line like "MemTotal:   16303428 kB" of a file of proc(5); 0 when there is no
+/// such line.
+std::uint64_t amountInKB(const char* file, std::string_view key) {
+  std::ifstream lines(file);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with(key)) {
+      continue;
+    }
+    const std::size_t digits = line.find_first_not_of(" \t", key.size());
+    std::uint64_t amount = 0;
+    if (digits != std::string::npos) {
+      std::from_chars(line.data() + digits, line.data() + line.size(), amount);
+    }
+    return amount;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::string SystemInformation::getUserName() {
+  std::vector<char> texts(1024);
+  passwd entry{};
+  passwd* found = nullptr;
+  int error = getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
+  while (error == ERANGE) {
+    texts.resize(texts.size() * 2);
+    error = getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
+  }
+  if (found == nullptr) {
+    throw qel::exception("cannot find out the user's name: " +
+                         (error == 0 ? "user " + std::to_string(getuid()) + " has no account"
+                                     : std::generic_category().message(error)));
+  }
+  return found->pw_name;
+}
+
+std::uint64_t SystemInformation::getUsedPhysicalMemoryOfSystemInKB() {
+  constexpr const char* file = "/proc/meminfo";
+  const std::uint64_t total = amountInKB(file, "MemTotal:");
+  const std::uint64_t available = amountInKB(file, "MemAvailable:");
+  return available < total ? total - available : 0;
+}
+
+std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
+  return amountInKB("/proc/self/status", "VmRSS:");
+}
+
+#endif
+
+}  // namespace qel::platform::windows

@@ -1,0 +1,131 @@
+#include <functional>
+#include <string>
+#include <utility>
+
+#include <gmock/gmock.h>
+
+#include "Core/Utilities/Template/Broadcaster.h"
+#include "tests/support/AssertionRecorder.h"
+
+namespace sample {
+
+class ListenerInterface {
+ public:
+  virtual ~ListenerInterface() = default;
+  virtual void heard(const std::string& text) = 0;
+};
+
+}  // namespace sample
+
+namespace {
+
+using qel::test::AssertionRecorder;
+using sample::ListenerInterface;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Diary = std::vector<std::string>;
+
+class Listener : public ListenerInterface {
+ public:
+  Listener(std::string name, Diary& diary) : name_(std::move(name)), diary_(diary) {}
+  void heard(const std::string& text) override {
+    diary_.push_back(name_ + ":" + text);
+    if (const auto once = std::exchange(reaction, nullptr)) {
+      once();
+    }
+  }
+
+  std::function<void()> reaction;
+
+ private:
+  const std::string name_;
+  Diary& diary_;
+};
+
+class BroadcasterTest : public testing::Test {
+ protected:
+  std::shared_ptr<Listener> registered(const std::string& name) {
+    auto listener = std::make_shared<Listener>(name, diary_);
+    broadcaster_.registerListener(listener);
+    return listener;
+  }
+  Diary hear(const std::string& text) {
+    diary_.clear();
+    broadcaster_.notify(&ListenerInterface::heard, text);
+    return diary_;
+  }
+
+  Diary diary_;
+  qel::Broadcaster<ListenerInterface> broadcaster_;
+  AssertionRecorder assertions_;
+};
+
+TEST_F(BroadcasterTest, CallsLiveListenersInOrderOfRegistration) {
+  const auto a = registered("a");
+  auto b = registered("b");
+  const auto c = registered("c");
+  EXPECT_THAT(hear("1"), ElementsAre("a:1", "b:1", "c:1"));
+  b.reset();
+  EXPECT_THAT(hear("2"), ElementsAre("a:2", "c:2"));
+}
+
+TEST_F(BroadcasterTest, RemovesEveryEntryOfTheListenerAndKeepsTheOrder) {
+  const auto a = registered("a");
+  const auto b = registered("b");
+  broadcaster_.registerListener(a);
+  EXPECT_THAT(hear("1"), ElementsAre("a:1", "b:1", "a:1"));
+  broadcaster_.unregisterListener(a);
+  EXPECT_THAT(hear("2"), ElementsAre("b:2"));
+  EXPECT_THAT(assertions_.lines(), IsEmpty());
+}
+
+TEST_F(BroadcasterTest, ReportsMisuseAndGoesOn) {
+  broadcaster_.registerListener(nullptr);
+  broadcaster_.unregisterListener(nullptr);
+  const auto a = registered("a");
+  broadcaster_.unregisterListener(a);
+  broadcaster_.unregisterListener(a);
+  const std::string name = "qel::Broadcaster<class sample::ListenerInterface>::";
+  const std::string file = "Core/Utilities/Template/Broadcaster";
+  EXPECT_THAT(
+      assertions_.lines(),
+      ElementsAre(
+          name + "registerListener (" + file + ":53): Trying to register a nullptr listener",
+          name + "unregisterListener (" + file +
+              ":61): Broadcaster::unregisterListener shouldn't be called with nullptr",
+          name + "unregisterListener (" + file +
+              ":69): Trying to unregister a non registered listener"));
+  EXPECT_THAT(hear("x"), IsEmpty());
+}
+
+TEST_F(BroadcasterTest, SaysNothingWhenAssertionsAreOff) {
+  qel::assert::Assert::setEnabled(false);
+  broadcaster_.registerListener(nullptr);
+  broadcaster_.unregisterListener(nullptr);
+  qel::assert::Assert::setEnabled(true);
+  EXPECT_THAT(assertions_.lines(), IsEmpty());
+}
+
+TEST_F(BroadcasterTest, AllowsChangesDuringACall) {
+  const auto a = registered("a");
+  auto b = registered("b");
+  std::shared_ptr<Listener> late;
+  a->reaction = [&] {
+    late = registered("late");
+    broadcaster_.unregisterListener(a);
+    b.reset();
+  };
+  EXPECT_THAT(hear("1"), ElementsAre("a:1"));
+  EXPECT_THAT(hear("2"), ElementsAre("late:2"));
+}
+
+TEST_F(BroadcasterTest, LetsAListenersExceptionReachTheCaller) {
+  const auto a = registered("a");
+  const auto b = registered("b");
+  a->reaction = [] { throw std::runtime_error("no"); };
+  EXPECT_THROW(hear("1"), std::runtime_error);
+  EXPECT_THAT(diary_, ElementsAre("a:1"));
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+#include <limits>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "Core/Utilities/Threads/Sleeper.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using qel::util::deadlineAfter;
+using qel::util::Sleeper;
+using std::chrono::steady_clock;
+
+TEST(DeadlineTest, AddsTheIntervalWithinTheClocksRange) {
+  const steady_clock::time_point now{1000s};
+  const auto end = steady_clock::time_point::max();
+  const auto beyond = std::numeric_limits<double>::max();
+  const struct {
+    std::chrono::duration<double> interval;
+    steady_clock::time_point expected;
+  } cases[] = {
+      {10min, now + 600s},
+      {1s, now + 1s},
+      {0.25s, now + 250ms},
+      {0s, now},
+      {-5s, now},
+      {std::chrono::duration<double>(std::numeric_limits<double>::quiet_NaN()), now},
+      {std::chrono::hours(24 * 365), now + std::chrono::hours(24 * 365)},
+      {std::chrono::duration<double>(9.3e9), end},
+      {std::chrono::duration<double>(beyond), end},
+  };
+  for (const auto& [interval, expected] : cases) {
+    EXPECT_EQ(deadlineAfter(now, interval), expected) << interval.count();
+  }
+  EXPECT_EQ(deadlineAfter(end - 1ns, 1s), end);
+}
+
+TEST(SleeperTest, SleepsUntilTheDeadline) {
+  Sleeper sleeper;
+  const auto deadline = steady_clock::now() + 20ms;
+  EXPECT_EQ(sleeper.sleepUntil(deadline), Sleeper::Outcome::TimedOut);
+  EXPECT_GE(steady_clock::now(), deadline);
+}
+
+TEST(SleeperTest, NeverForgetsAStop) {
+  Sleeper sleeper;
+  sleeper.stop();
+  sleeper.stop();
+  EXPECT_EQ(sleeper.sleepUntil(steady_clock::time_point::max()), Sleeper::Outcome::Stopped);
+  EXPECT_EQ(sleeper.sleepUntil(steady_clock::now() - 1s), Sleeper::Outcome::Stopped);
+}
+
+TEST(SleeperTest, WakesAtOnceFromASleepWithoutEnd) {
+  Sleeper sleeper;
+  std::thread waker([&] { sleeper.stop(); });
+  EXPECT_EQ(sleeper.sleepUntil(steady_clock::time_point::max()), Sleeper::Outcome::Stopped);
+  waker.join();
+}
+
+}  // namespace

@@ -1,0 +1,198 @@
+#include <deque>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+
+#include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "host/QelUtilities/Debugger.h"
+#include "tests/support/AssertionRecorder.h"
+#include "tests/support/Tally.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using qel::test::AssertionRecorder;
+using qel::test::Tally;
+using qel::util::RunPolicy;
+using qel::util::ThreadedLoop;
+using testing::ElementsAre;
+
+using testing::MatchesRegex;
+
+constexpr auto never = 1000h;
+constexpr auto soon = 1ms;
+
+/// Answers what it is told to, one answer a call, then always true, and counts its calls.
+class Callable {
+ public:
+  explicit Callable(std::deque<bool> answers = {}) : answers_(std::move(answers)) {}
+
+  std::function<bool()> function() {
+    return [this] {
+      bool answer = true;
+      if (!answers_.empty()) {
+        answer = answers_.front();
+        answers_.pop_front();
+      }
+      calls.add();
+      return answer;
+    };
+  }
+
+  Tally calls;
+
+ private:
+  std::deque<bool> answers_;  ///< of the worker alone
+};
+
+TEST(ThreadedLoopTest, RunsAtTheEdgesThatThePolicyNames) {
+  const struct {
+    RunPolicy policy;
+    int atStart;
+    int atStop;
+  } cases[] = {
+      {{RunPolicy::AtStart, true}, 1, 0},         {{RunPolicy::AtStop, true}, 0, 1},
+      {{RunPolicy::AtStartAndStop, true}, 1, 1},  {{RunPolicy::AtStart, false}, 0, 0},
+      {{RunPolicy::AtStartAndStop, false}, 0, 0}, {{static_cast<RunPolicy::Mode>(3), true}, 0, 0},
+  };
+  for (const auto& [policy, atStart, atStop] : cases) {
+    Callable callable;
+    {
+      ThreadedLoop loop;
+      loop.perform({}, callable.function(), never, policy);
+      EXPECT_TRUE(callable.calls.reaches(atStart));
+      loop.stop();
+    }
+    EXPECT_EQ(callable.calls.count(), atStart + atStop)
+        << policy.runMode << " " << policy.runAtEdges;
+  }
+}
+
+TEST(ThreadedLoopTest, RepeatsUntilStopped) {
+  Callable callable;
+  ThreadedLoop loop;
+  loop.perform({}, callable.function(), soon, {});
+  EXPECT_TRUE(callable.calls.reaches(5));
+}
+
+TEST(ThreadedLoopTest, SurvivesOneFailureInARowAndEndsAfterTwo) {
+  const struct {
+    RunPolicy policy;
+    std::deque<bool> answers;
+    int callsUntilTheEnd;
+  } cases[] = {
+      {{}, {false, true, true, false, false}, 5},
+      {{}, {true, false, false}, 3},
+      {{RunPolicy::AtStart, true}, {false}, 1},                      // no retry at the start edge
+      {{RunPolicy::AtStartAndStop, true}, {true, false, false}, 3},  // ended, so no stop edge
+  };
+  for (const auto& [policy, answers, callsUntilTheEnd] : cases) {
+    Callable callable(answers);
+    {
+      ThreadedLoop loop;
+      loop.perform({}, callable.function(), soon, policy);
+      EXPECT_TRUE(callable.calls.reaches(callsUntilTheEnd));
+      loop.perform({}, [] { return true; }, never, {});  // waits for the ended worker
+    }
+    EXPECT_EQ(callable.calls.count(), callsUntilTheEnd);
+  }
+}
+
+struct NamedCallable {
+  bool operator()() const { throw std::runtime_error("disk on fire"); }
+};
+
+TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
+  Tally breaks;
+  qel::utilities::debugger::Debugger::setHook([&] { breaks.add(); });
+  testing::internal::CaptureStderr();
+  {
+    ThreadedLoop loop;
+    loop.perform({}, NamedCallable(), soon, {});
+    EXPECT_TRUE(breaks.reaches(2));
+  }
+  {
+    ThreadedLoop loop;
+    loop.perform({}, []() -> bool { throw 7; }, never, {RunPolicy::AtStart, true});
+    EXPECT_TRUE(breaks.reaches(3));
+  }
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              MatchesRegex("(Assert in ThreadedLoop\\(.*NamedCallable\\): disk on fire\n){2}"
+                           "Assert in ThreadedLoop\\(.*lambda.*\\)\n"));
+  qel::utilities::debugger::Debugger::setHook({});
+}
+
+TEST(ThreadedLoopTest, RunsTheSetUpFirstOnTheWorker) {
+  std::thread::id settingUp;
+  std::thread::id working;
+  {
+    ThreadedLoop loop;
+    loop.perform([&] { settingUp = std::this_thread::get_id(); },
+                 [&] {
+                   working = std::this_thread::get_id();
+                   return settingUp == working;
+                 },
+                 never, {RunPolicy::AtStart, true});
+  }
+  EXPECT_EQ(settingUp, working);
+  EXPECT_NE(settingUp, std::this_thread::get_id());
+}
+
+TEST(ThreadedLoopTest, WaitsForTheOldWorkerWhenItPerformsAnew) {
+  Callable first;
+  Callable second;
+  ThreadedLoop loop;
+  loop.perform({}, first.function(), never, {RunPolicy::AtStop, true});
+  loop.perform({}, second.function(), never, {RunPolicy::AtStart, true});
+  EXPECT_EQ(first.calls.count(), 1);
+  EXPECT_TRUE(second.calls.reaches(1));
+}
+
+TEST(ThreadedLoopTest, ReportsMisuse) {
+  AssertionRecorder assertions;
+  ThreadedLoop loop;
+  loop.stop();
+  loop.perform({}, {}, 1s, {});
+  EXPECT_THAT(
+      assertions.lines(),
+      ElementsAre("qel::util::ThreadedLoop::stop (Core/Utilities/Threads/ThreadedLoop:131): "
+                  "Assert: Sleeper is not in a valid state. Was stop called before perform?",
+                  "qel::util::ThreadedLoop::perform "
+                  "(Core/Utilities/Threads/ThreadedLoop:104): Assert: Function is empty"));
+}
+
+TEST(ThreadedLoopTest, EndsWhenItStopsItselfDuringARun) {
+  ThreadedLoop loop;
+  Tally runs;
+  loop.perform({},
+               [&] {
+                 loop.stop();
+                 runs.add();
+                 return true;
+               },
+               soon, {RunPolicy::AtStartAndStop, true});
+  EXPECT_TRUE(runs.reaches(2));
+  loop.perform({}, [] { return true; }, never, {});
+  EXPECT_EQ(runs.count(), 2);
+}
+
+/// Fails under ThreadSanitizer, or hangs, when a stop at any moment races with the worker or with
+/// `perform`.
+TEST(ThreadedLoopTest, TakesAStopAtAnyMomentFromAnyThread) {
+  ThreadedLoop loop;
+  loop.perform({}, [] { return true; }, soon, {});
+  std::atomic<bool> enough{false};
+  std::thread stopper([&] {
+    while (!enough) {
+      loop.stop();
+    }
+  });
+  for (int i = 0; i < 300; ++i) {
+    loop.perform({}, [] { return true; }, std::chrono::microseconds(i % 3),
+                 {RunPolicy::AtStartAndStop, true});
+  }
+  enough = true;
+  stopper.join();
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Items/EnvironmentItem.h"
+#include "tests/support/MemoryDatabaseClient.h"
+
+namespace qel::test {
+
+/// A web-update reporter that notes what is asked of it.
+class FakeWebUpdateReporter : public log::analytics::reports::WebUpdateReporterInterface {
+ public:
+  bool isInformationAvailable() const override { return counts.has_value(); }
+  void reset() override {
+    ++resets;
+    counts.reset();
+  }
+  std::uint64_t getSuccessCount() const override { return counts.value().first; }
+  std::uint64_t getCorruptPackageCount() const override { return counts.value().second; }
+
+  std::optional<std::pair<std::uint64_t, std::uint64_t>> counts;
+  int resets = 0;
+};
+
+/// A database pair whose databases stay in memory, and the parameter to activate it with.
+class MemoryStorage {
+ public:
+  MemoryStorage() {
+    auto sending = std::make_unique<MemoryDatabaseClient>();
+    auto support = std::make_unique<MemoryDatabaseClient>();
+    this->sending = sending.get();
+    this->support = support.get();
+    owned = std::make_unique<log::analytics::CipDatabases>(std::move(sending), std::move(support));
+    databases = owned.get();
+  }
+
+  /// Initializes the pair and returns it.
+  log::analytics::CipDatabases& initialized() {
+    databases->initialize(parameter);
+    return *databases;
+  }
+
+  FakeWebUpdateReporter webUpdateReporter;
+  log::analytics::parameters::ActivateParameter parameter{
+      .webUpdateReporter = webUpdateReporter,
+      .databasePath = "directory",
+      .installationId = "installation",
+      .sessionId = Guid::parse("00112233-4455-6677-8899-AABBCCDDEEFF"),
+      .serverSecret = {},
+      .serverUser = {},
+      .createEnvironmentItem = {},
+      .isSendingAllowed = [] { return true; },
+      .databaseCallback = [] { return true; }};
+
+  std::unique_ptr<log::analytics::CipDatabases> owned;  ///< may be moved on, to a client
+  log::analytics::CipDatabases* databases;
+  MemoryDatabaseClient* sending;
+  MemoryDatabaseClient* support;
+};
+
+}  // namespace qel::test

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace qel::test {
+
+/// A stored event in one line: "Category|Subcategory|Event|key=value;key=value".
+inline std::string summaryOf(const std::string& stored) {
+  const auto event = nlohmann::ordered_json::parse(stored);
+  std::string summary = event.at("Category").get<std::string>() + "|" +
+                        event.value("Subcategory", "") + "|" + event.value("Event", "") + "|";
+  std::string separator;
+  for (const auto& [key, value] : event.value("Details", nlohmann::ordered_json::object()).items()) {
+    summary += separator + key + "=" + value.get<std::string>();
+    separator = ";";
+  }
+  return summary;
+}
+
+inline std::vector<std::string> summariesOf(const std::vector<std::string>& stored) {
+  std::vector<std::string> summaries;
+  summaries.reserve(stored.size());
+  for (const auto& text : stored) {
+    summaries.push_back(summaryOf(text));
+  }
+  return summaries;
+}
+
+}  // namespace qel::test
