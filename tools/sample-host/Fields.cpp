@@ -9,8 +9,8 @@ std::string quoted(const std::string& text) { return nlohmann::json(text).dump()
 Fields::Fields(const nlohmann::json& value, const std::string& path)
     : object_(value), prefix_(path.empty() ? "" : path + ".") {
   if (!value.is_object()) {
-    throw ScriptError(path.empty() ? "not a JSON object"
-                                   : "field " + quoted(path) + " must be an object");
+    throw InputError(path.empty() ? "not a JSON object"
+                                  : "field " + quoted(path) + " must be an object");
   }
 }
 
@@ -53,7 +53,7 @@ std::map<std::string, std::string> Fields::texts(const std::string& name) {
 void Fields::expectAllRead() const {
   for (const auto& member : object_.items()) {
     if (!read_.contains(member.key())) {
-      throw ScriptError("unknown field " + quoted(prefix_ + member.key()));
+      throw InputError("unknown field " + quoted(prefix_ + member.key()));
     }
   }
 }
@@ -61,14 +61,14 @@ void Fields::expectAllRead() const {
 const nlohmann::json& Fields::take(const std::string& name) {
   const auto member = object_.find(name);
   if (member == object_.end()) {
-    throw ScriptError("field " + quoted(prefix_ + name) + " is missing");
+    throw InputError("field " + quoted(prefix_ + name) + " is missing");
   }
   read_.insert(name);
   return *member;
 }
 
-ScriptError Fields::mistyped(const std::string& name, const std::string& expected) const {
-  return ScriptError("field " + quoted(prefix_ + name) + " must be " + expected);
+InputError Fields::mistyped(const std::string& name, const std::string& expected) const {
+  return InputError("field " + quoted(prefix_ + name) + " must be " + expected);
 }
 
 }  // namespace qel::samplehost

@@ -10,18 +10,20 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/sample-host/ScriptError.h"
+#include "tools/common/CommandLine.h"
 
 namespace qel::samplehost {
+
+using tools::InputError;
 
 /// The text in quotes and on one line, whatever it holds, for a message.
 std::string quoted(const std::string& text);
 
 /// Reads the fields of one JSON object by type. A field that is missing or of another type throws
-/// `ScriptError`, which names the field with the names of the objects around it ("assert.line").
+/// `InputError`, which names the field with the names of the objects around it ("assert.line").
 class Fields {
  public:
-  /// Throws `ScriptError` when `value` is no object. It must outlive the fields.
+  /// Throws `InputError` when `value` is no object. It must outlive the fields.
   explicit Fields(const nlohmann::json& value) : Fields(value, "") {}
 
   bool has(const std::string& name) const { return object_.contains(name); }
@@ -57,14 +59,14 @@ class Fields {
     return value;
   }
 
-  /// Throws `ScriptError` naming a field that nobody has read, if there is one.
+  /// Throws `InputError` naming a field that nobody has read, if there is one.
   void expectAllRead() const;
 
  private:
   Fields(const nlohmann::json& value, const std::string& path);
 
   const nlohmann::json& take(const std::string& name);
-  ScriptError mistyped(const std::string& name, const std::string& expected) const;
+  InputError mistyped(const std::string& name, const std::string& expected) const;
 
   const nlohmann::json& object_;
   const std::string prefix_;  ///< what comes before a field's name in messages

@@ -115,7 +115,7 @@ Broadcast readNotification(const std::string& name, Fields& fields) {
   const auto* const found = std::find_if(notifications.begin(), notifications.end(),
                                          [&](const auto& known) { return known.name == name; });
   if (found == notifications.end()) {
-    throw ScriptError("field \"notify\": unknown notification " + quoted(name));
+    throw InputError("field \"notify\": unknown notification " + quoted(name));
   }
   return found->read(fields);
 }

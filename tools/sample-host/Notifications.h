@@ -7,7 +7,7 @@
 
 namespace qel::samplehost {
 
-/// Makes the broadcast of the listener operation `name` from its fields. Throws `ScriptError` when
+/// Makes the broadcast of the listener operation `name` from its fields. Throws `InputError` when
 /// there is no such operation, or when a field is missing or mistyped.
 Broadcast readNotification(const std::string& name, Fields& fields);
 

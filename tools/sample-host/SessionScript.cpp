@@ -18,7 +18,7 @@ constexpr double longestWait = 86'400;
 
 void expectTrue(Fields& fields, const std::string& name) {
   if (!fields.flag(name)) {
-    throw ScriptError("field \"" + name + "\" must be true");
+    throw InputError("field \"" + name + "\" must be true");
   }
 }
 
@@ -68,7 +68,7 @@ constexpr std::array kinds{
 Action readLine(const std::string& line) {
   const auto json = nlohmann::json::parse(line, nullptr, /*allow_exceptions=*/false);
   if (json.is_discarded()) {
-    throw ScriptError("not JSON");
+    throw InputError("not JSON");
   }
   Fields fields(json);
   const auto* const kind = std::find_if(kinds.begin(), kinds.end(), [&](const auto& known) {
@@ -76,7 +76,7 @@ Action readLine(const std::string& line) {
   });
   if (kind == kinds.end()) {
     fields.expectAllRead();
-    throw ScriptError("field \"notify\" is missing");
+    throw InputError("field \"notify\" is missing");
   }
   auto action = kind->read(fields);
   fields.expectAllRead();
@@ -98,12 +98,12 @@ std::vector<Step> readSessionScript(std::istream& script, const std::string& nam
     }
     try {
       steps.push_back({number, readLine(line)});
-    } catch (const ScriptError& fault) {
-      throw ScriptError(name + ":" + std::to_string(number) + ": " + fault.what());
+    } catch (const InputError& fault) {
+      throw InputError(name + ":" + std::to_string(number) + ": " + fault.what());
     }
   }
   if (script.bad()) {
-    throw ScriptError(name + ": cannot be read");
+    throw InputError(name + ": cannot be read");
   }
   return steps;
 }

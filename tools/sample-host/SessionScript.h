@@ -36,7 +36,7 @@ struct Step {
 };
 
 /// Reads a whole script: JSON Lines, each a notification with its fields or a control line; blank
-/// lines are skipped. Broadcasts nothing. Throws `ScriptError` with a message that begins with
+/// lines are skipped. Broadcasts nothing. Throws `InputError` with a message that begins with
 /// "`name`:line: " at the first fault.
 std::vector<Step> readSessionScript(std::istream& script, const std::string& name);
 
