@@ -20,7 +20,8 @@ class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
   std::function<void(const Batch&)> beforeBatch;
   /// Called before rows are read; may throw.
   std::function<void()> beforeRead;
-  /// What was asked of this client, in order: "initialize DIR", "batch N", "delete TABLE id,id", "vacuum".
+  /// What was asked of this client, in order: "initialize DIR", "batch N", "delete TABLE id,id",
+  /// "vacuum".
   std::vector<std::string> calls() const {
     const std::lock_guard lock(mutex_);
     return calls_;

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace qel::test {
 
@@ -12,7 +13,8 @@ inline std::string summaryOf(const std::string& stored) {
   std::string summary = event.at("Category").get<std::string>() + "|" +
                         event.value("Subcategory", "") + "|" + event.value("Event", "") + "|";
   std::string separator;
-  for (const auto& [key, value] : event.value("Details", nlohmann::ordered_json::object()).items()) {
+  for (const auto& [key, value] :
+       event.value("Details", nlohmann::ordered_json::object()).items()) {
     summary += separator + key + "=" + value.get<std::string>();
     separator = ";";
   }

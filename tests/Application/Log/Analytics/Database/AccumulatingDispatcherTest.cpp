@@ -1,10 +1,9 @@
-#include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
-
-#include <gmock/gmock.h>
-
 #include <future>
 #include <thread>
 
+#include <gmock/gmock.h>
+
+#include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
 #include "host/QelAssert/Assert.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/StoredEvent.h"
@@ -117,9 +116,10 @@ TEST_F(DispatcherTest, FailsForGoodWhenTheQueueIsFull) {
   add(dispatcher, "e");
   dispatcher.join();
   ASSERT_EQ(batches().size(), 1U);
-  EXPECT_THAT(qel::test::summariesOf(batches()[0]),
-              ElementsAre("CIP|InsertingItems|CriticalLarge|Message=Dispatcher has reached critical "
-                          "level of added data"));
+  EXPECT_THAT(
+      qel::test::summariesOf(batches()[0]),
+      ElementsAre("CIP|InsertingItems|CriticalLarge|Message=Dispatcher has reached critical "
+                  "level of added data"));
 }
 
 TEST_F(DispatcherTest, OverflowBesideAStalledWorkerNeitherBlocksNorDeliversMore) {

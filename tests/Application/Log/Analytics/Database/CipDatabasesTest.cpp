@@ -1,10 +1,9 @@
-#include "Application/Log/Analytics/Database/CipDatabases.h"
-
-#include <gmock/gmock.h>
-
 #include <future>
 #include <thread>
 
+#include <gmock/gmock.h>
+
+#include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "host/QelUtilities/Debugger.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/Tally.h"

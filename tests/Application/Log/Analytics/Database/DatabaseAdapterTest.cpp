@@ -1,9 +1,7 @@
-#include "Application/Log/Analytics/Database/DatabaseAdapter.h"
-
 #include <gmock/gmock.h>
-
 #include <sqlite3.h>
 
+#include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/AssertionRecorder.h"
@@ -86,11 +84,14 @@ TEST_F(DatabaseAdapterTest, TurnsOperationsIntoTheseStatements) {
                           "INSERT into Environments(json) VALUES ('')"));
   EXPECT_THAT(statementsOf<Plain>([](Plain& a) { a.getAllFromSession("Items", "abc"); }),
               ElementsAre(R"(SELECT * FROM Items WHERE instr(json, '"SessionId": "abc"') > 0)"));
-  EXPECT_THAT(statementsOf<Plain>([](Plain& a) { a.deleteByIds({3, 7, -12}, "Items"); }),
-              ElementsAre("delete 3,7,-12 from Items",
-                          "DELETE FROM sqlite_sequence WHERE name = 'Items'"));
-  EXPECT_THAT(statementsOf<Plain>([](Plain& a) { a.deleteByIds({}, "Items"); }),
-              ElementsAre("delete  from Items", "DELETE FROM sqlite_sequence WHERE name = 'Items'"));
+  EXPECT_THAT(
+      statementsOf<Plain>([](Plain& a) {
+        a.deleteByIds({3, 7, -12}, "Items");
+      }),
+      ElementsAre("delete 3,7,-12 from Items", "DELETE FROM sqlite_sequence WHERE name = 'Items'"));
+  EXPECT_THAT(
+      statementsOf<Plain>([](Plain& a) { a.deleteByIds({}, "Items"); }),
+      ElementsAre("delete  from Items", "DELETE FROM sqlite_sequence WHERE name = 'Items'"));
   EXPECT_THAT(statementsOf<Plain>([](Plain& a) { a.vacuum(); }),
               ElementsAre("PRAGMA incremental_vacuum;"));
   EXPECT_THAT(statementsOf<Plain>([](Plain& a) {
@@ -192,8 +193,9 @@ TEST_F(TimestampDecoratorTest, StampsRowsInUtcAndDeletesTheOldOnes) {
   insertAged("one minute", "-61 seconds");
   insertAged("half a minute", "-30 seconds");
   adapter_.insert("now", "Items");
-  EXPECT_THAT(columnOf(file_, "SELECT ABS(STRFTIME('%s', 'NOW') - STRFTIME('%s', timestamp_utc)) "
-                              "< 10 FROM Items WHERE json = 'now'"),
+  EXPECT_THAT(columnOf(file_,
+                       "SELECT ABS(STRFTIME('%s', 'NOW') - STRFTIME('%s', timestamp_utc)) "
+                       "< 10 FROM Items WHERE json = 'now'"),
               ElementsAre("1"));
   adapter_.deleteEntriesOlderThan("Items", 60s);
   EXPECT_THAT(adapter_.getAll("Items"), ElementsAre(Pair(3, "half a minute"), Pair(4, "now")));

@@ -1,6 +1,6 @@
-#include <gmock/gmock.h>
-
 #include <thread>
+
+#include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
@@ -59,8 +59,7 @@ TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
     client->initialize(directory_.text());
     client->insertMultiple(mixedBatch);
     EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "one"), Pair(2, "two")));
-    EXPECT_THAT(client->getAll(Environments),
-                Pair(Environments, ElementsAre(Pair(1, "machine"))));
+    EXPECT_THAT(client->getAll(Environments), Pair(Environments, ElementsAre(Pair(1, "machine"))));
     EXPECT_THAT(client->getAll(noTable), Pair(noTable, IsEmpty()));
 
     std::vector<int> ids{1};
@@ -132,8 +131,8 @@ TEST_F(DatabaseClientsTest, SendingDatabaseMarksEachCrossingOfItsLimitOnce) {
     std::optional<std::uint64_t> size;
     std::vector<std::string> added;
   } steps[] = {
-      {30'719'999, {"row"}}, {30'720'000, {marker}}, {40'000'000, {}}, {std::nullopt, {}},
-      {0, {"row"}},          {~std::uint64_t{0}, {marker}},
+      {30'719'999, {"row"}}, {30'720'000, {marker}}, {40'000'000, {}},
+      {std::nullopt, {}},    {0, {"row"}},           {~std::uint64_t{0}, {marker}},
   };
   for (const auto& [size, added] : steps) {
     client.size = size;

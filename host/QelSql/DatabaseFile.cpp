@@ -1,0 +1,94 @@
+#include "host/QelSql/DatabaseFile.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+#include <system_error>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+#include "host/QelUtilities/Exception.h"
+
+namespace qel::db::sql {
+namespace {
+
+std::filesystem::path withSuffix(std::filesystem::path path, const std::string& suffix) {
+  path += suffix;
+  return path;
+}
+
+std::string compactUtc(std::chrono::system_clock::time_point time) {
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(time - day));
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d%02u%02uT%02d%02d%02dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
+  return text.data();
+}
+
+std::filesystem::path unusedNameFor(const std::filesystem::path& file,
+                                    std::chrono::system_clock::time_point now) {
+  const auto dated = withSuffix(file, ".corrupt-" + compactUtc(now));
+  auto name = dated;
+  for (int number = 2; std::filesystem::exists(name); ++number) {
+    name = withSuffix(dated, "-" + std::to_string(number));
+  }
+  return name;
+}
+
+}  // namespace
+
+void createForOwnerAlone(const std::filesystem::path& file) {
+#ifdef _WIN32
+  // The file takes the access rights of its directory, which lies in the user's own profile.
+  const HANDLE created = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (created != INVALID_HANDLE_VALUE) {
+    CloseHandle(created);
+    return;
+  }
+  const int error = static_cast<int>(GetLastError());
+  const bool exists = error == ERROR_FILE_EXISTS || std::filesystem::exists(file);
+#else
+  // An existing file must not be opened here: closing it would drop the locks that another
+  // connection of this process holds on it.
+  const int created =
+      open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (created != -1) {
+    close(created);
+    return;
+  }
+  const int error = errno;
+  const bool exists = error == EEXIST;
+#endif
+  if (!exists) {
+    throw qel::exception(std::system_category().message(error));
+  }
+}
+
+std::filesystem::path setAside(const std::filesystem::path& file,
+                               std::chrono::system_clock::time_point now) {
+  const auto name = unusedNameFor(file, now);
+  std::error_code error;
+  std::filesystem::rename(file, name, error);
+  if (error) {
+    throw qel::exception("the corrupt file cannot be renamed: " + error.message());
+  }
+  for (const char* companion : {"-journal", "-wal", "-shm"}) {
+    std::filesystem::rename(withSuffix(file, companion), withSuffix(name, companion), error);
+  }
+  return name;
+}
+
+}  // namespace qel::db::sql

@@ -1,0 +1,145 @@
+#include "host/QelSql/DirectoryClaim.h"
+
+#include <cerrno>
+#include <map>
+#include <mutex>
+#include <string>
+#include <system_error>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::db::sql {
+namespace {
+
+constexpr const char* lockFileName = "Databases.lock";
+
+std::string quoted(const std::filesystem::path& path) {
+  return '"' + utilities::utf8FromPath(path) + '"';
+}
+
+[[noreturn]] void throwUnusable(const std::filesystem::path& directory,
+                                const std::error_code& error) {
+  throw qel::exception("cannot keep databases in " + quoted(directory) + ": " + error.message());
+}
+
+[[noreturn]] void throwInUse(const std::filesystem::path& directory) {
+  throw qel::exception(quoted(directory) + " is in use by another instance of the program");
+}
+
+class LockFile {
+ public:
+  explicit LockFile(const std::filesystem::path& directory);
+  ~LockFile();
+
+  LockFile(const LockFile&) = delete;
+  LockFile& operator=(const LockFile&) = delete;
+
+ private:
+#ifdef _WIN32
+  HANDLE file_;
+#else
+  int file_;
+#endif
+};
+
+#ifdef _WIN32
+
+std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
+
+LockFile::LockFile(const std::filesystem::path& directory)
+    : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
+                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
+  if (file_ == INVALID_HANDLE_VALUE) {
+    throwUnusable(directory, lastError());
+  }
+  OVERLAPPED start{};
+  if (!LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start)) {
+    const auto error = lastError();
+    CloseHandle(file_);
+    if (error.value() == ERROR_LOCK_VIOLATION) {
+      throwInUse(directory);
+    }
+    throwUnusable(directory, error);
+  }
+}
+
+LockFile::~LockFile() { CloseHandle(file_); }
+
+#else
+
+std::error_code lastError() { return {errno, std::system_category()}; }
+
+LockFile::LockFile(const std::filesystem::path& directory)
+    : file_(open((directory / lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
+                 S_IRUSR | S_IWUSR)) {
+  if (file_ == -1) {
+    throwUnusable(directory, lastError());
+  }
+  // The lock file may be an old one: whether journals can be created is another question.
+  if (access(directory.c_str(), W_OK | X_OK) == 0 && flock(file_, LOCK_EX | LOCK_NB) == 0) {
+    return;
+  }
+  const auto error = lastError();
+  close(file_);
+  if (error.value() == EWOULDBLOCK) {
+    throwInUse(directory);
+  }
+  throwUnusable(directory, error);
+}
+
+LockFile::~LockFile() { close(file_); }
+
+#endif
+
+struct SharedLock {
+  explicit SharedLock(const std::filesystem::path& directory) : file(directory) {}
+
+  LockFile file;
+  int claims = 0;
+};
+
+struct Claims {
+  std::mutex mutex;
+  std::map<std::filesystem::path, SharedLock> byDirectory;  ///< guarded by mutex
+};
+
+// Never destroyed: a detached thread may still let go of a database while the process exits.
+Claims& claimsOfProcess() {
+  static auto* const claims = new Claims;
+  return *claims;
+}
+
+}  // namespace
+
+DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory) {
+  std::error_code error;
+  directory_ = std::filesystem::canonical(directory, error);
+  if (error) {
+    throwUnusable(directory, error);
+  }
+  Claims& claims = claimsOfProcess();
+  const std::lock_guard lock(claims.mutex);
+  ++claims.byDirectory.try_emplace(directory_, directory_).first->second.claims;
+}
+
+DirectoryClaim::~DirectoryClaim() {
+  Claims& claims = claimsOfProcess();
+  const std::lock_guard lock(claims.mutex);
+  const auto entry = claims.byDirectory.find(directory_);
+  if (--entry->second.claims == 0) {
+    claims.byDirectory.erase(entry);
+  }
+}
+
+}  // namespace qel::db::sql

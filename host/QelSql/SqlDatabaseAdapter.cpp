@@ -1,0 +1,249 @@
+#include "host/QelSql/SqlDatabaseAdapter.h"
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/QelLog/LogManager.h"
+#include "host/QelSql/BusyWait.h"
+#include "host/QelSql/Connection.h"
+#include "host/QelSql/DatabaseFile.h"
+#include "host/QelSql/DirectoryClaim.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::db::sql {
+namespace {
+
+using Status = Outcome::Status;
+
+bool startsWithKeywords(std::string_view statement, std::string_view upperCase) {
+  return statement.size() >= upperCase.size() &&
+         std::equal(upperCase.begin(), upperCase.end(), statement.begin(), [](char a, char b) {
+           return a == std::toupper(static_cast<unsigned char>(b));
+         });
+}
+
+/// Whether a fresh file needs the statement before it can take the place of the old one.
+bool shapesTheFile(std::string_view statement) {
+  return startsWithKeywords(statement, "CREATE ") ||
+         startsWithKeywords(statement, "PRAGMA AUTO_VACUUM");
+}
+
+Result failedResult(const std::string& reason) {
+  Result result;
+  result.vSuccessSet(false);
+  result.vErrorMessageSet(reason);
+  return result;
+}
+
+}  // namespace
+
+class SqlDatabaseAdapter::Implementation {
+ public:
+  explicit Implementation(const std::filesystem::path& file)
+      : file_(std::filesystem::absolute(file)), claim_(file_.parent_path()) {
+    openFile();
+  }
+
+  Result execute(const std::string& statement);
+  ScopeGuard beginTransaction();
+
+ private:
+  void openFile();
+  Outcome connect();
+  Outcome run(const std::string& statement);
+  void begin();
+  void doom(const char* what, const Outcome& outcome);
+  void endTransaction() noexcept;
+  void commit() noexcept;
+  void replaceCorruptFile();
+  void setFileAside(const std::string& reason);
+
+  const std::filesystem::path file_;
+  const std::string quotedFile_ = '"' + utilities::utf8FromPath(file_) + '"';
+  const std::shared_ptr<log::LoggerInterface> logger_ =
+      log::LogManager::instance().getLogger("qel.db.sql.SqlDatabaseAdapter");
+  const DirectoryClaim claim_;
+
+  std::recursive_mutex mutex_;  ///< guards what follows; a transaction holds it to its end
+  BusyWait busyWait_{quotedFile_, logger_};
+  std::optional<Connection> connection_;   ///< none once a corrupt file could not be replaced
+  std::vector<std::string> shape_;         ///< the statements that a fresh file is to be given
+  std::optional<std::string> corruption_;  ///< why the file is to be replaced, if it is
+  int depth_ = 0;                          ///< of transactions on the thread that holds the mutex
+  bool doomed_ = false;                    ///< the transaction will be rolled back
+  std::string reasonOfDoom_;
+  std::size_t shapeAtBegin_ = 0;
+};
+
+Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement) {
+  const std::lock_guard lock(mutex_);
+  if (doomed_) {
+    return failedResult("not run, since the transaction has failed: " + reasonOfDoom_);
+  }
+  doomed_ = depth_ > 0;  // Stands if memory runs out below.
+  Outcome outcome = run(statement);
+  if (outcome.status != Status::Done) {
+    if (depth_ > 0) {
+      doom("a statement", outcome);
+    } else {
+      replaceCorruptFile();
+    }
+    return failedResult(outcome.reason);
+  }
+  if (shapesTheFile(statement) && std::ranges::count(shape_, statement) == 0) {
+    shape_.push_back(statement);
+  }
+  doomed_ = false;
+  Result result;
+  result.resultSet(std::move(outcome.rows));
+  return result;
+}
+
+ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
+  mutex_.lock();
+  ScopeGuard guard([this] { endTransaction(); });
+  if (++depth_ == 1) {
+    begin();
+  }
+  return guard;
+}
+
+void SqlDatabaseAdapter::Implementation::begin() {
+  shapeAtBegin_ = shape_.size();
+  reasonOfDoom_ = "out of memory";  // until another reason is found
+  const Outcome outcome = run("BEGIN IMMEDIATE");
+  if (outcome.status != Status::Done) {
+    doom("BEGIN", outcome);
+  }
+}
+
+void SqlDatabaseAdapter::Implementation::doom(const char* what, const Outcome& outcome) {
+  doomed_ = true;
+  reasonOfDoom_ = outcome.reason;
+  logger_->log(log::Level::Error,
+               "database " + quotedFile_ + ": " + what +
+                   " failed, so nothing of its transaction is stored: " + outcome.reasonToBeLogged);
+}
+
+void SqlDatabaseAdapter::Implementation::endTransaction() noexcept {
+  const std::lock_guard lock(mutex_, std::adopt_lock);
+  if (--depth_ > 0) {
+    return;
+  }
+  if (!doomed_) {
+    commit();
+  }
+  if (std::exchange(doomed_, false)) {
+    if (connection_) {
+      connection_->rollBack();
+    }
+    shape_.erase(shape_.begin() + static_cast<std::ptrdiff_t>(shapeAtBegin_), shape_.end());
+  }
+  replaceCorruptFile();
+}
+
+void SqlDatabaseAdapter::Implementation::commit() noexcept {
+  try {
+    const Outcome outcome = run("COMMIT");
+    if (outcome.status != Status::Done) {
+      doom("COMMIT", outcome);
+    }
+  } catch (const std::bad_alloc&) {
+    doomed_ = true;  // Only telling of a failure takes memory.
+  }
+}
+
+Outcome SqlDatabaseAdapter::Implementation::run(const std::string& statement) {
+  if (!connection_) {
+    const char* reason = "the corrupt database file could not be replaced";
+    return {Status::Failed, reason, reason, {}};
+  }
+  Outcome outcome = connection_->run(statement);
+  if (outcome.status == Status::FileIsCorrupt) {
+    corruption_ = outcome.reason;
+  }
+  return outcome;
+}
+
+void SqlDatabaseAdapter::Implementation::openFile() {
+  try {
+    Outcome outcome = connect();
+    if (outcome.status == Status::FileIsCorrupt) {
+      setFileAside(outcome.reason);
+      outcome = connect();
+    }
+    if (outcome.status != Status::Done) {
+      throw qel::exception(outcome.reason);
+    }
+  } catch (const qel::exception& failure) {
+    throw qel::exception("cannot open the database " + quotedFile_ + ": " + failure.what());
+  }
+}
+
+Outcome SqlDatabaseAdapter::Implementation::connect() {
+  createForOwnerAlone(file_);
+  connection_.emplace(file_, busyWait_);
+  return connection_->check();
+}
+
+void SqlDatabaseAdapter::Implementation::setFileAside(const std::string& reason) {
+  connection_.reset();
+  const auto name = setAside(file_, std::chrono::system_clock::now());
+  logger_->log(log::Level::Error, "database " + quotedFile_ + " is corrupt (" + reason +
+                                      "); it was set aside as \"" + utilities::utf8FromPath(name) +
+                                      "\" and a fresh one is begun");
+}
+
+void SqlDatabaseAdapter::Implementation::replaceCorruptFile() {
+  if (!corruption_) {
+    return;
+  }
+  try {
+    setFileAside(*std::exchange(corruption_, std::nullopt));
+    openFile();
+    for (const auto& statement : shape_) {
+      if (const Outcome outcome = connection_->run(statement); outcome.status != Status::Done) {
+        throw qel::exception(outcome.reasonToBeLogged);
+      }
+    }
+  } catch (const std::exception& failure) {
+    connection_.reset();
+    logger_->log(log::Level::Error, "database " + quotedFile_ +
+                                        " is corrupt and could not be replaced, so nothing more is "
+                                        "stored in it: " +
+                                        failure.what());
+  }
+}
+
+SqlDatabaseAdapter::SqlDatabaseAdapter(const std::filesystem::path& file)
+    : implementation_(std::make_unique<Implementation>(file)) {}
+
+SqlDatabaseAdapter::~SqlDatabaseAdapter() = default;
+
+Result SqlDatabaseAdapter::execute(const std::string& statement) {
+  return implementation_->execute(statement);
+}
+
+Result SqlDatabaseAdapter::selectAll(const std::string& table) {
+  return implementation_->execute("SELECT * FROM " + table);
+}
+
+Result SqlDatabaseAdapter::deleteIds(const std::string& table, const std::string& ids) {
+  return implementation_->execute("DELETE FROM " + table + " WHERE ID IN (" + ids + ")");
+}
+
+ScopeGuard SqlDatabaseAdapter::beginTransaction() { return implementation_->beginTransaction(); }
+
+}  // namespace qel::db::sql
