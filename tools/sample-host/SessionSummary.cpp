@@ -27,7 +27,7 @@ std::vector<std::string> storageFailures(const SessionSummary& summary) {
   if (summary.storageEnded) {
     failures.emplace_back(
         "Storage has ended before the session did: more than 10000 items were waiting to be "
-        "written, or writing failed. Items since then are lost.");
+        "written, or writing failed. What was waiting then, and every item since, is lost.");
   }
   if (summary.after.fullMarkers > summary.before.fullMarkers) {
     failures.emplace_back("ItemDatabase.db has reached its largest size: rows were dropped.");

@@ -1,5 +1,6 @@
 // Runs the program itself.
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -33,7 +34,7 @@ void write(const std::filesystem::path& file, const std::string& text) {
   std::ofstream(file, std::ios::binary) << text;
 }
 
-struct Run {
+struct Outcome {
   int status;
   std::string output;
   std::string errors;
@@ -48,14 +49,16 @@ class SessionTest : public testing::Test {
   std::string inData() const { return "--directory " + data().string() + " "; }
 
   /// What a shell command that runs the program came to.
-  Run shell(const std::string& command) const {
-    const auto status = std::system(  // NOLINT(cert-env33-c,bugprone-command-processor): see above
-        ("{ " + command + "\n} >" + file("out").string() + " 2>" + file("err").string()).c_str());
+  Outcome shell(const std::string& command) const {
+    const auto status =
+        std::system(  // NOLINT(cert-env33-c,bugprone-command-processor): the tests' own commands
+            ("{ " + command + "\n} >" + file("out").string() + " 2>" + file("err").string())
+                .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(file("out")),
             contentOf(file("err"))};
   }
 
-  Run play(const std::string& arguments, const std::string& script) const {
+  Outcome play(const std::string& arguments, const std::string& script) const {
     write(file("script.jsonl"), script);
     return shell(QEL_SAMPLE_HOST " " + arguments + " <" + file("script.jsonl").string());
   }
@@ -114,16 +117,18 @@ TEST_F(SessionTest, StoresWhatTheScriptBroadcastsInBothDatabases) {
   EXPECT_EQ(run.status, 0) << run.errors;
 
   for (const char* const database : {"ItemDatabase.db", "SupportDatabase.db"}) {
-    EXPECT_THAT(query(database, scriptedItems),
-                ElementsAre("Application|Started|cold|{\"Exception Code\":\"0\"}",
-                            HasSubstr("User|Location|"),
-                            "WebUpdate|Reports|{\"corrupt package\":\"1\",\"success\":\"3\"}",
-                            "BCF|Action|import|{\"topics\":\"7\"}", "Help|Action|search",
-                            "Project Manager|Action|open", "Graphic|Action|zoom|{\"factor\":\"2\"}",
-                            "Plan|Print|Done|{\"pages\":\"\\u0000'\"}",
-                            HasSubstr("Application|Asserted|view|{\"Type\":\"Precondition\""),
-                            "Application|Crashed|heap|{\"Exception Code\":\"3221225477\"}",
-                            "Application|Stopped|user|{\"Exception Code\":\"0\"}"))
+    EXPECT_THAT(
+        query(database, scriptedItems),
+        ElementsAre("Application|Started|cold|{\"Exception Code\":\"0\"}",
+                    HasSubstr("User|Location|"),
+                    "WebUpdate|Reports|{\"corrupt package\":\"1\",\"success\":\"3\"}",
+                    "BCF|Action|import|{\"topics\":\"7\"}", "Help|Action|search",
+                    "Project Manager|Action|open", "Graphic|Action|zoom|{\"factor\":\"2\"}",
+                    "Plan|Print|Done|{\"pages\":\"\\u0000'\"}",
+                    "Application|Asserted|view|{\"Filename\":\"a/b\",\"Function Name\":\"f\","
+                    "\"Line Number\":\"12\",\"Message\":\"m\",\"Type\":\"Precondition\"}",
+                    "Application|Crashed|heap|{\"Exception Code\":\"3221225477\"}",
+                    "Application|Stopped|user|{\"Exception Code\":\"0\"}"))
         << database;
   }
   EXPECT_THAT(query("SupportDatabase.db",
@@ -235,10 +240,10 @@ TEST_F(SessionTest, EndsInGoodOrderWhenInterrupted) {
   write(file("script.jsonl"),
         "{\"notify\": \"onApplicationStarted\", \"text\": \"x\"}\n"
         "{\"join\": true}\n{\"wait\": 3600}\n");
-  const auto run = shell(QEL_SAMPLE_HOST " --no-sending " + inData() + "--session " +
-                         file("script.jsonl").string() + " & program=$!; until [ -e " +
-                         (data() / "installation-id").string() +
-                         " ] || ! kill -0 $program; do sleep 0.02; done; kill -TERM $program; wait $program");
+  const auto run = shell(
+      QEL_SAMPLE_HOST " --no-sending " + inData() + "--session " + file("script.jsonl").string() +
+      " & program=$!; until [ -e " + (data() / "installation-id").string() +
+      " ] || ! kill -0 $program; do sleep 0.02; done; kill -TERM $program; wait $program");
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_THAT(run.output, HasSubstr("until the session was interrupted"));
 }
