@@ -26,8 +26,10 @@ class Client {
   /// Sends the message and waits for the answer. An answer below 400 is returned only when the
   /// exchange was completed and the whole body uploaded; one of 400 or above also when it came
   /// before that. Everything else throws `Error`: a name that cannot be resolved, a refused or lost
-  /// connection, an untrusted certificate, a time limit, an oversized answer, the exit deadline, a
-  /// header field that holds CR, LF or NUL.
+  /// connection, an untrusted certificate, a proxy that refuses, a time limit, an oversized answer,
+  /// the exit deadline, a field of the message that is not what `Message` says or holds CR, LF or
+  /// NUL. A kept connection that the server closed meanwhile is replaced and the message sent
+  /// again, so a server may see it twice.
   virtual http::Response post(const Message& message);
 };
 

@@ -3,6 +3,8 @@
 #include <limits>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <sqlite3.h>
 
@@ -44,8 +46,8 @@ bool readRow(sqlite3_stmt& statement, int columns, std::vector<std::string>& row
 
 void Connection::Close::operator()(sqlite3* database) const { sqlite3_close(database); }
 
-Connection::Connection(const std::filesystem::path& file, BusyWait& busyWait)
-    : file_(file), busyWait_(busyWait) {
+Connection::Connection(std::filesystem::path file, BusyWait& busyWait)
+    : file_(std::move(file)), busyWait_(busyWait) {
   sqlite3* database = nullptr;
   const int code = sqlite3_open_v2(utilities::utf8FromPath(file_).c_str(), &database,
                                    SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);

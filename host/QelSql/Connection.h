@@ -28,7 +28,7 @@ class Connection {
   /// Opens the file, which must exist; `file` is absolute. Nothing is read or written yet. Throws
   /// `qel::exception` with the reason when the file cannot be opened for writing. `busyWait` must
   /// outlive the connection.
-  Connection(const std::filesystem::path& file, BusyWait& busyWait);
+  Connection(std::filesystem::path file, BusyWait& busyWait);
 
   /// Reads what tells a sound database from a corrupt one at little cost: header, schema, and
   /// whether the file is as long as it should be. An empty file is sound. Writes nothing, so that

@@ -41,8 +41,9 @@ std::filesystem::path unusedNameFor(const std::filesystem::path& file,
                                     std::chrono::system_clock::time_point now) {
   const auto dated = withSuffix(file, ".corrupt-" + compactUtc(now));
   auto name = dated;
-  for (int number = 2; std::filesystem::exists(name); ++number) {
-    name = withSuffix(dated, "-" + std::to_string(number));
+  std::error_code ignored;
+  for (int number = 2; std::filesystem::exists(name, ignored); ++number) {
+    name = withSuffix(dated, '-' + std::to_string(number));
   }
   return name;
 }
@@ -59,7 +60,7 @@ void createForOwnerAlone(const std::filesystem::path& file) {
     return;
   }
   const int error = static_cast<int>(GetLastError());
-  const bool exists = error == ERROR_FILE_EXISTS || std::filesystem::exists(file);
+  const bool exists = error == ERROR_FILE_EXISTS;
 #else
   // An existing file must not be opened here: closing it would drop the locks that another
   // connection of this process holds on it.
@@ -79,7 +80,7 @@ void createForOwnerAlone(const std::filesystem::path& file) {
 
 std::filesystem::path setAside(const std::filesystem::path& file,
                                std::chrono::system_clock::time_point now) {
-  const auto name = unusedNameFor(file, now);
+  auto name = unusedNameFor(file, now);
   std::error_code error;
   std::filesystem::rename(file, name, error);
   if (error) {

@@ -11,16 +11,20 @@ namespace qel::db::sql {
 /// A SQLite database file.
 ///
 /// Opening claims the file's directory for this process: the first object of the process in a
-/// directory takes a lock file there
-/// ("Databases.lock"), the last one lets go of it. A new file is created for its owner alone. A
-/// file that SQLite finds corrupt, now or later, is set aside with its journal under a dated name
-/// and reported, and a fresh one is begun in its place, with the tables that were created through
-/// this object.
+/// directory takes a lock file there ("Databases.lock"), the last one lets go of it. A new file is
+/// created for its owner alone.
+///
+/// A file that SQLite finds corrupt is set aside with its journal under a dated name and reported,
+/// and a fresh one is begun in its place: on opening, or later when a statement meets the damage.
+/// That statement (with its whole transaction) fails; the fresh file is given the tables that were
+/// created through this object.
 ///
 /// Another process may hold the file for a while (a virus scanner, a support tool): statements wait
 /// until it is free and log a message after five seconds. The thread that opened the object waits
-/// one second in all, since it is a thread of the host. Operations may be called from any thread;
-/// one statement or transaction runs at a time.
+/// one second in all for other processes, since it is a thread of the host; its statements fail
+/// when that is used up. Operations may be called from any thread; one statement or transaction
+/// runs at a time. A transaction that fails is logged once, without the texts that were to be
+/// stored.
 class SqlDatabaseAdapter : public SqlDatabaseInterface {
  public:
   /// Opens or creates the file. Throws `qel::exception`, naming the path and the reason, when it

@@ -13,8 +13,8 @@ class SqlDatabaseInterface {
  public:
   virtual ~SqlDatabaseInterface() = default;
 
-  /// Runs the one statement that `statement` holds to its end. Text behind the statement is
-  /// refused.
+  /// Runs the one statement that `statement` holds to its end. An empty statement, text behind the
+  /// statement (white space and semicolons apart) and NUL characters are refused.
   virtual Result execute(const std::string& statement) = 0;
 
   /// Every row of the table, columns in table order.
@@ -27,7 +27,7 @@ class SqlDatabaseInterface {
   /// commits; once BEGIN or any statement inside has failed, later statements inside fail at once
   /// and the guard rolls back, so that the statements take effect together or not at all. Other
   /// threads' statements wait until then. A transaction begun inside another on the same thread
-  /// joins it.
+  /// joins it. The guard must not outlive the database.
   virtual ScopeGuard beginTransaction() = 0;
 };
 

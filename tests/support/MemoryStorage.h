@@ -29,14 +29,9 @@ class FakeWebUpdateReporter : public log::analytics::reports::WebUpdateReporterI
 /// A database pair whose databases stay in memory, and the parameter to activate it with.
 class MemoryStorage {
  public:
-  MemoryStorage() {
-    auto sending = std::make_unique<MemoryDatabaseClient>();
-    auto support = std::make_unique<MemoryDatabaseClient>();
-    this->sending = sending.get();
-    this->support = support.get();
-    owned = std::make_unique<log::analytics::CipDatabases>(std::move(sending), std::move(support));
-    databases = owned.get();
-  }
+  MemoryStorage()
+      : MemoryStorage(std::make_unique<MemoryDatabaseClient>(),
+                      std::make_unique<MemoryDatabaseClient>()) {}
 
   /// Initializes the pair and returns it.
   log::analytics::CipDatabases& initialized() {
@@ -56,10 +51,19 @@ class MemoryStorage {
       .isSendingAllowed = [] { return true; },
       .databaseCallback = [] { return true; }};
 
-  std::unique_ptr<log::analytics::CipDatabases> owned;  ///< may be moved on, to a client
-  log::analytics::CipDatabases* databases;
   MemoryDatabaseClient* sending;
   MemoryDatabaseClient* support;
+  std::unique_ptr<log::analytics::CipDatabases> owned;  ///< may be moved on, to a client
+  log::analytics::CipDatabases* databases;
+
+ private:
+  MemoryStorage(std::unique_ptr<MemoryDatabaseClient> sendingClient,
+                std::unique_ptr<MemoryDatabaseClient> supportClient)
+      : sending(sendingClient.get()),
+        support(supportClient.get()),
+        owned(std::make_unique<log::analytics::CipDatabases>(std::move(sendingClient),
+                                                             std::move(supportClient))),
+        databases(owned.get()) {}
 };
 
 }  // namespace qel::test

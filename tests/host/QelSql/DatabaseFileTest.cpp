@@ -1,6 +1,7 @@
+#include <array>
 #include <chrono>
 #include <filesystem>
-#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,12 +21,9 @@ namespace qel::db::sql {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 using Rows = Result::Rows;
 
 std::string openingError(const fs::path& file) {
@@ -70,40 +68,39 @@ class DatabaseFileTest : public DatabaseTest {
 };
 
 TEST_F(DatabaseFileTest, TellsWhyItCannotBeOpened) {
+  fs::permissions(directory_, fs::perms::all);
+  fs::create_directories(directory_ / "sub.db");
   write(directory_ / "plain", "");
-  fs::create_directory(directory_ / "sub.db");
-  const std::string directory = directory_.string();
-  const struct {
-    fs::path file;
-    std::string error;
-  } cases[] = {
-      {directory_ / "missing" / "T.db",
-       "cannot keep databases in \"" + directory + "/missing\": No such file or directory"},
-      {directory_ / "plain" / "T.db",
-       "cannot keep databases in \"" + directory + "/plain\": Not a directory"},
-      {directory_ / "sub.db", "cannot open the database \"" + directory +
-                                  "/sub.db\": unable to open database file: Is a directory"},
-      {"/proc/T.db", "cannot keep databases in \"/proc\": No such file or directory"},
+  write(directory_ / "sub.db" / "Databases.lock", "");
+  fs::permissions(directory_ / "plain", fs::perms(0444));
+  const bool asRoot = geteuid() == 0 && seteuid(65534) == 0;  // Root may write everywhere.
+  const std::map<fs::path, std::string> reasons = {
+      {"missing/T.db", "cannot keep databases in \"DIR/missing\": No such file or directory"},
+      {"plain/T.db", "cannot keep databases in \"DIR/plain\": Not a directory"},
+      {"sub.db/T.db", "cannot keep databases in \"DIR/sub.db\": Permission denied"},
+      {"sub.db",
+       "cannot open the database \"DIR/sub.db\": unable to open database file: Is a directory"},
+      {"plain", "cannot open the database \"DIR/plain\": the file is not writable"},
   };
-  for (const auto& [file, error] : cases) {
-    EXPECT_EQ(error, openingError(file));
+  for (auto [name, reason] : reasons) {
+    EXPECT_EQ(reason.replace(reason.find("DIR"), 3, directory_.string()),
+              openingError(directory_ / name));
   }
+  EXPECT_EQ(0, asRoot ? seteuid(0) : 0);
   EXPECT_TRUE(isFree()) << "a database that could not be opened claims nothing";
 }
 
 TEST_F(DatabaseFileTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
   umask(0);
   fs::current_path(directory_);
-  const char* names[] = {"T.db", "file:x.db?mode=memory", "Bürö 図面 %20#.db", ":memory:"};
-  for (const std::string name : names) {
+  for (const std::string name :
+       {"T.db", "file:x.db?mode=memory", "Bürö 図面 %20#.db", ":memory:"}) {
     SqlDatabaseAdapter database(utilities::pathFromUtf8(name));
     createTable(database);
     const auto guard = database.beginTransaction();
     EXPECT_TRUE(database.execute("INSERT into T(json) VALUES ('a')").boSuccess());
-    for (const std::string suffix : {"", "-journal"}) {
-      const fs::path file = directory_ / (name + suffix);
-      EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write, fs::status(file).permissions())
-          << file;
+    for (const auto& file : {directory_ / name, directory_ / (name + "-journal")}) {
+      EXPECT_EQ(fs::perms(0600), fs::status(file).permissions()) << file;
     }
   }
 }
@@ -121,27 +118,26 @@ TEST_F(DatabaseFileTest, ShrinksAfterRowsAreDeleted) {
 }
 
 TEST_F(DatabaseFileTest, SetsACorruptFileAsideOnOpening) {
-  const struct {
+  struct Case {
     const char* name;
-    std::function<std::string(std::string)> damage;
+    std::string damaged;
     const char* reason;  // none for a file that is kept
     const char* rowsLeft;
-  } cases[] = {
-      {"sound", [](std::string bytes) { return bytes; }, nullptr, "1"},
-      {"empty", [](const std::string&) { return ""; }, nullptr, "0"},
-      {"text", [](const std::string&) { return "no database"; }, "file is not a database", "0"},
-      {"zeros", [](std::string bytes) { return std::string(bytes.size(), '\0'); },
-       "file is not a database", "0"},
-      {"a page short", [](std::string bytes) { return bytes.substr(0, bytes.size() - 4096); },
-       "database disk image is malformed", "0"},
-      {"a byte short", [](std::string bytes) { return bytes.substr(0, bytes.size() - 1); },
-       "the file is truncated", "0"},
-      {"bad schema", [](std::string bytes) { return bytes.replace(100, 3996, 3996, '\x0d'); },
+  };
+  const std::string sound = soundFile();
+  const std::size_t size = sound.size();
+  const std::vector<Case> cases = {
+      {"sound", sound, nullptr, "1"},
+      {"empty", "", nullptr, "0"},
+      {"text", "no database", "file is not a database", "0"},
+      {"zeros", std::string(size, '\0'), "file is not a database", "0"},
+      {"a page short", sound.substr(0, size - 4096), "database disk image is malformed", "0"},
+      {"a byte short", sound.substr(0, size - 1), "the file is truncated", "0"},
+      {"bad schema", sound.substr(0, 100) + std::string(size - 100, '\r'),
        "database disk image is malformed", "0"},
   };
-  for (const auto& [name, damage, reason, rowsLeft] : cases) {
+  for (const auto& [name, damaged, reason, rowsLeft] : cases) {
     SCOPED_TRACE(name);
-    const std::string damaged = damage(soundFile());
     write(file_, damaged);
     {
       SqlDatabaseAdapter database(file_);
@@ -158,7 +154,6 @@ TEST_F(DatabaseFileTest, SetsACorruptFileAsideOnOpening) {
                            aside[0].string() + "\" and a fresh one is begun\n"));
       fs::remove(aside[0]);
     }
-    fs::remove(file_);
   }
 }
 
@@ -200,9 +195,9 @@ TEST_F(DatabaseFileTest, FindsAnUnusedNameForACorruptFileAndItsCompanions) {
 }
 
 TEST_F(DatabaseFileTest, BelongsToOneProcess) {
-  int opened[2];
-  int released[2];
-  ASSERT_EQ(0, pipe(opened) + pipe(released));
+  std::array<int, 2> opened{};
+  std::array<int, 2> released{};
+  ASSERT_EQ(0, pipe(opened.data()) + pipe(released.data()));
   const pid_t child = fork();
   if (child == 0) {
     char byte = 0;

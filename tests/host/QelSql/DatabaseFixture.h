@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -50,24 +51,15 @@ class DatabaseTest : public testing::Test {
   const std::filesystem::path file_ = directory_ / "T.db";
 };
 
-/// What another program does to the file.
-class OtherProgram {
- public:
-  explicit OtherProgram(const std::filesystem::path& file) {
-    EXPECT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &database_));
-  }
-  ~OtherProgram() { sqlite3_close(database_); }
+/// The file as another program has it open.
+inline std::shared_ptr<sqlite3> openInOtherProgram(const std::filesystem::path& file) {
+  sqlite3* database = nullptr;
+  EXPECT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &database));
+  return {database, sqlite3_close};
+}
 
-  void execute(const char* statements) {
-    EXPECT_EQ(SQLITE_OK, sqlite3_exec(database_, statements, nullptr, nullptr, nullptr))
-        << sqlite3_errmsg(database_);
-  }
-
-  OtherProgram(const OtherProgram&) = delete;
-  OtherProgram& operator=(const OtherProgram&) = delete;
-
- private:
-  sqlite3* database_ = nullptr;
-};
+inline void execute(const std::shared_ptr<sqlite3>& database, const char* statements) {
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(database.get(), statements, nullptr, nullptr, nullptr));
+}
 
 }  // namespace qel::db::sql

@@ -92,7 +92,7 @@ TEST_F(ClientTest, ActivatesOnceOnly) {
   }
   help("once");
   EXPECT_THAT(recorded(), ElementsAre("Help|Action|once|"));
-  EXPECT_THAT(storage_.sending->calls(), ElementsAre("initialize directory", "batch 2"));
+  EXPECT_THAT(storage_.sending->calls(), ElementsAre("initialize directory"));
 }
 
 TEST_F(ClientTest, RecordsFromActivationToDestruction) {

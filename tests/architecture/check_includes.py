@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""Checks what may include what.
+
+Includes between folders run one way, no files include each other in a circle, third-party headers stay in the .cpp
+files under host/ (the tools use libraries of their own), and only host/ and tools/ ask which platform they are on.
+Takes the repository's root; lists every line that breaks a rule and fails if there is one.
+"""
+import pathlib
+import re
+import sys
+
+INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]')
+STANDARD_HEADER = re.compile(r"^[a-z_]+$")
+GENERATED = {"QelAnalyticsExport.h"}
+# A folder may include itself and what stands before it. QelBroadcaster and QelIssueUi stand on Core, the rest of the
+# host framework below it.
+LAYERS = ["host/", "Core/", "host/QelBroadcaster/", "host/QelIssueUi/", "Application/", "tools/"]
+
+
+def layer_of(path):
+    return LAYERS.index(max((layer for layer in LAYERS if path.startswith(layer)), key=len))
+
+
+def includes_of(root, path):
+    for number, line in enumerate((root / path).read_text(encoding="utf-8").splitlines(), 1):
+        if match := INCLUDE.match(line):
+            yield number, match[1] == '"', match[2]
+
+
+def check_file(root, path, complaints):
+    """Returns the repository's own files that this one includes."""
+    own = []
+    for number, quoted, name in includes_of(root, path):
+        place = f"{path}:{number}"
+        if quoted and name not in GENERATED:
+            if not (root / name).is_file():
+                complaints.append(f"{place}: {name} is no path from the repository's root")
+                continue
+            own.append(name)
+            if layer_of(name) > layer_of(path):
+                complaints.append(f"{place}: {LAYERS[layer_of(path)]} must not include {name}")
+        third_party = not quoted and not STANDARD_HEADER.match(name)
+        allowed = path.startswith("tools/") or (path.startswith("host/") and path.endswith(".cpp"))
+        if third_party and not allowed:
+            complaints.append(f"{place}: <{name}> is no header of the standard library")
+    if not path.startswith(("host/", "tools/")) and "_WIN32" in (root / path).read_text(encoding="utf-8"):
+        complaints.append(f"{path}: asks for the platform, which only host/ and tools/ do")
+    return own
+
+
+def find_circles(graph, complaints):
+    done = set()
+
+    def visit(path, trail):
+        if path in trail:
+            complaints.append("a circle: " + " -> ".join(trail[trail.index(path):] + [path]))
+        elif path not in done:
+            for included in graph.get(path, []):
+                visit(included, trail + [path])
+            done.add(path)
+
+    for path in graph:
+        visit(path, [])
+
+
+def main():
+    root = pathlib.Path(sys.argv[1])
+    files = sorted(str(path.relative_to(root)) for top in {layer.split("/")[0] for layer in LAYERS}
+                   for path in (root / top).rglob("*") if path.suffix in {".h", ".cpp"})
+    complaints = []
+    graph = {path: check_file(root, path, complaints) for path in files}
+    find_circles(graph, complaints)
+    print("\n".join(complaints) or f"{len(files)} files include what they may")
+    return 1 if complaints or not files else 0
+
+
+sys.exit(main())

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qel::test {
+
+/// Files (PEM) that a server proves itself with.
+struct ServerIdentity {
+  std::filesystem::path certificate;
+  std::filesystem::path key;
+};
+
+enum class Validity { Current, Expired };
+
+/// A throw-away certificate authority and the servers it certifies. The files are removed with it.
+class TestCertificates {
+ public:
+  TestCertificates();
+  TestCertificates(const TestCertificates&) = delete;
+  TestCertificates& operator=(const TestCertificates&) = delete;
+  ~TestCertificates();
+
+  /// The authority's own certificate, to be trusted (PEM).
+  std::string caFile() const;
+
+  /// A certificate for the host name.
+  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
+
+ private:
+  struct Authority;
+
+  const TemporaryDirectory directory_;
+  const std::unique_ptr<Authority> authority_;
+  int issued_ = 0;
+};
+
+}  // namespace qel::test
