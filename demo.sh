@@ -29,11 +29,14 @@ jobs_to_stop=()
 clean_up() {
   local status=$?
   trap '' INT TERM
-  for job in "${jobs_to_stop[@]}"; do
-    kill -TERM -- "-$job" 2>/dev/null || true
-    wait "$job" 2>/dev/null || true
+  local i
+  for ((i = ${#jobs_to_stop[@]} - 1; i >= 0; --i)); do # the sample host before the collector
+    kill -TERM -- "-${jobs_to_stop[i]}" 2>/dev/null || true
+    wait "${jobs_to_stop[i]}" 2>/dev/null || true
   done
-  if [[ $status -ne 0 ]]; then
+  if [[ $status -gt 128 ]]; then
+    echo "demo.sh: interrupted at this step: $step" >&2
+  elif [[ $status -ne 0 ]]; then
     if [[ -s $work/collector.log ]]; then
       echo "What the collector said last:" >&2
       tail -n 5 "$work/collector.log" >&2
@@ -50,7 +53,10 @@ trap 'exit 143' TERM
 run() {
   "$@" &
   jobs_to_stop+=("$!")
-  wait "$!"
+  local status=0
+  wait "$!" || status=$?
+  unset 'jobs_to_stop[-1]'
+  return "$status"
 }
 
 announce "Setting up and building (the first time takes some minutes)"
@@ -90,11 +96,11 @@ cat "$work/summary"
 announce "What the collector has received, by category"
 received() { sqlite3 -readonly "$@"; }
 received -box "$work/received.db" "
-  SELECT category, ifnull(subcategory, '') AS subcategory, SUM(count) AS items,
-         group_concat(DISTINCT event) AS events
+  SELECT category, subcategory, SUM(count) AS items, COUNT(DISTINCT session) AS sessions,
+         substr(group_concat(DISTINCT event), 1, 60) AS 'events (cut)'
   FROM events GROUP BY category, subcategory
   UNION ALL
-  SELECT '(environment)', '', SUM(count), '' FROM environments"
+  SELECT '(environment)', '', SUM(count), COUNT(DISTINCT session), '' FROM environments"
 
 announce "Some of it in full"
 received "$work/received.db" "
@@ -109,4 +115,7 @@ left=$(awk '$1 == "left" && $2 != "before" { print $2 }' "$work/summary")
 arrived=$(received "$work/received.db" \
   "SELECT (SELECT SUM(count) FROM events) + (SELECT SUM(count) FROM environments)")
 echo "The sample host has sent $sent rows and keeps $left; the collector has $arrived."
-[[ $sent -gt 0 && $left -eq 0 && $sent -eq $arrived ]]
+if [[ $sent -eq 0 || $left -ne 0 || $sent -ne $arrived ]]; then
+  echo "These do not agree." >&2
+  exit 1
+fi
