@@ -1,0 +1,24 @@
+#include "tools/sample-host/InstallationId.h"
+
+#include <fstream>
+
+#include "host/QelId/Guid.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::samplehost {
+
+std::string installationIdOf(const std::filesystem::path& directory) {
+  const auto file = directory / "installation-id";
+  std::string id;
+  if (std::ifstream kept(file); std::getline(kept, id) && !id.empty()) {
+    return id;
+  }
+  id = qel::Guid::create().toString(false);
+  if (std::ofstream made(file); !(made << id << std::endl)) {
+    throw qel::exception("cannot write " + utilities::utf8FromPath(file));
+  }
+  return id;
+}
+
+}  // namespace qel::samplehost

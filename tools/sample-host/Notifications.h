@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "tools/sample-host/Fields.h"
+#include "tools/sample-host/SessionScript.h"
+
+namespace qel::samplehost {
+
+/// Makes the broadcast of the listener operation `name` from its fields. Throws `InputError` when
+/// there is no such operation, or when a field is missing or mistyped.
+Broadcast readNotification(const std::string& name, Fields& fields);
+
+}  // namespace qel::samplehost

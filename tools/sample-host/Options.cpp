@@ -1,0 +1,123 @@
+#include "tools/sample-host/Options.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/CommandLine.h"
+
+namespace qel::samplehost {
+namespace {
+
+using tools::Arguments;
+using tools::InputError;
+using tools::Option;
+using utilities::pathFromUtf8;
+
+constexpr long long secondsOfHundredYears = 3'155'760'000;
+
+const tools::ProgramDescription program{
+    "qel-sample-host",
+    "Plays the part of the CAD program: owns an analytics client and broadcasts the notifications\n"
+    "of a session script.",
+    {
+        {"directory", "DIR", "existing directory of the databases and the log file",
+         Option::Presence::Required},
+        {"session", "FILE", "session script, - for standard input", Option::Presence::Optional,
+         "-"},
+        {"server", "HOST:PORT", "where the analytics server's name is reached"},
+        {"ca", "FILE", "trusted certificates (PEM) instead of the system's"},
+        {"user", "NAME", "user to send as"},
+        {"secret-file", "FILE", "file that holds the user's secret"},
+        {"installation-id", "TEXT", "installation to record (default: made once, kept in DIR)"},
+        {"session-id", "GUID", "session to record (default: a new one)"},
+        {"no-sending", "", "withholds the permission to store items for sending and to send them"},
+        {"no-support", "", "withholds the permission to store items for support"},
+        {"retention", "SECONDS", "age at which stored support items go (default: never)"},
+        {"speed", "N", "divides the script's waits", Option::Presence::Optional, "1"},
+        {"exit-deadline", "SECONDS", "how long sending may go on at the end",
+         Option::Presence::Optional, "5"},
+    }};
+
+std::string readable(const Arguments& arguments, const std::string& option) {
+  const auto file = arguments.text(option);
+  if (!file.empty() && !std::ifstream(pathFromUtf8(file)).is_open()) {
+    throw InputError("--" + option + ": cannot read " + file);
+  }
+  return file;
+}
+
+/// What the file holds, but for the end of its last line.
+std::string readSecret(const std::string& file) {
+  std::ifstream stream(pathFromUtf8(file), std::ios::binary);
+  std::string secret{std::istreambuf_iterator(stream), {}};
+  if (stream.bad()) {
+    throw InputError("--secret-file: cannot read " + file);
+  }
+  for (const char lineEnd : {'\n', '\r'}) {
+    if (secret.ends_with(lineEnd)) {
+      secret.pop_back();
+    }
+  }
+  return secret;
+}
+
+std::filesystem::path existingDirectory(const Arguments& arguments) {
+  const auto directory = pathFromUtf8(arguments.text("directory"));
+  std::error_code unreadable;
+  if (!std::filesystem::is_directory(directory, unreadable)) {
+    throw InputError("--directory: there is no directory " + arguments.text("directory"));
+  }
+  return directory;
+}
+
+/// As it was given: the option's form is the one that the connection takes.
+std::string checkedServer(const Arguments& arguments) {
+  if (arguments.has("server")) {
+    arguments.endpoint("server", 1);
+  }
+  return arguments.text("server");
+}
+
+qel::Guid sessionId(const Arguments& arguments) {
+  if (!arguments.has("session-id")) {
+    return qel::Guid::create();
+  }
+  try {
+    return qel::Guid::parse(arguments.text("session-id"));
+  } catch (const qel::exception&) {
+    throw InputError("--session-id: \"" + arguments.text("session-id") + "\" is not a GUID");
+  }
+}
+
+}  // namespace
+
+std::optional<Options> readOptions(const std::vector<std::string>& commandLine,
+                                   std::ostream& output) {
+  const auto arguments = tools::parseCommandLine(program, commandLine, output);
+  if (!arguments) {
+    return std::nullopt;
+  }
+  Options options;
+  options.directory = existingDirectory(*arguments);
+  options.session = arguments->text("session");
+  options.server = checkedServer(*arguments);
+  options.caBundle = readable(*arguments, "ca");
+  options.user = arguments->text("user");
+  if (arguments->has("secret-file")) {
+    options.secret = readSecret(readable(*arguments, "secret-file"));
+  }
+  options.installationId = arguments->text("installation-id");
+  options.sessionId = sessionId(*arguments);
+  options.sendingAllowed = !arguments->has("no-sending");
+  options.supportAllowed = !arguments->has("no-support");
+  if (arguments->has("retention")) {
+    options.retention =
+        std::chrono::seconds(arguments->integer("retention", 0, secondsOfHundredYears));
+  }
+  options.speed = arguments->number("speed", 0.001, 1e6);
+  options.exitDeadline = std::chrono::duration<double>(arguments->number("exit-deadline", 0, 3600));
+  return options;
+}
+
+}  // namespace qel::samplehost

@@ -1,0 +1,133 @@
+#include "tools/sample-host/SampleHost.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+#include <variant>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "host/QelAssert/Assert.h"
+#include "host/QelHttp/Settings.h"
+#include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/ScopeGuard.h"
+#include "tools/sample-host/EnvironmentFacts.h"
+#include "tools/sample-host/InstallationId.h"
+#include "tools/sample-host/Interruption.h"
+
+namespace qel::samplehost {
+namespace {
+
+using log::LogManager;
+using log::analytics::CipDatabaseClient;
+using log::analytics::CipDatabases;
+using log::analytics::Client;
+using log::analytics::SupportDatabaseClient;
+
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
+void setUpLog(const std::filesystem::path& directory) {
+  log::LogSettings settings;
+  settings.file = directory / "qel-sample-host.log";
+  LogManager::instance().configure(settings);
+  assert::AssertFunctionOne::registerHandler([](const assert::AssertInfo& info) {
+    LogManager::instance()
+        .getLogger("qel.samplehost.assert")
+        ->log(log::Error, info.function + " (" + info.file + ":" + std::to_string(info.line) +
+                              "): " + info.message);
+  });
+}
+
+void setUpHttps(const Options& options) {
+  protocol::https::Settings settings;
+  settings.caBundle = options.caBundle;
+  settings.connectFor = QEL_ANALYTICS_SERVER_HOST;
+  settings.connectTo = options.server;
+  protocol::https::setSettings(settings);
+}
+
+}  // namespace
+
+SessionSummary SampleHost::play(const std::vector<Step>& script) {
+  SessionSummary summary;
+  summary.sessionId = options_.sessionId.toString(false);
+  // First of all, since this claims the directory or says why that cannot be.
+  summary.before = countStoredRows(options_.directory, options_.sessionId);
+  setUpLog(options_.directory);
+  setUpHttps(options_);
+  playWithClient(script, summary);
+  summary.after = countStoredRows(options_.directory, options_.sessionId);
+  summary.handedForSending = sendingTraffic_.handedIn;
+  summary.handedForSupport = supportTraffic_.handedIn;
+  summary.sent = sendingTraffic_.deletedById;
+  return summary;
+}
+
+void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary& summary) {
+  auto pair = std::make_unique<CipDatabases>(
+      std::make_unique<CountingDatabaseClient<CipDatabaseClient>>(sendingTraffic_),
+      std::make_unique<CountingDatabaseClient<SupportDatabaseClient>>(supportTraffic_,
+                                                                      options_.retention));
+  auto& databases = *pair;
+  Client client(std::move(pair));
+  const ScopeGuard armExitDeadline([this] {
+    protocol::https::setExitDeadline(
+        std::chrono::duration_cast<std::chrono::milliseconds>(options_.exitDeadline));
+  });
+  client.activate(activateParameter());
+  for (const auto& step : script) {
+    if (isInterrupted()) {
+      summary.interrupted = true;
+      break;
+    }
+    try {
+      perform(step, client, databases, summary);
+    } catch (const std::exception& failure) {
+      throw qel::exception("line " + std::to_string(step.line) + ": " + failure.what());
+    }
+  }
+  databases.join();
+  summary.storageEnded = databases.errorOccurred();
+}
+
+void SampleHost::perform(const Step& step, Client& client, CipDatabases& databases,
+                         SessionSummary& summary) {
+  std::visit(Overloaded{
+                 [&](const Broadcast& broadcast) {
+                   broadcast();
+                   ++summary.broadcast;
+                 },
+                 [&](const Wait& wait) { waitUnlessInterrupted(wait.time / options_.speed); },
+                 [&](const Join&) { databases.join(); },
+                 [&](const StartSending&) { client.startSendingItems(); },
+                 [&](const StopSending&) { client.stopSendingItems(); },
+                 [&](const WebUpdate& update) { webUpdates_.set(update); },
+             },
+             step.action);
+}
+
+log::analytics::parameters::ActivateParameter SampleHost::activateParameter() {
+  return {
+      .webUpdateReporter = webUpdates_,
+      .databasePath = utilities::utf8FromPath(options_.directory),
+      .installationId = options_.installationId.empty() ? installationIdOf(options_.directory)
+                                                        : options_.installationId,
+      .sessionId = options_.sessionId,
+      .serverSecret = options_.secret,
+      .serverUser = options_.user,
+      .createEnvironmentItem = createEnvironmentItem,
+      .isSendingAllowed = [allowed = options_.sendingAllowed] { return allowed; },
+      .databaseCallback = [allowed = options_.supportAllowed] { return allowed; },
+  };
+}
+
+}  // namespace qel::samplehost

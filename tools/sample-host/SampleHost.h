@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/sample-host/CountingDatabaseClient.h"
+#include "tools/sample-host/Options.h"
+#include "tools/sample-host/ScriptedWebUpdates.h"
+#include "tools/sample-host/SessionScript.h"
+#include "tools/sample-host/SessionSummary.h"
+
+namespace qel::log::analytics {
+class CipDatabases;
+class Client;
+namespace parameters {
+struct ActivateParameter;
+}
+}  // namespace qel::log::analytics
+
+namespace qel::samplehost {
+
+/// Stands for the CAD program: sets the host framework up, owns an analytics client for the time of
+/// one session and broadcasts what the session's script says. One object a process, on one thread.
+class SampleHost {
+ public:
+  explicit SampleHost(Options options) : options_(std::move(options)) {}
+
+  /// Plays the session and waits until everything is stored, and sent as far as that goes within
+  /// the exit deadline. Throws `qel::exception` when the directory cannot be used, and what a
+  /// broadcast throws, with the script's line.
+  SessionSummary play(const std::vector<Step>& script);
+
+ private:
+  void playWithClient(const std::vector<Step>& script, SessionSummary& summary);
+  void perform(const Step& step, log::analytics::Client& client,
+               log::analytics::CipDatabases& databases, SessionSummary& summary);
+  log::analytics::parameters::ActivateParameter activateParameter();
+
+  const Options options_;
+  RowTraffic sendingTraffic_;
+  RowTraffic supportTraffic_;
+  ScriptedWebUpdates webUpdates_;
+};
+
+}  // namespace qel::samplehost

@@ -1,0 +1,42 @@
+#include "tools/sample-host/StoredRows.h"
+
+#include <string>
+
+#include "host/QelSql/SqlDatabaseAdapter.h"
+
+namespace qel::samplehost {
+namespace {
+
+using qel::db::sql::SqlDatabaseAdapter;
+
+/// None while there is no such table.
+std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
+                   const std::string& condition) {
+  const auto rows =
+      database.execute("SELECT COUNT(*) FROM " + table + " WHERE " + condition).result();
+  return rows.empty() ? 0 : std::stoll(rows.front().front());
+}
+
+/// The condition that a row's text holds `text`, in which there is no apostrophe.
+std::string holds(const std::string& text) { return "instr(json, '" + text + "') > 0"; }
+
+std::int64_t countInBoth(SqlDatabaseAdapter& database, const std::string& condition) {
+  return count(database, "Items", condition) + count(database, "Environments", condition);
+}
+
+}  // namespace
+
+StoredRows countStoredRows(const std::filesystem::path& directory, const qel::Guid& session) {
+  SqlDatabaseAdapter sending(directory / "ItemDatabase.db");
+  SqlDatabaseAdapter support(directory / "SupportDatabase.db");
+  StoredRows rows;
+  rows.forSending = countInBoth(sending, "TRUE");
+  rows.forSupport =
+      countInBoth(support, holds(R"("SessionId": ")" + session.toString(false) + '"'));
+  rows.fullMarkers =
+      count(sending, "Items",
+            holds(R"("Category": "CIP", "Subcategory": "Database", "Event": "CriticalLarge")"));
+  return rows;
+}
+
+}  // namespace qel::samplehost

@@ -1,0 +1,54 @@
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/CommandLine.h"
+#include "tools/sample-host/Interruption.h"
+#include "tools/sample-host/Options.h"
+#include "tools/sample-host/SampleHost.h"
+#include "tools/sample-host/SessionScript.h"
+#include "tools/sample-host/SessionSummary.h"
+
+namespace qel::samplehost {
+namespace {
+
+constexpr const char* programName = "qel-sample-host";
+
+std::vector<Step> readScript(const std::string& file) {
+  if (file == "-") {
+    return readSessionScript(std::cin, "standard input");
+  }
+  std::ifstream script(utilities::pathFromUtf8(file), std::ios::binary);
+  if (!script.is_open()) {
+    throw tools::InputError("--session: cannot read " + file);
+  }
+  return readSessionScript(script, file);
+}
+
+int run(const std::vector<std::string>& arguments) {
+  const auto options = readOptions(arguments, std::cout);
+  if (!options) {
+    return 0;
+  }
+  const auto script = readScript(options->session);
+  catchInterruptions();
+  const auto summary = SampleHost(*options).play(script);
+  print(summary, std::cout);
+  const auto failures = storageFailures(summary);
+  for (const auto& failure : failures) {
+    std::cerr << programName << ": " << failure << '\n';
+  }
+  return failures.empty() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace qel::samplehost
+
+int main(int argc, char** argv) {
+  using namespace qel;
+  return tools::runProgram(samplehost::programName, [&] {
+    return samplehost::run(std::vector<std::string>(argv + 1, argv + argc));
+  });
+}
