@@ -11,6 +11,10 @@ find_package(Threads REQUIRED)
 add_library(QelBuildSettings INTERFACE)
 target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                                   -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # A false alarm about joined strings: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651
+  target_compile_options(QelBuildSettings INTERFACE -Wno-restrict)
+endif()
 if(QEL_SANITIZE)
   target_compile_options(QelBuildSettings INTERFACE -fsanitize=${QEL_SANITIZE}
                                                     -fno-sanitize-recover=all)
