@@ -87,7 +87,8 @@ LockFile::LockFile(const std::filesystem::path& directory)
     throwUnusable(directory, lastError());
   }
   // The lock file may be an old one: whether journals can be created is another question.
-  if (access(directory.c_str(), W_OK | X_OK) == 0 && flock(file_, LOCK_EX | LOCK_NB) == 0) {
+  if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
+      flock(file_, LOCK_EX | LOCK_NB) == 0) {
     return;
   }
   const auto error = lastError();

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
-#include <cstddef>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -84,7 +83,6 @@ class SqlDatabaseAdapter::Implementation {
   int depth_ = 0;                          ///< of transactions on the thread that holds the mutex
   bool doomed_ = false;                    ///< the transaction will be rolled back
   std::string reasonOfDoom_;
-  std::size_t shapeAtBegin_ = 0;
 };
 
 Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement) {
@@ -121,7 +119,6 @@ ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
 }
 
 void SqlDatabaseAdapter::Implementation::begin() {
-  shapeAtBegin_ = shape_.size();
   reasonOfDoom_ = "out of memory";  // until another reason is found
   const Outcome outcome = run("BEGIN IMMEDIATE");
   if (outcome.status != Status::Done) {
@@ -145,11 +142,8 @@ void SqlDatabaseAdapter::Implementation::endTransaction() noexcept {
   if (!doomed_) {
     commit();
   }
-  if (std::exchange(doomed_, false)) {
-    if (connection_) {
-      connection_->rollBack();
-    }
-    shape_.erase(shape_.begin() + static_cast<std::ptrdiff_t>(shapeAtBegin_), shape_.end());
+  if (std::exchange(doomed_, false) && connection_) {
+    connection_->rollBack();
   }
   replaceCorruptFile();
 }

@@ -102,14 +102,20 @@ Number parseWithin(const std::string& name, const std::string& text, Number lowe
   const auto number = parse<Number>(text);
   if (!number || !(*number >= lowest && *number <= highest)) {
     std::ostringstream message;
-    message << "--" << name << ": \"" << text << "\" is not " << kind << " from " << lowest << " to "
-            << highest;
+    message << "--" << name << ": \"" << text << "\" is not " << kind << " from " << lowest
+            << " to " << highest;
     throw InputError(message.str());
   }
   return *number;
 }
 
 }  // namespace
+
+std::string toText(const Endpoint& endpoint) {
+  const bool bracketed = endpoint.host.find(':') != std::string::npos;
+  return (bracketed ? '[' + endpoint.host + ']' : endpoint.host) + ':' +
+         std::to_string(endpoint.port);
+}
 
 std::string Arguments::text(const std::string& name) const {
   const auto found = values_.find(name);

@@ -42,6 +42,9 @@ struct Endpoint {
   std::uint16_t port = 0;
 };
 
+/// `HOST:PORT`, `[IPv6]:PORT`.
+std::string toText(const Endpoint& endpoint);
+
 /// The options of one run. Each reading operation takes an option's name without the dashes and
 /// throws `InputError` when the value is not of the kind asked for.
 class Arguments {
@@ -55,7 +58,6 @@ class Arguments {
   /// The remaining readers are for options that are required, have a standard value, or `has`.
   long long integer(const std::string& name, long long lowest, long long highest) const;
   double number(const std::string& name, double lowest, double highest) const;
-  /// `HOST:PORT`, `[IPv6]:PORT`.
   Endpoint endpoint(const std::string& name, std::uint16_t lowestPort) const;
 
  private:

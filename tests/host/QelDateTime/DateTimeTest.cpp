@@ -1,6 +1,7 @@
 #include <chrono>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,10 +24,11 @@ TEST(DateTimeTest, NowIsTheSystemClocksTime) {
 
 TEST(DateTimeFormatTest, WritesUtcWithMilliseconds) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
-  const struct {
+  struct Case {
     double seconds;
     const char* text;
-  } cases[] = {
+  };
+  const std::vector<Case> cases = {
       {0, "1970-01-01T00:00:00.000Z"},
       {1795253405.123, "2026-11-21T09:30:05.123Z"},
       {1795253405.1239, "2026-11-21T09:30:05.123Z"},  // cut

@@ -1,5 +1,6 @@
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -28,24 +29,24 @@ TEST(GuidTest, ReadsEitherCaseWithOrWithoutBraces) {
 
 TEST(GuidTest, RefusesAnythingElse) {
   using namespace std::string_view_literals;
-  const std::string_view texts[] = {"",
-                                    "{}",
-                                    "0123456789ABCDEFFEDCBA9876543210",
-                                    "{0123456789ABCDEFFEDCBA9876543210}",
-                                    "0123456789ABCDEFFEDCBA9876543210----",
-                                    "01234567-89AB-CDEF-FEDC-BA987654321",
-                                    "01234567-89AB-CDEF-FEDC-BA98765432100",
-                                    "01234567-89AB-CDEF-FEDC-BA987654321G",
-                                    "01234567-89AB-CDEF-FEDC-BA98765432 0",
-                                    "01234567-89ABC-DEF-FEDC-BA9876543210",
-                                    "012345678-9AB-CDEF-FEDC-BA9876543210",
-                                    "{01234567-89AB-CDEF-FEDC-BA9876543210",
-                                    "01234567-89AB-CDEF-FEDC-BA9876543210}",
-                                    "{01234567-89AB-CDEF-FEDC-BA9876543210)",
-                                    "(01234567-89AB-CDEF-FEDC-BA9876543210)",
-                                    " 01234567-89AB-CDEF-FEDC-BA9876543210 ",
-                                    "01234567-89AB-CDEF-FEDC-BA98765432\0\0"sv,
-                                    "+1234567-89AB-CDEF-FEDC-BA9876543210"};
+  const std::vector<std::string_view> texts = {"",
+                                               "{}",
+                                               "0123456789ABCDEFFEDCBA9876543210",
+                                               "{0123456789ABCDEFFEDCBA9876543210}",
+                                               "0123456789ABCDEFFEDCBA9876543210----",
+                                               "01234567-89AB-CDEF-FEDC-BA987654321",
+                                               "01234567-89AB-CDEF-FEDC-BA98765432100",
+                                               "01234567-89AB-CDEF-FEDC-BA987654321G",
+                                               "01234567-89AB-CDEF-FEDC-BA98765432 0",
+                                               "01234567-89ABC-DEF-FEDC-BA9876543210",
+                                               "012345678-9AB-CDEF-FEDC-BA9876543210",
+                                               "{01234567-89AB-CDEF-FEDC-BA9876543210",
+                                               "01234567-89AB-CDEF-FEDC-BA9876543210}",
+                                               "{01234567-89AB-CDEF-FEDC-BA9876543210)",
+                                               "(01234567-89AB-CDEF-FEDC-BA9876543210)",
+                                               " 01234567-89AB-CDEF-FEDC-BA9876543210 ",
+                                               "01234567-89AB-CDEF-FEDC-BA98765432\0\0"sv,
+                                               "+1234567-89AB-CDEF-FEDC-BA9876543210"};
   for (const std::string_view text : texts) {
     EXPECT_THROW(Guid::parse(text), qel::exception) << text;
   }

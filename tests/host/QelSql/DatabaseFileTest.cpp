@@ -72,6 +72,7 @@ TEST_F(DatabaseFileTest, TellsWhyItCannotBeOpened) {
   fs::create_directories(directory_ / "sub.db");
   write(directory_ / "plain", "");
   write(directory_ / "sub.db" / "Databases.lock", "");
+  fs::permissions(directory_ / "sub.db" / "Databases.lock", fs::perms(0666));
   fs::permissions(directory_ / "plain", fs::perms(0444));
   const bool asRoot = geteuid() == 0 && seteuid(65534) == 0;  // Root may write everywhere.
   const std::map<fs::path, std::string> reasons = {
@@ -178,6 +179,13 @@ TEST_F(DatabaseFileTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
   EXPECT_EQ((Rows{{"1", "a"}}), database.selectAll("T").result());
   EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
   EXPECT_THAT(asideFiles(), SizeIs(2));
+
+  damage();
+  fs::rename(file_, directory_ / "out of reach");
+  EXPECT_FALSE(insert().boSuccess());
+  EXPECT_EQ("the corrupt database file could not be replaced", insert().sErrorMessageGet());
+  EXPECT_THAT(logged(), EndsWith("so nothing more is stored in it: the corrupt file cannot be "
+                                 "renamed: No such file or directory\n"));
 }
 
 TEST_F(DatabaseFileTest, FindsAnUnusedNameForACorruptFileAndItsCompanions) {

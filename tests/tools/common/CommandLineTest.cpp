@@ -1,8 +1,8 @@
-#include "tools/common/CommandLine.h"
-
 #include <sstream>
 
 #include <gmock/gmock.h>
+
+#include "tools/common/CommandLine.h"
 
 namespace qel::tools {
 namespace {
@@ -10,13 +10,12 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const ProgramDescription program{
-    "greeter",
-    "Greets people.",
-    {{"name", "TEXT", "who is greeted", Option::Presence::Required},
-     {"times", "N", "how often", Option::Presence::Optional, "3"},
-     {"at", "HOST:PORT", "where"},
-     {"loud", "", "shouts"}}};
+const ProgramDescription program{"greeter",
+                                 "Greets people.",
+                                 {{"name", "TEXT", "who is greeted", Option::Presence::Required},
+                                  {"times", "N", "how often", Option::Presence::Optional, "3"},
+                                  {"at", "HOST:PORT", "where"},
+                                  {"loud", "", "shouts"}}};
 
 /// What a run with these arguments says: its values, what it printed, or its complaint.
 std::string outcome(const std::vector<std::string>& arguments) {
@@ -32,7 +31,7 @@ std::string outcome(const std::vector<std::string>& arguments) {
     }
     if (parsed->has("at")) {
       const Endpoint at = parsed->endpoint("at", 1);
-      output << ' ' << at.host << ' ' << at.port;
+      output << ' ' << at.host << ' ' << toText(at);
     }
     return output.str();
   } catch (const InputError& error) {
@@ -44,8 +43,8 @@ TEST(CommandLine, takesItsOptionsAndRefusesAllElse) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{"--name", "Ada"}, "Ada 3"},
       {{"--times=10", "--loud", "--name=--Ada=x"}, "--Ada=x 10 loud"},
-      {{"--name", "-", "--at", "[::1]:443"}, "- 3 ::1 443"},
-      {{"--name=A", "--at=localhost:65535"}, "A 3 localhost 65535"},
+      {{"--name", "-", "--at", "[::1]:443"}, "- 3 ::1 [::1]:443"},
+      {{"--name=A", "--at=localhost:65535"}, "A 3 localhost localhost:65535"},
       {{}, "--name TEXT is required"},
       {{"--name"}, "--name needs a value: --name TEXT"},
       {{"--name", "--loud"}, "--name needs a value: --name TEXT"},

@@ -40,7 +40,7 @@ struct Entry {
 
 void expectEntries(const std::vector<Entry>& entries) {
   for (const auto& [item, category, subCategory, event, details] : entries) {
-    SCOPED_TRACE(category + '/' + subCategory + '/' + event);
+    SCOPED_TRACE(testing::Message() << category << '/' << subCategory << '/' << event);
     EXPECT_EQ(item->getCategory(), category);
     EXPECT_EQ(item->getSubCategory(), subCategory);
     EXPECT_EQ(item->getEvent(), event);

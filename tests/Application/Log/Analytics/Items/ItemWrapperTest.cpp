@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,24 +15,25 @@ using Rows = std::vector<const std::string*>;
 TEST(ItemWrapperTest, JoinsTheRowsOfATable) {
   const std::string a = R"({"a":1})";
   const std::string b = R"({"b":2})";
-  const struct {
+  struct Case {
     Rows rows;
-    std::uint32_t table;
     const char* text;
+    std::uint32_t table;
     bool isNullOrEmpty;
-  } cases[] = {
-      {{&a, &b}, 1, R"({"version": "3.1", "events": [{"a":1},{"b":2}]})", false},
-      {{&a, &b}, 0, R"({"version": "3.1", "environments": [{"a":1},{"b":2}]})", false},
-      {{nullptr, &a, nullptr, nullptr, &b, nullptr},
-       1,
-       R"({"version": "3.1", "events": [{"a":1},{"b":2}]})",
-       false},
-      {{nullptr, nullptr}, 1, R"({"version": "3.1", "events": []})", false},
-      {{}, 1, R"({"version": "3.1"})", true},
-      {{}, 0, R"({"version": "3.1"})", true},
-      {{&a}, 2, R"({"version": "3.1"})", false},
   };
-  for (const auto& [rows, table, text, isNullOrEmpty] : cases) {
+  const std::vector<Case> cases = {
+      {{&a, &b}, R"({"version": "3.1", "events": [{"a":1},{"b":2}]})", 1, false},
+      {{&a, &b}, R"({"version": "3.1", "environments": [{"a":1},{"b":2}]})", 0, false},
+      {{nullptr, &a, nullptr, nullptr, &b, nullptr},
+       R"({"version": "3.1", "events": [{"a":1},{"b":2}]})",
+       1,
+       false},
+      {{nullptr, nullptr}, R"({"version": "3.1", "events": []})", 1, false},
+      {{}, R"({"version": "3.1"})", 1, true},
+      {{}, R"({"version": "3.1"})", 0, true},
+      {{&a}, R"({"version": "3.1"})", 2, false},
+  };
+  for (const auto& [rows, text, table, isNullOrEmpty] : cases) {
     const ItemWrapper package(rows, static_cast<Table>(table));
     EXPECT_EQ(package.toJson(), text);
     EXPECT_EQ(package.isNullOrEmpty(), isNullOrEmpty) << text;

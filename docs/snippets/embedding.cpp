@@ -1,0 +1,32 @@
+#include <chrono>
+#include <memory>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "docs/snippets/Program.h"
+#include "host/QelHttp/Settings.h"
+
+using namespace qel::log::analytics;
+using namespace std::chrono_literals;
+
+void runWithAnalytics(Program& program) {
+  auto pair = std::make_unique<CipDatabases>(
+      std::make_unique<CipDatabaseClient>(),           // what waits to be sent
+      std::make_unique<SupportDatabaseClient>(720h));  // a copy for support, kept for a month
+  CipDatabases& databases = *pair;
+  Client client(std::move(pair));
+  client.activate({.webUpdateReporter = program.webUpdates(),
+                   .databasePath = program.dataDirectory(),
+                   .installationId = program.installationId(),
+                   .sessionId = qel::Guid::create(),
+                   .serverSecret = program.serverSecret(),
+                   .serverUser = program.serverUser(),
+                   .createEnvironmentItem = [&] { return program.describeMachine(); },
+                   .isSendingAllowed = [&] { return program.customerTakesPart(); },
+                   .databaseCallback = [&] { return program.supportCopyAllowed(); }});
+  program.run();                              // broadcasts as it always did
+  databases.join();                           // writes what is still queued
+  qel::protocol::https::setExitDeadline(5s);  // no exit waits longer for the network
+}  // the client sends once more and is gone

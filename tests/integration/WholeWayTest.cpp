@@ -1,0 +1,209 @@
+#include <chrono>
+
+#include <gmock/gmock.h>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Items/EnvironmentItem.h"
+#include "host/QelBroadcaster/ActionBroadcaster.h"
+#include "host/QelHttp/Settings.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "tests/support/HttpsTestServer.h"
+#include "tests/support/MemoryStorage.h"
+#include "tests/support/StoredEvent.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using qel::broadcaster::ActionBroadcaster;
+using qel::broadcaster::ActionListenerInterface;
+using qel::db::sql::SqlDatabaseAdapter;
+using qel::log::analytics::CipDatabaseClient;
+using qel::log::analytics::CipDatabases;
+using qel::log::analytics::Client;
+using qel::log::analytics::SupportDatabaseClient;
+using qel::log::analytics::items::EnvironmentItem;
+using qel::protocol::https::setExitDeadline;
+using qel::test::HttpsTestServer;
+using qel::test::Manner;
+using qel::test::Reply;
+using qel::test::Request;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr const char* serverName = "analytics.qel.example";
+const std::string secret = "canary-secret";
+
+std::unique_ptr<EnvironmentItem> anEnvironment() {
+  using namespace qel::log::analytics::items::details;
+  return std::make_unique<EnvironmentItem>(
+      OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""), HardwareEnvironmentInfo(),
+      std::vector<QelEnvironmentInfo>(), false);
+}
+
+void graphicAction(const std::string& name, const std::string& value = "v") {
+  ActionBroadcaster::getInstance().notify(
+      &ActionListenerInterface::onGraphicAction,
+      qel::broadcaster::event::GraphicActionEvent{{name, {{"key", value}}}});
+}
+
+/// A client over real databases in a directory of its own, and a server that answers as it is told.
+class WholeWayTest : public testing::Test {
+ protected:
+  WholeWayTest() { qel::protocol::https::setSettings(settings()); }
+  ~WholeWayTest() override { setExitDeadline(std::nullopt); }
+
+  qel::protocol::https::Settings settings() {
+    qel::protocol::https::Settings settings;
+    settings.caBundle = certificates_.caFile();
+    settings.connectFor = serverName;
+    settings.connectTo = server_.address();
+    return settings;
+  }
+
+  /// Runs a client from activation to release, with `session` between.
+  void run(const std::function<void()>& session) {
+    qel::test::FakeWebUpdateReporter webUpdateReporter;
+    auto databases =
+        std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
+                                       std::make_unique<SupportDatabaseClient>(std::nullopt));
+    databases_ = databases.get();
+    Client client(std::move(databases));
+    client.activate({.webUpdateReporter = webUpdateReporter,
+                     .databasePath = directory_.text(),
+                     .installationId = "installation",
+                     .sessionId = qel::Guid::create(),
+                     .serverSecret = secret,
+                     .serverUser = "user",
+                     .createEnvironmentItem = anEnvironment,
+                     .isSendingAllowed = [] { return true; },
+                     .databaseCallback = [] { return true; }});
+    session();
+    databases_->join();
+  }
+
+  std::vector<std::string> stored(const std::string& file, const std::string& table) {
+    std::vector<std::string> texts;
+    for (auto& row : SqlDatabaseAdapter(directory_.path() / file).selectAll(table).result()) {
+      // The last report of memory use comes behind the host's join and may be stored or not.
+      if (!row.at(1).starts_with(R"({"Category": "MemoryUsage")")) {
+        texts.push_back(row.at(1));
+      }
+    }
+    return texts;
+  }
+  std::vector<std::string> waiting(const std::string& table) {
+    return stored("ItemDatabase.db", table);
+  }
+  std::vector<std::string> kept(const std::string& table) {
+    return stored("SupportDatabase.db", table);
+  }
+
+  qel::test::TemporaryDirectory directory_;
+  qel::test::TestCertificates certificates_;
+  std::function<Reply(const Request&)> answer_ = [](const Request&) {
+    return Reply{.status = 204};
+  };
+  HttpsTestServer server_{{.identity = certificates_.issue(serverName),
+                           .answer = [this](const Request& request) { return answer_(request); }}};
+  CipDatabases* databases_ = nullptr;
+};
+
+/// The packages that carry these rows of one table, in this order, each closed by the row that
+/// reaches a million bytes.
+std::vector<std::string> packagesOf(const std::string& list, const std::vector<std::string>& rows) {
+  std::vector<std::string> packages;
+  std::size_t size = 1'000'000;
+  for (const auto& row : rows) {
+    if (size >= 1'000'000) {
+      packages.push_back(R"({"version": "3.1", ")" + list + R"(": [)" + row);
+      size = 0;
+    } else {
+      packages.back() += "," + row;
+    }
+    size += row.size();
+  }
+  for (auto& package : packages) {
+    package += "]}";
+  }
+  return packages;
+}
+
+TEST_F(WholeWayTest, EverythingBroadcastArrivesByteExactAndLeavesTheSendingDatabase) {
+  run([&] {
+    for (int i = 0; i < 1500; ++i) {
+      graphicAction("zoom " + std::to_string(i), std::string(1000, 'z'));
+    }
+    graphicAction("hostile", "'; DROP TABLE Items; --\0\x01\"\\\xff\xc3\xa4"s);
+    graphicAction("large", std::string(1'000'000, 'x'));
+    graphicAction("last");
+  });
+  EXPECT_THAT(waiting("Items"), IsEmpty());
+  EXPECT_THAT(waiting("Environments"), IsEmpty());
+
+  const auto items = kept("Items");
+  ASSERT_EQ(items.size(), 1503U);
+  EXPECT_EQ(qel::test::summaryOf(items[1500]),
+            "Graphic|Action|hostile|key='; DROP TABLE Items; --\0\x01\"\\\xef\xbf\xbd\xc3\xa4"s);
+  auto expected = packagesOf("environments", kept("Environments"));
+  ASSERT_THAT(expected, ElementsAre(StartsWith(R"({"version": "3.1", "environments": [{)")));
+  for (const auto& package : packagesOf("events", items)) {
+    expected.push_back(package);
+  }
+  EXPECT_EQ(expected.size(), 4U);
+  std::vector<std::string> received;
+  for (const auto& request : server_.requests()) {
+    EXPECT_EQ(request.method + " " + request.path, "POST /authenticated/customer-care.php");
+    EXPECT_EQ(request.headers.at("content-type"), "application/json; charset=utf-8");
+    received.push_back(request.body);
+  }
+  EXPECT_TRUE(received == expected);  // megabytes, so without printing them
+  EXPECT_EQ(server_.connections(), 1);
+}
+
+TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
+  const Reply bad[] = {{.status = 400},
+                       {.status = 500},
+                       {.status = 200, .manner = Manner::Truncated, .body = "ok"},
+                       {.status = 200, .manner = Manner::ResetUnanswered}};
+  std::size_t rows = 0;
+  for (const auto& reply : bad) {
+    answer_ = [&](const Request&) { return reply; };
+    testing::internal::CaptureStderr();
+    run([] { graphicAction("kept"); });
+    const auto logged = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(logged, testing::HasSubstr("qel.log.analytics.Client: sending CIP data has "));
+    EXPECT_THAT(logged, testing::Not(testing::HasSubstr(secret)));
+    EXPECT_GT(waiting("Items").size(), rows);
+    rows = waiting("Items").size();
+  }
+  EXPECT_THAT(waiting("Environments"), SizeIs(std::size(bad)));
+  answer_ = [](const Request&) { return Reply{.status = 399}; };
+  run([] {});
+  EXPECT_THAT(waiting("Items"), IsEmpty());
+  EXPECT_THAT(waiting("Environments"), IsEmpty());
+}
+
+TEST_F(WholeWayTest, ReleaseEndsWithinTheExitDeadlineWhenTheServerNeverAnswers) {
+  answer_ = [](const Request&) { return Reply{.manner = Manner::Withheld}; };
+  auto released = std::chrono::steady_clock::now();
+  testing::internal::CaptureStderr();
+  run([&] {
+    graphicAction("waits");
+    databases_->join();
+    setExitDeadline(500ms);
+    released = std::chrono::steady_clock::now();
+  });
+  EXPECT_LT(std::chrono::steady_clock::now() - released, 1500ms);
+  testing::internal::GetCapturedStderr();
+  EXPECT_THAT(waiting("Environments"), SizeIs(1));
+  EXPECT_THAT(waiting("Items"), testing::Not(IsEmpty()));
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "tools/collector/PackageReader.h"
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/collector/PackageSplitter.h"
+
+namespace qel::collector {
+namespace {
+
+constexpr const char* packageVersion = "3.1";
+
+/// Longest frame worth reading; a client's has 60 bytes.
+constexpr std::size_t longestFrame = 4096;
+
+std::string_view reasonFor(RowVerdict verdict) {
+  return verdict == RowVerdict::NestedTooDeeply ? "row nested too deeply" : "row is no JSON object";
+}
+
+/// The names of the frame's lists, in order; nothing when the frame is not that of a package.
+std::optional<std::vector<std::string>> listNames(const std::string& frame) {
+  if (frame.size() > longestFrame || frame.find('\0') != std::string::npos) {
+    return std::nullopt;
+  }
+  const auto parsed = nlohmann::ordered_json::parse(frame, nullptr, false);
+  if (!parsed.is_object() || !parsed.contains("version") || parsed["version"] != packageVersion) {
+    return std::nullopt;
+  }
+  std::vector<std::string> names;
+  for (const auto& [name, value] : parsed.items()) {
+    if (value.is_array()) {
+      names.push_back(name);
+    }
+  }
+  return names;
+}
+
+/// The distinct texts among `rows` with how often each comes, in the order of their first coming.
+std::vector<std::pair<std::string_view, std::size_t>> counted(
+    const std::vector<std::string_view>& rows) {
+  std::vector<std::pair<std::string_view, std::size_t>> distinct;
+  std::unordered_map<std::string_view, std::size_t> places;
+  for (const auto row : rows) {
+    const auto [place, added] = places.emplace(row, distinct.size());
+    if (added) {
+      distinct.emplace_back(row, 0);
+    }
+    ++distinct[place->second].second;
+  }
+  return distinct;
+}
+
+void readRows(const std::vector<std::string_view>& texts, std::vector<Row>& rows,
+              std::vector<RefusedText>& refused) {
+  for (const auto& [text, count] : counted(texts)) {
+    auto [verdict, columns] = readRow(text);
+    if (verdict == RowVerdict::Sound) {
+      rows.push_back({text, count, std::move(columns)});
+    } else {
+      refused.push_back({text, count, reasonFor(verdict)});
+    }
+  }
+}
+
+Package refusedWhole(std::string_view body) { return {{}, {}, {{body, 1, "no package"}}}; }
+
+}  // namespace
+
+Package readPackage(std::string_view body) {
+  const auto split = splitPackage(body, mostRows);
+  if (!split) {
+    return refusedWhole(body);
+  }
+  const auto names = listNames(split->frame);
+  // A list that comes twice has one name only.
+  if (!names || names->size() != split->lists.size()) {
+    return refusedWhole(body);
+  }
+  Package package;
+  for (std::size_t list = 0; list < names->size(); ++list) {
+    const std::string& name = (*names)[list];
+    if (name != "environments" && name != "events") {
+      return refusedWhole(body);
+    }
+    readRows(split->lists[list], name == "events" ? package.events : package.environments,
+             package.refused);
+  }
+  return package;
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,278 @@
+#include "tools/collector/Server.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <exception>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <httplib.h>
+
+#include "host/QelLog/LogManager.h"
+#include "tools/collector/ConnectionWatch.h"
+#include "tools/collector/PackageReader.h"
+#include "tools/collector/TlsSettings.h"
+
+namespace qel::collector {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr const char* packagePath = "/authenticated/customer-care.php";
+constexpr const char* anyPath = R"([\s\S]*)";
+
+constexpr int waitingConnections = 128;
+constexpr std::size_t mostRequestsOfConnection = 100;
+constexpr std::chrono::seconds keepAliveTime{8};
+constexpr std::chrono::seconds readTime{10};
+constexpr std::chrono::seconds writeTime{10};
+
+struct Answer {
+  int status = 0;
+  std::string text;  ///< for the log, and for the client unless the status is 204
+};
+
+enum class Afterwards { KeepConnection, CloseConnection };
+
+void give(httplib::Response& response, const Answer& answer, Afterwards afterwards) {
+  response.status = answer.status;
+  if (answer.status == 401) {
+    response.set_header("WWW-Authenticate", R"(Basic realm="analytics", charset="UTF-8")");
+  } else if (answer.status == 405) {
+    response.set_header("Allow", "POST");
+  }
+  const std::string text = answer.status == 204 ? "" : answer.text + '\n';
+  if (afterwards == Afterwards::KeepConnection) {
+    response.set_content(text, "text/plain");
+    return;
+  }
+  // The library ends a connection when a provider fails, here only after it has given all it has.
+  response.set_header("Connection", "close");
+  response.set_content_provider(
+      text.size(), "text/plain",
+      [text](std::size_t /*offset*/, std::size_t /*length*/, httplib::DataSink& sink) {
+        sink.write(text.data(), text.size());
+        return false;
+      });
+}
+
+bool isPlainJson(const httplib::Request& request) {
+  std::string type = request.get_header_value("Content-Type");
+  type.erase(std::min(type.find_first_of("; \t"), type.size()));
+  std::transform(type.begin(), type.end(), type.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return type == "application/json" && !request.has_header("Content-Encoding");
+}
+
+bool tellsLength(const httplib::Request& request) {
+  return request.has_header("Content-Length") && !request.has_header("Transfer-Encoding");
+}
+
+template <typename Texts>
+std::string total(const Texts& texts) {
+  std::size_t sum = 0;
+  for (const auto& text : texts) {
+    sum += text.count;
+  }
+  return std::to_string(sum);
+}
+
+std::string describe(const Package& package) {
+  return "events " + total(package.events) + ", environments " + total(package.environments) +
+         ", refused texts " + total(package.refused);
+}
+
+void logAnswer(const Answer& answer, const httplib::Request& request,
+               steady_clock::duration duration) {
+  static const auto logger = log::LogManager::instance().getLogger("qel.collector");
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
+  const int level = answer.status < 400   ? log::Level::Info
+                    : answer.status < 500 ? log::Level::Warning
+                                          : log::Level::Error;
+  logger->log(level, std::to_string(answer.status) + ": " + answer.text + ", " +
+                         std::to_string(milliseconds) + " ms, from " + request.remote_addr + ':' +
+                         std::to_string(request.remote_port));
+}
+
+}  // namespace
+
+class Server::Implementation {
+ public:
+  Implementation(const ServerSettings& settings, Credentials credentials, Store& store)
+      : settings_(settings),
+        credentials_(std::move(credentials)),
+        store_(store),
+        watch_({.connections = settings.workers}),
+        http_([this](SSL_CTX& context) { return setUp(context); }) {
+    if (setUpFailure_) {
+      std::rethrow_exception(setUpFailure_);
+    }
+    if (!http_.is_valid()) {
+      throw qel::exception("cannot set TLS up");
+    }
+    configure();
+  }
+
+  int bind() {
+    const auto& [host, port] = settings_.listen;
+    const int bound = port == 0                        ? http_.bind_to_any_port(host)
+                      : http_.bind_to_port(host, port) ? port
+                                                       : -1;
+    if (bound < 0) {
+      throw qel::exception("cannot listen on " + tools::toText(settings_.listen) + ": " +
+                           std::generic_category().message(errno));
+    }
+    // The library's queue of five makes clients wait a second for their next attempt.
+    ::listen(listener_, waitingConnections);
+    return bound;
+  }
+
+  void run(const std::function<void()>& ready) {
+    http_.new_task_queue = [&] {
+      ready();
+      return new httplib::ThreadPool(settings_.workers);
+    };
+    if (!http_.listen_after_bind()) {
+      throw qel::exception("cannot accept connections any more");
+    }
+  }
+
+  void stop() {
+    http_.stop();
+    watch_.stop();
+  }
+
+ private:
+  bool setUp(SSL_CTX& context) {
+    try {
+      setUpTls(context, settings_.certificate, settings_.key);
+      watch_.attachTo(context);
+      return true;
+    } catch (const tools::InputError&) {
+      setUpFailure_ = std::current_exception();
+      return false;
+    }
+  }
+
+  void configure() {
+    http_.set_tcp_nodelay(true);
+    // In place of the library's own choice, which lets a second server share the port unnoticed.
+    http_.set_socket_options([this](socket_t socket) {
+      listener_ = socket;
+      const int yes = 1;
+      ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+    });
+    http_.set_keep_alive_max_count(mostRequestsOfConnection);
+    http_.set_keep_alive_timeout(keepAliveTime.count());
+    http_.set_read_timeout(readTime);
+    http_.set_write_timeout(writeTime);
+    http_.set_pre_routing_handler([this](const auto& request, auto& response) {
+      if (request.method == "POST") {
+        return httplib::Server::HandlerResponse::Unhandled;
+      }
+      refuse(request, response);
+      return httplib::Server::HandlerResponse::Handled;
+    });
+    http_.Post(anyPath,
+               [this](const httplib::Request& request, httplib::Response& response,
+                      const httplib::ContentReader& body) { receive(request, response, body); });
+    http_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+      // Only what the library answers by itself comes before it has told which connection it is.
+      if (request.ssl == nullptr) {
+        logAnswer({response.status, "malformed request"}, request, {});
+      } else {
+        watch_.awaitHead(request.ssl);
+      }
+    });
+  }
+
+  /// What is to be said against a request, from its head alone.
+  std::optional<Answer> objection(const httplib::Request& request) const {
+    if (request.path != packagePath) {
+      return Answer{404, "unknown path"};
+    }
+    if (request.method != "POST") {
+      return Answer{405, "only POST is served"};
+    }
+    if (!credentials_.accept(request.get_header_value("Authorization"))) {
+      return Answer{401, "unknown user or wrong secret"};
+    }
+    if (!isPlainJson(request)) {
+      return Answer{415, "only application/json is served"};
+    }
+    if (!tellsLength(request)) {
+      return Answer{411, "no Content-Length"};
+    }
+    if (request.get_header_value<std::uint64_t>("Content-Length") > settings_.largestBody) {
+      return Answer{413, "body too large"};
+    }
+    return std::nullopt;
+  }
+
+  void refuse(const httplib::Request& request, httplib::Response& response) const {
+    const Answer answer = objection(request).value();
+    give(response, answer, Afterwards::CloseConnection);
+    logAnswer(answer, request, {});
+  }
+
+  void receive(const httplib::Request& request, httplib::Response& response,
+               const httplib::ContentReader& reader) {
+    const auto begin = steady_clock::now();
+    auto answer = objection(request);
+    watch_.admitBody(request.ssl,
+                     answer ? ConnectionWatch::Sender::Unknown : ConnectionWatch::Sender::Known);
+    std::string body;
+    // An answer that comes before the client has sent its body is often lost.
+    const bool whole = tellsLength(request) && read(reader, answer ? nullptr : &body);
+    if (!answer) {
+      answer = whole ? store(body) : Answer{400, "the body broke off"};
+    }
+    give(response, *answer, whole ? Afterwards::KeepConnection : Afterwards::CloseConnection);
+    logAnswer(*answer, request, steady_clock::now() - begin);
+  }
+
+  /// Whether the body came whole; one that is too large is read up to the limit.
+  bool read(const httplib::ContentReader& reader, std::string* body) const {
+    std::size_t received = 0;
+    return reader([&](const char* data, std::size_t size) {
+      received += size;
+      if (body != nullptr) {
+        body->append(data, size);
+      }
+      return received <= settings_.largestBody;
+    });
+  }
+
+  Answer store(const std::string& body) {
+    try {
+      const Package package = readPackage(body);
+      store_.add(package);
+      return {204, describe(package)};
+    } catch (const std::exception& error) {
+      return {503, error.what()};
+    }
+  }
+
+  const ServerSettings settings_;
+  const Credentials credentials_;
+  Store& store_;
+  std::exception_ptr setUpFailure_;
+  socket_t listener_ = INVALID_SOCKET;
+  ConnectionWatch watch_;
+  httplib::SSLServer http_;
+};
+
+Server::Server(const ServerSettings& settings, Credentials credentials, Store& store)
+    : implementation_(std::make_unique<Implementation>(settings, std::move(credentials), store)) {}
+
+Server::~Server() = default;
+
+int Server::bind() { return implementation_->bind(); }
+
+void Server::run(const std::function<void()>& ready) { implementation_->run(ready); }
+
+void Server::stop() { implementation_->stop(); }
+
+}  // namespace qel::collector

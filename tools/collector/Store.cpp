@@ -1,0 +1,174 @@
+#include "tools/collector/Store.h"
+
+#include <sqlite3.h>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/collector/Sha256.h"
+
+namespace qel::collector {
+namespace {
+
+constexpr int busyMilliseconds = 5000;
+
+/// `text` is unique by its digest, which keeps large texts out of the index.
+constexpr const char* schema = R"(
+  CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
+    count INTEGER NOT NULL, session TEXT, installation TEXT, time TEXT, category TEXT,
+    subcategory TEXT, event TEXT, text TEXT NOT NULL, digest BLOB NOT NULL UNIQUE);
+  CREATE TABLE IF NOT EXISTS environments (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
+    count INTEGER NOT NULL, session TEXT, installation TEXT, time TEXT,
+    text TEXT NOT NULL, digest BLOB NOT NULL UNIQUE);
+  CREATE TABLE IF NOT EXISTS refused (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
+    count INTEGER NOT NULL, reason TEXT NOT NULL, text BLOB NOT NULL,
+    digest BLOB NOT NULL UNIQUE);
+)";
+
+/// Parameters of every insertion: 1 digest, 2 count, 3 text, and from 4 on `columns`.
+std::string insertion(const std::string& table, const std::string& columns,
+                      const std::string& parameters) {
+  return "INSERT INTO " + table + " (received, digest, count, text, " + columns +
+         ") VALUES (strftime('%Y-%m-%dT%H:%M:%fZ', 'now'), ?1, ?2, ?3, " + parameters +
+         ") ON CONFLICT (digest) DO UPDATE SET count = max(count, excluded.count)";
+}
+
+constexpr int textParameter = 3;
+constexpr int firstColumnParameter = 4;
+
+/// An environment has the first of the column members, an event all of them.
+constexpr std::size_t environmentColumns = 3;
+
+}  // namespace
+
+/// Rolls back unless it was committed.
+class Store::Transaction {
+ public:
+  explicit Transaction(Store& store) : store_(store) { store_.execute("BEGIN IMMEDIATE"); }
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction() {
+    if (sqlite3_get_autocommit(store_.connection_.get()) == 0) {
+      sqlite3_exec(store_.connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+  }
+
+  void commit() { store_.execute("COMMIT"); }
+
+ private:
+  Store& store_;
+};
+
+/// One use of a prepared insertion, which lets go of the bound texts at its end.
+class Store::Insertion {
+ public:
+  Insertion(Store& store, const Statement& statement, std::string_view text, std::size_t count)
+      : store_(store), statement_(statement.get()) {
+    const Sha256 digest = sha256(text);
+    check(sqlite3_bind_blob(statement_, 1, digest.data(), static_cast<int>(digest.size()),
+                            SQLITE_TRANSIENT));
+    check(sqlite3_bind_int64(statement_, 2, static_cast<sqlite3_int64>(count)));
+  }
+  Insertion(const Insertion&) = delete;
+  Insertion& operator=(const Insertion&) = delete;
+  ~Insertion() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+  }
+
+  void bindText(int parameter, std::string_view text) {
+    check(sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_STATIC,
+                              SQLITE_UTF8));
+  }
+
+  void bindBlob(int parameter, std::string_view bytes) {
+    check(sqlite3_bind_blob64(statement_, parameter, bytes.data(), bytes.size(), SQLITE_STATIC));
+  }
+
+  void run() { check(sqlite3_step(statement_) == SQLITE_DONE ? SQLITE_OK : SQLITE_ERROR); }
+
+ private:
+  void check(int result) const {
+    if (result != SQLITE_OK) {
+      store_.fail();
+    }
+  }
+
+  Store& store_;
+  sqlite3_stmt* const statement_;
+};
+
+void Store::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
+void Store::Close::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+Store::Store(const std::filesystem::path& file) : name_(utilities::utf8FromPath(file)) {
+  // An absolute path cannot be taken for a URI or for a name with a meaning of its own.
+  const std::string path = utilities::utf8FromPath(std::filesystem::absolute(file));
+  sqlite3* connection = nullptr;
+  const int opened = sqlite3_open_v2(path.c_str(), &connection,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  connection_.reset(connection);
+  if (opened != SQLITE_OK) {
+    fail();
+  }
+  sqlite3_busy_timeout(connection, busyMilliseconds);
+  execute("PRAGMA synchronous = FULL");
+  execute(schema);
+  addEvent_ =
+      prepare(insertion("events", "session, installation, time, category, subcategory, event",
+                        "?4, ?5, ?6, ?7, ?8, ?9"));
+  addEnvironment_ = prepare(insertion("environments", "session, installation, time", "?4, ?5, ?6"));
+  addRefused_ = prepare(insertion("refused", "reason", "?4"));
+}
+
+void Store::add(const Package& package) {
+  const std::lock_guard lock(mutex_);
+  Transaction transaction(*this);
+  for (const Row& row : package.environments) {
+    addRow(addEnvironment_, row, environmentColumns);
+  }
+  for (const Row& row : package.events) {
+    addRow(addEvent_, row, columnMembers.size());
+  }
+  for (const RefusedText& refused : package.refused) {
+    addRefused(refused);
+  }
+  transaction.commit();
+}
+
+void Store::addRow(const Statement& statement, const Row& row, std::size_t columns) {
+  Insertion insertion(*this, statement, row.text, row.count);
+  insertion.bindText(textParameter, row.text);
+  for (std::size_t column = 0; column < columns; ++column) {
+    if (const auto& value = row.columns[column]) {
+      insertion.bindText(firstColumnParameter + static_cast<int>(column), *value);
+    }
+  }
+  insertion.run();
+}
+
+void Store::addRefused(const RefusedText& refused) {
+  Insertion insertion(*this, addRefused_, refused.text, refused.count);
+  insertion.bindBlob(textParameter, refused.text);
+  insertion.bindText(firstColumnParameter, refused.reason);
+  insertion.run();
+}
+
+void Store::execute(const char* sql) {
+  if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+    fail();
+  }
+}
+
+Store::Statement Store::prepare(const std::string& sql) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v3(connection_.get(), sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                         nullptr) != SQLITE_OK) {
+    fail();
+  }
+  return Statement(statement);
+}
+
+void Store::fail() const {
+  throw StoreError("cannot use the store " + name_ + ": " + sqlite3_errmsg(connection_.get()));
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,41 @@
+#include "tools/collector/TlsSettings.h"
+
+#include <string>
+
+#include <openssl/err.h>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/CommandLine.h"
+
+namespace qel::collector {
+namespace {
+
+[[noreturn]] void fail(const std::string& option, const std::filesystem::path& file) {
+  const auto code = ERR_peek_error();
+  ERR_clear_error();
+  // The library leaves system errors to the C library's texts.
+  const char* const reason = ERR_SYSTEM_ERROR(code) ? nullptr : ERR_reason_error_string(code);
+  throw tools::InputError(option + ' ' + utilities::utf8FromPath(file) + ": cannot be used (" +
+                          (reason != nullptr ? reason : "not readable") + ')');
+}
+
+}  // namespace
+
+void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
+              const std::filesystem::path& key) {
+  SSL_CTX_set_min_proto_version(&context, TLS1_2_VERSION);
+  SSL_CTX_set_options(&context, SSL_OP_NO_RENEGOTIATION | SSL_OP_CIPHER_SERVER_PREFERENCE);
+  // Without this an encrypted key would ask for its password on the terminal.
+  SSL_CTX_set_default_passwd_cb(&context, [](char*, int, int, void*) { return 0; });
+  ERR_clear_error();
+  const std::string certificateName = utilities::utf8FromPath(certificate);
+  const std::string keyName = utilities::utf8FromPath(key);
+  if (SSL_CTX_use_certificate_chain_file(&context, certificateName.c_str()) != 1) {
+    fail("--certificate", certificate);
+  }
+  if (SSL_CTX_use_PrivateKey_file(&context, keyName.c_str(), SSL_FILETYPE_PEM) != 1) {
+    fail("--key", key);
+  }
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+
+#include <openssl/ssl.h>
+
+namespace qel::collector {
+
+/// Sets a server's TLS context up: TLS 1.2 or newer, no renegotiation, this certificate and key
+/// (PEM). Throws `tools::InputError` that names the file at fault.
+void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
+              const std::filesystem::path& key);
+
+}  // namespace qel::collector
