@@ -68,7 +68,7 @@ const nlohmann::json& Fields::take(const std::string& name) {
 }
 
 InputError Fields::mistyped(const std::string& name, const std::string& expected) const {
-  return InputError("field " + quoted(prefix_ + name) + " must be " + expected);
+  return InputError{"field " + quoted(prefix_ + name) + " must be " + expected};
 }
 
 }  // namespace qel::samplehost

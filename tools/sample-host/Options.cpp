@@ -40,7 +40,7 @@ const tools::ProgramDescription program{
     }};
 
 std::string readable(const Arguments& arguments, const std::string& option) {
-  const auto file = arguments.text(option);
+  auto file = arguments.text(option);
   if (!file.empty() && !std::ifstream(pathFromUtf8(file)).is_open()) {
     throw InputError("--" + option + ": cannot read " + file);
   }
@@ -63,7 +63,7 @@ std::string readSecret(const std::string& file) {
 }
 
 std::filesystem::path existingDirectory(const Arguments& arguments) {
-  const auto directory = pathFromUtf8(arguments.text("directory"));
+  auto directory = pathFromUtf8(arguments.text("directory"));
   std::error_code unreadable;
   if (!std::filesystem::is_directory(directory, unreadable)) {
     throw InputError("--directory: there is no directory " + arguments.text("directory"));

@@ -48,10 +48,11 @@ TEST(SessionScriptTest, ReadsControlLinesAndSkipsBlankOnes) {
 }
 
 TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
-  const struct {
+  struct Case {
     const char* line;
     const char* fault;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {"{\"wait\": 1", "not JSON"},
       {"{\"wait\": 1} {}", "not JSON"},
       {"{\"wait\": \"\xFF\"}", "not JSON"},
@@ -59,7 +60,7 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
       {"{}", "field \"notify\" is missing"},
       {R"({"name": "x"})", "unknown field \"name\""},
       {R"({"notify": 3})", "field \"notify\" must be a text"},
-      {R"({"notify": "onTea\n"})", "field \"notify\": unknown notification \"onTea\\n\""},
+      {R"({"notify": "onTea\n"})", R"(field "notify": unknown notification "onTea\n")"},
       {R"({"notify": "onBcfAction", "details": {}})", "field \"name\" is missing"},
       {R"({"notify": "onBcfAction", "name": null, "details": {}})",
        "field \"name\" must be a text"},

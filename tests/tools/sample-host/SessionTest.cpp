@@ -210,10 +210,11 @@ TEST_F(SessionTest, SaysWhyADirectoryCannotBeUsed) {
 }
 
 TEST_F(SessionTest, RefusesBadInputBeforeItTouchesTheDirectory) {
-  const struct {
+  struct Case {
     std::string arguments;
     const char* fault;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {"", "--directory DIR is required"},
       {"--directory /nowhere/at/all", "there is no directory /nowhere/at/all"},
       {inData() + "--session /nowhere.jsonl", "--session: cannot read /nowhere.jsonl"},
