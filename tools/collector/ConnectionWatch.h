@@ -25,7 +25,7 @@ class ConnectionWatch {
  public:
   struct Limits {
     std::size_t connections = 64;  ///< as many as there are workers
-    std::size_t headBytes = 96 * 1024;
+    std::size_t headBytes = std::size_t{96} * 1024;
     std::chrono::seconds headTime{10};
     std::chrono::seconds bodyTime{60};
   };

@@ -10,7 +10,7 @@
 
 #include <httplib.h>
 
-#include "host/QelLog/LogManager.h"
+#include "tools/collector/Answer.h"
 #include "tools/collector/ConnectionWatch.h"
 #include "tools/collector/PackageReader.h"
 #include "tools/collector/TlsSettings.h"
@@ -29,35 +29,6 @@ constexpr std::chrono::seconds keepAliveTime{8};
 constexpr std::chrono::seconds readTime{10};
 constexpr std::chrono::seconds writeTime{10};
 
-struct Answer {
-  int status = 0;
-  std::string text;  ///< for the log, and for the client unless the status is 204
-};
-
-enum class Afterwards { KeepConnection, CloseConnection };
-
-void give(httplib::Response& response, const Answer& answer, Afterwards afterwards) {
-  response.status = answer.status;
-  if (answer.status == 401) {
-    response.set_header("WWW-Authenticate", R"(Basic realm="analytics", charset="UTF-8")");
-  } else if (answer.status == 405) {
-    response.set_header("Allow", "POST");
-  }
-  const std::string text = answer.status == 204 ? "" : answer.text + '\n';
-  if (afterwards == Afterwards::KeepConnection) {
-    response.set_content(text, "text/plain");
-    return;
-  }
-  // The library ends a connection when a provider fails, here only after it has given all it has.
-  response.set_header("Connection", "close");
-  response.set_content_provider(
-      text.size(), "text/plain",
-      [text](std::size_t /*offset*/, std::size_t /*length*/, httplib::DataSink& sink) {
-        sink.write(text.data(), text.size());
-        return false;
-      });
-}
-
 bool isPlainJson(const httplib::Request& request) {
   std::string type = request.get_header_value("Content-Type");
   type.erase(std::min(type.find_first_of("; \t"), type.size()));
@@ -68,32 +39,6 @@ bool isPlainJson(const httplib::Request& request) {
 
 bool tellsLength(const httplib::Request& request) {
   return request.has_header("Content-Length") && !request.has_header("Transfer-Encoding");
-}
-
-template <typename Texts>
-std::string total(const Texts& texts) {
-  std::size_t sum = 0;
-  for (const auto& text : texts) {
-    sum += text.count;
-  }
-  return std::to_string(sum);
-}
-
-std::string describe(const Package& package) {
-  return "events " + total(package.events) + ", environments " + total(package.environments) +
-         ", refused texts " + total(package.refused);
-}
-
-void logAnswer(const Answer& answer, const httplib::Request& request,
-               steady_clock::duration duration) {
-  static const auto logger = log::LogManager::instance().getLogger("qel.collector");
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
-  const int level = answer.status < 400   ? log::Level::Info
-                    : answer.status < 500 ? log::Level::Warning
-                                          : log::Level::Error;
-  logger->log(level, std::to_string(answer.status) + ": " + answer.text + ", " +
-                         std::to_string(milliseconds) + " ms, from " + request.remote_addr + ':' +
-                         std::to_string(request.remote_port));
 }
 
 }  // namespace
@@ -249,7 +194,7 @@ class Server::Implementation {
     try {
       const Package package = readPackage(body);
       store_.add(package);
-      return {204, describe(package)};
+      return storedAnswer(package);
     } catch (const std::exception& error) {
       return {503, error.what()};
     }

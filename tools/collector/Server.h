@@ -27,7 +27,8 @@ struct ServerSettings {
 ///
 /// - 204 once the whole package is on the disk,
 /// - 401 without credentials that it knows, 413 for a body that is too large, 415 for one that is
-///   not plain JSON, 411 for one that does not tell its length, 404 and 405 for anything else,
+///   not plain JSON, 411 for one that does not tell its length, 400 for one that breaks off, 404
+///   and 405 for anything else,
 /// - 503 while the store takes nothing,
 ///
 /// and writes a line for every request to standard error that holds nothing of body, name or

@@ -70,7 +70,7 @@ int collect(const tools::Arguments& arguments) {
   std::thread stopper;
   const ScopeGuard joinStopper([&] {
     if (stopper.joinable()) {
-      pthread_kill(stopper.native_handle(), SIGTERM);
+      pthread_kill(stopper.native_handle(), SIGINT);
       stopper.join();
     }
   });

@@ -31,6 +31,7 @@ void makeFiles(const std::filesystem::path& directory) {
 
 int start(std::vector<std::string> arguments, const std::filesystem::path& errors, int output) {
   std::vector<char*> values;
+  values.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
     values.push_back(argument.data());
   }

@@ -8,14 +8,13 @@ namespace {
 
 using std::chrono::steady_clock;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char* path = "/authenticated/customer-care.php";
 constexpr const char* json = "application/json; charset=utf-8";
 constexpr const char* package = R"({"version": "3.1", "events": [{"Category":"canary"},bad]})";
-constexpr std::size_t limit = 16 * 1024 * 1024;
+constexpr std::size_t limit = std::size_t{16} * 1024 * 1024;
 
 /// The status of the answer, or -1 without one.
 int statusOf(const httplib::Result& result) { return result ? result->status : -1; }
@@ -77,16 +76,18 @@ TEST(Collector, storesPackagesAndSaysWhatItRefuses) {
 TEST(Collector, answersWhileTheStoreTakesNothing) {
   CollectorProcess collector;
   query(collector.store(), "DROP TABLE events");
-  EXPECT_EQ(statusOf(collector.client().Post(path, package, json)), 503);
+  const auto answer = collector.client().Post(path, package, json);
+  ASSERT_EQ(statusOf(answer), 503);
+  EXPECT_EQ(answer->body, "") << "the client has no business with the reason";
   EXPECT_THAT(query(collector.store(), "SELECT text FROM refused"), ElementsAre());
   EXPECT_THAT(collector.errors(), HasSubstr("503: cannot use the store "));
 }
 
 TEST(Collector, servesOthersBesideSlowAndEndlessClients) {
   CollectorProcess collector;
-  std::vector<int> silent;
-  for (int connection = 0; connection < 100; ++connection) {
-    silent.push_back(connectSilently(collector.port()));
+  std::array<int, 100> silent{};
+  for (int& socket : silent) {
+    socket = connectSilently(collector.port());
   }
   // Less than the time that it gives a silent connection.
   collector.client().set_read_timeout(std::chrono::seconds(5));

@@ -45,7 +45,7 @@ TEST(PackageReader, keepsRowsByteForByteAndRefusesPoisonRowsAlone) {
       {withEvents(R"({},{"a":1},{},{})"), {"e3 {}", R"(e1 {"a":1})"}},
       {withEvents(R"({"a":"]},[{\\\"\\"},{"\"}]":[[],{}]})"),
        {R"(e1 {"a":"]},[{\\\"\\"})", R"(e1 {"\"}]":[[],{}]})"}},
-      {withEvents("{},bad,{\"a\":1},bad,[{}],7,\"{}\",{'a':1},{\"a\":1]"),
+      {withEvents(R"({},bad,{"a":1},bad,[{}],7,"{}",{'a':1},{"a":1])"),
        {"e1 {}", R"(e1 {"a":1})", "r2 bad", "r1 [{}]", "r1 7", R"(r1 "{}")", "r1 {'a':1}",
         R"(r1 {"a":1])"}},
       {withEvents("{},{\"a\":\"\xff\"},\xef\xbb\xbf{},{}\0x,{\"a\":\"\\ud800\"}"s),

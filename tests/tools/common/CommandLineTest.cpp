@@ -7,7 +7,6 @@
 namespace qel::tools {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 const ProgramDescription program{"greeter",
