@@ -86,7 +86,6 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
   client.activate(activateParameter());
   for (const auto& step : script) {
     if (isInterrupted()) {
-      summary.interrupted = true;
       break;
     }
     try {
@@ -95,6 +94,7 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
       throw qel::exception("line " + std::to_string(step.line) + ": " + failure.what());
     }
   }
+  summary.interrupted = isInterrupted();
   databases.join();
   summary.storageEnded = databases.errorOccurred();
 }
