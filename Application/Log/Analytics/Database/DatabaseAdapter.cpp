@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <stdexcept>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
@@ -34,6 +35,17 @@ std::string insertStatement(const std::string& json, const std::string& table) {
   }
 }
 
+/// As `std::stoi` reads it, and with the same messages whatever the standard library's are.
+int idFrom(const std::string& text) {
+  try {
+    return std::stoi(text);
+  } catch (const std::invalid_argument&) {
+    throw std::invalid_argument("invalid stoi argument");
+  } catch (const std::out_of_range&) {
+    throw std::out_of_range("stoi argument out of range");
+  }
+}
+
 std::map<int, std::string> rowMapFrom(Result result) {
   std::map<int, std::string> rows;
   if (!result.boSuccess()) {
@@ -41,7 +53,7 @@ std::map<int, std::string> rowMapFrom(Result result) {
   }
   for (auto& row : std::move(result).result()) {
     // Rows mostly come in ascending order, so the end is the likely place.
-    rows.emplace_hint(rows.end(), std::stoi(row[0]), std::move(row[1]));
+    rows.emplace_hint(rows.end(), idFrom(row[0]), std::move(row[1]));
   }
   return rows;
 }
