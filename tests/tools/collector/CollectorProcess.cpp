@@ -59,6 +59,8 @@ std::string readLine(int pipe) {
 
 CollectorProcess::CollectorProcess(const std::vector<std::string>& arguments)
     : directory_(makeDirectory()) {
+  // A server that cuts a connection must not end the test.
+  std::signal(SIGPIPE, SIG_IGN);
   makeFiles(directory_);
   std::vector<std::string> command{COLLECTOR_PROGRAM};
   if (arguments.empty()) {
