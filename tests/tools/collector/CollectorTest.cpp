@@ -97,7 +97,7 @@ TEST(Collector, servesOthersBesideSlowAndEndlessClients) {
   }
   httplib::Headers endless;
   for (int header = 0; header < 100; ++header) {
-    endless.emplace("X-" + std::to_string(header), std::string(2000, 'x'));
+    endless.emplace(std::string("X-") + std::to_string(header), std::string(2000, 'x'));
   }
   EXPECT_EQ(statusOf(collector.client().Get("/", endless)), -1);
   EXPECT_EQ(statusOf(collector.client().Get("/")), 404);
