@@ -33,10 +33,8 @@ class ColumnReader : public json::json_sax_t {
   bool end_array() override { return leave(); }
 
   bool key(string_t& name) override {
-    if (depth_ == 1) {
-      const auto* const found = std::find(columnMembers.begin(), columnMembers.end(), name);
-      column_ = static_cast<std::size_t>(found - columnMembers.begin());
-    }
+    const auto* const found = std::find(columnMembers.begin(), columnMembers.end(), name);
+    column_ = static_cast<std::size_t>(found - columnMembers.begin());
     return true;
   }
 

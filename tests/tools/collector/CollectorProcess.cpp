@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +39,8 @@ int start(std::vector<std::string> arguments, const std::filesystem::path& error
   values.push_back(nullptr);
   const int process = ::fork();
   if (process == 0) {
+    // A test that dies leaves no server behind.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::dup2(output, STDOUT_FILENO);
     ::dup2(::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
     ::execv(values.front(), values.data());
@@ -59,6 +62,8 @@ std::string readLine(int pipe) {
 
 CollectorProcess::CollectorProcess(const std::vector<std::string>& arguments)
     : directory_(makeDirectory()) {
+  // A server that cuts a connection must not end the test.
+  std::signal(SIGPIPE, SIG_IGN);
   makeFiles(directory_);
   std::vector<std::string> command{COLLECTOR_PROGRAM};
   if (arguments.empty()) {

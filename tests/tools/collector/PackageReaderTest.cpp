@@ -8,12 +8,13 @@ namespace {
 using testing::ElementsAre;
 using testing::Eq;
 using testing::Optional;
+using namespace std::string_literals;
 
 /// What a body was read as: `E` environment, `e` event, `r` refused; each with its count and text.
 std::vector<std::string> reading(std::string_view body) {
   const Package package = readPackage(body);
   std::vector<std::string> lines;
-  const auto add = [&](const char* kind, const auto& texts) {
+  const auto add = [&](const std::string& kind, const auto& texts) {
     for (const auto& each : texts) {
       lines.push_back(kind + std::to_string(each.count) + ' ' + std::string(each.text));
     }
@@ -25,7 +26,7 @@ std::vector<std::string> reading(std::string_view body) {
 }
 
 std::string nested(std::size_t depth) {
-  return R"({"a":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + '}';
+  return R"({"a":)"s + std::string(depth - 1, '[') + std::string(depth - 1, ']') + '}';
 }
 
 std::string withEvents(const std::string& rows) {
@@ -33,7 +34,6 @@ std::string withEvents(const std::string& rows) {
 }
 
 TEST(PackageReader, keepsRowsByteForByteAndRefusesPoisonRowsAlone) {
-  using namespace std::string_literals;
   const std::vector<std::pair<std::string, std::vector<std::string>>> cases{
       {R"({"version": "3.1", "environments": [{"a":1},{"b":2}], "events": [{"c":[{}]}]})",
        {R"(E1 {"a":1})", R"(E1 {"b":2})", R"(e1 {"c":[{}]})"}},
@@ -50,7 +50,7 @@ TEST(PackageReader, keepsRowsByteForByteAndRefusesPoisonRowsAlone) {
         R"(r1 {"a":1])"}},
       {withEvents("{},{\"a\":\"\xff\"},\xef\xbb\xbf{},{}\0x,{\"a\":\"\\ud800\"}"s),
        {"e1 {}", "r1 {\"a\":\"\xff\"}", "r1 \xef\xbb\xbf{}", "r1 {}\0x"s, R"(r1 {"a":"\ud800"})"}},
-      {withEvents(nested(64) + ',' + nested(65)), {"e1 " + nested(64), "r1 " + nested(65)}},
+      {withEvents(nested(64) + ',' + nested(65)), {"e1 "s + nested(64), "r1 "s + nested(65)}},
   };
   for (const auto& [body, expected] : cases) {
     EXPECT_THAT(reading(body), Eq(expected)) << body;
@@ -58,7 +58,6 @@ TEST(PackageReader, keepsRowsByteForByteAndRefusesPoisonRowsAlone) {
 }
 
 TEST(PackageReader, refusesAsAWholeWhatIsNoPackage) {
-  using namespace std::string_literals;
   const std::vector<std::string> bodies{
       "",
       "no JSON",
@@ -78,21 +77,21 @@ TEST(PackageReader, refusesAsAWholeWhatIsNoPackage) {
       withEvents(R"({},{"a":{})"),
       withEvents("{}]"),
       std::string(1'000'000, '['),
-      R"({"version": "3.1", "x": )" + std::string(5000, '[') + std::string(5000, ']') + '}',
+      R"({"version": "3.1", "x": )"s + std::string(5000, '[') + std::string(5000, ']') + '}',
   };
   for (const std::string& body : bodies) {
-    EXPECT_THAT(reading(body), ElementsAre("r1 " + body));
+    EXPECT_THAT(reading(body), ElementsAre("r1 "s + body));
   }
   std::string rows = "{}";
   for (std::size_t row = 1; row < mostRows; ++row) {
     rows += ",{}";
   }
   EXPECT_THAT(reading(withEvents(rows)), ElementsAre("e100000 {}"));
-  EXPECT_THAT(reading(withEvents(rows + ",{}")), ElementsAre("r1 " + withEvents(rows + ",{}")));
+  EXPECT_THAT(reading(withEvents(rows + ",{}")), ElementsAre("r1 "s + withEvents(rows + ",{}")));
 }
 
 TEST(PackageReader, saysWhyATextIsRefused) {
-  const std::string body = withEvents("bad," + nested(65));
+  const std::string body = withEvents("bad,"s + nested(65));
   const Package package = readPackage(body);
   ASSERT_EQ(package.refused.size(), 2);
   EXPECT_EQ(package.refused[0].reason, "row is no JSON object");
@@ -101,7 +100,6 @@ TEST(PackageReader, saysWhyATextIsRefused) {
 }
 
 TEST(RowReader, takesTextsOfTheRowItselfAsColumns) {
-  using namespace std::string_literals;
   const auto [verdict, columns] = readRow(
       R"({"Details": {"Category": "inner"}, "Category": "Übersicht\u0000\n", "Category": "second",
           "Event": 5, "Subcategory": ["x"], "SessionId": null, "Timestamp": "t", "Extra": "e"})");

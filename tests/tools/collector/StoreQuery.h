@@ -18,7 +18,8 @@ inline std::vector<std::string> query(const std::filesystem::path& file, const s
   const auto addRow = [](void* result, int count, char** values, char** /*names*/) {
     std::string row;
     for (int column = 0; column < count; ++column) {
-      row += (column == 0 ? "" : "|") + std::string(values[column] ? values[column] : "-");
+      row += column == 0 ? "" : "|";
+      row += values[column] != nullptr ? values[column] : "-";
     }
     static_cast<std::vector<std::string>*>(result)->push_back(row);
     return 0;
