@@ -8,6 +8,9 @@
 #include <utility>
 
 #include <curl/curl.h>
+#ifndef _WIN32
+#include <openssl/crypto.h>
+#endif
 
 #include "host/QelHttp/Client.h"
 #include "host/QelHttp/SettingsInForce.h"
@@ -247,6 +250,12 @@ Connection::~Connection() = default;
 
 Outcome Connection::exchange(const Message& message) {
   return implementation_->exchange(*settings_, message);
+}
+
+void Connection::leaveThread() {
+#ifndef _WIN32
+  OPENSSL_thread_stop();
+#endif
 }
 
 }  // namespace qel::protocol::https

@@ -271,17 +271,19 @@ std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
 
 bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
   const std::string head = headOf(reply);
-  const std::string firstHalf = reply.body.substr(0, reply.body.size() / 2);
+  const auto firstHalf = std::string_view(reply.body).substr(0, reply.body.size() / 2);
   switch (reply.manner) {
     case Manner::Ordinary:
-      return stream.write(head + reply.body);
+      return stream.write(head) && stream.write(reply.body);
     case Manner::ThenClosed:
     case Manner::WithoutLength:
-      stream.write(head + reply.body);
+      stream.write(head);
+      stream.write(reply.body);
       stream.finish();
       return false;
     case Manner::Truncated:
-      stream.write(head + firstHalf);
+      stream.write(head);
+      stream.write(firstHalf);
       stream.finish();
       return false;
     case Manner::Dripped:
@@ -290,7 +292,8 @@ bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
       stream.drain();
       return false;
     case Manner::Reset:
-      stream.write(head + firstHalf);
+      stream.write(head);
+      stream.write(firstHalf);
       stream.reset();
       return false;
     case Manner::ResetUnanswered:

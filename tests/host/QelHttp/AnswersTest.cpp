@@ -71,7 +71,7 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
       {"cut", {200, Manner::Truncated, {}, "thanks"}, "3 bytes remaining"},
       {"cut by a reset", {200, Manner::Reset, {}, "thanks"}, "reset by peer"},
       {"dripped", {200, Manner::Dripped, {}, megabytes(1)}, "too slow"},
-      {"huge body", {200, Manner::Ordinary, {}, megabytes(200)}, "larger than allowed"},
+      {"huge body", {200, Manner::Ordinary, {}, megabytes(16)}, "larger than allowed"},
       {"huge header", {200, Manner::Ordinary, {{"X-Huge", megabytes(1)}}}, ""},
       {"no answer but go on", {100, Manner::WithoutLength}, ""},
       {"another protocol",
@@ -89,9 +89,9 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
     options.answerAfter = exchange.answerAfter;
     const HttpsTestServer server(options);
     auto settings = settingsFor(server);
-    settings.totalTimeout =
-        std::chrono::seconds(exchange.reply.manner == Manner::Withheld ? 1 : 20);
-    settings.lowSpeedTime = std::chrono::seconds(1);
+    const auto manner = exchange.reply.manner;
+    settings.totalTimeout = std::chrono::seconds(manner == Manner::Withheld ? 1 : 20);
+    settings.lowSpeedTime = std::chrono::seconds(manner == Manner::Dripped ? 1 : 20);
     setSettings(settings);
     EXPECT_THAT(post(message(exchange.body)),
                 AllOf(StartsWith(failureAt(server)), HasSubstr(exchange.expected),
