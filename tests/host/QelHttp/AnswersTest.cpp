@@ -61,7 +61,7 @@ TEST_F(AnswersTest, AreReturnedWhenCompleteOrRefusing) {
 
 TEST_F(AnswersTest, ThrowWhenIncomplete) {
   const std::vector<Exchange> exchanges = {
-      {"stalled", {200, Manner::Withheld}, "timed out"},
+      {"stalled", {200, Manner::Stalled}, "timed out"},
       {"reset", {200, Manner::ResetUnanswered}, "reset by peer"},
       {"reset while uploading",
        {200, Manner::ResetUnanswered},
@@ -90,7 +90,7 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
     const HttpsTestServer server(options);
     auto settings = settingsFor(server);
     const auto manner = exchange.reply.manner;
-    settings.totalTimeout = std::chrono::seconds(manner == Manner::Withheld ? 1 : 20);
+    settings.totalTimeout = std::chrono::seconds(manner == Manner::Stalled ? 1 : 20);
     settings.lowSpeedTime = std::chrono::seconds(manner == Manner::Dripped ? 1 : 20);
     setSettings(settings);
     EXPECT_THAT(post(message(exchange.body)),
@@ -103,12 +103,13 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
 
 TEST_F(AnswersTest, OfServersThatAreNotTrustedGetNothing) {
   test::TestCertificates strangers;
-  const struct {
+  struct Server {
     const char* name;
     test::ServerIdentity identity;
     Protocol protocol;
     const char* expected;
-  } servers[] = {
+  };
+  const std::vector<Server> servers = {
       {"unknown authority", strangers.issue(serverName), Protocol::Tls,
        "unable to get local issuer certificate"},
       {"wrong name", certificates_.issue("elsewhere.example"), Protocol::Tls,
