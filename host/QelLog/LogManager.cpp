@@ -44,7 +44,7 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
 #endif
   try {
     return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-        settings.file.native(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
+        settings.file.string(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
                          ": " + failure.what());
