@@ -1,26 +1,30 @@
+#include "Core/Utilities/Template/Singleton.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
+#include "host/QelBroadcaster/CollisionUserActionBroadcaster.h"
+#include "host/QelBroadcaster/CommandBroadcaster.h"
 #include "host/QelBroadcaster/GeneralBroadcaster.h"
+#include "host/QelBroadcaster/ProjectBroadcaster.h"
+#include "host/QelBroadcaster/SaveBroadcaster.h"
 
 namespace qel::broadcaster {
-namespace {
 
-/// The one broadcaster of its kind, never destroyed: a client may outlive `main` and still
-/// unregister.
-template <typename T>
-T& instanceOf() {
-  static auto* const instance = new T;
-  return *instance;
-}
-
-}  // namespace
-
-ActionBroadcaster& ActionBroadcaster::getInstance() { return instanceOf<ActionBroadcaster>(); }
+ActionBroadcaster& ActionBroadcaster::getInstance() { return singleton<ActionBroadcaster>(); }
 
 ApplicationBroadcaster& ApplicationBroadcaster::getInstance() {
-  return instanceOf<ApplicationBroadcaster>();
+  return singleton<ApplicationBroadcaster>();
 }
 
-GeneralBroadcaster& GeneralBroadcaster::getInstance() { return instanceOf<GeneralBroadcaster>(); }
+CollisionUserActionBroadcaster& CollisionUserActionBroadcaster::getInstance() {
+  return singleton<CollisionUserActionBroadcaster>();
+}
+
+CommandBroadcaster& CommandBroadcaster::getInstance() { return singleton<CommandBroadcaster>(); }
+
+GeneralBroadcaster& GeneralBroadcaster::getInstance() { return singleton<GeneralBroadcaster>(); }
+
+ProjectBroadcaster& ProjectBroadcaster::getInstance() { return singleton<ProjectBroadcaster>(); }
+
+SaveBroadcaster& SaveBroadcaster::getInstance() { return singleton<SaveBroadcaster>(); }
 
 }  // namespace qel::broadcaster

@@ -12,7 +12,12 @@
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "Application/Log/Analytics/Listeners/ActionListener.h"
 #include "Application/Log/Analytics/Listeners/ApplicationListener.h"
+#include "Application/Log/Analytics/Listeners/CommandListener.h"
 #include "Application/Log/Analytics/Listeners/GeneralListener.h"
+#include "Application/Log/Analytics/Listeners/IssueListStorageListener.h"
+#include "Application/Log/Analytics/Listeners/IssueListUserActionListener.h"
+#include "Application/Log/Analytics/Listeners/ProjectListener.h"
+#include "Application/Log/Analytics/Listeners/SaveListener.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
 #include "host/QelLog/LogManager.h"
@@ -22,15 +27,22 @@
 namespace qel::log::analytics {
 namespace {
 
-using qel::broadcaster::ActionBroadcaster;
-using qel::broadcaster::ApplicationBroadcaster;
-using qel::broadcaster::GeneralBroadcaster;
+using namespace qel::broadcaster;
+using IssueListUserActionBroadcaster = qel::log::issue::ui::UserActionBroadcaster;
 using qel::util::RunPolicy;
 
+/// Creates the listener in its place among the client's members, releasing an earlier one, and
+/// registers it.
+template <typename Broadcaster, typename Listener, typename... Arguments>
+void createAndRegister(std::shared_ptr<Listener>& listener, Arguments&&... arguments) {
+  listener = std::make_shared<Listener>(std::forward<Arguments>(arguments)...);
+  Broadcaster::getInstance().registerListener(listener);
+}
+
 template <typename Broadcaster, typename Listener>
-void unregister(Broadcaster& broadcaster, const std::shared_ptr<Listener>& listener) {
+void unregister(const std::shared_ptr<Listener>& listener) {
   if (listener) {
-    broadcaster.unregisterListener(listener);
+    Broadcaster::getInstance().unregisterListener(listener);
   }
 }
 
@@ -57,9 +69,14 @@ Client::Client(std::unique_ptr<CipDatabases> databases) : databases_(std::move(d
 
 Client::~Client() {
   memoryUsageObserver_.reset();
-  unregister(ActionBroadcaster::getInstance(), actionListener_);
-  unregister(ApplicationBroadcaster::getInstance(), applicationListener_);
-  unregister(GeneralBroadcaster::getInstance(), generalListener_);
+  unregister<ActionBroadcaster>(actionListener_);
+  unregister<ApplicationBroadcaster>(applicationListener_);
+  unregister<CommandBroadcaster>(commandListener_);
+  unregister<ProjectBroadcaster>(projectListener_);
+  unregister<IssueListUserActionBroadcaster>(issueListUserActionListener_);
+  unregister<CollisionUserActionBroadcaster>(issueListUserActionListener_);
+  unregister<SaveBroadcaster>(saveListener_);
+  unregister<GeneralBroadcaster>(generalListener_);
 }
 
 void Client::activate(const parameters::ActivateParameter& parameter) {
@@ -69,11 +86,14 @@ void Client::activate(const parameters::ActivateParameter& parameter) {
   createEnvironmentItem_ = parameter.createEnvironmentItem;
   initInstances(parameter);
   initAndRegisterActionListener();
-  applicationListener_ = std::make_shared<listeners::ApplicationListener>(
-      *databases_, memoryUsageObserver_, parameter.webUpdateReporter);
-  ApplicationBroadcaster::getInstance().registerListener(applicationListener_);
-  generalListener_ = std::make_shared<listeners::GeneralListener>(*databases_);
-  GeneralBroadcaster::getInstance().registerListener(generalListener_);
+  createAndRegister<ApplicationBroadcaster>(applicationListener_, *databases_, memoryUsageObserver_,
+                                            parameter.webUpdateReporter);
+  createAndRegister<CommandBroadcaster>(commandListener_, *databases_);
+  createAndRegister<ProjectBroadcaster>(projectListener_, *databases_);
+  createAndRegister<IssueListUserActionBroadcaster>(issueListUserActionListener_, *databases_);
+  CollisionUserActionBroadcaster::getInstance().registerListener(issueListUserActionListener_);
+  createAndRegister<SaveBroadcaster>(saveListener_, *databases_);
+  createAndRegister<GeneralBroadcaster>(generalListener_, *databases_);
   active_ = true;
   memoryUsageObserver_->start();
   if (databases_->getWriteToCipDatabaseFunc()) {
@@ -81,6 +101,14 @@ void Client::activate(const parameters::ActivateParameter& parameter) {
   } else {
     insertEnvironmentItem();
   }
+}
+
+void Client::registerIssueListStorageListener(
+    qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
+    std::unique_ptr<IssueListInformationInterface> information) {
+  issueListStorageListener_ =
+      std::make_shared<listeners::IssueListStorageListener>(*databases_, std::move(information));
+  broadcaster.registerListener(issueListStorageListener_);
 }
 
 void Client::startSendingItems() {
@@ -105,8 +133,7 @@ void Client::initInstances(const parameters::ActivateParameter& parameter) {
 }
 
 void Client::initAndRegisterActionListener() {
-  actionListener_ = std::make_shared<listeners::ActionListener>(*databases_);
-  ActionBroadcaster::getInstance().registerListener(actionListener_);
+  createAndRegister<ActionBroadcaster>(actionListener_, *databases_);
 }
 
 void Client::insertEnvironmentItem() {

@@ -22,7 +22,12 @@ class EnvironmentItem;
 namespace listeners {
 class ActionListener;
 class ApplicationListener;
+class CommandListener;
 class GeneralListener;
+class IssueListStorageListener;
+class IssueListUserActionListener;
+class ProjectListener;
+class SaveListener;
 }  // namespace listeners
 namespace reports {
 class MemoryUsageObserver;
@@ -51,6 +56,9 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   /// whatever opening the databases throws.
   void activate(const parameters::ActivateParameter& parameter) override;
   bool isActive() const override { return active_; }
+  void registerIssueListStorageListener(
+      qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
+      std::unique_ptr<IssueListInformationInterface> information) override;
   void startSendingItems() override;
   void stopSendingItems() override;
 
@@ -70,6 +78,11 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   qel::util::ThreadedLoop sendingLoop_;
   std::shared_ptr<listeners::ActionListener> actionListener_;
   std::shared_ptr<listeners::ApplicationListener> applicationListener_;
+  std::shared_ptr<listeners::CommandListener> commandListener_;
+  std::shared_ptr<listeners::ProjectListener> projectListener_;
+  std::shared_ptr<listeners::IssueListStorageListener> issueListStorageListener_;
+  std::shared_ptr<listeners::IssueListUserActionListener> issueListUserActionListener_;
+  std::shared_ptr<listeners::SaveListener> saveListener_;
   std::shared_ptr<listeners::GeneralListener> generalListener_;
   std::shared_ptr<reports::MemoryUsageObserver> memoryUsageObserver_;
   std::future<void> startupTask_;  ///< what the first sending has to wait for, if anything

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <memory>
+
 #include "Application/Log/Analytics/Client/ActivateParameter.h"
+#include "Application/Log/Analytics/Listeners/IssueListInformationInterface.h"
+#include "Core/Utilities/Template/Broadcaster.h"
 #include "QelAnalyticsExport.h"
+#include "host/QelIssueUi/StorageListenerInterface.h"
 
 namespace qel::log::analytics {
 
@@ -14,6 +19,11 @@ class QEL_ANALYTICS_EXPORT ClientInterface {
   /// only.
   virtual void activate(const parameters::ActivateParameter& parameter) = 0;
   virtual bool isActive() const = 0;
+  /// Records what the broadcaster tells of stored issues, in the words of `information`, from now
+  /// until the client is gone; it is not taken off the broadcaster. Independent of activation.
+  virtual void registerIssueListStorageListener(
+      qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
+      std::unique_ptr<IssueListInformationInterface> information) = 0;
   /// Starts sending, or starts it anew with a pass at once, after waiting for a pass under way.
   virtual void startSendingItems() = 0;
   /// Lets sending end with one more pass and does not wait for it.

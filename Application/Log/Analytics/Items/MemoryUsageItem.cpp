@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <limits>
 
 #include "Application/Log/Analytics/Items/CatalogueText.h"
+#include "host/QelUtilities/NumberText.h"
 
 namespace qel::log::analytics::items {
 namespace {
@@ -13,18 +12,12 @@ namespace {
 constexpr std::array<std::string_view, 2> scopeTexts{"Total", "Application"};
 constexpr std::array<std::string_view, 2> phaseTexts{"Runtime", "Crashed"};
 
-/// What stands before the decimal point when the time is printed with six decimals, as the C
-/// library's "%f" does: 45000.25 yields "45000", and 45000.9999999 is rounded to "45001". Unlike
-/// "%f" the result does not depend on the locale.
+/// What stands before the decimal point of the time written with six decimals: 45000.25 yields
+/// "45000", and 45000.9999999 is rounded to "45001".
 std::string keyOf(const datetime::DateTime& time) {
-  constexpr int decimals = 6;
-  constexpr std::size_t signAndPoint = 2;
-  std::array<char, std::numeric_limits<double>::max_exponent10 + 1 + decimals + signAndPoint>
-      text{};
-  const auto [end, error] =
-      std::to_chars(text.data(), text.data() + text.size(), time.secondsSinceEpoch(),
-                    std::chars_format::fixed, decimals);
-  return {text.data(), std::find(text.data(), end, '.')};
+  std::string text = utilities::textWithSixDecimals(time.secondsSinceEpoch());
+  text.erase(std::min(text.find('.'), text.size()));
+  return text;
 }
 
 }  // namespace

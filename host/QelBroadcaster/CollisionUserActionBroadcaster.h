@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "Core/Utilities/Template/Broadcaster.h"
+
+namespace qel::broadcaster {
+
+/// Told of what the user does in the collision list.
+class CollisionUserActionListenerInterface {
+ public:
+  virtual ~CollisionUserActionListenerInterface() = default;
+
+  virtual void onCollisionListControlContextMenuClicked(const std::string& action) = 0;
+};
+
+/// The process's broadcaster of user actions in the collision list.
+class CollisionUserActionBroadcaster : public Broadcaster<CollisionUserActionListenerInterface> {
+ public:
+  static CollisionUserActionBroadcaster& getInstance();
+};
+
+}  // namespace qel::broadcaster

@@ -1,0 +1,88 @@
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "tests/support/MemoryDatabaseClient.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using qel::log::analytics::CipDatabaseClientInterface;
+using qel::log::analytics::SupportDatabaseClient;
+using qel::log::analytics::SupportDatabaseExporter;
+using qel::test::TemporaryDirectory;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr auto Environments = CipDatabaseClientInterface::Environments;
+constexpr auto Items = CipDatabaseClientInterface::Items;
+using Session = std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>;
+
+std::shared_ptr<SupportDatabaseClient> opened(const TemporaryDirectory& directory) {
+  auto client = std::make_shared<SupportDatabaseClient>(std::nullopt);
+  client->initialize(directory.text());
+  return client;
+}
+
+TEST(SupportDatabaseExporterTest, CopiesExactlyTheSessionsRows) {
+  const std::string ours = R"({"SessionId": "S", "it's": 1})";
+  const std::string machine = R"({"SessionId": "S", "machine": 2})";
+  const std::string other = R"({"SessionId": "T"})";
+  const TemporaryDirectory from;
+  const TemporaryDirectory to;
+  const auto source = opened(from);
+  const auto target = opened(to);
+  source->insertMultiple({{other, Items},
+                          {ours, Items},
+                          {other, Items},
+                          {ours + " ", Items},
+                          {machine, Environments}});
+  SupportDatabaseExporter exporter(source);
+  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("U", target));
+  EXPECT_THAT(target->getAllItems(), IsEmpty());
+  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  EXPECT_THAT(target->getAllItems(), ElementsAre(Pair(1, ours), Pair(2, ours + " ")));
+  EXPECT_THAT(target->getAll(Environments).second, ElementsAre(Pair(1, machine)));
+  EXPECT_FALSE(SupportDatabaseExporter(std::make_shared<SupportDatabaseClient>(std::nullopt))
+                   .exportLastSessionToSqliteFile("S", target));
+}
+
+TEST(SupportDatabaseExporterTest, LooksAtTheItemsOnlyWhereThereAreNoEnvironments) {
+  class Source : public qel::test::MemoryDatabaseClient {
+   public:
+    Session getAllFromSession(std::string) override { return session; }
+    Session session;
+  };
+  const struct {
+    Session session;
+    const char* outcome;
+  } cases[] = {
+      {{}, "false"},
+      {{{Environments, {}}, {Items, {}}}, "false"},
+      {{{Environments, {{1, "e"}}}}, "true"},
+      {{{Environments, {}}, {Items, {{1, "i"}}}}, "true"},
+      {{{Environments, {}}}, "invalid map<K, T> key"},
+      {{{Items, {{1, "i"}}}}, "invalid map<K, T> key"},
+  };
+  for (const auto& [session, expected] : cases) {
+    auto source = std::make_shared<Source>();
+    source->session = session;
+    const auto target = std::make_shared<qel::test::MemoryDatabaseClient>();
+    std::string outcome;
+    try {
+      outcome = SupportDatabaseExporter(source).exportLastSessionToSqliteFile("S", target)
+                    ? "true"
+                    : "false";
+    } catch (const std::out_of_range& failure) {
+      outcome = failure.what();
+    }
+    EXPECT_EQ(outcome, expected);
+    EXPECT_EQ(target->texts(Items).size() + target->texts(Environments).size(),
+              outcome == "true" ? 1U : 0U);
+  }
+}
+
+}  // namespace
