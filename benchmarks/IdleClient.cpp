@@ -1,0 +1,95 @@
+// Measures what a client costs that is active while nothing happens. A second memory observer on
+// the same databases passes the given number of minutes at the given speed, sixty times that of
+// time unless told otherwise, so that a minute's run takes all samples and makes all reports of an
+// hour.
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <thread>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Items/EnvironmentItem.h"
+#include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
+#include "host/QelPlatformWindows/SystemInformation.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using namespace qel::log::analytics;
+using Clock = std::chrono::steady_clock;
+
+class NoWebUpdates : public reports::WebUpdateReporterInterface {
+ public:
+  bool isInformationAvailable() const override { return false; }
+  void reset() override {}
+  std::uint64_t getSuccessCount() const override { return 0; }
+  std::uint64_t getCorruptPackageCount() const override { return 0; }
+};
+
+std::uint64_t residentKilobytes() {
+  return qel::platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
+}
+
+/// Of all threads of the process.
+double cpuSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+void measure(int simulatedMinutes, int speed) {
+  const qel::test::TemporaryDirectory directory;
+  auto pair = std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
+                                             std::make_unique<SupportDatabaseClient>(std::nullopt));
+  CipDatabases& databases = *pair;
+  Client client(std::move(pair));
+  NoWebUpdates webUpdates;
+  client.activate({.webUpdateReporter = webUpdates,
+                   .databasePath = directory.text(),
+                   .installationId = "idle",
+                   .sessionId = qel::Guid::create(),
+                   .serverSecret = {},
+                   .serverUser = {},
+                   .createEnvironmentItem = {},
+                   .isSendingAllowed = [] { return false; },
+                   .databaseCallback = [] { return true; }});
+  reports::MemoryUsageOptions options;
+  std::atomic<int> samples{0};
+  options.samplingInterval /= speed;
+  options.reportingInterval /= speed;
+  options.usedByProcessInKB = [&] {
+    ++samples;
+    return residentKilobytes();
+  };
+  reports::MemoryUsageObserver observer(databases, options);
+
+  const auto begin = Clock::now();
+  const double cpuBefore = cpuSeconds();
+  observer.start();
+  std::cout << "simulated minute, resident KB\n";
+  for (int minute = 0; minute <= simulatedMinutes; ++minute) {
+    std::this_thread::sleep_until(begin + std::chrono::minutes(minute) / speed);
+    if (minute % 10 == 0 || minute == simulatedMinutes) {
+      std::cout << minute << ", " << residentKilobytes() << std::endl;
+    }
+  }
+  const double cpu = cpuSeconds() - cpuBefore;
+  const std::chrono::duration<double> wall = Clock::now() - begin;
+  databases.join();
+  std::cout << std::setprecision(3) << "samples of each kind: " << samples << '\n'
+            << "CPU time: " << cpu * 1000 << " ms, which is " << cpu / wall.count() * 100
+            << " % of one core over the " << wall.count() << " s that the run took, and "
+            << cpu / (wall.count() * speed) * 100 << " % over the simulated time\n";
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  measure(argumentCount > 1 ? std::atoi(arguments[1]) : 60,
+          argumentCount > 2 ? std::atoi(arguments[2]) : 60);
+  return 0;
+}
