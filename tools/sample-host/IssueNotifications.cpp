@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/QelBroadcaster/CollisionUserActionBroadcaster.h"
@@ -41,8 +42,9 @@ std::shared_ptr<IssueInstance> issue(Fields& fields) {
 }
 
 Broadcast issueAdded(Fields& fields) {
-  return broadcastOf<IssueStorageBroadcaster>(&Storage::issueAdded, fields.object("issue", issue),
-                                              fields.flag("flag"));
+  auto added = fields.object("issue", issue);
+  const bool flag = fields.flag("flag");
+  return broadcastOf<IssueStorageBroadcaster>(&Storage::issueAdded, std::move(added), flag);
 }
 
 Broadcast issues(Fields& fields,
@@ -85,9 +87,10 @@ std::array<FilterState, 4> filterStates(Fields& fields) {
 }
 
 Broadcast filter(Fields& fields) {
-  return broadcastOf<UserActionBroadcaster>(&UserAction::onFilterStateChanged,
-                                            fields.enumerator<FilterType>("changedType"),
-                                            fields.flag("changedStatus"), filterStates(fields));
+  const auto changedType = fields.enumerator<FilterType>("changedType");
+  const bool changedStatus = fields.flag("changedStatus");
+  return broadcastOf<UserActionBroadcaster>(&UserAction::onFilterStateChanged, changedType,
+                                            changedStatus, filterStates(fields));
 }
 
 constexpr std::array notifications{
