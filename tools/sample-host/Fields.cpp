@@ -1,6 +1,9 @@
 #include "tools/sample-host/Fields.h"
 
+#include <charconv>
 #include <sstream>
+
+#include "host/QelUtilities/Exception.h"
 
 namespace qel::samplehost {
 
@@ -30,6 +33,21 @@ bool Fields::flag(const std::string& name) {
   return value.get<bool>();
 }
 
+std::vector<bool> Fields::flags(const std::string& name, std::size_t count) {
+  const auto& list = takeList(name);
+  if (list.size() != count) {
+    throw mistyped(name, "a list of " + std::to_string(count));
+  }
+  std::vector<bool> flags;
+  for (const auto& element : list) {
+    if (!element.is_boolean()) {
+      throw mistyped(elementName(name, flags.size()), "true or false");
+    }
+    flags.push_back(element.get<bool>());
+  }
+  return flags;
+}
+
 double Fields::number(const std::string& name, double lowest, double highest) {
   const auto& value = take(name);
   if (!value.is_number() || value.get<double>() < lowest || value.get<double>() > highest) {
@@ -40,12 +58,35 @@ double Fields::number(const std::string& name, double lowest, double highest) {
   return value.get<double>();
 }
 
+Guid Fields::guid(const std::string& name) {
+  const auto digits = text(name);
+  try {
+    return Guid::parse(digits);
+  } catch (const qel::exception&) {
+    throw mistyped(name, "a GUID");
+  }
+}
+
 std::map<std::string, std::string> Fields::texts(const std::string& name) {
   const auto& value = take(name);
   Fields inner(value, prefix_ + name);
   std::map<std::string, std::string> texts;
   for (const auto& member : value.items()) {
     texts.emplace(member.key(), inner.text(member.key()));
+  }
+  return texts;
+}
+
+std::map<std::uint32_t, std::string> Fields::numberedTexts() {
+  std::map<std::uint32_t, std::string> texts;
+  for (const auto& member : object_.items()) {
+    const auto& name = member.key();
+    std::uint32_t number = 0;
+    std::from_chars(name.data(), name.data() + name.size(), number);
+    if (std::to_string(number) != name) {
+      throw mistyped(name, "named by a decimal number");
+    }
+    texts.emplace(number, text(name));
   }
   return texts;
 }
@@ -65,6 +106,14 @@ const nlohmann::json& Fields::take(const std::string& name) {
   }
   read_.insert(name);
   return *member;
+}
+
+const nlohmann::json& Fields::takeList(const std::string& name) {
+  const auto& value = take(name);
+  if (!value.is_array()) {
+    throw mistyped(name, "a list");
+  }
+  return value;
 }
 
 InputError Fields::mistyped(const std::string& name, const std::string& expected) const {

@@ -1,123 +1,19 @@
 #include "tools/sample-host/Notifications.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <string_view>
-#include <utility>
-
-#include "host/QelBroadcaster/ActionBroadcaster.h"
-#include "host/QelBroadcaster/ApplicationBroadcaster.h"
-#include "host/QelBroadcaster/GeneralBroadcaster.h"
+#include "tools/sample-host/NotificationTable.h"
 
 namespace qel::samplehost {
-namespace {
-
-using namespace qel::broadcaster;
-using namespace qel::broadcaster::event;
-
-/// An event whose description the script gives.
-class ScriptedGeneralEvent : public GeneralEventInterface {
- public:
-  explicit ScriptedGeneralEvent(Fields& fields)
-      : category_(fields.text("category")),
-        subCategory_(fields.text("subcategory")),
-        event_(fields.text("event")),
-        details_(fields.texts("details")) {}
-
-  std::string getCategory() const override { return category_; }
-  std::string getSubCategory() const override { return subCategory_; }
-  std::string getEvent() const override { return event_; }
-  std::map<std::string, std::string> getDetails() const override { return details_; }
-
- private:
-  const std::string category_;
-  const std::string subCategory_;
-  const std::string event_;
-  const std::map<std::string, std::string> details_;
-};
-
-template <typename Broadcaster, typename Operation, typename Event>
-Broadcast broadcastOf(Operation operation, Event event) {
-  return [operation, event = std::move(event)] {
-    Broadcaster::getInstance().notify(operation, event);
-  };
-}
-
-template <typename Event>
-Broadcast action(Fields& fields, void (ActionListenerInterface::*operation)(const Event&)) {
-  return broadcastOf<ActionBroadcaster>(operation,
-                                        Event{{fields.text("name"), fields.texts("details")}});
-}
-
-template <typename Event>
-Broadcast application(Fields& fields,
-                      void (ApplicationListenerInterface::*operation)(const Event&)) {
-  return broadcastOf<ApplicationBroadcaster>(operation, Event{{fields.text("text")}});
-}
-
-Broadcast crash(Fields& fields) {
-  return broadcastOf<ApplicationBroadcaster>(
-      &ApplicationListenerInterface::onApplicationCrashed,
-      ApplicationCrashEvent{{fields.text("text")}, fields.integer<std::int32_t>("code")});
-}
-
-assert::AssertInfo assertInfo(Fields& fields) {
-  assert::AssertInfo info;
-  info.message = fields.text("message");
-  info.function = fields.text("function");
-  info.file = fields.text("file");
-  info.line = fields.integer<int>("line");
-  info.type = static_cast<assert::AssertType>(fields.integer<int>("type"));
-  return info;
-}
-
-Broadcast assertion(Fields& fields) {
-  return broadcastOf<ApplicationBroadcaster>(
-      &ApplicationListenerInterface::onApplicationAsserted,
-      ApplicationAssertEvent{{fields.text("text")}, fields.object("assert", assertInfo)});
-}
-
-Broadcast general(Fields& fields) {
-  return broadcastOf<GeneralBroadcaster>(
-      &GeneralListenerInterface::onGeneralAction,
-      std::shared_ptr<const GeneralEventInterface>(std::make_shared<ScriptedGeneralEvent>(fields)));
-}
-
-struct Notification {
-  std::string_view name;
-  Broadcast (*read)(Fields&);
-};
-
-using Action = ActionListenerInterface;
-using Application = ApplicationListenerInterface;
-
-constexpr std::array notifications{
-    Notification{"onBcfAction", [](Fields& f) { return action(f, &Action::onBcfAction); }},
-    Notification{"onHelpAction", [](Fields& f) { return action(f, &Action::onHelpAction); }},
-    Notification{"onProjectManagerAction",
-                 [](Fields& f) { return action(f, &Action::onProjectManagerAction); }},
-    Notification{"onGraphicAction", [](Fields& f) { return action(f, &Action::onGraphicAction); }},
-    Notification{"onApplicationStarted",
-                 [](Fields& f) { return application(f, &Application::onApplicationStarted); }},
-    Notification{"onApplicationStopped",
-                 [](Fields& f) { return application(f, &Application::onApplicationStopped); }},
-    Notification{"onApplicationCrashed", crash},
-    Notification{"onApplicationAsserted", assertion},
-    Notification{"onGeneralAction", general},
-};
-
-}  // namespace
 
 Broadcast readNotification(const std::string& name, Fields& fields) {
-  const auto* const found = std::find_if(notifications.begin(), notifications.end(),
-                                         [&](const auto& known) { return known.name == name; });
-  if (found == notifications.end()) {
-    throw InputError("field \"notify\": unknown notification " + quoted(name));
+  for (const auto& notifications :
+       {applicationNotifications(), projectNotifications(), issueNotifications()}) {
+    for (const auto& known : notifications) {
+      if (known.name == name) {
+        return known.read(fields);
+      }
+    }
   }
-  return found->read(fields);
+  throw InputError("field \"notify\": unknown notification " + quoted(name));
 }
 
 }  // namespace qel::samplehost

@@ -18,6 +18,8 @@
 #include "tools/sample-host/EnvironmentFacts.h"
 #include "tools/sample-host/InstallationId.h"
 #include "tools/sample-host/Interruption.h"
+#include "tools/sample-host/IssueStorageBroadcaster.h"
+#include "tools/sample-host/ScriptedIssueInformation.h"
 
 namespace qel::samplehost {
 namespace {
@@ -84,6 +86,8 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
         std::chrono::duration_cast<std::chrono::milliseconds>(options_.exitDeadline));
   });
   client.activate(activateParameter());
+  client.registerIssueListStorageListener(IssueStorageBroadcaster::getInstance(),
+                                          std::make_unique<ScriptedIssueInformation>());
   for (const auto& step : script) {
     if (isInterrupted()) {
       break;

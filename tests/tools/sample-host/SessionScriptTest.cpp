@@ -27,6 +27,13 @@ std::string faultOf(const std::string& text) {
   return "no fault";
 }
 
+/// An issue that is added, with these fields at its end.
+std::string issueWith(const std::string& fields) {
+  return R"({"notify": "issueAdded", "issue": {"id": "00000000-0000-4000-8000-000000000001",)"
+         R"( "priority": 0, "description": "", "timestamp": 0, )" +
+         fields + "}}";
+}
+
 TEST(SessionScriptTest, ReadsControlLinesAndSkipsBlankOnes) {
   const auto steps = read(
       "\n"
@@ -49,7 +56,7 @@ TEST(SessionScriptTest, ReadsControlLinesAndSkipsBlankOnes) {
 
 TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
   struct Case {
-    const char* line;
+    std::string line;
     const char* fault;
   };
   const std::vector<Case> cases{
@@ -86,6 +93,37 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
        "unknown field \"assert.column\""},
       {R"({"notify": "onGeneralAction", "category": "", "subcategory": "", "details": {}})",
        "field \"event\" is missing"},
+      {R"({"notify": "onCommandStarted", "id": "", "text": "", "location": 4294967296})",
+       "field \"location\" must be a whole number from -2147483648 to 4294967295"},
+      {R"({"notify": "onCommandStopped", "id": "", "text": "", "cancelled": true, "details": null})",
+       "field \"details\" must be an object"},
+      {R"({"notify": "onFilterStateChanged", "changedType": 0, "changedStatus": true,
+           "states": [true, true, true]})",
+       "field \"states\" must be a list of 4"},
+      {R"({"notify": "onFilterStateChanged", "changedType": 0, "changedStatus": true,
+           "states": [true, true, 1, true]})",
+       "field \"states[2]\" must be true or false"},
+      {R"({"notify": "issueAdded", "issue": {"id": "12"}})", "field \"issue.id\" must be a GUID"},
+      {R"({"notify": "issueAdded", "issue": {"priority": 1}})", "field \"issue.id\" is missing"},
+      {issueWith(R"("message": {"action": ""})"), "field \"issue.message.id\" is missing"},
+      {issueWith(R"("message": [])"), "field \"issue.message\" must be an object"},
+      {issueWith(R"("message": null, "attributes": {})"),
+       "field \"issue.attributes\" must be a list"},
+      {issueWith(R"("message": null, "attributes": [{}, 1])"),
+       "field \"issue.attributes[1]\" must be an object"},
+      {issueWith(R"("message": null, "attributes": [{"x": ""}])"),
+       "field \"issue.attributes[0].x\" must be named by a decimal number"},
+      {issueWith(R"("message": null, "attributes": [{"01": ""}])"),
+       "field \"issue.attributes[0].01\" must be named by a decimal number"},
+      {issueWith(R"("message": null, "attributes": [{"4": 1}])"),
+       "field \"issue.attributes[0].4\" must be a text"},
+      {issueWith(R"("message": null, "attributes": [], "solvers": -1)"),
+       "field \"issue.solvers\" must be a whole number from 0 to 65535"},
+      {issueWith(R"("message": null, "attributes": [], "solvers": 0, "read": true)"),
+       "unknown field \"issue.read\""},
+      {R"({"notify": "issuesRemoved", "issues": [{"id": null}]})",
+       "field \"issues[0].id\" must be a text"},
+      {R"({"notify": "issuesRemoveAll", "issues": []})", "unknown field \"issues\""},
       {R"({"wait": -1})", "field \"wait\" must be a number from 0 to 86400"},
       {R"({"wait": true})", "field \"wait\" must be a number from 0 to 86400"},
       {R"({"join": false})", "field \"join\" must be true"},
@@ -94,7 +132,7 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
        "field \"webUpdate.success\" must be a whole number from 0 to 18446744073709551615"},
   };
   for (const auto& [line, fault] : cases) {
-    std::string oneLine(line);
+    auto oneLine = line;
     std::erase(oneLine, '\n');
     EXPECT_EQ(faultOf("{\"wait\": 1}\n\n" + oneLine + "\n"), std::string("a.jsonl:3: ") + fault);
   }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Core/Utilities/Template/Broadcaster.h"
+#include "Core/Utilities/Template/Singleton.h"
+#include "host/QelIssueUi/StorageListenerInterface.h"
+
+namespace qel::samplehost {
+
+/// The program's broadcaster of what happens to its stored issues.
+class IssueStorageBroadcaster : public Broadcaster<log::issue::StorageListenerInterface> {
+ public:
+  static IssueStorageBroadcaster& getInstance() { return singleton<IssueStorageBroadcaster>(); }
+};
+
+}  // namespace qel::samplehost

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "tools/sample-host/Fields.h"
+#include "tools/sample-host/SessionScript.h"
+
+namespace qel::samplehost {
+
+/// A listener operation, and how its broadcast is made from a script's fields.
+struct Notification {
+  std::string_view name;
+  Broadcast (*read)(Fields&);
+};
+
+// What a script can broadcast, by what it is about.
+std::span<const Notification> applicationNotifications();
+std::span<const Notification> projectNotifications();
+std::span<const Notification> issueNotifications();
+
+/// Notifies the listeners of the process's `Broadcaster`.
+template <typename Broadcaster, typename Operation, typename... Arguments>
+Broadcast broadcastOf(Operation operation, Arguments... arguments) {
+  return [operation, ... arguments = std::move(arguments)] {
+    Broadcaster::getInstance().notify(operation, arguments...);
+  };
+}
+
+}  // namespace qel::samplehost
