@@ -15,20 +15,15 @@ using std::chrono::steady_clock;
 TEST(DeadlineTest, AddsTheIntervalWithinTheClocksRange) {
   const steady_clock::time_point now{1000s};
   const auto end = steady_clock::time_point::max();
-  const auto beyond = std::numeric_limits<double>::max();
-  const struct {
-    std::chrono::duration<double> interval;
-    steady_clock::time_point expected;
-  } cases[] = {
+  const std::pair<std::chrono::duration<double>, steady_clock::time_point> cases[] = {
       {10min, now + 600s},
-      {1s, now + 1s},
       {0.25s, now + 250ms},
       {0s, now},
       {-5s, now},
       {std::chrono::duration<double>(std::numeric_limits<double>::quiet_NaN()), now},
       {std::chrono::hours(24 * 365), now + std::chrono::hours(24 * 365)},
       {std::chrono::duration<double>(9.3e9), end},
-      {std::chrono::duration<double>(beyond), end},
+      {std::chrono::duration<double>(std::numeric_limits<double>::max()), end},
   };
   for (const auto& [interval, expected] : cases) {
     EXPECT_EQ(deadlineAfter(now, interval), expected) << interval.count();
@@ -43,19 +38,14 @@ TEST(SleeperTest, SleepsUntilTheDeadline) {
   EXPECT_GE(steady_clock::now(), deadline);
 }
 
-TEST(SleeperTest, NeverForgetsAStop) {
-  Sleeper sleeper;
-  sleeper.stop();
-  sleeper.stop();
-  EXPECT_EQ(sleeper.sleepUntil(steady_clock::time_point::max()), Sleeper::Outcome::Stopped);
-  EXPECT_EQ(sleeper.sleepUntil(steady_clock::now() - 1s), Sleeper::Outcome::Stopped);
-}
-
-TEST(SleeperTest, WakesAtOnceFromASleepWithoutEnd) {
+TEST(SleeperTest, WakesFromASleepWithoutEndAndNeverForgetsAStop) {
   Sleeper sleeper;
   std::thread waker([&] { sleeper.stop(); });
   EXPECT_EQ(sleeper.sleepUntil(steady_clock::time_point::max()), Sleeper::Outcome::Stopped);
   waker.join();
+  sleeper.stop();
+  EXPECT_EQ(sleeper.sleepUntil(steady_clock::time_point::max()), Sleeper::Outcome::Stopped);
+  EXPECT_EQ(sleeper.sleepUntil(steady_clock::now() - 1s), Sleeper::Outcome::Stopped);
 }
 
 }  // namespace

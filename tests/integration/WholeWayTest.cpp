@@ -15,61 +15,51 @@
 #include "tests/support/StoredEvent.h"
 #include "tests/support/TemporaryDirectory.h"
 
+namespace qel::log::analytics {
 namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;
-using qel::broadcaster::ActionBroadcaster;
-using qel::broadcaster::ActionListenerInterface;
-using qel::db::sql::SqlDatabaseAdapter;
-using qel::log::analytics::CipDatabaseClient;
-using qel::log::analytics::CipDatabases;
-using qel::log::analytics::Client;
-using qel::log::analytics::SupportDatabaseClient;
-using qel::log::analytics::items::EnvironmentItem;
-using qel::protocol::https::setExitDeadline;
-using qel::test::HttpsTestServer;
-using qel::test::Manner;
-using qel::test::Reply;
-using qel::test::Request;
+using broadcaster::ActionListenerInterface;
+using protocol::https::setExitDeadline;
+using test::Manner;
+using test::Reply;
+using test::Request;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 
 constexpr const char* serverName = "analytics.qel.example";
 const std::string secret = "canary-secret";
 
-std::unique_ptr<EnvironmentItem> anEnvironment() {
-  using namespace qel::log::analytics::items::details;
-  return std::make_unique<EnvironmentItem>(
+std::unique_ptr<items::EnvironmentItem> anEnvironment() {
+  using namespace items::details;
+  return std::make_unique<items::EnvironmentItem>(
       OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""), HardwareEnvironmentInfo(),
       std::vector<QelEnvironmentInfo>(), false);
 }
 
 void graphicAction(const std::string& name, const std::string& value = "v") {
-  ActionBroadcaster::getInstance().notify(
+  broadcaster::ActionBroadcaster::getInstance().notify(
       &ActionListenerInterface::onGraphicAction,
-      qel::broadcaster::event::GraphicActionEvent{{name, {{"key", value}}}});
+      broadcaster::event::GraphicActionEvent{{name, {{"key", value}}}});
 }
 
 /// A client over real databases in a directory of its own, and a server that answers as it is told.
 class WholeWayTest : public testing::Test {
  protected:
-  WholeWayTest() { qel::protocol::https::setSettings(settings()); }
-  ~WholeWayTest() override { setExitDeadline(std::nullopt); }
-
-  qel::protocol::https::Settings settings() {
-    qel::protocol::https::Settings settings;
+  WholeWayTest() {
+    protocol::https::Settings settings;
     settings.caBundle = certificates_.caFile();
     settings.connectFor = serverName;
     settings.connectTo = server_.address();
-    return settings;
+    protocol::https::setSettings(settings);
   }
+  ~WholeWayTest() override { setExitDeadline(std::nullopt); }
 
   /// Runs a client from activation to release, with `session` between.
   void run(const std::function<void()>& session) {
-    qel::test::FakeWebUpdateReporter webUpdateReporter;
+    test::FakeWebUpdateReporter webUpdateReporter;
     auto databases =
         std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
                                        std::make_unique<SupportDatabaseClient>(std::nullopt));
@@ -78,7 +68,7 @@ class WholeWayTest : public testing::Test {
     client.activate({.webUpdateReporter = webUpdateReporter,
                      .databasePath = directory_.text(),
                      .installationId = "installation",
-                     .sessionId = qel::Guid::create(),
+                     .sessionId = Guid::create(),
                      .serverSecret = secret,
                      .serverUser = "user",
                      .createEnvironmentItem = anEnvironment,
@@ -90,7 +80,8 @@ class WholeWayTest : public testing::Test {
 
   std::vector<std::string> stored(const std::string& file, const std::string& table) {
     std::vector<std::string> texts;
-    for (auto& row : SqlDatabaseAdapter(directory_.path() / file).selectAll(table).result()) {
+    for (auto& row :
+         db::sql::SqlDatabaseAdapter(directory_.path() / file).selectAll(table).result()) {
       // The last report of memory use comes behind the host's join and may be stored or not.
       if (!row.at(1).starts_with(R"({"Category": "MemoryUsage")")) {
         texts.push_back(row.at(1));
@@ -101,17 +92,15 @@ class WholeWayTest : public testing::Test {
   std::vector<std::string> waiting(const std::string& table) {
     return stored("ItemDatabase.db", table);
   }
-  std::vector<std::string> kept(const std::string& table) {
-    return stored("SupportDatabase.db", table);
-  }
 
-  qel::test::TemporaryDirectory directory_;
-  qel::test::TestCertificates certificates_;
+  test::TemporaryDirectory directory_;
+  test::TestCertificates certificates_;
   std::function<Reply(const Request&)> answer_ = [](const Request&) {
     return Reply{.status = 204};
   };
-  HttpsTestServer server_{{.identity = certificates_.issue(serverName),
-                           .answer = [this](const Request& request) { return answer_(request); }}};
+  test::HttpsTestServer server_{
+      {.identity = certificates_.issue(serverName),
+       .answer = [this](const Request& request) { return answer_(request); }}};
   CipDatabases* databases_ = nullptr;
 };
 
@@ -119,18 +108,16 @@ class WholeWayTest : public testing::Test {
 /// reaches a million bytes.
 std::vector<std::string> packagesOf(const std::string& list, const std::vector<std::string>& rows) {
   std::vector<std::string> packages;
-  std::size_t size = 1'000'000;
+  std::size_t size = 0;
+  std::string joined;
   for (const auto& row : rows) {
-    if (size >= 1'000'000) {
-      packages.push_back(R"({"version": "3.1", ")" + list + R"(": [)" + row);
-      size = 0;
-    } else {
-      packages.back() += "," + row;
-    }
+    joined += (size == 0 ? "" : ",") + row;
     size += row.size();
-  }
-  for (auto& package : packages) {
-    package += "]}";
+    if (size >= 1'000'000 || &row == &rows.back()) {
+      packages.push_back(R"({"version": "3.1", ")" + list + R"(": [)" + joined + "]}");
+      joined.clear();
+      size = 0;
+    }
   }
   return packages;
 }
@@ -147,12 +134,13 @@ TEST_F(WholeWayTest, EverythingBroadcastArrivesByteExactAndLeavesTheSendingDatab
   EXPECT_THAT(waiting("Items"), IsEmpty());
   EXPECT_THAT(waiting("Environments"), IsEmpty());
 
-  const auto items = kept("Items");
+  const auto items = stored("SupportDatabase.db", "Items");
   ASSERT_EQ(items.size(), 1503U);
-  EXPECT_EQ(qel::test::summaryOf(items[1500]),
+  EXPECT_EQ(test::summaryOf(items[1500]),
             "Graphic|Action|hostile|key='; DROP TABLE Items; --\0\x01\"\\\xef\xbf\xbd\xc3\xa4"s);
-  auto expected = packagesOf("environments", kept("Environments"));
-  ASSERT_THAT(expected, ElementsAre(StartsWith(R"({"version": "3.1", "environments": [{)")));
+  auto expected = packagesOf("environments", stored("SupportDatabase.db", "Environments"));
+  ASSERT_THAT(expected,
+              ElementsAre(testing::StartsWith(R"({"version": "3.1", "environments": [{)")));
   for (const auto& package : packagesOf("events", items)) {
     expected.push_back(package);
   }
@@ -207,3 +195,4 @@ TEST_F(WholeWayTest, ReleaseEndsWithinTheExitDeadlineWhenTheServerNeverAnswers) 
 }
 
 }  // namespace
+}  // namespace qel::log::analytics

@@ -11,27 +11,20 @@ namespace qel::test {
 class AssertionRecorder {
  public:
   AssertionRecorder() {
-    assert::AssertFunctionOne::registerHandler(
-        [this](const assert::AssertInfo& info) { records_.push_back(info); });
+    assert::AssertFunctionOne::registerHandler([this](const assert::AssertInfo& info) {
+      lines_.push_back(info.function + " (" + info.file + ":" + std::to_string(info.line) +
+                       "): " + info.message);
+    });
   }
   ~AssertionRecorder() { assert::AssertFunctionOne::registerHandler({}); }
   AssertionRecorder(const AssertionRecorder&) = delete;
   AssertionRecorder& operator=(const AssertionRecorder&) = delete;
 
-  const std::vector<assert::AssertInfo>& records() const { return records_; }
-
-  /// One line per record: "function (file:line): message".
-  std::vector<std::string> lines() const {
-    std::vector<std::string> lines;
-    for (const auto& info : records_) {
-      lines.push_back(info.function + " (" + info.file + ":" + std::to_string(info.line) +
-                      "): " + info.message);
-    }
-    return lines;
-  }
+  /// One line per assertion: "function (file:line): message".
+  const std::vector<std::string>& lines() const { return lines_; }
 
  private:
-  std::vector<assert::AssertInfo> records_;
+  std::vector<std::string> lines_;
 };
 
 }  // namespace qel::test

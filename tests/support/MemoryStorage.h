@@ -8,6 +8,7 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "tests/support/MemoryDatabaseClient.h"
+#include "tests/support/StoredEvent.h"
 
 namespace qel::test {
 
@@ -37,6 +38,12 @@ class MemoryStorage {
   log::analytics::CipDatabases& initialized() {
     databases->initialize(parameter);
     return *databases;
+  }
+
+  /// The events in the support database, each in one line, once all that was inserted is there.
+  std::vector<std::string> recorded() const {
+    databases->join();
+    return summariesOf(support->texts(MemoryDatabaseClient::Items));
   }
 
   FakeWebUpdateReporter webUpdateReporter;

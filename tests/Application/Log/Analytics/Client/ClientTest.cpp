@@ -1,5 +1,3 @@
-#include <functional>
-
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Client/Client.h"
@@ -11,39 +9,30 @@
 #include "host/QelUtilities/Exception.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/MemoryStorage.h"
-#include "tests/support/StoredEvent.h"
 #include "tests/support/Tally.h"
 
+namespace qel::log::analytics {
 namespace {
 
-using qel::broadcaster::ActionBroadcaster;
-using qel::broadcaster::ActionListenerInterface;
-using qel::log::analytics::CipDatabaseClientInterface;
-using qel::log::analytics::Client;
-using qel::log::analytics::items::EnvironmentItem;
-using qel::test::AssertionRecorder;
-using qel::test::MemoryStorage;
-using qel::test::Tally;
+using broadcaster::ActionBroadcaster;
+using items::EnvironmentItem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::SizeIs;
 using testing::StartsWith;
-
-constexpr auto Environments = CipDatabaseClientInterface::Environments;
-constexpr auto Items = CipDatabaseClientInterface::Items;
+using testing::ThrowsMessage;
+using utilities::debugger::Debugger;
 
 std::unique_ptr<EnvironmentItem> anEnvironment() {
   return std::make_unique<EnvironmentItem>(
-      qel::log::analytics::items::details::OsEnvironmentInfo("os", "64", "en", "1", false, "", 96,
-                                                             ""),
-      qel::log::analytics::items::details::HardwareEnvironmentInfo(),
-      std::vector<qel::log::analytics::items::details::QelEnvironmentInfo>(), false);
+      items::details::OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""),
+      items::details::HardwareEnvironmentInfo(), std::vector<items::details::QelEnvironmentInfo>(),
+      false);
 }
 
 void help(const std::string& topic) {
-  ActionBroadcaster::getInstance().notify(&ActionListenerInterface::onHelpAction,
-                                          qel::broadcaster::event::HelpActionEvent{{topic, {}}});
+  ActionBroadcaster::getInstance().notify(&broadcaster::ActionListenerInterface::onHelpAction,
+                                          broadcaster::event::HelpActionEvent{{topic, {}}});
 }
 
 class ClientTest : public testing::Test {
@@ -51,132 +40,93 @@ class ClientTest : public testing::Test {
   ClientTest() {
     storage_.parameter.isSendingAllowed = [this] { return sendingAllowed_; };
     storage_.parameter.createEnvironmentItem = anEnvironment;
+    client_ = std::make_unique<Client>(std::move(storage_.owned));
   }
-  ~ClientTest() override { qel::utilities::debugger::Debugger::setHook({}); }
-
-  Client& client() {
-    if (!client_) {
-      client_ = std::make_unique<Client>(std::move(storage_.owned));
-    }
-    return *client_;
-  }
-  /// What the support database holds, since the sending database is emptied by passes.
-  std::vector<std::string> recorded() {
+  std::vector<std::string> environments() {
     storage_.databases->join();
-    return qel::test::summariesOf(storage_.support->texts(Items));
+    return storage_.support->texts(CipDatabaseClientInterface::Environments);
   }
 
-  MemoryStorage storage_;
+  test::AssertionRecorder assertions_;
+  test::MemoryStorage storage_;
   bool sendingAllowed_ = false;
   std::unique_ptr<Client> client_;
 };
 
-TEST_F(ClientTest, NeedsDatabases) {
-  try {
-    const Client client(nullptr);
-    FAIL() << "was made without databases";
-  } catch (const std::invalid_argument& failure) {
-    EXPECT_STREQ(failure.what(), "databases can not be assigned nullptr");
-  }
+TEST_F(ClientTest, NeedsDatabasesThatCanBeOpened) {
+  EXPECT_THAT([] { const Client client(nullptr); },
+              ThrowsMessage<std::invalid_argument>("databases can not be assigned nullptr"));
+  class Unopenable : public test::MemoryDatabaseClient {
+   public:
+    void initialize(const std::string&) override { throw qel::exception("cannot be opened"); }
+  };
+  Client client(std::make_unique<CipDatabases>(std::make_unique<Unopenable>(),
+                                               std::make_unique<test::MemoryDatabaseClient>()));
+  EXPECT_THROW(client.activate(storage_.parameter), qel::exception);
+  EXPECT_FALSE(client.isActive());
 }
 
-TEST_F(ClientTest, ActivatesOnceOnly) {
-  EXPECT_FALSE(client().isActive());
-  client().activate(storage_.parameter);
-  EXPECT_TRUE(client().isActive());
-  try {
-    client().activate(storage_.parameter);
-    FAIL() << "was activated twice";
-  } catch (const qel::exception& failure) {
-    EXPECT_STREQ(failure.what(), "Customer involvement client is already running.");
-  }
-  help("once");
-  EXPECT_THAT(recorded(), ElementsAre("Help|Action|once|"));
-  EXPECT_THAT(storage_.sending->calls(), ElementsAre("initialize directory"));
-}
-
-TEST_F(ClientTest, RecordsFromActivationToDestruction) {
-  AssertionRecorder assertions;
-  client();
+TEST_F(ClientTest, RecordsFromItsOnlyActivationToDestruction) {
   help("before");
-  client().activate(storage_.parameter);
+  EXPECT_FALSE(client_->isActive());
+  client_->activate(storage_.parameter);
+  EXPECT_TRUE(client_->isActive());
+  EXPECT_THAT([&] { client_->activate(storage_.parameter); },
+              ThrowsMessage<qel::exception>("Customer involvement client is already running."));
   help("between");
-  EXPECT_THAT(recorded(), ElementsAre("Help|Action|between|"));
+  EXPECT_THAT(storage_.recorded(), ElementsAre("Help|Action|between|"));
+  EXPECT_THAT(storage_.sending->calls(), ElementsAre("initialize directory"));
   client_.reset();
   help("after");
-  EXPECT_THAT(assertions.lines(), IsEmpty());
+  EXPECT_THAT(assertions_.lines(), IsEmpty());
 }
 
 TEST_F(ClientTest, NeverActivatedItTouchesNothing) {
-  AssertionRecorder assertions;
-  client();
   client_.reset();
-  EXPECT_THAT(assertions.lines(), IsEmpty());
+  EXPECT_THAT(assertions_.lines(), IsEmpty());
 }
 
-TEST_F(ClientTest, StampsItemsWithInstallationAndSession) {
-  client().activate(storage_.parameter);
-  storage_.databases->join();
-  EXPECT_THAT(storage_.support->texts(Environments),
-              ElementsAre(StartsWith(R"({"InstallationId": "installation", "SessionId": )"
-                                     R"("00112233-4455-6677-8899-AABBCCDDEEFF", "Timestamp": ")")));
-}
-
-TEST_F(ClientTest, WithoutPermissionItDescribesTheMachineOnceAndDoesNotSend) {
-  client().activate(storage_.parameter);
-  storage_.databases->join();
-  EXPECT_THAT(storage_.support->texts(Environments), SizeIs(1));
-  EXPECT_THAT(storage_.sending->calls(), ElementsAre("initialize directory"));
-  client().startSendingItems();
-  client().startSendingItems();
-  storage_.databases->join();
-  EXPECT_THAT(storage_.support->texts(Environments), SizeIs(2));
+TEST_F(ClientTest, WithoutPermissionItDescribesTheMachineOnceAndOnceMoreWhenSendingStarts) {
+  client_->activate(storage_.parameter);
+  const auto stamped = StartsWith(R"({"InstallationId": "installation", "SessionId": )"
+                                  R"("00112233-4455-6677-8899-AABBCCDDEEFF", "Timestamp": ")");
+  EXPECT_THAT(environments(), ElementsAre(stamped));
+  client_->startSendingItems();
+  client_->startSendingItems();
+  EXPECT_THAT(environments(), ElementsAre(stamped, stamped));
 }
 
 TEST_F(ClientTest, AnEnvironmentIsNotRequired) {
-  for (const std::function<std::unique_ptr<EnvironmentItem>()>& factory :
-       {std::function<std::unique_ptr<EnvironmentItem>()>(),
-        std::function<std::unique_ptr<EnvironmentItem>()>([] { return nullptr; })}) {
-    MemoryStorage storage;
+  for (const auto& factory :
+       {decltype(storage_.parameter.createEnvironmentItem)(),
+        decltype(storage_.parameter.createEnvironmentItem)([] { return nullptr; })}) {
+    test::MemoryStorage storage;
     storage.parameter.createEnvironmentItem = factory;
-    storage.parameter.isSendingAllowed = [] { return false; };
     Client client(std::move(storage.owned));
     client.activate(storage.parameter);
-    client.startSendingItems();
     storage.databases->join();
-    EXPECT_THAT(storage.support->texts(Environments), IsEmpty());
+    EXPECT_THAT(storage.support->calls(), ElementsAre("initialize directory"));
     EXPECT_FALSE(storage.databases->errorOccurred());
   }
 }
 
 TEST_F(ClientTest, WithoutAWayToAskForPermissionActivationThrowsAfterItIsActive) {
   storage_.parameter.isSendingAllowed = {};
-  EXPECT_THROW(client().activate(storage_.parameter), std::bad_function_call);
-  EXPECT_TRUE(client().isActive());
-}
-
-TEST_F(ClientTest, AFailingDatabaseLeavesItInactive) {
-  class Unopenable : public qel::test::MemoryDatabaseClient {
-   public:
-    void initialize(const std::string&) override { throw qel::exception("cannot be opened"); }
-  };
-  Client client(std::make_unique<qel::log::analytics::CipDatabases>(
-      std::make_unique<Unopenable>(), std::make_unique<qel::test::MemoryDatabaseClient>()));
-  EXPECT_THROW(client.activate(storage_.parameter), qel::exception);
-  EXPECT_FALSE(client.isActive());
+  EXPECT_THROW(client_->activate(storage_.parameter), std::bad_function_call);
+  EXPECT_TRUE(client_->isActive());
 }
 
 TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
-  Tally passes;
-  storage_.sending->beforeRead = [&] { passes.add(); };
+  test::Tally reads;
+  storage_.sending->beforeRead = [&] { reads.add(); };
   sendingAllowed_ = true;
-  client().activate(storage_.parameter);
-  EXPECT_TRUE(passes.reaches(2));  // each pass reads two tables
-  client().stopSendingItems();
-  EXPECT_TRUE(passes.reaches(4));
-  client().stopSendingItems();
+  client_->activate(storage_.parameter);
+  EXPECT_TRUE(reads.reaches(2));  // each pass reads two tables
+  client_->stopSendingItems();
+  EXPECT_TRUE(reads.reaches(4));
+  client_->stopSendingItems();
   client_.reset();
-  EXPECT_EQ(passes.count(), 4);
+  EXPECT_EQ(reads.count(), 4);
 }
 
 TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
@@ -188,20 +138,17 @@ TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
       {[] { throw std::out_of_range("no row"); }, "no row", "): no row\n"},
       {[] { throw 1; }, "Unknown Exception", ")\n"},
   };
-  Tally breaks;
-  qel::utilities::debugger::Debugger::setHook([&] { breaks.add(); });
-  int expectedBreaks = 0;
   for (const auto& [failure, message, onStandardError] : cases) {
-    MemoryStorage storage;
+    test::Tally breaks;
+    Debugger::setHook([&] { breaks.add(); });
+    test::MemoryStorage storage;
     storage.sending->beforeRead = failure;
     testing::internal::CaptureStderr();
     Client client(std::move(storage.owned));
     client.activate(storage.parameter);
-    expectedBreaks += 2;  // one for the pass, one for the loop that the pass ends
-    EXPECT_TRUE(breaks.reaches(expectedBreaks));
-    storage.databases->join();
-    EXPECT_THAT(qel::test::summariesOf(storage.support->texts(Items)),
-                ElementsAre("CIP|SendingItems|Exception|Message=" + message));
+    EXPECT_TRUE(breaks.reaches(2));  // one for the pass, one for the loop that the pass ends
+    Debugger::setHook({});
+    EXPECT_THAT(storage.recorded(), ElementsAre("CIP|SendingItems|Exception|Message=" + message));
     const auto errors = testing::internal::GetCapturedStderr();
     EXPECT_THAT(errors, HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: " +
                                   message + "\n"));
@@ -211,21 +158,18 @@ TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
 }
 
 TEST_F(ClientTest, UnregistersInTheOrderOfRegistration) {
-  AssertionRecorder assertions;
-  client().activate(storage_.parameter);
+  client_->activate(storage_.parameter);
   // Each broadcaster, emptied from outside, reports when the client wants to take its listener off.
   ActionBroadcaster::getInstance() = {};
-  qel::broadcaster::ApplicationBroadcaster::getInstance() = {};
-  qel::broadcaster::GeneralBroadcaster::getInstance() = {};
+  broadcaster::ApplicationBroadcaster::getInstance() = {};
+  broadcaster::GeneralBroadcaster::getInstance() = {};
   client_.reset();
-  std::vector<std::string> functions;
-  for (const auto& info : assertions.records()) {
-    functions.push_back(info.function);
-  }
   const std::string start = "qel::Broadcaster<class qel::broadcaster::";
-  const std::string end = "ListenerInterface>::unregisterListener";
-  EXPECT_THAT(functions, ElementsAre(start + "Action" + end, start + "Application" + end,
-                                     start + "General" + end));
+  EXPECT_THAT(assertions_.lines(),
+              ElementsAre(StartsWith(start + "ActionListenerInterface>::unregisterListener"),
+                          StartsWith(start + "ApplicationListenerInterface>::unregisterListener"),
+                          StartsWith(start + "GeneralListenerInterface>::unregisterListener")));
 }
 
 }  // namespace
+}  // namespace qel::log::analytics

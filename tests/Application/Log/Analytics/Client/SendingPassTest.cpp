@@ -5,11 +5,10 @@
 #include "host/QelLog/LoggerInterface.h"
 #include "tests/support/MemoryDatabaseClient.h"
 
+namespace qel::log::analytics {
 namespace {
 
-using qel::log::analytics::CipDatabaseClientInterface;
-using qel::log::analytics::SendingPass;
-using qel::test::MemoryDatabaseClient;
+using test::MemoryDatabaseClient;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -17,23 +16,21 @@ constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
 
 /// Notes the packages and accepts as many as it is told to.
-class FakeConnection : public qel::log::analytics::serverconnection::DbToServerConnectionInterface {
+class FakeConnection : public serverconnection::DbToServerConnectionInterface {
  public:
-  void initalize(const qel::log::analytics::parameters::ActivateParameter&) override {}
-  bool send(qel::log::analytics::items::ItemWrapper& package) override {
+  void initalize(const parameters::ActivateParameter&) override {}
+  bool send(items::ItemWrapper& package) override {
     packages.push_back(package.toJson());
-    if (failure) {
-      failure();
-    }
+    failure();
     return accepted-- > 0;
   }
 
   int accepted = 1000;
-  std::function<void()> failure;
+  std::function<void()> failure = [] {};
   std::vector<std::string> packages;
 };
 
-class FakeLogger : public qel::log::LoggerInterface {
+class FakeLogger : public LoggerInterface {
  public:
   void log(int level, const std::string& message) override {
     lines.push_back(std::to_string(level) + " " + message);
@@ -44,51 +41,40 @@ class FakeLogger : public qel::log::LoggerInterface {
 
 class SendingPassTest : public testing::Test {
  protected:
-  void run(std::size_t limit = 1'000'000) {
-    SendingPass(database_, connection_, logger_, limit).run();
-  }
+  void run() { SendingPass(database_, connection_, logger_, 1'000'000).run(); }
 
   MemoryDatabaseClient database_;
   FakeConnection connection_;
   FakeLogger logger_;
 };
 
-TEST_F(SendingPassTest, PostsNothingFromEmptyTablesAndStillVacuums) {
+TEST_F(SendingPassTest, SendsEnvironmentsFirstAndDeletesWhatWasAccepted) {
   run();
   EXPECT_THAT(connection_.packages, IsEmpty());
-  EXPECT_THAT(database_.calls(), ElementsAre("vacuum"));
-}
-
-TEST_F(SendingPassTest, SendsEnvironmentsFirstAndDeletesWhatWasAccepted) {
   database_.insertMultiple({"1", "2"}, Items);
   database_.insertMultiple({"{}"}, Environments);
   run();
   EXPECT_THAT(connection_.packages, ElementsAre(R"({"version": "3.1", "environments": [{}]})",
                                                 R"({"version": "3.1", "events": [1,2]})"));
-  EXPECT_THAT(database_.calls(), ElementsAre("delete 0 3", "delete 1 1,2", "vacuum"));
+  EXPECT_THAT(database_.calls(), ElementsAre("vacuum", "delete 0 3", "delete 1 1,2", "vacuum"));
   EXPECT_THAT(logger_.lines, IsEmpty());
 }
 
 TEST_F(SendingPassTest, ClosesAPackageWithTheRowThatReachesTheLimit) {
-  const struct {
-    std::vector<std::string> rows;
-    std::vector<std::string> deletions;
-  } cases[] = {
-      {{"55555", "55555", "1"}, {"delete 1 1,2", "delete 1 3"}},
-      {{"333", "333", "333", "333", "333"}, {"delete 1 1,2,3,4", "delete 1 5"}},
-      {{"55555", "4444"}, {"delete 1 1,2"}},
-      {{"fifteen bytes..", "1", "2"}, {"delete 1 1", "delete 1 2,3"}},
-      {{"1", "fifteen bytes..", "2"}, {"delete 1 1,2", "delete 1 3"}},
-      {{"twenty bytes........", "ten bytes."}, {"delete 1 1", "delete 1 2"}},
-      {{"", "", "ten bytes.", ""}, {"delete 1 1,2,3", "delete 1 4"}},
+  using Texts = std::vector<std::string>;
+  const std::pair<Texts, Texts> cases[] = {
+      {{"55555", "55555", "1"}, {"delete 1 1,2", "delete 1 3", "vacuum"}},
+      {{"333", "333", "333", "333", "333"}, {"delete 1 1,2,3,4", "delete 1 5", "vacuum"}},
+      {{"55555", "4444"}, {"delete 1 1,2", "vacuum"}},
+      {{"1", "fifteen bytes..", "2"}, {"delete 1 1,2", "delete 1 3", "vacuum"}},
+      {{"twenty bytes........", "ten bytes."}, {"delete 1 1", "delete 1 2", "vacuum"}},
+      {{"", "", "ten bytes.", ""}, {"delete 1 1,2,3", "delete 1 4", "vacuum"}},
   };
-  for (const auto& [rows, deletions] : cases) {
+  for (const auto& [rows, calls] : cases) {
     MemoryDatabaseClient database;
     database.insertMultiple(rows, Items);
     SendingPass(database, connection_, logger_, 10).run();
-    auto expected = deletions;
-    expected.emplace_back("vacuum");
-    EXPECT_EQ(database.calls(), expected);
+    EXPECT_EQ(database.calls(), calls);
   }
 }
 
@@ -130,3 +116,4 @@ TEST_F(SendingPassTest, PassesExceptionsOnAndDeletesNothing) {
 }
 
 }  // namespace
+}  // namespace qel::log::analytics

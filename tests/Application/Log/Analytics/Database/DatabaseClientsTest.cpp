@@ -5,18 +5,13 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
-#include "host/QelUtilities/Exception.h"
 #include "tests/support/StoredEvent.h"
 #include "tests/support/TemporaryDirectory.h"
 
+namespace qel::log::analytics {
 namespace {
 
 using namespace std::chrono_literals;
-using qel::db::sql::SqlDatabaseAdapter;
-using qel::log::analytics::CipDatabaseClient;
-using qel::log::analytics::CipDatabaseClientInterface;
-using qel::log::analytics::SupportDatabaseClient;
-using qel::test::TemporaryDirectory;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -28,35 +23,44 @@ constexpr auto noTable = static_cast<CipDatabaseClientInterface::Table>(2);
 const std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>> mixedBatch = {
     {"one", Items}, {"machine", Environments}, {"", Items}, {"lost", noTable}, {"two", Items}};
 
+/// The client for sending, with a file of any size.
+class SendingClient : public CipDatabaseClient {
+ public:
+  std::optional<std::uint64_t> getDatabaseFileSize() override {
+    return size ? size() : CipDatabaseClient::getDatabaseFileSize();
+  }
+
+  std::function<std::optional<std::uint64_t>()> size;
+};
+
 class DatabaseClientsTest : public testing::Test {
  protected:
-  TemporaryDirectory directory_;
+  void initialize() {
+    for (auto* client : both_) {
+      client->initialize(directory_.text());
+    }
+  }
+
+  test::TemporaryDirectory directory_;
+  SendingClient sending_;
+  SupportDatabaseClient support_{std::nullopt};
+  const std::array<CipDatabaseClientInterface*, 2> both_{&sending_, &support_};
 };
 
 TEST_F(DatabaseClientsTest, DoNothingBeforeTheyAreInitialized) {
-  CipDatabaseClient sending;
-  SupportDatabaseClient support(1s);
-  for (CipDatabaseClientInterface* client :
-       std::initializer_list<CipDatabaseClientInterface*>{&sending, &support}) {
-    std::vector<int> ids{1};
+  for (auto* client : both_) {
     client->insertMultiple({"x"}, Items);
     client->insertMultiple(mixedBatch);
     client->deleteItems({{1, "x"}});
-    client->deleteEnvironments({{1, "x"}});
-    client->deleteByIds(Items, ids);
     client->vacuum();
-    EXPECT_THAT(client->getAllItems(), IsEmpty());
     EXPECT_THAT(client->getAll(Items), Pair(Items, IsEmpty()));
     EXPECT_THAT(client->getAllFromSession("abc"), IsEmpty());
   }
 }
 
 TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
-  CipDatabaseClient sending;
-  SupportDatabaseClient support(std::nullopt);
-  for (CipDatabaseClientInterface* client :
-       std::initializer_list<CipDatabaseClientInterface*>{&sending, &support}) {
-    client->initialize(directory_.text());
+  initialize();
+  for (auto* client : both_) {
     client->insertMultiple(mixedBatch);
     EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "one"), Pair(2, "two")));
     EXPECT_THAT(client->getAll(Environments), Pair(Environments, ElementsAre(Pair(1, "machine"))));
@@ -69,113 +73,69 @@ TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
     client->deleteItems(client->getAllItems());
     client->deleteEnvironments({{1, ""}});
     client->insertMultiple({"three"}, Items);
+    client->insertMultiple({"a", "", "b"}, noTable);
     EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "three")));
-    EXPECT_THAT(client->getAll(Environments).second, IsEmpty());
   }
+  EXPECT_THAT(sending_.getAll(Environments).second, IsEmpty());
+  EXPECT_THAT(support_.getAll(Environments).second, ElementsAre(Pair(1, "a"), Pair(2, "b")));
   EXPECT_TRUE(exists(directory_.path() / "ItemDatabase.db"));
   EXPECT_TRUE(exists(directory_.path() / "SupportDatabase.db"));
 }
 
-TEST_F(DatabaseClientsTest, TreatUnknownTablesOfSingleTextsEachInItsOwnWay) {
-  CipDatabaseClient sending;
-  sending.initialize(directory_.text());
-  sending.insertMultiple({"a", "", "b"}, noTable);
-  EXPECT_THAT(sending.getAllItems(), IsEmpty());
-  EXPECT_THAT(sending.getAll(Environments).second, IsEmpty());
-
-  SupportDatabaseClient support(std::nullopt);
-  support.initialize(directory_.text());
-  support.insertMultiple({"a", "", "b"}, noTable);
-  EXPECT_THAT(support.getAll(Environments).second, ElementsAre(Pair(1, "a"), Pair(2, "b")));
-}
-
-TEST_F(DatabaseClientsTest, OnlyTheSupportDatabaseKnowsSessions) {
-  const std::string ours = R"({"SessionId": "S"})";
-  const std::string other = R"({"SessionId": "T"})";
-  CipDatabaseClient sending;
-  SupportDatabaseClient support(std::nullopt);
-  for (CipDatabaseClientInterface* client :
-       std::initializer_list<CipDatabaseClientInterface*>{&sending, &support}) {
-    client->initialize(directory_.text());
-    client->insertMultiple({{other, Items}, {ours, Items}});
+TEST_F(DatabaseClientsTest, OnlyTheSupportDatabaseFindsASessionAndThatByItsExactText) {
+  const std::string ours = R"({"SessionId": "S", "it's": "here"})";
+  initialize();
+  for (auto* client : both_) {
+    client->insertMultiple({R"({"SessionId":"S"})", R"({"SessionId": "ST"})", ours}, Items);
   }
-  EXPECT_THAT(sending.getAllFromSession("S"), IsEmpty());
-  EXPECT_THAT(support.getAllFromSession("S"),
-              ElementsAre(Pair(Environments, IsEmpty()), Pair(Items, ElementsAre(Pair(2, ours)))));
-  EXPECT_THAT(support.getAllFromSession("U"),
-              ElementsAre(Pair(Environments, IsEmpty()), Pair(Items, IsEmpty())));
+  EXPECT_THAT(sending_.getAllFromSession("S"), IsEmpty());
+  EXPECT_THAT(support_.getAllFromSession("S"),
+              ElementsAre(Pair(Environments, IsEmpty()), Pair(Items, ElementsAre(Pair(3, ours)))));
 }
-
-TEST_F(DatabaseClientsTest, SayWhichDirectoryCannotBeOpened) {
-  const std::string missing = (directory_.path() / "missing").string();
-  try {
-    CipDatabaseClient().initialize(missing);
-    FAIL() << "opened a database in a missing directory";
-  } catch (const qel::exception& failure) {
-    EXPECT_THAT(failure.what(), testing::HasSubstr(missing));
-  }
-}
-
-class SizedClient : public CipDatabaseClient {
- public:
-  std::optional<std::uint64_t> getDatabaseFileSize() override { return size; }
-
-  std::optional<std::uint64_t> size;
-};
 
 TEST_F(DatabaseClientsTest, SendingDatabaseMarksEachCrossingOfItsLimitOnce) {
-  SizedClient client;
-  client.initialize(directory_.text());
+  initialize();
   const std::string marker = "CIP|Database|CriticalLarge|";
-  const struct {
-    std::optional<std::uint64_t> size;
-    std::vector<std::string> added;
-  } steps[] = {
+  const std::pair<std::optional<std::uint64_t>, std::vector<std::string>> steps[] = {
       {30'719'999, {"row"}}, {30'720'000, {marker}}, {40'000'000, {}},
       {std::nullopt, {}},    {0, {"row"}},           {~std::uint64_t{0}, {marker}},
   };
   for (const auto& [size, added] : steps) {
-    client.size = size;
-    client.insertMultiple({{"row", Items}});
+    sending_.size = [size = size] { return size; };
+    sending_.insertMultiple({{"row", Items}});
     std::vector<std::string> found;
-    for (const auto& [id, text] : client.getAllItems()) {
-      found.push_back(text == "row" ? text : qel::test::summaryOf(text));
+    for (const auto& [id, text] : sending_.getAllItems()) {
+      found.push_back(text == "row" ? text : test::summaryOf(text));
     }
     EXPECT_EQ(found, added) << size.value_or(1);
-    client.deleteItems(client.getAllItems());
+    sending_.deleteItems(sending_.getAllItems());
   }
 }
 
 TEST_F(DatabaseClientsTest, SendingDatabaseTellsItsFilesSize) {
-  CipDatabaseClient client;
-  client.initialize(directory_.text());
+  initialize();
   const auto file = directory_.path() / "ItemDatabase.db";
-  EXPECT_EQ(client.getDatabaseFileSize(), file_size(file));
-  client.insertMultiple({std::string(1'000'000, 'x')}, Items);
-  EXPECT_GT(client.getDatabaseFileSize(), 1'000'000U);
-  client.deleteItems(client.getAllItems());
-  client.vacuum();
-  EXPECT_LT(client.getDatabaseFileSize(), 100'000U);
+  sending_.insertMultiple({std::string(1'000'000, 'x')}, Items);
+  EXPECT_GT(sending_.getDatabaseFileSize(), 1'000'000U);
+  EXPECT_EQ(sending_.getDatabaseFileSize(), file_size(file));
+  sending_.deleteItems(sending_.getAllItems());
+  sending_.vacuum();
+  EXPECT_LT(sending_.getDatabaseFileSize(), 100'000U);
   remove(file);
-  EXPECT_EQ(client.getDatabaseFileSize(), 18446744073709551615U);
+  EXPECT_EQ(sending_.getDatabaseFileSize(), 18446744073709551615U);
 }
 
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
-  {
-    SupportDatabaseClient client(std::nullopt);
-    client.initialize(directory_.text());
-    client.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
-    SqlDatabaseAdapter direct(directory_.path() / "SupportDatabase.db");
-    for (const std::string table : {"Items", "Environments"}) {
-      EXPECT_TRUE(direct
-                      .execute("UPDATE " + table +
-                               " SET timestamp_utc = STRFTIME('%Y-%m-%d %H:%M:%S', 'NOW', '-2 "
-                               "hours') WHERE json = 'old'")
-                      .boSuccess());
-    }
-    client.initialize(directory_.text());
-    EXPECT_THAT(client.getAllItems(), SizeIs(2));
+  initialize();
+  support_.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
+  db::sql::SqlDatabaseAdapter direct(directory_.path() / "SupportDatabase.db");
+  for (const std::string table : {"Items", "Environments"}) {
+    direct.execute("UPDATE " + table +
+                   " SET timestamp_utc = DATETIME('NOW', '-2 hours') WHERE json = 'old'");
   }
+  initialize();
+  EXPECT_THAT(support_.getAllItems(), SizeIs(2));
+
   SupportDatabaseClient client(3600s);
   client.initialize(directory_.text());
   const auto limit = std::chrono::steady_clock::now() + 30s;
@@ -187,3 +147,4 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
 }
 
 }  // namespace
+}  // namespace qel::log::analytics

@@ -5,30 +5,19 @@
 #include "Application/Log/Analytics/Listeners/GeneralListener.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
 #include "tests/support/MemoryStorage.h"
-#include "tests/support/StoredEvent.h"
 
+namespace qel::log::analytics::listeners {
 namespace {
 
-using namespace qel::broadcaster::event;
-using qel::log::analytics::CipDatabaseClientInterface;
-using qel::log::analytics::listeners::ActionListener;
-using qel::log::analytics::listeners::ApplicationListener;
-using qel::log::analytics::listeners::GeneralListener;
-using qel::test::MemoryStorage;
+using namespace broadcaster::event;
 using testing::ElementsAre;
 
-constexpr auto Items = CipDatabaseClientInterface::Items;
 const std::string location = "User|Location||set-on-backend=3F0A9C12-7B4E-4D21-9E6A-5C8B2D7F1A04";
 
 class ListenersTest : public testing::Test {
  protected:
-  std::vector<std::string> recorded() {
-    storage_.databases->join();
-    return qel::test::summariesOf(storage_.support->texts(Items));
-  }
-
-  MemoryStorage storage_;
-  qel::log::analytics::CipDatabases& databases_ = storage_.initialized();
+  test::MemoryStorage storage_;
+  CipDatabases& databases_ = storage_.initialized();
 };
 
 TEST_F(ListenersTest, ActionsKeepTheirAreaNameAndDetails) {
@@ -37,15 +26,15 @@ TEST_F(ListenersTest, ActionsKeepTheirAreaNameAndDetails) {
   listener.onHelpAction({{"Search", {}}});
   listener.onProjectManagerAction({{"Open", {{"Kind", "Recent"}}}});
   listener.onGraphicAction({{"", {{"Mode", "3D"}}}});
-  EXPECT_THAT(recorded(),
+  EXPECT_THAT(storage_.recorded(),
               ElementsAre("BCF|Action|Import|File=a.bcf;Topics=12", "Help|Action|Search|",
                           "Project Manager|Action|Open|Kind=Recent", "Graphic|Action||Mode=3D"));
 }
 
 /// Notes its calls as items, so that their place among the others can be seen.
-class NotingReporter : public qel::log::analytics::reports::MemoryUsageReporterInterface {
+class NotingReporter : public reports::MemoryUsageReporterInterface {
  public:
-  explicit NotingReporter(qel::log::analytics::CipDatabases& databases) : databases_(databases) {}
+  explicit NotingReporter(CipDatabases& databases) : databases_(databases) {}
   void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override { note("process"); }
   void reportDetailedMemoryUsageOfSystemForCrash() const override { note("system"); }
 
@@ -54,7 +43,7 @@ class NotingReporter : public qel::log::analytics::reports::MemoryUsageReporterI
     ActionListener(databases_).onHelpAction({{what, {}}});
   }
 
-  qel::log::analytics::CipDatabases& databases_;
+  CipDatabases& databases_;
 };
 
 class ApplicationListenerTest : public ListenersTest {
@@ -69,14 +58,14 @@ TEST_F(ApplicationListenerTest, AStartTellsOfWebUpdatesOnlyIfThereIsSomethingToT
   storage_.webUpdateReporter.counts = {3, 0};
   listener_.onApplicationStarted({{"5.3"}});
   EXPECT_EQ(storage_.webUpdateReporter.resets, 1);
-  EXPECT_THAT(recorded(), ElementsAre("Application|Started|5.2|Exception Code=0", location,
-                                      "Application|Started|5.3|Exception Code=0", location,
-                                      "WebUpdate|Reports||corrupt package=0;success=3"));
+  EXPECT_THAT(storage_.recorded(), ElementsAre("Application|Started|5.2|Exception Code=0", location,
+                                               "Application|Started|5.3|Exception Code=0", location,
+                                               "WebUpdate|Reports||corrupt package=0;success=3"));
 }
 
 TEST_F(ApplicationListenerTest, ACrashIsFollowedByTheMemoryOfProcessAndSystem) {
   listener_.onApplicationCrashed({{"access violation"}, -1073741819});
-  EXPECT_THAT(recorded(),
+  EXPECT_THAT(storage_.recorded(),
               ElementsAre("Application|Crashed|access violation|Exception Code=3221225477",
                           "Help|Action|process|", "Help|Action|system|"));
 }
@@ -84,9 +73,9 @@ TEST_F(ApplicationListenerTest, ACrashIsFollowedByTheMemoryOfProcessAndSystem) {
 TEST_F(ApplicationListenerTest, StopsAndAssertionsAreRecorded) {
   listener_.onApplicationStopped({{"bye"}});
   listener_.onApplicationAsserted(
-      {{"assert"}, {"no pipe", "connect", "Pipes", -5, qel::assert::AssertType::Precondition}});
+      {{"assert"}, {"no pipe", "connect", "Pipes", -5, assert::AssertType::Precondition}});
   listener_.onApplicationAsserted({{""}, {}});
-  EXPECT_THAT(recorded(),
+  EXPECT_THAT(storage_.recorded(),
               ElementsAre("Application|Stopped|bye|Exception Code=0",
                           "Application|Asserted|assert|Filename=Pipes;Function Name=connect;Line "
                           "Number=-5;Message=no pipe;Type=Precondition",
@@ -107,8 +96,9 @@ TEST_F(ListenersTest, AGeneralEventLivesUntilItIsWritten) {
   const std::weak_ptr<const LateEvent> watched = event;
   listener.onGeneralAction(std::move(event));
   EXPECT_FALSE(watched.expired());
-  EXPECT_THAT(recorded(), ElementsAre("License|Check|Renewed|Days=30"));
+  EXPECT_THAT(storage_.recorded(), ElementsAre("License|Check|Renewed|Days=30"));
   EXPECT_TRUE(watched.expired());
 }
 
 }  // namespace
+}  // namespace qel::log::analytics::listeners
