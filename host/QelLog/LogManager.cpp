@@ -13,7 +13,8 @@
 #include <spdlog/sinks/stdout_sinks.h>
 
 #ifndef _WIN32
-#include <sys/stat.h>
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 #include "host/QelUtilities/Exception.h"
@@ -38,8 +39,8 @@ spdlog::level::level_enum severityOf(int level) {
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers forOwnerAlone;
 #ifndef _WIN32
-  forOwnerAlone.after_open = [](const spdlog::filename_t&, std::FILE* stream) {
-    fchmod(fileno(stream), S_IRUSR | S_IWUSR);
+  forOwnerAlone.before_open = [](const spdlog::filename_t& name) {
+    close(open(name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
   };
 #endif
   try {

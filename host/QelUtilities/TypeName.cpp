@@ -1,5 +1,7 @@
 #include "host/QelUtilities/TypeName.h"
 
+#include <string_view>
+
 #if __has_include(<cxxabi.h>)
 #include <cstdlib>
 #include <memory>
@@ -18,7 +20,13 @@ std::string typeName(const std::type_info& type) {
     return name.get();
   }
 #endif
-  return type.name();
+  std::string name = type.name();
+  for (const std::string_view kind : {"class ", "struct "}) {
+    if (name.starts_with(kind)) {
+      name.erase(0, kind.size());
+    }
+  }
+  return name;
 }
 
 }  // namespace qel::utilities

@@ -100,6 +100,8 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
   }
   summary.interrupted = isInterrupted();
   databases.join();
+  // What the client reports while it is released would be stored behind the last pass.
+  storing_ = false;
   summary.storageEnded = databases.errorOccurred();
 }
 
@@ -129,8 +131,8 @@ log::analytics::parameters::ActivateParameter SampleHost::activateParameter() {
       .serverSecret = options_.secret,
       .serverUser = options_.user,
       .createEnvironmentItem = createEnvironmentItem,
-      .isSendingAllowed = [allowed = options_.sendingAllowed] { return allowed; },
-      .databaseCallback = [allowed = options_.supportAllowed] { return allowed; },
+      .isSendingAllowed = [this] { return storing_ && options_.sendingAllowed; },
+      .databaseCallback = [this] { return storing_ && options_.supportAllowed; },
   };
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,7 @@ class SampleHost {
   RowTraffic sendingTraffic_;
   RowTraffic supportTraffic_;
   ScriptedWebUpdates webUpdates_;
+  std::atomic<bool> storing_{true};  ///< until the session's last row is stored
 };
 
 }  // namespace qel::samplehost

@@ -3,6 +3,7 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "host/QelAssert/Assert.h"
@@ -28,11 +29,14 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// One write for the whole line, so that lines of several threads do not mix.
-void writeToStandardError(const std::function<bool()>& function, const std::string& ending) {
-  std::cerr << "Assert in ThreadedLoop(" + utilities::typeName(function.target_type()) + ending +
-                   '\n'
-            << std::flush;
+/// One write for the whole line, so that lines of several threads do not mix. Where there is no memory left for the
+/// line there is none.
+void writeToStandardError(const std::function<bool()>& function, std::string_view separator,
+                          const char* message) noexcept try {
+  std::string line = "Assert in ThreadedLoop(" + utilities::typeName(function.target_type());
+  std::cerr << line.append(separator).append(message) + '\n' << std::flush;
+} catch (...) {
+  return;
 }
 
 }  // namespace
@@ -40,13 +44,15 @@ void writeToStandardError(const std::function<bool()>& function, const std::stri
 ThreadedLoop::~ThreadedLoop() { stopAndJoin(); }
 
 void ThreadedLoop::stop() {
-  const std::lock_guard lock(sleeperMutex_);
-  if (!sleeper_) {
-    report("Assert: Sleeper is not in a valid state. Was stop called before perform?",
-           "qel::util::ThreadedLoop::stop", 131);
-    return;
+  {
+    const std::lock_guard lock(sleeperMutex_);
+    if (sleeper_) {
+      sleeper_->stop();
+      return;
+    }
   }
-  sleeper_->stop();
+  report("Assert: Sleeper is not in a valid state. Was stop called before perform?",
+         "qel::util::ThreadedLoop::stop", 131);
 }
 
 void ThreadedLoop::start(Work work) {
@@ -78,27 +84,16 @@ void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
   if (work.setup) {
     work.setup();
   }
-  running_ = true;
-  repeat(work, sleeper);
-  running_ = false;
-}
-
-void ThreadedLoop::repeat(const Work& work, Sleeper& sleeper) {
   if (runsAtStart(work.policy) && !invoke(work.function)) {
     return;
   }
   while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
          Sleeper::Outcome::TimedOut) {
-    if (invoke(work.function)) {
-      continue;
-    }
-    running_ = false;
-    if (!invoke(work.function)) {
+    // A failed run is tried once more at once.
+    if (!invoke(work.function) && !invoke(work.function)) {
       return;
     }
-    running_ = true;
   }
-  running_ = false;
   if (runsAtStop(work.policy)) {
     invoke(work.function);
   }
@@ -108,9 +103,9 @@ bool ThreadedLoop::invoke(const std::function<bool()>& function) {
   try {
     return function();
   } catch (const std::exception& failure) {
-    writeToStandardError(function, std::string("): ") + failure.what());
+    writeToStandardError(function, "): ", failure.what());
   } catch (...) {
-    writeToStandardError(function, ")");
+    writeToStandardError(function, ")", "");
   }
   debuggerBreak();
   return false;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -55,9 +54,6 @@ class ThreadedLoop {
   /// `perform` before.
   void stop();
 
-  /// Whether the worker is inside its loop; false once it is on its last run, or ended.
-  bool isRunning() const { return running_; }
-
  private:
   struct Work {
     std::function<void()> setup;
@@ -69,7 +65,6 @@ class ThreadedLoop {
   void start(Work work);
   void stopAndJoin();
   void run(const Work& work, Sleeper& sleeper);
-  void repeat(const Work& work, Sleeper& sleeper);
   static bool invoke(const std::function<bool()>& function);
   static void debuggerBreak();
 
@@ -77,7 +72,6 @@ class ThreadedLoop {
   std::unique_ptr<Sleeper>
       sleeper_;         ///< guarded by sleeperMutex_; outlives the worker that sleeps on it
   std::thread thread_;  ///< of the thread that performs and destroys
-  std::atomic<bool> running_{false};
 };
 
 }  // namespace qel::util

@@ -52,8 +52,8 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   ~Client() override;
 
   /// Throws `qel::exception` when the client is active already, `std::bad_function_call` when
-  /// `isSendingAllowed` is empty (the client is active then and records nothing for long), and
-  /// whatever opening the databases throws.
+  /// `isSendingAllowed` is empty (the client is active then, and storage ends for good with the
+  /// next batch), and whatever opening the databases throws.
   void activate(const parameters::ActivateParameter& parameter) override;
   bool isActive() const override { return active_; }
   void registerIssueListStorageListener(

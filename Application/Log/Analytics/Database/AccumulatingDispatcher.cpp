@@ -17,9 +17,11 @@ AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
 }
 
 AccumulatingDispatcher::~AccumulatingDispatcher() {
-  // The worker's last run, which the loop's destruction brings about, then finds nothing.
+  // The worker's last run, which the loop's destruction brings about, then finds nothing. The items go without the
+  // lock, since one may be the last to hold an object of the host.
+  std::vector<Entry> discarded;
   const std::lock_guard lock(mutex_);
-  pending_.clear();
+  discarded.swap(pending_);
 }
 
 void AccumulatingDispatcher::start() {

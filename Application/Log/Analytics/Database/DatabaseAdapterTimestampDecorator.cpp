@@ -10,8 +10,10 @@ void DatabaseAdapterTimestampDecorator::addTableIfNotExists(const std::string& t
 
 void DatabaseAdapterTimestampDecorator::deleteEntriesOlderThan(const std::string& table,
                                                                std::chrono::seconds age) {
+  // In seconds, where even the longest age does not overflow.
   const auto oldest = std::chrono::duration_cast<std::chrono::seconds>(
-      (std::chrono::system_clock::now() - age).time_since_epoch());
+                          std::chrono::system_clock::now().time_since_epoch()) -
+                      age;
   execute("DELETE FROM " + table + " WHERE STRFTIME('%s', timestamp_utc) < '" +
           std::to_string(oldest.count()) + "'");
   resetIds(table);

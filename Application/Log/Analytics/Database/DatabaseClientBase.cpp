@@ -3,8 +3,9 @@
 namespace qel::log::analytics::details {
 namespace {
 
-const std::string itemsTable = "Items";
-const std::string environmentsTable = "Environments";
+// Never destroyed: the retention thread may still run while the process exits.
+const std::string& itemsTable = *new std::string("Items");
+const std::string& environmentsTable = *new std::string("Environments");
 
 std::vector<int> idsOf(const CipDatabaseClientInterface::RowMap& rows) {
   std::vector<int> ids;
