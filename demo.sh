@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The main job for real: sets this machine up, builds, starts a collector that stands for the analytics server,
-# lets the sample host play a quarter of an hour in a CAD program, and shows what has arrived.
+# lets the sample host play a working day in a CAD program, and shows what has arrived.
 # Leaves nothing behind but build/release.
 set -euo pipefail
 set -m # every job is a process group of its own, so that all of it can be stopped
@@ -106,7 +106,8 @@ announce "Some of it in full"
 received "$work/received.db" "
   SELECT text FROM environments LIMIT 1;
   SELECT text FROM events WHERE subcategory = 'Asserted' LIMIT 1;
-  SELECT text FROM events WHERE event = 'SearchPerformed' LIMIT 1" |
+  SELECT text FROM events WHERE event = 'SearchPerformed' LIMIT 1;
+  SELECT text FROM events WHERE category = 'IssueListStorage' AND event = 'Removed' LIMIT 1" |
   python3 -m json.tool --json-lines --no-ensure-ascii
 
 announce "Comparing"
