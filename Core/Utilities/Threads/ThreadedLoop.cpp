@@ -29,8 +29,8 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// One write for the whole line, so that lines of several threads do not mix. Where there is no memory left for the
-/// line there is none.
+/// One write for the whole line, so that lines of several threads do not mix. Where there is no
+/// memory left for the line there is none.
 void writeToStandardError(const std::function<bool()>& function, std::string_view separator,
                           const char* message) noexcept try {
   std::string line = "Assert in ThreadedLoop(" + utilities::typeName(function.target_type());

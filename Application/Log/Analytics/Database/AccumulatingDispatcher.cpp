@@ -17,8 +17,8 @@ AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
 }
 
 AccumulatingDispatcher::~AccumulatingDispatcher() {
-  // The worker's last run, which the loop's destruction brings about, then finds nothing. The items go without the
-  // lock, since one may be the last to hold an object of the host.
+  // The worker's last run, which the loop's destruction brings about, then finds nothing. The items
+  // go without the lock, since one may be the last to hold an object of the host.
   std::vector<Entry> discarded;
   const std::lock_guard lock(mutex_);
   discarded.swap(pending_);

@@ -4,7 +4,12 @@
 #include "Application/Log/Analytics/Items/BaseItem.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
+#include "host/QelBroadcaster/CollisionUserActionBroadcaster.h"
+#include "host/QelBroadcaster/CommandBroadcaster.h"
 #include "host/QelBroadcaster/GeneralBroadcaster.h"
+#include "host/QelBroadcaster/ProjectBroadcaster.h"
+#include "host/QelBroadcaster/SaveBroadcaster.h"
+#include "host/QelIssueUi/UserActionBroadcaster.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
 #include "tests/support/AssertionRecorder.h"
@@ -16,9 +21,11 @@ namespace {
 
 using broadcaster::ActionBroadcaster;
 using items::EnvironmentItem;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Matches;
 using testing::StartsWith;
 using testing::ThrowsMessage;
 using utilities::debugger::Debugger;
@@ -81,6 +88,57 @@ TEST_F(ClientTest, RecordsFromItsOnlyActivationToDestruction) {
   EXPECT_THAT(assertions_.lines(), IsEmpty());
 }
 
+/// Tells the listener of stored issues when it is destroyed.
+class LastWords : public IssueListInformationInterface {
+ public:
+  explicit LastWords(bool& gone) : gone_(gone) {}
+  ~LastWords() override { gone_ = true; }
+  std::string getMessageActionText(const std::string&) const override { return {}; }
+  std::string getMessageSystemTypeText(const issue::IssueMessage&) const override { return {}; }
+  std::string getMessageObjectDescriptionText(const issue::IssueMessage&) const override {
+    return {};
+  }
+  std::string getObjectAttributeText(std::uint32_t, const issue::ObjectAttributes&) const override {
+    return {};
+  }
+
+ private:
+  bool& gone_;
+};
+
+TEST_F(ClientTest, TheListenerOfStoredIssuesLapsesWithTheClientOrWithItsSuccessor) {
+  bool firstGone = false;
+  bool secondGone = false;
+  Broadcaster<issue::StorageListenerInterface> broadcaster;
+  const auto removeAll = [&] {
+    broadcaster.notify(&issue::StorageListenerInterface::issuesRemoveAll);
+  };
+  client_->registerIssueListStorageListener(broadcaster, std::make_unique<LastWords>(firstGone));
+  client_->registerIssueListStorageListener(broadcaster, std::make_unique<LastWords>(secondGone));
+  EXPECT_TRUE(firstGone);
+  client_->activate(storage_.parameter);
+  removeAll();
+  EXPECT_THAT(storage_.recorded(), ElementsAre("IssueListStorage|Issue|RemovedAll|"));
+  client_.reset();
+  EXPECT_TRUE(secondGone);
+  removeAll();
+  EXPECT_THAT(assertions_.lines(), IsEmpty());
+}
+
+TEST_F(ClientTest, SamplesMemoryFromActivationOn) {
+  client_->activate(storage_.parameter);
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto crash = [] {
+    broadcaster::ApplicationBroadcaster::getInstance().notify(
+        &broadcaster::ApplicationListenerInterface::onApplicationCrashed,
+        broadcaster::event::ApplicationCrashEvent{{"crash"}, 1});
+  };
+  const auto memoryIsTold = Contains(StartsWith("MemoryUsage|Total|Crashed|"));
+  for (crash(); !Matches(memoryIsTold)(storage_.recorded()); crash()) {
+    ASSERT_LT(std::chrono::steady_clock::now(), limit);
+  }
+}
+
 TEST_F(ClientTest, NeverActivatedItTouchesNothing) {
   client_.reset();
   EXPECT_THAT(assertions_.lines(), IsEmpty());
@@ -118,6 +176,7 @@ TEST_F(ClientTest, WithoutAWayToAskForPermissionActivationThrowsAfterItIsActive)
 
 TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
   test::Tally reads;
+  storage_.parameter.createEnvironmentItem = {};  // so that there is nothing to send
   storage_.sending->beforeRead = [&] { reads.add(); };
   sendingAllowed_ = true;
   client_->activate(storage_.parameter);
@@ -162,13 +221,23 @@ TEST_F(ClientTest, UnregistersInTheOrderOfRegistration) {
   // Each broadcaster, emptied from outside, reports when the client wants to take its listener off.
   ActionBroadcaster::getInstance() = {};
   broadcaster::ApplicationBroadcaster::getInstance() = {};
+  broadcaster::CommandBroadcaster::getInstance() = {};
+  broadcaster::ProjectBroadcaster::getInstance() = {};
+  issue::ui::UserActionBroadcaster::getInstance() = {};
+  broadcaster::CollisionUserActionBroadcaster::getInstance() = {};
+  broadcaster::SaveBroadcaster::getInstance() = {};
   broadcaster::GeneralBroadcaster::getInstance() = {};
   client_.reset();
-  const std::string start = "qel::Broadcaster<class qel::broadcaster::";
+  const auto takenOff = [](const std::string& listener) {
+    return StartsWith("qel::Broadcaster<class qel::" + listener +
+                      "ListenerInterface>::unregisterListener");
+  };
   EXPECT_THAT(assertions_.lines(),
-              ElementsAre(StartsWith(start + "ActionListenerInterface>::unregisterListener"),
-                          StartsWith(start + "ApplicationListenerInterface>::unregisterListener"),
-                          StartsWith(start + "GeneralListenerInterface>::unregisterListener")));
+              ElementsAre(takenOff("broadcaster::Action"), takenOff("broadcaster::Application"),
+                          takenOff("broadcaster::Command"), takenOff("broadcaster::Project"),
+                          takenOff("log::issue::ui::UserAction"),
+                          takenOff("broadcaster::CollisionUserAction"),
+                          takenOff("broadcaster::Save"), takenOff("broadcaster::General")));
 }
 
 }  // namespace

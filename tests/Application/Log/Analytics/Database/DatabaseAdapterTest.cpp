@@ -123,6 +123,7 @@ TEST_F(DatabaseAdapterTest, StampsRowsInUtcDeletesTheOldOnesAndCountsOnFromTheLa
       column("SELECT STRFTIME('%s', 'NOW') - STRFTIME('%s', timestamp_utc) < 10 FROM Items"),
       ElementsAre("1", "1", "1", "1"));
   database_->execute("UPDATE Items SET timestamp_utc = DATETIME('NOW', json || ' seconds')");
+  stamped_.deleteEntriesOlderThan("Items", std::chrono::seconds::max());
   stamped_.deleteEntriesOlderThan("Items", 60s);
   EXPECT_THAT(stamped_.getAll("Items"), ElementsAre(Pair(3, "-30"), Pair(4, "0")));
   stamped_.deleteEntriesOlderThan("Items", -60s);

@@ -131,7 +131,7 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   db::sql::SqlDatabaseAdapter direct(directory_.path() / "SupportDatabase.db");
   for (const std::string table : {"Items", "Environments"}) {
     direct.execute("UPDATE " + table +
-                   " SET timestamp_utc = DATETIME('NOW', '-2 hours') WHERE json = 'old'");
+                   " SET timestamp_utc = DATETIME('NOW', '-9 years') WHERE json = 'old'");
   }
   initialize();
   EXPECT_THAT(support_.getAllItems(), SizeIs(2));

@@ -97,6 +97,7 @@ TEST_F(MemoryUsageObserverTest, EndsOnceTheDatabasesHaveFailed) {
   databases_.join();
   MemoryUsageObserver observer(databases_, readings({1}));
   observer.start();
+  ASSERT_TRUE(samples_.reaches(1));
   // A loop of the same interval shows that there would have been time for more.
   test::Tally elapsed;
   util::ThreadedLoop clock;
@@ -127,15 +128,18 @@ TEST(CrashReadableSamplesTest, HoldsWhatCameSinceTheLastClear) {
 TEST(CrashReadableSamplesTest, AReaderSeesWholeReadingsOnly) {
   CrashReadableSamples samples;
   std::atomic<bool> done{false};
+  test::Tally nonEmptyReads;
   std::thread reader([&] {
     while (!done) {
       for (const auto& [time, kilobytes] : samples.read()) {
         EXPECT_EQ(time.secondsSinceEpoch(), static_cast<double>(kilobytes));
+        nonEmptyReads.add();
       }
     }
   });
   for (std::uint64_t i = 0; i < 2 * CrashReadableSamples::capacity; ++i) {
     samples.add(DateTime(static_cast<double>(i)), i);
+    EXPECT_TRUE(nonEmptyReads.reaches(1));
     if (i == CrashReadableSamples::capacity) {
       samples.clear();
     }
