@@ -8,6 +8,9 @@
 #include <utility>
 
 #include <curl/curl.h>
+#ifndef _WIN32
+#include <openssl/crypto.h>
+#endif
 
 #include "host/QelHttp/Client.h"
 #include "host/QelHttp/SettingsInForce.h"
@@ -44,7 +47,7 @@ void append(Lines& lines, const std::string& line) {
   lines.reset(longer);
 }
 
-/// A time limit as libcurl takes it, to which nothing would mean none.
+/// A time limit in milliseconds as libcurl takes it, to which 0 would mean none.
 long limitOf(milliseconds limit) {
   constexpr milliseconds::rep longest = std::numeric_limits<int>::max();
   return static_cast<long>(std::clamp<milliseconds::rep>(limit.count(), 1, longest));
@@ -56,6 +59,8 @@ class Transfer {
   Transfer(const Settings& settings, const Message& message)
       : message_(message), room_(settings.largestResponse) {
     set(CURLOPT_ERRORBUFFER, errorText_.data());
+    // Without signals of its own, libcurl leaves SIGPIPE alone as well; it needs no blocking here,
+    // since all bytes, those of TLS included, are sent in a way that does not raise it.
     set(CURLOPT_NOSIGNAL, 1L);
     reachServer(settings);
     trust(settings);
@@ -84,6 +89,9 @@ class Transfer {
     }
     if (result == CURLE_WRITE_ERROR) {
       return "the answer is larger than allowed";
+    }
+    if (result == CURLE_OUT_OF_MEMORY) {  // also said of a line beyond libcurl's own limit
+      return "out of memory, or a header line of the answer is too long";
     }
     return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(result);
   }
@@ -247,6 +255,12 @@ Connection::~Connection() = default;
 
 Outcome Connection::exchange(const Message& message) {
   return implementation_->exchange(*settings_, message);
+}
+
+void Connection::leaveThread() {
+#ifndef _WIN32
+  OPENSSL_thread_stop();
+#endif
 }
 
 }  // namespace qel::protocol::https

@@ -34,6 +34,10 @@ class Connection {
   /// noticeably beyond the time limits and the exit deadline, even one that is armed meanwhile.
   Outcome exchange(const Message& message);
 
+  /// Frees what the TLS library keeps for the calling thread. It would otherwise do so when the
+  /// thread ends, which may be while an exiting process tears that library down.
+  static void leaveThread();
+
  private:
   class Implementation;
 

@@ -46,6 +46,7 @@ bool ConnectionPool::enter() {
 }
 
 void ConnectionPool::leave() {
+  Connection::leaveThread();
   const std::lock_guard lock(mutex_);
   --inFlight_;
   left_.notify_all();

@@ -60,7 +60,7 @@ Request parseHead(const std::string& head) {
 std::string headOf(const Reply& reply) {
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " Told So\r\n";
   for (const auto& [name, value] : reply.headers) {
-    head += name + ": " + value + "\r\n";
+    head.append(name).append(": ").append(value).append("\r\n");
   }
   if (reply.manner != Manner::WithoutLength) {
     head += "Content-Length: " + std::to_string(reply.body.size()) + "\r\n";
@@ -111,7 +111,7 @@ class HttpsTestServer::Stream {
   }
 
   /// Makes closing the socket reset the connection.
-  void reset() {
+  void reset() const {
     const linger atOnce{.l_onoff = 1, .l_linger = 0};
     ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
   }
@@ -271,26 +271,29 @@ std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
 
 bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
   const std::string head = headOf(reply);
-  const std::string firstHalf = reply.body.substr(0, reply.body.size() / 2);
+  const auto firstHalf = std::string_view(reply.body).substr(0, reply.body.size() / 2);
   switch (reply.manner) {
     case Manner::Ordinary:
-      return stream.write(head + reply.body);
+      return stream.write(head) && stream.write(reply.body);
     case Manner::ThenClosed:
     case Manner::WithoutLength:
-      stream.write(head + reply.body);
+      stream.write(head);
+      stream.write(reply.body);
       stream.finish();
       return false;
     case Manner::Truncated:
-      stream.write(head + firstHalf);
+      stream.write(head);
+      stream.write(firstHalf);
       stream.finish();
       return false;
     case Manner::Dripped:
       return stream.write(head) && drip(stream, reply.body);
-    case Manner::Withheld:
-      stream.drain();
+    case Manner::Stalled:
+      pauseFor(hangingTest);
       return false;
     case Manner::Reset:
-      stream.write(head + firstHalf);
+      stream.write(head);
+      stream.write(firstHalf);
       stream.reset();
       return false;
     case Manner::ResetUnanswered:
@@ -302,10 +305,14 @@ bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
 
 bool HttpsTestServer::drip(Stream& stream, const std::string& text) {
   constexpr std::chrono::milliseconds pause{100};
-  std::unique_lock lock(mutex_);
   return std::all_of(text.begin(), text.end(), [&](const char& c) {
-    return !changed_.wait_for(lock, pause, [this] { return stopping_; }) && stream.write({&c, 1});
+    return pauseFor(pause) && stream.write({&c, 1});
   });
+}
+
+bool HttpsTestServer::pauseFor(std::chrono::milliseconds time) {
+  std::unique_lock lock(mutex_);
+  return !changed_.wait_for(lock, time, [this] { return stopping_; });
 }
 
 }  // namespace qel::test

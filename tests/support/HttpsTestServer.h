@@ -34,7 +34,7 @@ enum class Manner {
   Truncated,       ///< half of the body, then closed
   Reset,           ///< half of the body, then reset
   Dripped,         ///< the body at ten bytes a second
-  Withheld,        ///< nothing at all until the client gives up
+  Stalled,         ///< neither given, nor anything read any more
   ResetUnanswered  ///< nothing, and reset
 };
 
@@ -95,6 +95,8 @@ class HttpsTestServer {
   bool serveRequest(Stream& stream);
   bool give(Stream& stream, const Reply& reply);
   bool drip(Stream& stream, const std::string& text);
+  /// False when the server stops meanwhile.
+  bool pauseFor(std::chrono::milliseconds time);
 
   const ServerOptions options_;
   std::unique_ptr<ssl_ctx_st, void (*)(ssl_ctx_st*)> tls_;

@@ -61,7 +61,7 @@ TEST_F(AnswersTest, AreReturnedWhenCompleteOrRefusing) {
 
 TEST_F(AnswersTest, ThrowWhenIncomplete) {
   const std::vector<Exchange> exchanges = {
-      {"stalled", {200, Manner::Withheld}, "timed out"},
+      {"stalled", {200, Manner::Stalled}, "timed out"},
       {"reset", {200, Manner::ResetUnanswered}, "reset by peer"},
       {"reset while uploading",
        {200, Manner::ResetUnanswered},
@@ -71,9 +71,9 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
       {"cut", {200, Manner::Truncated, {}, "thanks"}, "3 bytes remaining"},
       {"cut by a reset", {200, Manner::Reset, {}, "thanks"}, "reset by peer"},
       {"dripped", {200, Manner::Dripped, {}, megabytes(1)}, "too slow"},
-      {"huge body", {200, Manner::Ordinary, {}, megabytes(200)}, "larger than allowed"},
-      {"huge header", {200, Manner::Ordinary, {{"X-Huge", megabytes(1)}}}, ""},
-      {"no answer but go on", {100, Manner::WithoutLength}, ""},
+      {"huge body", {200, Manner::Ordinary, {}, megabytes(16)}, "larger than allowed"},
+      {"huge header", {200, Manner::Ordinary, {{"X-Huge", megabytes(1)}}}, "header line"},
+      {"no answer but go on", {100, Manner::WithoutLength}, "Empty reply"},
       {"another protocol",
        {101, Manner::WithoutLength, {}, "hello"},
        "no final answer, only status 101"},
@@ -89,9 +89,9 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
     options.answerAfter = exchange.answerAfter;
     const HttpsTestServer server(options);
     auto settings = settingsFor(server);
-    settings.totalTimeout =
-        std::chrono::seconds(exchange.reply.manner == Manner::Withheld ? 1 : 20);
-    settings.lowSpeedTime = std::chrono::seconds(1);
+    const auto manner = exchange.reply.manner;
+    settings.totalTimeout = std::chrono::seconds(manner == Manner::Stalled ? 1 : 20);
+    settings.lowSpeedTime = std::chrono::seconds(manner == Manner::Dripped ? 1 : 20);
     setSettings(settings);
     EXPECT_THAT(post(message(exchange.body)),
                 AllOf(StartsWith(failureAt(server)), HasSubstr(exchange.expected),
@@ -103,12 +103,13 @@ TEST_F(AnswersTest, ThrowWhenIncomplete) {
 
 TEST_F(AnswersTest, OfServersThatAreNotTrustedGetNothing) {
   test::TestCertificates strangers;
-  const struct {
+  struct Server {
     const char* name;
     test::ServerIdentity identity;
     Protocol protocol;
     const char* expected;
-  } servers[] = {
+  };
+  const std::vector<Server> servers = {
       {"unknown authority", strangers.issue(serverName), Protocol::Tls,
        "unable to get local issuer certificate"},
       {"wrong name", certificates_.issue("elsewhere.example"), Protocol::Tls,

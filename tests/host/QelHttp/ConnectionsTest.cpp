@@ -12,7 +12,6 @@ using test::Manner;
 using test::Protocol;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 class ConnectionsTest : public HttpFixture {};
 
@@ -84,6 +83,7 @@ TEST_F(ConnectionsTest, ServeSeveralThreadsWhileSettingsChange) {
   const auto settings = settingsFor(server);
   setSettings(settings);
   std::vector<std::thread> posting;
+  posting.reserve(threads);
   for (int i = 0; i < threads; ++i) {
     posting.emplace_back([] {
       for (int j = 0; j < posts; ++j) {

@@ -1,8 +1,11 @@
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <future>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include <netdb.h>
 #include <sys/wait.h>
@@ -36,7 +39,6 @@ using test::AnswerAfter;
 using test::HttpsTestServer;
 using test::Manner;
 using test::Protocol;
-using test::Reply;
 
 /// Far above what an ended transfer needs, far below every other limit.
 constexpr std::chrono::seconds soon{5};
@@ -48,6 +50,7 @@ class DeadlineTest : public HttpFixture {
                              const std::function<void()>& waitUntilStalled) {
     auto posting = std::async(std::launch::async, [&] { return post(message); });
     waitUntilStalled();
+    EXPECT_EQ(posting.wait_for(milliseconds(200)), std::future_status::timeout);
     setExitDeadline(milliseconds(50));
     const auto armed = steady_clock::now();
     std::string result = posting.get();
@@ -81,38 +84,30 @@ class DeadlineTest : public HttpFixture {
 };
 
 TEST_F(DeadlineTest, EndsATransferWhereverItStands) {
-  std::promise<void> testEnds;
-  const struct {
+  struct Row {
     const char* name;
     Protocol protocol;
+    Manner manner;
     std::string body;
-    std::function<Reply()> answer;
-  } rows[] = {{"shaking hands", Protocol::Silent, "{}", {}},
-              {"waiting", Protocol::Tls, "{}",
-               [] {
-                 return Reply{200, Manner::Withheld};
-               }},
-              {"uploading", Protocol::Tls, megabytes(32), [&] {
-                 testEnds.get_future().wait();
-                 return Reply{};
-               }}};
-  for (const auto& [name, protocol, body, answer] : rows) {
-    SCOPED_TRACE(name);
-    auto options = serverOptions();
-    options.protocol = protocol;
+  };
+  const std::vector<Row> rows = {
+      {"shaking hands", Protocol::Silent, {}, "{}"},
+      {"uploading", Protocol::Tls, Manner::Stalled, megabytes(32)},
+      {"waiting", Protocol::Tls, Manner::Stalled, "{}"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    auto options = serverOptions({200, row.manner});
+    options.protocol = row.protocol;
     options.answerAfter = AnswerAfter::Headers;
-    options.answer = [answer = answer](const test::Request&) { return answer(); };
     const HttpsTestServer server(options);
-    const ScopeGuard releasing([&] {
-      if (body.size() > 2) {
-        testEnds.set_value();
-      }
-    });
+    auto settings = settingsFor(server);
+    settings.lowSpeedBytesPerSecond = 0;
+    setSettings(settings);
     setExitDeadline(std::nullopt);
-    setSettings(settingsFor(server));
-    const bool speaks = protocol == Protocol::Tls;
-    const auto ended = endPost(message(body), [&] {
-      ASSERT_TRUE(speaks ? server.waitForRequests(1) : server.waitForConnections(1));
+    const auto ended = endPost(message(row.body), [&] {
+      ASSERT_TRUE(row.protocol == Protocol::Silent ? server.waitForConnections(1)
+                                                   : server.waitForRequests(1));
     });
     EXPECT_EQ(ended, failureAt(server) + "the exit deadline has passed");
     EXPECT_EQ(post(message()), failureAt(server) + "the exit deadline has passed");

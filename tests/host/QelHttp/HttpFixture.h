@@ -16,7 +16,10 @@ namespace qel::protocol::https {
 constexpr const char* serverName = "analytics.qel.example";
 constexpr const char* secret = "canary-4711";
 
-inline std::string megabytes(std::size_t count) { return std::string(count << 20U, 'x'); }
+inline std::string megabytes(std::size_t count) {
+  std::string text(count << 20U, 'x');
+  return text;
+}
 
 /// An authority that is trusted, and servers under the name that messages go to.
 class HttpFixture : public testing::Test {

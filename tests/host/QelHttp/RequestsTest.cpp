@@ -1,4 +1,4 @@
-#include <functional>
+#include <vector>
 
 #include "tests/host/QelHttp/HttpFixture.h"
 
@@ -33,11 +33,12 @@ TEST_F(RequestsTest, ArriveAsTheyWereWritten) {
 TEST_F(RequestsTest, CarryTheCredentials) {
   const HttpsTestServer server(serverOptions());
   setSettings(settingsFor(server));
-  const struct {
+  struct Row {
     const char* user;
     const char* secret;
     const char* authorization;
-  } rows[] = {
+  };
+  const std::vector<Row> rows = {
       {"customer", "canary-4711", "Basic Y3VzdG9tZXI6Y2FuYXJ5LTQ3MTE="},
       {"m\xc3\xbcller", "a:b", "Basic bcO8bGxlcjphOmI="},
       {"", "canary-4711", "Basic OmNhbmFyeS00NzEx"},
@@ -62,11 +63,12 @@ TEST_F(RequestsTest, AreRefusedWhenAFieldCouldChangeTheirMeaning) {
   const HttpsTestServer server(serverOptions());
   setSettings(settingsFor(server));
   const std::string nul(1, '\0');
-  const struct {
+  struct Row {
     std::string Message::*field;
     std::vector<std::string> values;
     const char* expected;
-  } rows[] = {
+  };
+  const std::vector<Row> rows = {
       {&Message::host,
        {"", "a/b", "a@b", "a?b", "a#b", "a:8443", "a b", "a\\b", "a\r", "a\nb", "a" + nul, "[a]"},
        "the host is"},
