@@ -12,8 +12,10 @@ inline std::string contentOf(const std::filesystem::path& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-inline void write(const std::filesystem::path& file, const std::string& content) {
+/// Returns the file.
+inline std::filesystem::path write(const std::filesystem::path& file, const std::string& content) {
   std::ofstream(file, std::ios::binary) << content;
+  return file;
 }
 
 }  // namespace qel::test
