@@ -15,6 +15,7 @@ using test::query;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr const char* path = "/authenticated/customer-care.php";
 constexpr const char* json = "application/json; charset=utf-8";
@@ -47,17 +48,18 @@ class CollectorTest : public testing::Test {
     client_.set_basic_auth("ada", "open:sesame");
   }
 
+  std::string commandLine(const std::string& users, const std::string& store) const {
+    return COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users + " --store=" + store +
+           " --certificate=" + identity_.certificate.string() + " --key=" + identity_.key.string();
+  }
+
   const test::TemporaryDirectory directory_;
   const std::filesystem::path users_ =
       test::write(directory_.path() / "users", "ada:open:sesame\n");
   const std::filesystem::path store_ = directory_.path() / "store.db";
   test::TestCertificates certificates_;
   const test::ServerIdentity identity_ = certificates_.issue("localhost");
-  const std::string commandLine_ =
-      COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users_.string() +
-      " --store=" + store_.string() + " --certificate=" + identity_.certificate.string() +
-      " --key=" + identity_.key.string();
-  test::Process collector_{commandLine_};
+  test::Process collector_{commandLine(users_, store_)};
   const int port_ = std::stoi(collector_.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
   httplib::SSLClient client_{"localhost", port_};
 };
@@ -92,13 +94,21 @@ TEST_F(CollectorTest, storesPackagesAndSaysWhatItRefuses) {
   }
 }
 
-TEST_F(CollectorTest, answersWhileTheStoreTakesNothing) {
-  query(store_, "DROP TABLE events");
-  const auto answer = client_.Post(path, package, json);
+TEST_F(CollectorTest, storesNothingOfAPackageWhileTheStoreIsFull) {
+  query(store_,
+        "CREATE TRIGGER full BEFORE INSERT ON events WHEN NEW.event = 'last'"
+        " BEGIN SELECT raise(ABORT, 'disk full'); END");
+  const std::string text = R"({"version": "3.1", "events": [{"a":1},{"Event":"last"}]})";
+  const auto answer = client_.Post(path, text, json);
   ASSERT_EQ(statusOf(answer), 503);
   EXPECT_EQ(answer->body, "") << "the client has no business with the reason";
-  EXPECT_THAT(query(store_, "SELECT text FROM refused"), ElementsAre());
-  EXPECT_THAT(collector_.errors(), HasSubstr("503: cannot use the store "));
+  EXPECT_THAT(collector_.errors(),
+              HasSubstr("503: cannot use the store " + store_.string() + ": disk full"));
+  EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre());
+  query(store_, "DROP TRIGGER full");
+  EXPECT_EQ(statusOf(client_.Post(path, text, json)), 204);
+  EXPECT_THAT(query(store_, "SELECT text FROM events"),
+              ElementsAre(R"({"a":1})", R"({"Event":"last"})"));
 }
 
 TEST_F(CollectorTest, servesOthersBesideSlowAndEndlessClients) {
@@ -147,11 +157,15 @@ TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
 }
 
 TEST_F(CollectorTest, endsWithALineAndAStatusAfterBadInput) {
-  std::filesystem::remove(users_);
-  test::Process collector(commandLine_);
-  EXPECT_EQ(collector.join(), 2);
-  EXPECT_EQ(collector.errors(), "qel-collector: cannot read the credentials file " +
-                                    users_.string() + ": No such file or directory\n");
+  const std::vector<std::pair<std::string, std::string>> complaints{
+      {commandLine("/missing", store_), "cannot read the credentials file /missing: No such file"},
+      {commandLine(users_, "/missing/s"), "cannot use the store /missing/s: unable to open"},
+  };
+  for (const auto& [command, complaint] : complaints) {
+    test::Process collector(command);
+    EXPECT_NE(collector.join(), 0);
+    EXPECT_THAT(collector.errors(), StartsWith("qel-collector: " + complaint));
+  }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "tests/support/Files.h"
 #include "tests/support/Query.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/collector/Store.h"
@@ -9,10 +8,7 @@ namespace qel::collector {
 namespace {
 
 using test::query;
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 class StoreTest : public testing::Test {
  protected:
@@ -54,28 +50,6 @@ TEST_F(StoreTest, keepsTextsAsTheyCameAndTheirColumns) {
               ElementsAre("i|id|t|" + common + R"(,"OS":{}})"));
   EXPECT_THAT(query(file_, "SELECT reason, hex(text) FROM refused"),
               ElementsAre("no package|00FF27"));
-}
-
-TEST_F(StoreTest, storesNothingOfAPackageThatFails) {
-  Store store(file_);
-  query(file_,
-        "CREATE TRIGGER full BEFORE INSERT ON events WHEN NEW.event = 'last'"
-        " BEGIN SELECT raise(ABORT, 'disk full'); END");
-  const std::string package = R"({"version": "3.1", "events": [{"a":1},{"Event":"last"}]})";
-  EXPECT_THAT([&] { store.add(readPackage(package)); },
-              ThrowsMessage<StoreError>(AllOf(HasSubstr(file_.string()), HasSubstr("disk full"))));
-  EXPECT_THAT(query(file_, "SELECT text FROM events"), ElementsAre());
-  query(file_, "DROP TRIGGER full");
-  store.add(readPackage(package));
-  EXPECT_THAT(query(file_, "SELECT text FROM events"),
-              ElementsAre(R"({"a":1})", R"({"Event":"last"})"));
-}
-
-TEST_F(StoreTest, namesTheFileThatItCannotUse) {
-  test::write(file_, "this is a text file, and a text file it shall stay");
-  for (const auto& file : {file_, directory_.path() / "missing" / "store.db"}) {
-    EXPECT_THAT([&] { Store store(file); }, ThrowsMessage<StoreError>(HasSubstr(file.string())));
-  }
 }
 
 }  // namespace
