@@ -14,19 +14,20 @@ namespace qel::utilities {
 std::string typeName(const std::type_info& type) {
 #if __has_include(<cxxabi.h>)
   int status = 0;
-  const std::unique_ptr<char, void (*)(void*)> name(
+  const std::unique_ptr<char, void (*)(void*)> demangled(
       abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free);
-  if (name) {
-    return name.get();
+  if (demangled) {
+    return demangled.get();
   }
 #endif
-  std::string name = type.name();
+  // Some compilers say first what kind of type it is.
+  std::string_view name = type.name();
   for (const std::string_view kind : {"class ", "struct "}) {
     if (name.starts_with(kind)) {
-      name.erase(0, kind.size());
+      name.remove_prefix(kind.size());
     }
   }
-  return name;
+  return std::string(name);
 }
 
 }  // namespace qel::utilities

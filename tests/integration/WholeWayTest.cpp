@@ -179,7 +179,7 @@ TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
 }
 
 TEST_F(WholeWayTest, ReleaseEndsWithinTheExitDeadlineWhenTheServerNeverAnswers) {
-  answer_ = [](const Request&) { return Reply{.manner = Manner::Withheld}; };
+  answer_ = [](const Request&) { return Reply{.manner = Manner::Stalled}; };
   auto released = std::chrono::steady_clock::now();
   testing::internal::CaptureStderr();
   run([&] {

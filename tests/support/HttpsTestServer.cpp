@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <sstream>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include <arpa/inet.h>
@@ -41,18 +41,16 @@ SSL_CTX* makeTls(const ServerOptions& options) {
 /// The head of a request, without the blank line.
 Request parseHead(const std::string& head) {
   Request request;
-  const auto lineEnd = std::min(head.find("\r\n"), head.size());
-  const auto pathBegin = head.find(' ') + 1;
-  request.method = head.substr(0, pathBegin - 1);
-  request.path = head.substr(pathBegin, head.find(' ', pathBegin) - pathBegin);
-  for (auto begin = lineEnd + 2; begin < head.size();) {
-    const auto end = std::min(head.find("\r\n", begin), head.size());
-    const auto colon = head.find(": ", begin);
-    std::string name = head.substr(begin, colon - begin);
+  std::istringstream lines(head);
+  std::string line;
+  lines >> request.method >> request.path;
+  std::getline(lines, line);
+  while (std::getline(lines, line)) {
+    const auto colon = line.find(": ");
+    std::string name = line.substr(0, colon);
     std::transform(name.begin(), name.end(), name.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    request.headers[name] = head.substr(colon + 2, end - colon - 2);
-    begin = end + 2;
+    request.headers[name] = line.substr(colon + 2, line.find('\r') - colon - 2);
   }
   return request;
 }
@@ -271,29 +269,26 @@ std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
 
 bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
   const std::string head = headOf(reply);
-  const auto firstHalf = std::string_view(reply.body).substr(0, reply.body.size() / 2);
+  const bool isCut = reply.manner == Manner::Truncated || reply.manner == Manner::Reset;
+  const auto body = std::string_view(reply.body).substr(0, reply.body.size() / (isCut ? 2 : 1));
   switch (reply.manner) {
     case Manner::Ordinary:
-      return stream.write(head) && stream.write(reply.body);
-    case Manner::ThenClosed:
-    case Manner::WithoutLength:
-      stream.write(head);
-      stream.write(reply.body);
-      stream.finish();
-      return false;
-    case Manner::Truncated:
-      stream.write(head);
-      stream.write(firstHalf);
-      stream.finish();
-      return false;
+      return stream.write(head) && stream.write(body);
     case Manner::Dripped:
-      return stream.write(head) && drip(stream, reply.body);
+      return stream.write(head) && drip(stream, body);
     case Manner::Stalled:
       pauseFor(hangingTest);
       return false;
+    case Manner::ThenClosed:
+    case Manner::WithoutLength:
+    case Manner::Truncated:
+      stream.write(head);
+      stream.write(body);
+      stream.finish();
+      return false;
     case Manner::Reset:
       stream.write(head);
-      stream.write(firstHalf);
+      stream.write(body);
       stream.reset();
       return false;
     case Manner::ResetUnanswered:
@@ -303,7 +298,7 @@ bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
   return false;
 }
 
-bool HttpsTestServer::drip(Stream& stream, const std::string& text) {
+bool HttpsTestServer::drip(Stream& stream, std::string_view text) {
   constexpr std::chrono::milliseconds pause{100};
   return std::all_of(text.begin(), text.end(), [&](const char& c) {
     return pauseFor(pause) && stream.write({&c, 1});

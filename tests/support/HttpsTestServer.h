@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -94,7 +95,7 @@ class HttpsTestServer {
   // False when the connection is to be closed:
   bool serveRequest(Stream& stream);
   bool give(Stream& stream, const Reply& reply);
-  bool drip(Stream& stream, const std::string& text);
+  bool drip(Stream& stream, std::string_view text);
   /// False when the server stops meanwhile.
   bool pauseFor(std::chrono::milliseconds time);
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <string>
 
 #include "tests/support/TemporaryDirectory.h"
@@ -16,13 +15,11 @@ struct ServerIdentity {
 
 enum class Validity { Current, Expired };
 
-/// A throw-away certificate authority and the servers it certifies. The files are removed with it.
+/// A throw-away certificate authority, made with the `openssl` command, and the servers it
+/// certifies. The files are removed with it.
 class TestCertificates {
  public:
   TestCertificates();
-  TestCertificates(const TestCertificates&) = delete;
-  TestCertificates& operator=(const TestCertificates&) = delete;
-  ~TestCertificates();
 
   /// The authority's own certificate, to be trusted (PEM).
   std::string caFile() const;
@@ -31,10 +28,7 @@ class TestCertificates {
   ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
 
  private:
-  struct Authority;
-
   const TemporaryDirectory directory_;
-  const std::unique_ptr<Authority> authority_;
   int issued_ = 0;
 };
 

@@ -1,15 +1,21 @@
-#include <gmock/gmock.h>
+// Runs the program itself.
 
-#include "tests/tools/collector/CollectorProcess.h"
-#include "tests/tools/collector/StoreQuery.h"
+#include <gmock/gmock.h>
+#include <httplib.h>
+
+#include "tests/support/Process.h"
+#include "tests/support/Query.h"
+#include "tests/support/TestCertificates.h"
 
 namespace qel::collector {
 namespace {
 
 using std::chrono::steady_clock;
+using test::query;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr const char* path = "/authenticated/customer-care.php";
 constexpr const char* json = "application/json; charset=utf-8";
@@ -33,79 +39,99 @@ int connectSilently(int port) {
   return -1;
 }
 
-TEST(Collector, storesPackagesAndSaysWhatItRefuses) {
-  CollectorProcess collector;
-  auto& client = collector.client();
-  client.set_keep_alive(true);
-  EXPECT_EQ(statusOf(client.Post(path, package, json)), 204);
-  EXPECT_EQ(statusOf(client.Post(path, "no package", "Application/JSON")), 204);
-  EXPECT_THAT(query(collector.store(), "SELECT text FROM events"),
-              ElementsAre(R"({"Category":"canary"})"));
-  EXPECT_THAT(query(collector.store(), "SELECT text FROM refused"),
-              ElementsAre("bad", "no package"));
-
-  EXPECT_EQ(statusOf(client.Post(path, package, "text/plain")), 415);
-  EXPECT_EQ(statusOf(client.Post(path, {{"Content-Encoding", "gzip"}}, package, json)), 415);
-  EXPECT_EQ(statusOf(client.Post("/authenticated/customer-care", package, json)), 404);
-  EXPECT_EQ(statusOf(client.Get("/")), 404);
-  EXPECT_EQ(statusOf(client.Get(path)), 405);
-  EXPECT_EQ(statusOf(client.Delete(path)), 405);
-  EXPECT_EQ(statusOf(client.Post(path, std::string(limit, 'x'), json)), 204);
-  EXPECT_EQ(statusOf(client.Post(path, std::string(limit + 1, 'x'), json)), 413);
-
-  const std::vector<std::pair<const char*, const char*>> strangers{{"ada", "sesame"},
-                                                                   {"mallory", "open:sesame"}};
-  for (const auto& [user, secret] : strangers) {
-    client.set_basic_auth(user, secret);
-    const auto refused = client.Post(path, std::string(limit, 'x'), json);
-    ASSERT_EQ(statusOf(refused), 401);
-    EXPECT_EQ(refused->body, "unknown user or wrong secret\n");
-    EXPECT_EQ(refused->get_header_value("WWW-Authenticate"),
-              R"(Basic realm="analytics", charset="UTF-8")");
+/// A running collector, and a client that verifies its certificate and has valid credentials.
+class CollectorTest : public testing::Test {
+ protected:
+  CollectorTest() {
+    client_.set_ca_cert_path(certificates_.caFile().c_str());
+    client_.set_tcp_nodelay(true);
+    client_.set_basic_auth("ada", "open:sesame");
   }
-  collector.terminate();
-  EXPECT_EQ(collector.join(), 0);
-  const std::string log = collector.errors();
+
+  std::string commandLine(const std::string& users, const std::string& store) const {
+    return COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users + " --store=" + store +
+           " --certificate=" + identity_.certificate.string() + " --key=" + identity_.key.string();
+  }
+
+  const test::TemporaryDirectory directory_;
+  const std::filesystem::path users_ =
+      test::write(directory_.path() / "users", "ada:open:sesame\n");
+  const std::filesystem::path store_ = directory_.path() / "store.db";
+  test::TestCertificates certificates_;
+  const test::ServerIdentity identity_ = certificates_.issue("localhost");
+  test::Process collector_{commandLine(users_, store_)};
+  const int port_ = std::stoi(collector_.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
+  httplib::SSLClient client_{"localhost", port_};
+};
+
+TEST_F(CollectorTest, storesPackagesAndSaysWhatItRefuses) {
+  client_.set_keep_alive(true);
+  EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
+  EXPECT_EQ(statusOf(client_.Post(path, "no package", "Application/JSON")), 204);
+  EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre(R"({"Category":"canary"})"));
+  EXPECT_THAT(query(store_, "SELECT text FROM refused"), ElementsAre("bad", "no package"));
+
+  EXPECT_EQ(statusOf(client_.Post(path, package, "text/plain")), 415);
+  EXPECT_EQ(statusOf(client_.Post(path, {{"Content-Encoding", "gzip"}}, package, json)), 415);
+  EXPECT_EQ(statusOf(client_.Post("/%0A", package, json)), 404);
+  EXPECT_EQ(statusOf(client_.Get("/")), 404);
+  EXPECT_EQ(statusOf(client_.Delete(path)), 405);
+  EXPECT_EQ(statusOf(client_.Post(path, std::string(limit, 'x'), json)), 204);
+  EXPECT_EQ(statusOf(client_.Post(path, std::string(limit + 1, 'x'), json)), 413);
+  client_.set_basic_auth("mallory", "open:sesame");
+  const auto refused = client_.Post(path, std::string(limit, 'x'), json);
+  ASSERT_EQ(statusOf(refused), 401);
+  EXPECT_EQ(refused->body, "unknown user or wrong secret\n");
+  EXPECT_EQ(refused->get_header_value("WWW-Authenticate"),
+            R"(Basic realm="analytics", charset="UTF-8")");
+
+  collector_.terminate();
+  EXPECT_EQ(collector_.join(), 0);
+  const std::string log = collector_.errors();
   EXPECT_THAT(log, HasSubstr("204: events 1, environments 0, refused texts 1, "));
   for (const char* secret : {"canary", "sesame", "mallory", "ada", "b3Blbj"}) {
     EXPECT_THAT(log, Not(HasSubstr(secret)));
   }
 }
 
-TEST(Collector, answersWhileTheStoreTakesNothing) {
-  CollectorProcess collector;
-  query(collector.store(), "DROP TABLE events");
-  const auto answer = collector.client().Post(path, package, json);
+TEST_F(CollectorTest, storesNothingOfAPackageWhileTheStoreIsFull) {
+  query(store_,
+        "CREATE TRIGGER full BEFORE INSERT ON events WHEN NEW.event = 'last'"
+        " BEGIN SELECT raise(ABORT, 'disk full'); END");
+  const std::string text = R"({"version": "3.1", "events": [{"a":1},{"Event":"last"}]})";
+  const auto answer = client_.Post(path, text, json);
   ASSERT_EQ(statusOf(answer), 503);
   EXPECT_EQ(answer->body, "") << "the client has no business with the reason";
-  EXPECT_THAT(query(collector.store(), "SELECT text FROM refused"), ElementsAre());
-  EXPECT_THAT(collector.errors(), HasSubstr("503: cannot use the store "));
+  EXPECT_THAT(collector_.errors(),
+              HasSubstr("503: cannot use the store " + store_.string() + ": disk full"));
+  EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre());
+  query(store_, "DROP TRIGGER full");
+  EXPECT_EQ(statusOf(client_.Post(path, text, json)), 204);
+  EXPECT_THAT(query(store_, "SELECT text FROM events"),
+              ElementsAre(R"({"a":1})", R"({"Event":"last"})"));
 }
 
-TEST(Collector, servesOthersBesideSlowAndEndlessClients) {
-  CollectorProcess collector;
+TEST_F(CollectorTest, servesOthersBesideSlowAndEndlessClients) {
   std::array<int, 100> silent{};
   for (int& socket : silent) {
-    socket = connectSilently(collector.port());
+    socket = connectSilently(port_);
   }
-  const auto begin = steady_clock::now();
-  EXPECT_EQ(statusOf(collector.client().Post(path, package, json)), 204);
   // Less than the time that it gives a silent connection.
-  EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5));
+  client_.set_read_timeout(std::chrono::seconds(5));
+  EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
   for (const int socket : silent) {
     ::close(socket);
   }
   httplib::Headers endless;
   for (int header = 0; header < 100; ++header) {
-    endless.emplace(std::string("X-") + std::to_string(header), std::string(2000, 'x'));
+    endless.emplace("X-" + std::to_string(header), std::string(2000, 'x'));
   }
-  EXPECT_EQ(statusOf(collector.client().Get("/", endless)), -1);
-  EXPECT_EQ(statusOf(collector.client().Get("/")), 404);
+  EXPECT_EQ(statusOf(client_.Get("/", endless)), -1);
+  EXPECT_EQ(statusOf(client_.Get("/")), 404);
 }
 
-TEST(Collector, finishesARequestUnderWayWhenItIsStopped) {
-  CollectorProcess collector;
-  auto idle = httplib::SSLClient("127.0.0.1", collector.port());
+TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
+  httplib::SSLClient idle("127.0.0.1", port_);
   idle.enable_server_certificate_verification(false);
   idle.set_keep_alive(true);
   EXPECT_EQ(statusOf(idle.Post("/", "", json)), 404);
@@ -117,35 +143,28 @@ TEST(Collector, finishesARequestUnderWayWhenItIsStopped) {
     if (offset == 0) {
       return sink.write(body.data(), underWay);
     }
-    collector.terminate();
-    for (int socket = 0; (socket = connectSilently(collector.port())) != -1;) {
+    collector_.terminate();
+    for (int socket = 0; (socket = connectSilently(port_)) != -1;) {
       ::close(socket);
     }
     return sink.write(body.data() + offset, body.size() - offset);
   };
-  EXPECT_EQ(statusOf(collector.client().Post(path, body.size(), provide, json)), 204);
+  EXPECT_EQ(statusOf(client_.Post(path, body.size(), provide, json)), 204);
   const auto begin = steady_clock::now();
-  EXPECT_EQ(collector.join(), 0);
+  EXPECT_EQ(collector_.join(), 0);
   EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5)) << "an idle client held it up";
-  EXPECT_THAT(query(collector.store(), "SELECT length(text) FROM refused"),
-              ElementsAre("16777216"));
+  EXPECT_THAT(query(store_, "SELECT length(text) FROM refused"), ElementsAre("16777216"));
 }
 
-TEST(Collector, endsWithALineAndAStatusAfterBadInput) {
-  const std::string here = testing::TempDir();
-  const std::string missing = here + "qel-missing";
-  const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases{
-      {{"--version"}, 0, ""},
-      {{"--store=s"}, 2, "qel-collector: --certificate FILE is required\n"},
-      {{"--certificate=c", "--key=k", "--credentials", missing, "--store=s"},
-       2,
-       "qel-collector: cannot read the credentials file " + missing +
-           ": No such file or directory\n"},
+TEST_F(CollectorTest, endsWithALineAndAStatusAfterBadInput) {
+  const std::vector<std::pair<std::string, std::string>> complaints{
+      {commandLine("/missing", store_), "cannot read the credentials file /missing: No such file"},
+      {commandLine(users_, "/missing/s"), "cannot use the store /missing/s: unable to open"},
   };
-  for (const auto& [arguments, status, message] : cases) {
-    CollectorProcess collector(arguments);
-    EXPECT_EQ(collector.join(), status);
-    EXPECT_EQ(collector.errors(), message);
+  for (const auto& [command, complaint] : complaints) {
+    test::Process collector(command);
+    EXPECT_NE(collector.join(), 0);
+    EXPECT_THAT(collector.errors(), StartsWith("qel-collector: " + complaint));
   }
 }
 

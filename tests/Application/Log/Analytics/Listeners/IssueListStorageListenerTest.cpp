@@ -190,7 +190,7 @@ TEST_F(IssueListStorageListenerTest, AnIssueThatCannotBeToldIsReportedAndNotReme
       "for adding an issue could not be created.\n";
   EXPECT_THAT(assertions_.lines(), ElementsAre(failed, failed));
   remove({unreadable});
-  EXPECT_THAT(assertions_.records().back().message, HasSubstr("not found in cache"));
+  EXPECT_THAT(assertions_.lines().back(), HasSubstr("not found in cache"));
 }
 
 TEST_F(IssueListStorageListenerTest, RecordsNoAdditionWithoutInformation) {

@@ -1,0 +1,158 @@
+#include <array>
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+#include "tests/host/QelHttp/HttpFixture.h"
+
+namespace qel::protocol::https {
+namespace {
+
+using namespace std::string_literals;
+using test::HttpsTestServer;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+using ClientTest = HttpFixture;
+
+TEST_F(ClientTest, PostsWhatWasWritten) {
+  const std::string body = "\0\r\n\r\n{\"ä\": \"\xff\"}"s + std::string(1'500'000, '\0');
+  const HttpsTestServer server(serverOptions());
+  setSettings(settingsFor(server));
+  auto message = this->message(body);
+  message.path = "/a/../b%20c?d=e";
+  ASSERT_EQ(post(message), "200");
+  const auto request = server.requests().at(0);
+  EXPECT_EQ(request.method + " " + request.path, "POST /a/../b%20c?d=e");
+  EXPECT_TRUE(request.body == body);
+  EXPECT_EQ(request.headers.at("host"), serverName);
+  EXPECT_EQ(request.headers.at("content-type"), "application/json; charset=utf-8");
+  EXPECT_EQ(request.headers.count("expect"), 0U);
+
+  const std::vector<std::array<std::string, 3>> credentials = {
+      {"customer", "canary-4711", "Basic Y3VzdG9tZXI6Y2FuYXJ5LTQ3MTE="},
+      {"m\xc3\xbcller", "a:b", "Basic bcO8bGxlcjphOmI="},
+      {"", "canary-4711", "Basic OmNhbmFyeS00NzEx"},
+      {"", "", ""},
+  };
+  for (const auto& [user, secret, authorization] : credentials) {
+    message.user = user;
+    message.secret = secret;
+    ASSERT_EQ(post(message), "200");
+    auto headers = server.requests().back().headers;
+    EXPECT_EQ(headers["authorization"], authorization);
+  }
+  EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(ClientTest, RefusesFieldsThatCouldChangeTheMeaning) {
+  const HttpsTestServer server(serverOptions());
+  setSettings(settingsFor(server));
+  struct Row {
+    std::string Message::*field;
+    std::vector<std::string> values;
+    const char* expected;
+  };
+  const std::vector<Row> rows = {
+      {&Message::host,
+       {"", "a/b", "a@b", "a?b", "a#b", "a:8443", "a b", "a\\b", "a\r", "a\nb", "a\0"s, "[a]"},
+       "the host is"},
+      {&Message::path, {"", "a", "/a b", "/a\r", "/a\nb", "/a\0"s, "/a#b"}, "the path does not"},
+      {&Message::contentType, {"X-b\r", "a\nX-b: c", "a\0"s}, "the content type holds CR, LF or"},
+      {&Message::user, {"a\r", "a\n", "a\0"s}, "the user holds CR, LF or NUL"},
+      {&Message::user, {"a:b"}, "the user holds a colon"},
+      {&Message::secret, {"canary\r", "X-b\n", "canary\0"s}, "the secret holds CR, LF or NUL"},
+  };
+  for (const auto& [field, values, expected] : rows) {
+    for (const auto& value : values) {
+      auto message = this->message();
+      message.*field = value;
+      EXPECT_THAT(post(message), AllOf(StartsWith("not posted: "), HasSubstr(expected),
+                                       Not(HasSubstr("canary")), Not(HasSubstr("X-b"))))
+          << value;
+    }
+  }
+  EXPECT_EQ(server.connections(), 0);
+}
+
+TEST_F(ClientTest, KeepsConnectionsUntilClosedOrSetAnew) {
+  const HttpsTestServer server(serverOptions());
+  auto settings = settingsFor(server);
+  setSettings(settings);
+  auto last = message();
+  last.closeConnection = true;
+  for (const auto& each : {message(), message(), last}) {
+    ASSERT_EQ(post(each), "200");
+    EXPECT_EQ(server.connections(), 1);
+  }
+  ASSERT_EQ(post(message()), "200");
+  EXPECT_EQ(server.connections(), 2);
+  setSettings(settings);
+  ASSERT_EQ(post(message()), "200");
+  EXPECT_EQ(server.connections(), 3);
+  settings.caBundle = test::TestCertificates().caFile();
+  setSettings(settings);
+  EXPECT_THAT(post(message()), HasSubstr("certificate"));
+  EXPECT_EQ(server.requests().size(), 5U);
+}
+
+TEST_F(ClientTest, ReplacesConnectionsThatTheServerClosed) {
+  const HttpsTestServer server(serverOptions({200, test::Manner::ThenClosed}));
+  setSettings(settingsFor(server));
+  for (int i = 1; i <= 5; ++i) {
+    ASSERT_EQ(post(message()), "200");
+    EXPECT_EQ(server.connections(), i);
+  }
+  EXPECT_EQ(server.requests().size(), 5U);
+}
+
+TEST_F(ClientTest, GoesThroughNoProxyButTheOneThatIsSet) {
+  const HttpsTestServer server(serverOptions());
+  auto proxyOptions = serverOptions({403});
+  proxyOptions.protocol = test::Protocol::PlainHttp;
+  const HttpsTestServer proxy(proxyOptions);
+  for (const char* variable : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+    setenv(variable, ("http://" + proxy.address()).c_str(), 1);
+  }
+  setenv("no_proxy", "*", 1);
+  auto settings = settingsFor(server);
+  setSettings(settings);
+  EXPECT_EQ(post(message()), "200");
+  EXPECT_EQ(proxy.connections(), 0);
+
+  settings.proxy = "http://" + proxy.address();
+  setSettings(settings);
+  EXPECT_THAT(post(message()), AllOf(HasSubstr("403"), HasSubstr(failureAt(server))));
+  const auto request = proxy.requests().at(0);
+  EXPECT_EQ(request.method, "CONNECT");
+  EXPECT_EQ(request.headers.count("authorization"), 0U);
+  EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(ClientTest, ServesSeveralThreadsWhileSettingsChange) {
+  const HttpsTestServer server(serverOptions());
+  const auto settings = settingsFor(server);
+  setSettings(settings);
+  std::vector<std::thread> posting(4);
+  for (auto& thread : posting) {
+    thread = std::thread([] {
+      for (int i = 0; i < 25; ++i) {
+        EXPECT_EQ(post(message()), "200");
+      }
+    });
+  }
+  while (server.requests().size() < 50) {
+    setSettings(settings);
+    setExitDeadline(std::chrono::minutes(1));
+    ASSERT_TRUE(server.waitForRequests(server.requests().size() + 1));
+  }
+  for (auto& thread : posting) {
+    thread.join();
+  }
+  EXPECT_EQ(server.requests().size(), 100U);
+}
+
+}  // namespace
+}  // namespace qel::protocol::https

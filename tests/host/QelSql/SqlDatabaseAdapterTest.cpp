@@ -1,0 +1,346 @@
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <future>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/QelLog/LogManager.h"
+#include "host/QelSql/DatabaseFile.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qel::db::sql {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using std::chrono::steady_clock;
+using test::contentOf;
+using test::write;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::SizeIs;
+using testing::ThrowsMessage;
+using Rows = Result::Rows;
+
+/// A database with a table T.
+class Database : public SqlDatabaseAdapter {
+ public:
+  explicit Database(const fs::path& file) : SqlDatabaseAdapter(file) {
+    EXPECT_EQ("", errorOf("PRAGMA auto_vacuum = INCREMENTAL;"));
+    EXPECT_EQ("", errorOf("CREATE TABLE IF NOT EXISTS T "
+                          "(ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)"));
+  }
+
+  std::string errorOf(const std::string& statement) {
+    return execute(statement).sErrorMessageGet();
+  }
+  bool insert(const std::string& json) {
+    return execute("INSERT into T(json) VALUES ('" + json + "')").boSuccess();
+  }
+  Rows rows() { return selectAll("T").result(); }
+};
+
+class SqlDatabaseAdapterTest : public testing::Test {
+ protected:
+  SqlDatabaseAdapterTest() {
+    log::LogManager::instance().configure({.standardError = false, .file = logFile_});
+  }
+
+  std::string logged() const { return contentOf(logFile_); }
+
+  static void expectRefusal(const fs::path& file, const std::string& reason) {
+    EXPECT_THAT([&] { const SqlDatabaseAdapter database(file); },
+                ThrowsMessage<qel::exception>(reason));
+  }
+
+  /// Whether another process could claim the directory.
+  bool isFree() const {
+    const int file = open(lockFile_.c_str(), O_RDWR);
+    const bool free = flock(file, LOCK_EX | LOCK_NB) == 0;
+    close(file);
+    return free;
+  }
+
+  std::vector<fs::path> asideFiles() const {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(directory_)) {
+      if (entry.path().filename().string().starts_with("T.db.corrupt-")) {
+        files.push_back(entry.path());
+      }
+    }
+    return files;
+  }
+
+  const test::TemporaryDirectory temporary_;
+  const fs::path& directory_ = temporary_.path();
+  const fs::path logFile_ = directory_ / "log.txt";
+  const fs::path lockFile_ = directory_ / "Databases.lock";
+  const fs::path file_ = directory_ / "T.db";
+};
+
+TEST_F(SqlDatabaseAdapterTest, TellsWhyItCannotBeOpened) {
+  fs::permissions(directory_, fs::perms::all);
+  fs::create_directories(directory_ / "sub.db");
+  write(directory_ / "plain", "");
+  write(directory_ / "sub.db" / "Databases.lock", "");
+  fs::permissions(directory_ / "sub.db" / "Databases.lock", fs::perms(0666));
+  fs::permissions(directory_ / "plain", fs::perms(0444));
+  const bool asRoot = geteuid() == 0 && seteuid(65534) == 0;  // Root may write everywhere.
+  const std::map<std::string, std::string> reasons = {
+      {"missing/T.db", "cannot keep databases in \"DIR/missing\": No such file or directory"},
+      {"plain/T.db", "cannot keep databases in \"DIR/plain\": Not a directory"},
+      {"sub.db/T.db", "cannot keep databases in \"DIR/sub.db\": Permission denied"},
+      {"sub.db",
+       "cannot open the database \"DIR/sub.db\": unable to open database file: Is a directory"},
+      {"plain", "cannot open the database \"DIR/plain\": the file is not writable"},
+  };
+  for (auto [name, reason] : reasons) {
+    expectRefusal(directory_ / name, reason.replace(reason.find("DIR"), 3, directory_.string()));
+  }
+  EXPECT_EQ(0, asRoot ? seteuid(0) : 0);
+  EXPECT_TRUE(isFree()) << "a database that could not be opened claims nothing";
+}
+
+TEST_F(SqlDatabaseAdapterTest, BelongsToOneProcess) {
+  const int other = open(lockFile_.c_str(), O_RDWR | O_CREAT, 0600);
+  EXPECT_EQ(0, flock(other, LOCK_EX));
+  expectRefusal(file_,
+                '"' + directory_.string() + "\" is in use by another instance of the program");
+  close(other);
+  std::optional<SqlDatabaseAdapter> one(file_);
+  std::optional<SqlDatabaseAdapter> two(directory_ / "." / "Other.db");
+  EXPECT_FALSE(isFree());
+  one.reset();
+  EXPECT_FALSE(isFree());
+  two.reset();
+  EXPECT_TRUE(isFree());
+}
+
+TEST_F(SqlDatabaseAdapterTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
+  umask(0);
+  fs::current_path(directory_);
+  for (const std::string name :
+       {"T.db", "file:x.db?mode=memory", "Bürö 図面 %20#.db", ":memory:"}) {
+    Database database(utilities::pathFromUtf8(name));
+    const auto guard = database.beginTransaction();
+    EXPECT_TRUE(database.insert("a"));
+    for (const auto& file : {directory_ / name, directory_ / (name + "-journal")}) {
+      EXPECT_EQ(fs::perms(0600), fs::status(file).permissions()) << file;
+    }
+  }
+}
+
+TEST_F(SqlDatabaseAdapterTest, SetsACorruptFileAsideOnOpening) {
+  EXPECT_TRUE(Database(file_).insert(std::string(100'000, 'x')));
+  const std::string sound = contentOf(file_);
+  const std::size_t size = sound.size();
+  const std::vector<std::pair<std::string, std::string>> reasons = {
+      {"no database", "file is not a database"},
+      {std::string(size, '\0'), "file is not a database"},
+      {sound.substr(0, size - 4096), "database disk image is malformed"},
+      {sound.substr(0, size - 1), "the file is truncated"},
+      {sound.substr(0, 100) + std::string(size - 100, '\r'), "database disk image is malformed"},
+  };
+  for (const auto& [damaged, reason] : reasons) {
+    write(file_, damaged);
+    EXPECT_THAT(Database(file_).rows(), IsEmpty());
+    const auto aside = asideFiles();
+    ASSERT_THAT(aside, SizeIs(1)) << reason;
+    EXPECT_TRUE(damaged == contentOf(aside[0])) << reason;
+    EXPECT_THAT(logged(),
+                EndsWith("error qel.db.sql.SqlDatabaseAdapter: database \"" + file_.string() +
+                         "\" is corrupt (" + reason + "); it was set aside as \"" +
+                         aside[0].string() + "\" and a fresh one is begun\n"));
+    fs::remove(aside[0]);
+  }
+  for (const auto& [kept, rowsLeft] : {std::pair(sound, 1U), std::pair(""s, 0U)}) {
+    write(file_, kept);
+    EXPECT_THAT(Database(file_).rows(), SizeIs(rowsLeft));
+  }
+  EXPECT_THAT(asideFiles(), IsEmpty());
+}
+
+TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
+  const std::string insertion = "INSERT into T(json) VALUES ('a')";
+  Database database(file_);
+  EXPECT_TRUE(database.insert(std::string(100'000, 'x')));
+  const std::string header = contentOf(file_).substr(0, 24);
+  const auto damage = [&] { write(file_, header + std::string(100'000, '\xee')); };
+
+  damage();
+  EXPECT_EQ("database disk image is malformed", database.errorOf(insertion));
+  EXPECT_EQ("", database.errorOf(insertion));
+  damage();
+  {
+    const auto guard = database.beginTransaction();
+    EXPECT_FALSE(database.insert("lost"));
+    EXPECT_THAT(asideFiles(), SizeIs(1));
+  }
+  EXPECT_EQ("", database.errorOf(insertion));
+  EXPECT_EQ((Rows{{"1", "a"}}), database.rows());
+  EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
+  EXPECT_THAT(asideFiles(), SizeIs(2));
+
+  damage();
+  fs::rename(file_, directory_ / "out of reach");
+  EXPECT_FALSE(database.insert("lost"));
+  EXPECT_EQ("the corrupt database file could not be replaced", database.errorOf(insertion));
+  EXPECT_THAT(logged(), EndsWith("so nothing more is stored in it: the corrupt file cannot be "
+                                 "renamed: No such file or directory\n"));
+}
+
+TEST_F(SqlDatabaseAdapterTest, FindsAnUnusedNameForACorruptFileAndItsJournal) {
+  const auto now = std::chrono::system_clock::from_time_t(1795253405);
+  for (const std::string number : {"", "-2", "-3"}) {
+    write(file_, "");
+    write(file_.string() + "-journal", number);
+    const std::string name = file_.string() + ".corrupt-20261121T093005Z" + number;
+    EXPECT_EQ(name, setAside(file_, now));
+    EXPECT_EQ(number, contentOf(name + "-journal"));
+  }
+}
+
+TEST_F(SqlDatabaseAdapterTest, YieldsRowsAsTexts) {
+  Database database(file_);
+  EXPECT_EQ((Rows{{"a\0b"s, "", "", "1.5", "-7"}, {"2", "c", "d", "e", "f"}}),
+            database
+                .execute("VALUES ('a' || char(0) || 'b', NULL, '', 1.5, -7),"
+                         "('2', 'c', 'd', 'e', 'f') ; \r\n\t")
+                .result());
+}
+
+TEST_F(SqlDatabaseAdapterTest, RefusesWhatIsNotOneStatement) {
+  Database database(file_);
+  const std::map<std::string, std::string> errors = {
+      {"INSERT into T(json) VALUES ('a'); DROP TABLE T", "text follows the statement"},
+      {"INSERT into T(json) VALUES ('a') -- b\n; c", "text follows the statement"},
+      {"INSERT into T(json) VALUES ('a\0b')"s, "the statement holds a NUL character"},
+      {"INSERT into T(json) VALUES ('a')\0"s, "the statement holds a NUL character"},
+      {"", "the statement is empty"},
+      {" ; \n", "the statement is empty"},
+      {"INSERT into U(json) VALUES ('a')", "no such table: U"},
+  };
+  for (const auto& [statement, error] : errors) {
+    EXPECT_FALSE(database.execute(statement).boSuccess()) << statement;
+    EXPECT_EQ(error, database.errorOf(statement));
+  }
+  EXPECT_THAT(database.rows(), IsEmpty());
+  EXPECT_THAT(logged(), IsEmpty()) << "outside a transaction the result alone tells";
+}
+
+TEST_F(SqlDatabaseAdapterTest, StoresATransactionWholeOrNotAtAll) {
+  Database database(file_);
+  {
+    const auto guard = database.beginTransaction();
+    EXPECT_TRUE(database.insert("first"));
+    {
+      const auto inner = database.beginTransaction();
+      EXPECT_FALSE(database.insert("secret'"));
+    }
+    EXPECT_EQ("not run, since the transaction has failed: unrecognized token: \"'secret'')\"",
+              database.errorOf("SELECT * FROM T"));
+    EXPECT_FALSE(database.insert("third"));
+  }
+  EXPECT_THAT(logged(), MatchesRegex("[^\n]*error qel.db.sql.SqlDatabaseAdapter: database \"" +
+                                     file_.string() +
+                                     "\": a statement failed, so nothing of its transaction is "
+                                     "stored: error at byte 28 of the statement\n"));
+  database.execute("PRAGMA max_page_count = 20");
+  {
+    const auto guard = database.beginTransaction();
+    EXPECT_TRUE(database.insert("small"));
+    EXPECT_EQ("database or disk is full",  // SQLite has then ended the transaction by itself.
+              database.errorOf("INSERT into T(json) VALUES (hex(zeroblob(1000000)))"));
+    EXPECT_FALSE(database.insert("late"));
+  }
+  EXPECT_THAT(database.rows(), IsEmpty());
+  {
+    const auto guard = database.beginTransaction();
+    const auto inner = database.beginTransaction();
+    EXPECT_TRUE(database.insert("fourth"));
+    EXPECT_TRUE(database.insert("fifth"));
+  }
+  EXPECT_EQ((Rows{{"1", "fourth"}, {"2", "fifth"}}), database.rows());
+}
+
+TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
+  Database database(file_);
+  auto others = std::async(std::launch::async, [&] {
+    for (int i = 0; i < 40; ++i) {
+      EXPECT_TRUE(database.insert("single"));
+    }
+  });
+  auto batches = std::async(std::launch::async, [&] {
+    for (int i = 0; i < 40; ++i) {
+      const auto guard = database.beginTransaction();
+      EXPECT_TRUE(database.insert("paired"));
+      EXPECT_EQ(i % 2 == 0, database.insert(i % 2 == 0 ? "paired" : "'"));
+    }
+  });
+  while (others.wait_for(0s) != std::future_status::ready ||
+         batches.wait_for(0s) != std::future_status::ready) {
+    EXPECT_EQ((Rows{{"0"}}),
+              database.execute("SELECT count(*) % 2 FROM T WHERE json = 'paired'").result());
+  }
+  EXPECT_THAT(database.rows(), SizeIs(80));
+}
+
+TEST_F(SqlDatabaseAdapterTest, WaitsOneSecondInAllOnTheOpeningThread) {
+  Database database(file_);
+  SqlDatabaseAdapter other(file_);
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
+  const auto start = steady_clock::now();
+  EXPECT_EQ("database is locked", database.errorOf("SELECT * FROM T"));
+  const auto middle = steady_clock::now();
+  EXPECT_GE(middle - start, 1s);
+  {
+    const auto guard = database.beginTransaction();
+    EXPECT_TRUE(other.execute("COMMIT").boSuccess());
+    EXPECT_EQ("not run, since the transaction has failed: database is locked",
+              database.errorOf("INSERT into T(json) VALUES ('a')"));
+  }
+  EXPECT_LT(steady_clock::now() - middle, 500ms);
+  EXPECT_THAT(logged(), HasSubstr("\": BEGIN failed, so nothing of its transaction is stored: "
+                                  "database is locked\n"));
+  EXPECT_TRUE(database.insert("b"));
+  EXPECT_EQ((Rows{{"1", "b"}}), database.rows());
+}
+
+TEST_F(SqlDatabaseAdapterTest, WaitsUntilTheFileIsFreeOnOtherThreads) {
+  Database database(file_);
+  SqlDatabaseAdapter other(file_);
+  // It is COMMIT that meets the lock of a reader.
+  for (const auto& [lock, held] : {std::pair("BEGIN EXCLUSIVE", 200ms), {"BEGIN", 5500ms}}) {
+    EXPECT_TRUE(other.execute(lock).boSuccess());
+    EXPECT_TRUE(other.selectAll("T").boSuccess());
+    auto batch = std::async(std::launch::async, [&] {
+      const auto guard = database.beginTransaction();
+      EXPECT_TRUE(database.insert("a"));
+      EXPECT_TRUE(database.insert("b"));
+    });
+    EXPECT_EQ(std::future_status::timeout, batch.wait_for(held)) << lock;
+    EXPECT_TRUE(other.execute("COMMIT").boSuccess());
+  }
+  EXPECT_THAT(database.rows(), SizeIs(4));
+  EXPECT_THAT(logged(), MatchesRegex(".*\" is held by another process; waiting until it is free\n"
+                                     ".*\" is free again\n"));
+}
+
+}  // namespace
+}  // namespace qel::db::sql
