@@ -2,7 +2,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
 #include "Application/Log/Analytics/Items/CrashReportItem.h"
@@ -48,7 +47,7 @@ class DispatcherTest : public testing::Test {
   void collect(const std::vector<AccumulatingDispatcher::Entry>& entries) {
     Batch batch;
     for (const auto& [item, table] : entries) {
-      batch.push_back(nlohmann::json::parse(item->toJson()).at("Event"));
+      batch.push_back(dynamic_cast<const items::EventInterface&>(*item).getEvent());
     }
     {
       const std::lock_guard lock(mutex_);
