@@ -22,6 +22,7 @@ TEST(EveryNotificationTest, IsStoredAsExpectedWithEveryEnumerator) {
   const test::TemporaryDirectory directory;
   test::Process program(QEL_SAMPLE_HOST " --no-sending --directory " + directory.text() +
                         " --session " + everything.string());
+  program.readUntil(EOF);
   EXPECT_EQ(program.join(), 0) << program.errors();
   std::string stored;
   for (const auto& item : test::query(directory.path() / "SupportDatabase.db",
