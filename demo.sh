@@ -3,7 +3,6 @@
 # lets the sample host play a working day in a CAD program, and shows what has arrived.
 # Leaves nothing behind but build/release.
 set -euo pipefail
-set -m # every job is a process group of its own, so that all of it can be stopped
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 speed=200 # times as fast as in life
@@ -23,16 +22,15 @@ announce() {
 
 umask 077
 work=$(mktemp --directory)
-jobs_to_stop=()
 
 # Ends what still runs, whatever the reason is for which this script ends.
 clean_up() {
   local status=$?
   trap '' INT TERM
-  local i
-  for ((i = ${#jobs_to_stop[@]} - 1; i >= 0; --i)); do # the sample host before the collector
-    kill -TERM -- "-${jobs_to_stop[i]}" 2>/dev/null || true
-    wait "${jobs_to_stop[i]}" 2>/dev/null || true
+  local job
+  for job in $(jobs -p | sort -rn); do # what was started last goes first
+    kill -TERM -- "-$job" 2>/dev/null || true
+    wait "$job" 2>/dev/null || true
   done
   if [[ $status -gt 128 ]]; then
     echo "demo.sh: interrupted at this step: $step" >&2
@@ -49,14 +47,13 @@ trap clean_up EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# Runs a command to its end, as one of the jobs to stop, so that an interruption need not wait for it.
+# Runs a command to its end, as a job with a process group of its own, so that all of it can be stopped and an
+# interruption need not wait for it.
 run() {
+  set -m
   "$@" &
-  jobs_to_stop+=("$!")
-  local status=0
-  wait "$!" || status=$?
-  unset 'jobs_to_stop[-1]'
-  return "$status"
+  set +m
+  wait "$!"
 }
 
 announce "Setting up and building (the first time takes some minutes)"
@@ -79,9 +76,10 @@ openssl x509 -in "$work/server.pem" -noout -issuer -subject
 
 announce "Starting the collector on a free port"
 mkfifo "$work/collector.out"
+set -m
 "$bin/qel-collector" --listen 127.0.0.1:0 --certificate "$work/server.pem" --key "$work/server.key" \
   --credentials "$work/credentials" --store "$work/received.db" >"$work/collector.out" 2>"$work/collector.log" &
-jobs_to_stop+=("$!")
+set +m
 exec {collector_output}<"$work/collector.out"
 read -r -t 20 -u "$collector_output" listening
 echo "qel-collector: $listening"

@@ -5,6 +5,7 @@
 
 #include "host/QelHttp/ConnectionPool.h"
 #include "host/QelHttp/SettingsInForce.h"
+#include "host/QelLog/LogManager.h"
 
 namespace qel::protocol::https {
 namespace {
@@ -69,6 +70,12 @@ http::Response Client::post(const Message& message) {
   const Outcome outcome = ConnectionPool::instance().exchange(message, settings);
   if (const std::string refusal = refusalOf(outcome); !refusal.empty()) {
     throw Error("posting to " + nameOfServer(message, *settings) + " failed: " + refusal);
+  }
+  if (outcome.status >= 400) {
+    log::LogManager::instance()
+        .getLogger("qel.protocol.https.Client")
+        ->log(log::Level::Warning, nameOfServer(message, *settings) + " answered with status " +
+                                       std::to_string(outcome.status));
   }
   return {outcome.status};
 }

@@ -129,17 +129,20 @@ void ConnectionWatch::stop() {
   const std::lock_guard lock(mutex_);
   stopped_ = true;
   for (Connection& connection : connections_) {
-    if (connection.phase != Phase::BodyOfKnown) {
+    if (connection.phase == Phase::BodyOfKnown) {
+      connection.deadline = std::min(connection.deadline, Clock::now() + limits_.lastBodyTime);
+    } else {
       cut(connection);
     }
   }
+  wake_.notify_all();
 }
 
 void ConnectionWatch::keepTime() {
   std::unique_lock lock(mutex_);
   while (!ended_) {
     const auto now = Clock::now();
-    // No deadline that is set while this waits comes earlier.
+    // No deadline that is set while this waits comes earlier, unless `stop` sets it.
     auto next = now + limits_.headTime;
     for (Connection& connection : connections_) {
       if (connection.deadline <= now) {

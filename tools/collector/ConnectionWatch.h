@@ -28,6 +28,8 @@ class ConnectionWatch {
     std::size_t headBytes = std::size_t{96} * 1024;
     std::chrono::seconds headTime{10};
     std::chrono::seconds bodyTime{60};
+    /// For a known sender's body, once the server is to stop.
+    std::chrono::seconds lastBodyTime{5};
   };
 
   enum class Sender { Unknown, Known };
@@ -46,7 +48,7 @@ class ConnectionWatch {
   void awaitHead(const SSL* ssl);
 
   /// Cuts every connection but those with a known sender's request under way, and these after
-  /// that, so that a server that is to stop need not wait for them.
+  /// that or when their last time is over, so that a server that is to stop need not wait for them.
   void stop();
 
  private:

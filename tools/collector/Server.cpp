@@ -62,12 +62,14 @@ class Server::Implementation {
 
   int bind() {
     const auto& [host, port] = settings_.listen;
+    errno = 0;
     const int bound = port == 0                        ? http_.bind_to_any_port(host)
                       : http_.bind_to_port(host, port) ? port
                                                        : -1;
     if (bound < 0) {
       throw qel::exception("cannot listen on " + tools::toText(settings_.listen) + ": " +
-                           std::generic_category().message(errno));
+                           (errno == 0 ? "this is no address of the machine"
+                                       : std::generic_category().message(errno)));
     }
     // The library's queue of five makes clients wait a second for their next attempt.
     ::listen(listener_, waitingConnections);

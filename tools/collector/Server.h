@@ -17,7 +17,9 @@ struct ServerSettings {
   tools::Endpoint listen;             ///< port 0: any free one
   std::filesystem::path certificate;  ///< PEM, with the chain behind it
   std::filesystem::path key;          ///< PEM, not encrypted
-  std::size_t largestBody = std::size_t{16} * 1024 * 1024;
+  /// Well above the largest row that a client can store, since a row that is never taken would hold
+  /// up all behind it.
+  std::size_t largestBody = std::size_t{64} * 1024 * 1024;
   /// Requests that are served at the same time.
   std::size_t workers = 64;
 };

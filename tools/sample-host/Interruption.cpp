@@ -1,38 +1,60 @@
 #include "tools/sample-host/Interruption.h"
 
-#include <algorithm>
-#include <atomic>
+#include <condition_variable>
 #include <csignal>
+#include <mutex>
 #include <thread>
+#include <utility>
+
+#include <unistd.h>
 
 namespace qel::samplehost {
 namespace {
 
-std::atomic<bool> interrupted{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+struct Interruption {
+  std::mutex mutex;
+  std::condition_variable happened;
+  bool hasHappened = false;  // guarded by mutex
+};
 
-extern "C" void interrupt(int signal) {
-  interrupted = true;
-  std::signal(signal, SIG_DFL);
+// Never destroyed: the thread that waits for signals lives as long as the process.
+Interruption& interruption() {
+  static auto* const instance = new Interruption;
+  return *instance;
 }
 
 }  // namespace
 
-void catchInterruptions() {
-  std::signal(SIGINT, interrupt);
-  std::signal(SIGTERM, interrupt);
+void catchInterruptions(std::function<void()> reaction) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::thread([signals, reaction = std::move(reaction)] {
+    int signal = 0;
+    sigwait(&signals, &signal);
+    {
+      const std::lock_guard lock(interruption().mutex);
+      interruption().hasHappened = true;
+    }
+    interruption().happened.notify_all();
+    reaction();
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    for (;;) {
+      pause();  // the only thread that the second signal can reach
+    }
+  }).detach();
 }
 
-bool isInterrupted() { return interrupted; }
+bool isInterrupted() {
+  const std::lock_guard lock(interruption().mutex);
+  return interruption().hasHappened;
+}
 
-/// In slices, since a signal handler may wake nobody.
 void waitUnlessInterrupted(std::chrono::duration<double> time) {
-  using Clock = std::chrono::steady_clock;
-  constexpr std::chrono::duration<double> slice{0.05};
-  const auto begin = Clock::now();
-  for (auto left = time; left.count() > 0 && !interrupted; left = time - (Clock::now() - begin)) {
-    std::this_thread::sleep_for(std::min(left, slice));
-  }
+  std::unique_lock lock(interruption().mutex);
+  interruption().happened.wait_for(lock, time, [] { return interruption().hasHappened; });
 }
 
 }  // namespace qel::samplehost

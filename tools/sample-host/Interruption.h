@@ -1,12 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 
 namespace qel::samplehost {
 
-/// From now on SIGINT and SIGTERM only interrupt the session; the second one of a kind ends the
-/// program as usual.
-void catchInterruptions();
+/// From now on the first SIGINT or SIGTERM only interrupts the session, and has `reaction` called
+/// on a thread of its own; the second one ends the program as usual. To be called once, before any
+/// thread is started.
+void catchInterruptions(std::function<void()> reaction);
 
 bool isInterrupted();
 

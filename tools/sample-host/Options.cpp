@@ -1,7 +1,7 @@
 #include "tools/sample-host/Options.h"
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/CommandLine.h"
@@ -39,25 +39,49 @@ const tools::ProgramDescription program{
          Option::Presence::Optional, "5"},
     }};
 
-std::string readable(const Arguments& arguments, const std::string& option) {
-  auto file = arguments.text(option);
-  if (!file.empty() && !std::ifstream(pathFromUtf8(file)).is_open()) {
-    throw InputError("--" + option + ": cannot read " + file);
+std::string contentOf(const Arguments& arguments, const std::string& option) {
+  const auto file = arguments.text(option);
+  std::ifstream stream(pathFromUtf8(file), std::ios::binary);
+  std::ostringstream content;
+  content << stream.rdbuf();
+  if (!stream.is_open() || stream.bad() || content.str().empty()) {
+    throw InputError("--" + option + ": cannot read " + file + ", or it is empty");
   }
-  return file;
+  return content.str();
+}
+
+std::string caBundle(const Arguments& arguments) {
+  if (arguments.has("ca") &&
+      contentOf(arguments, "ca").find("BEGIN CERTIFICATE") == std::string::npos) {
+    throw InputError("--ca: " + arguments.text("ca") + " holds no certificate (PEM)");
+  }
+  return arguments.text("ca");
+}
+
+std::string user(const Arguments& arguments) {
+  if (arguments.text("user").find(':') != std::string::npos) {
+    throw InputError("--user: a name with a colon cannot be sent");
+  }
+  if (arguments.has("user") != arguments.has("secret-file")) {
+    throw InputError("--user and --secret-file go together");
+  }
+  return arguments.text("user");
 }
 
 /// What the file holds, but for the end of its last line.
-std::string readSecret(const std::string& file) {
-  std::ifstream stream(pathFromUtf8(file), std::ios::binary);
-  std::string secret{std::istreambuf_iterator(stream), {}};
-  if (stream.bad()) {
-    throw InputError("--secret-file: cannot read " + file);
+std::string secret(const Arguments& arguments) {
+  if (!arguments.has("secret-file")) {
+    return {};
   }
+  auto secret = contentOf(arguments, "secret-file");
   for (const char lineEnd : {'\n', '\r'}) {
     if (secret.ends_with(lineEnd)) {
       secret.pop_back();
     }
+  }
+  if (secret.find_first_of(std::string("\r\n\0", 3)) != std::string::npos) {
+    throw InputError("--secret-file: " + arguments.text("secret-file") +
+                     " holds more than one line, or a NUL");
   }
   return secret;
 }
@@ -102,11 +126,9 @@ std::optional<Options> readOptions(const std::vector<std::string>& commandLine,
   options.directory = existingDirectory(*arguments);
   options.session = arguments->text("session");
   options.server = checkedServer(*arguments);
-  options.caBundle = readable(*arguments, "ca");
-  options.user = arguments->text("user");
-  if (arguments->has("secret-file")) {
-    options.secret = readSecret(readable(*arguments, "secret-file"));
-  }
+  options.caBundle = caBundle(*arguments);
+  options.user = user(*arguments);
+  options.secret = secret(*arguments);
   options.installationId = arguments->text("installation-id");
   options.sessionId = sessionId(*arguments);
   options.sendingAllowed = !arguments->has("no-sending");

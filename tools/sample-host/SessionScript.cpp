@@ -67,7 +67,8 @@ constexpr std::array kinds{
 
 Action readLine(const std::string& line) {
   const auto json = nlohmann::json::parse(line, nullptr, /*allow_exceptions=*/false);
-  if (json.is_discarded()) {
+  // The parser takes NUL for the end of the text.
+  if (json.is_discarded() || line.find('\0') != std::string::npos) {
     throw InputError("not JSON");
   }
   Fields fields(json);

@@ -20,7 +20,7 @@ using testing::StartsWith;
 constexpr const char* path = "/authenticated/customer-care.php";
 constexpr const char* json = "application/json; charset=utf-8";
 constexpr const char* package = R"({"version": "3.1", "events": [{"Category":"canary"},bad]})";
-constexpr std::size_t limit = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t limit = std::size_t{64} * 1024 * 1024;
 
 /// The status of the answer, or -1 without one.
 int statusOf(const httplib::Result& result) { return result ? result->status : -1; }

@@ -21,6 +21,7 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
   const std::map<std::string, std::string> faults{
       {R"({"wait": 1} {})", "not JSON"},
       {"{\"wait\": \"\xFF\"}", "not JSON"},
+      {std::string("{\"wait\": 0}\0 ", 14), "not JSON"},
       {"{}", "field \"notify\" is missing"},
       {R"({"name": "x"})", "unknown field \"name\""},
       {R"({"notify": "onTea\n"})", R"(field "notify": unknown notification "onTea\n")"},
