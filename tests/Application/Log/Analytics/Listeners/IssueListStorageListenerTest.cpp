@@ -61,6 +61,7 @@ class IssueListStorageListenerTest : public testing::Test {
   void remove(const IssueInstance& issue) {
     listener_.issuesRemoved({nullptr, std::make_shared<IssueInstance>(issue)});
   }
+
   qel::test::MemoryStorage storage_;
   AssertionRecorder assertions_;
   IssueListStorageListener listener_{storage_.initialized(), std::make_unique<Information>()};
