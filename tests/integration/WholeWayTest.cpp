@@ -6,7 +6,6 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
@@ -31,13 +30,6 @@ using testing::SizeIs;
 
 constexpr const char* serverName = "analytics.qel.example";
 const std::string secret = "canary-secret";
-
-std::unique_ptr<items::EnvironmentItem> anEnvironment() {
-  using namespace items::details;
-  return std::make_unique<items::EnvironmentItem>(
-      OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""), HardwareEnvironmentInfo(),
-      std::vector<QelEnvironmentInfo>(), false);
-}
 
 void graphicAction(const std::string& name, const std::string& value = "v") {
   broadcaster::ActionBroadcaster::getInstance().notify(
@@ -71,7 +63,7 @@ class WholeWayTest : public testing::Test {
                      .sessionId = Guid::create(),
                      .serverSecret = secret,
                      .serverUser = "user",
-                     .createEnvironmentItem = anEnvironment,
+                     .createEnvironmentItem = test::anEnvironment,
                      .isSendingAllowed = [] { return true; },
                      .databaseCallback = [] { return true; }});
     session();

@@ -27,6 +27,13 @@ class FakeWebUpdateReporter : public log::analytics::reports::WebUpdateReporterI
   int resets = 0;
 };
 
+inline std::unique_ptr<log::analytics::items::EnvironmentItem> anEnvironment() {
+  using namespace log::analytics::items;
+  return std::make_unique<EnvironmentItem>(
+      details::OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""),
+      details::HardwareEnvironmentInfo(), std::vector<details::QelEnvironmentInfo>(), false);
+}
+
 /// A database pair whose databases stay in memory, and the parameter to activate it with.
 class MemoryStorage {
  public:

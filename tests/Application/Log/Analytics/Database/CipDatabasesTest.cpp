@@ -93,7 +93,7 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
   Debugger::setHook({});
 }
 
-TEST(CipDatabasesTest, HoldsTenThousandItemsAndNoMoreEvenWhileTheHostJoins) {
+TEST(CipDatabasesTest, HoldsTenThousandItemsAndNoMoreWhileTheHostsJoinIsStalled) {
   MemoryStorage storage;
   auto& databases = storage.initialized();
   Tally written;
@@ -113,6 +113,7 @@ TEST(CipDatabasesTest, HoldsTenThousandItemsAndNoMoreEvenWhileTheHostJoins) {
   EXPECT_FALSE(databases.errorOccurred());
   insert(databases, "too much");
   EXPECT_TRUE(databases.errorOccurred());
+  insert(databases, "after the end");
   release.set_value();
   joining.join();
   EXPECT_THAT(storage.recorded(),

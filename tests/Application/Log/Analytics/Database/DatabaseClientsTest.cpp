@@ -78,19 +78,6 @@ TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
   }
   EXPECT_THAT(sending_.getAll(Environments).second, IsEmpty());
   EXPECT_THAT(support_.getAll(Environments).second, ElementsAre(Pair(1, "a"), Pair(2, "b")));
-  EXPECT_TRUE(exists(directory_.path() / "ItemDatabase.db"));
-  EXPECT_TRUE(exists(directory_.path() / "SupportDatabase.db"));
-}
-
-TEST_F(DatabaseClientsTest, OnlyTheSupportDatabaseFindsASessionAndThatByItsExactText) {
-  const std::string ours = R"({"SessionId": "S", "it's": "here"})";
-  initialize();
-  for (auto* client : both_) {
-    client->insertMultiple({R"({"SessionId":"S"})", R"({"SessionId": "ST"})", ours}, Items);
-  }
-  EXPECT_THAT(sending_.getAllFromSession("S"), IsEmpty());
-  EXPECT_THAT(support_.getAllFromSession("S"),
-              ElementsAre(Pair(Environments, IsEmpty()), Pair(Items, ElementsAre(Pair(3, ours)))));
 }
 
 TEST_F(DatabaseClientsTest, SendingDatabaseMarksEachCrossingOfItsLimitOnce) {

@@ -30,14 +30,13 @@ std::shared_ptr<SupportDatabaseClient> opened(const TemporaryDirectory& director
 TEST(SupportDatabaseExporterTest, CopiesExactlyTheSessionsRows) {
   const std::string ours = R"({"SessionId": "S", "it's": 1})";
   const std::string machine = R"({"SessionId": "S", "machine": 2})";
-  const std::string other = R"({"SessionId": "T"})";
   const TemporaryDirectory from;
   const TemporaryDirectory to;
   const auto source = opened(from);
   const auto target = opened(to);
-  source->insertMultiple({{other, Items},
+  source->insertMultiple({{R"({"SessionId": "ST"})", Items},
                           {ours, Items},
-                          {other, Items},
+                          {R"({"SessionId":"S"})", Items},
                           {ours + " ", Items},
                           {machine, Environments}});
   SupportDatabaseExporter exporter(source);
@@ -56,33 +55,25 @@ TEST(SupportDatabaseExporterTest, LooksAtTheItemsOnlyWhereThereAreNoEnvironments
     Session getAllFromSession(std::string) override { return session; }
     Session session;
   };
-  const struct {
-    Session session;
-    const char* outcome;
-  } cases[] = {
-      {{}, "false"},
-      {{{Environments, {}}, {Items, {}}}, "false"},
-      {{{Environments, {{1, "e"}}}}, "true"},
-      {{{Environments, {}}, {Items, {{1, "i"}}}}, "true"},
-      {{{Environments, {}}}, "invalid map<K, T> key"},
-      {{{Items, {{1, "i"}}}}, "invalid map<K, T> key"},
-  };
-  for (const auto& [session, expected] : cases) {
-    auto source = std::make_shared<Source>();
+  const auto source = std::make_shared<Source>();
+  const auto target = std::make_shared<qel::test::MemoryDatabaseClient>();
+  SupportDatabaseExporter exporter(source);
+  for (const Session& session : {Session{}, Session{{Environments, {}}, {Items, {}}}}) {
     source->session = session;
-    const auto target = std::make_shared<qel::test::MemoryDatabaseClient>();
-    std::string outcome;
-    try {
-      outcome = SupportDatabaseExporter(source).exportLastSessionToSqliteFile("S", target)
-                    ? "true"
-                    : "false";
-    } catch (const std::out_of_range& failure) {
-      outcome = failure.what();
-    }
-    EXPECT_EQ(outcome, expected);
-    EXPECT_EQ(target->texts(Items).size() + target->texts(Environments).size(),
-              outcome == "true" ? 1U : 0U);
+    EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("S", target));
   }
+  for (const Session& session : {Session{{Environments, {}}}, Session{{Items, {{1, "i"}}}}}) {
+    source->session = session;
+    EXPECT_THAT([&] { exporter.exportLastSessionToSqliteFile("S", target); },
+                testing::ThrowsMessage<std::out_of_range>("invalid map<K, T> key"));
+  }
+  EXPECT_THAT(target->texts(Items), IsEmpty());
+  source->session = {{Environments, {{1, "e"}}}};
+  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  source->session = {{Environments, {}}, {Items, {{1, "i"}}}};
+  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  EXPECT_THAT(target->texts(Environments), ElementsAre("e"));
+  EXPECT_THAT(target->texts(Items), ElementsAre("i"));
 }
 
 }  // namespace
