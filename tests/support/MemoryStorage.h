@@ -31,7 +31,7 @@ class FakeWebUpdateReporter : public log::analytics::reports::WebUpdateReporterI
 class MemoryStorage {
  public:
   /// Initializes the pair and returns it.
-  log::analytics::CipDatabases& initialized() {
+  log::analytics::CipDatabases& initialized() const {
     databases->initialize(parameter);
     return *databases;
   }
