@@ -20,23 +20,16 @@ constexpr auto soon = 1ms;
 
 bool succeed() { return true; }
 
-/// Answers what it is told to, one answer a call, then always true, and counts its calls.
-class Callable {
- public:
-  std::function<bool()> function() {
-    return [this] {
-      const bool answer = answers.empty() || answers.front();
-      if (!answers.empty()) {
-        answers.pop_front();
-      }
-      calls.add();
-      return answer;
-    };
-  }
-
-  std::deque<bool> answers;  ///< of the worker alone, once it runs
-  Tally calls;
-};
+/// Gives these answers, one a call, then always true, and counts the calls.
+std::function<bool()> giving(std::deque<bool> answers, Tally& calls) {
+  return [answers = std::move(answers), &calls]() mutable {
+    calls.add();
+    answers.push_back(true);
+    const bool answer = answers.front();
+    answers.pop_front();
+    return answer;
+  };
+}
 
 TEST(ThreadedLoopTest, RunsAtTheEdgesThatThePolicyNames) {
   const struct {
@@ -49,14 +42,12 @@ TEST(ThreadedLoopTest, RunsAtTheEdgesThatThePolicyNames) {
       {{RunPolicy::AtStartAndStop, false}, 0, 0}, {{static_cast<RunPolicy::Mode>(3), true}, 0, 0},
   };
   for (const auto& [policy, atStart, atStop] : cases) {
-    Callable callable;
-    {
-      ThreadedLoop loop;
-      loop.perform({}, callable.function(), never, policy);
-      EXPECT_TRUE(callable.calls.reaches(atStart));
-    }
-    EXPECT_EQ(callable.calls.count(), atStart + atStop)
-        << policy.runMode << " " << policy.runAtEdges;
+    Tally calls;
+    ThreadedLoop loop;
+    loop.perform({}, giving({}, calls), never, policy);
+    EXPECT_TRUE(calls.reaches(atStart));
+    loop.perform({}, succeed, never, {});  // waits for the old worker
+    EXPECT_EQ(calls.count(), atStart + atStop) << policy.runMode << " " << policy.runAtEdges;
   }
 }
 
@@ -71,12 +62,12 @@ TEST(ThreadedLoopTest, SurvivesOneFailureInARowAndEndsAfterTwo) {
       {{RunPolicy::AtStartAndStop, true}, {true, false, false}, 3},  // ended, so no stop edge
   };
   for (const auto& [policy, answers, callsUntilTheEnd] : cases) {
-    Callable callable{answers, {}};
+    Tally calls;
     ThreadedLoop loop;
-    loop.perform({}, callable.function(), soon, policy);
-    EXPECT_TRUE(callable.calls.reaches(callsUntilTheEnd));
-    loop.perform({}, succeed, never, {});  // waits for the ended worker
-    EXPECT_EQ(callable.calls.count(), callsUntilTheEnd);
+    loop.perform({}, giving(answers, calls), soon, policy);
+    EXPECT_TRUE(calls.reaches(callsUntilTheEnd));
+    loop.perform({}, succeed, never, {});
+    EXPECT_EQ(calls.count(), callsUntilTheEnd);
   }
 }
 
@@ -116,14 +107,6 @@ TEST(ThreadedLoopTest, RunsTheSetUpFirstOnTheWorker) {
   }
   EXPECT_EQ(settingUp, working);
   EXPECT_NE(settingUp, std::this_thread::get_id());
-}
-
-TEST(ThreadedLoopTest, WaitsForTheOldWorkerWhenItPerformsAnew) {
-  Callable first;
-  ThreadedLoop loop;
-  loop.perform({}, first.function(), never, {RunPolicy::AtStop, true});
-  loop.perform({}, succeed, never, {});
-  EXPECT_EQ(first.calls.count(), 1);
 }
 
 TEST(ThreadedLoopTest, ReportsMisuse) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -38,61 +37,33 @@ SSL_CTX* makeTls(const ServerOptions& options) {
   return tls;
 }
 
-/// The head of a request, without the blank line.
-Request parseHead(const std::string& head) {
-  Request request;
-  std::istringstream lines(head);
-  std::string line;
-  lines >> request.method >> request.path;
-  std::getline(lines, line);
-  while (std::getline(lines, line)) {
-    const auto colon = line.find(": ");
-    std::string name = line.substr(0, colon);
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    request.headers[name] = line.substr(colon + 2, line.find('\r') - colon - 2);
-  }
-  return request;
-}
-
 std::string headOf(const Reply& reply) {
-  std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " Told So\r\n";
-  for (const auto& [name, value] : reply.headers) {
-    head.append(name).append(": ").append(value).append("\r\n");
-  }
-  if (reply.manner != Manner::WithoutLength) {
-    head += "Content-Length: " + std::to_string(reply.body.size()) + "\r\n";
-  }
-  return head + "\r\n";
+  const std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " Told So\r\n";
+  return head + reply.headers + "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
 }
 
 }  // namespace
 
-/// The server's end of one connection.
+/// The server's end of one connection. A TLS connection is closed with the alert that TLS asks for.
 class HttpsTestServer::Stream {
  public:
-  Stream(int socket, SSL_CTX* tls) : socket_(socket), tls_(tls ? SSL_new(tls) : nullptr) {}
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
-  ~Stream() { SSL_free(tls_); }
-
-  bool open() { return !tls_ || (SSL_set_fd(tls_, socket_) == 1 && SSL_accept(tls_) == 1); }
+  Stream(int socket, SSL_CTX* tls)
+      : socket_(socket), bio_(BIO_new_socket(socket, BIO_NOCLOSE), BIO_free_all) {
+    if (tls) {
+      bio_.reset(BIO_push(BIO_new_ssl(tls, 0), bio_.release()));
+    }
+  }
 
   /// Appends what comes next; false at the end.
   bool read(std::string& text) {
     std::array<char, 16'384> part{};
-    const auto count = tls_ ? SSL_read(tls_, part.data(), static_cast<int>(part.size()))
-                            : ::recv(socket_, part.data(), part.size(), 0);
-    if (count <= 0) {
-      return false;
-    }
-    text.append(part.data(), static_cast<std::size_t>(count));
-    return true;
+    const int count = BIO_read(bio_.get(), part.data(), static_cast<int>(part.size()));
+    text.append(part.data(), static_cast<std::size_t>(std::max(count, 0)));
+    return count > 0;
   }
 
   bool write(std::string_view text) {
-    return text.empty() || (tls_ ? SSL_write(tls_, text.data(), static_cast<int>(text.size()))
-                                 : ::send(socket_, text.data(), text.size(), 0)) > 0;
+    return text.empty() || BIO_write(bio_.get(), text.data(), static_cast<int>(text.size())) > 0;
   }
 
   /// Reads until the client closes its end.
@@ -101,15 +72,11 @@ class HttpsTestServer::Stream {
     }
   }
 
-  void finish() {
-    if (tls_) {
-      SSL_shutdown(tls_);
-    }
-    ::shutdown(socket_, SHUT_WR);
-  }
-
-  /// Makes closing the socket reset the connection.
-  void reset() const {
+  /// Makes closing the socket reset the connection, which is one of TLS.
+  void reset() {
+    SSL* tls = nullptr;
+    BIO_get_ssl(bio_.get(), &tls);
+    SSL_set_quiet_shutdown(tls, 1);
     const linger atOnce{.l_onoff = 1, .l_linger = 0};
     ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
   }
@@ -118,7 +85,7 @@ class HttpsTestServer::Stream {
 
  private:
   const int socket_;
-  SSL* const tls_;
+  std::unique_ptr<BIO, void (*)(BIO*)> bio_;
 };
 
 HttpsTestServer::HttpsTestServer(ServerOptions options)
@@ -169,15 +136,11 @@ std::vector<Request> HttpsTestServer::requests() const {
   return requests_;
 }
 
-bool HttpsTestServer::waitForConnections(int count) const {
+bool HttpsTestServer::waitFor(std::size_t connections, std::size_t requests) const {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, hangingTest,
-                           [&] { return std::cmp_greater_equal(connections_.size(), count); });
-}
-
-bool HttpsTestServer::waitForRequests(std::size_t count) const {
-  std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, hangingTest, [&] { return requests_.size() >= count; });
+  return changed_.wait_for(lock, hangingTest, [&] {
+    return connections_.size() >= connections && requests_.size() >= requests;
+  });
 }
 
 void HttpsTestServer::acceptConnections() {
@@ -207,9 +170,8 @@ void HttpsTestServer::serve(int socket) {
     Stream stream(socket, tls_.get());
     if (options_.protocol == Protocol::Silent) {
       stream.drain();
-    } else if (stream.open()) {
-      while (serveRequest(stream)) {
-      }
+    }
+    while (serveRequest(stream)) {
     }
   }
   const std::lock_guard lock(mutex_);
@@ -234,29 +196,28 @@ bool HttpsTestServer::serveRequest(Stream& stream) {
     stream.drain();
     return false;
   }
-  return !request->method.empty();
+  return !request->head.empty();
 }
 
 std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
   auto& received = stream.received;
-  auto headEnd = received.find("\r\n\r\n");
-  while (headEnd == std::string::npos) {
+  std::size_t headEnd = 0;
+  while ((headEnd = received.find("\r\n\r\n")) == std::string::npos) {
     if (!stream.read(received)) {
       return std::nullopt;
     }
     if (received[0] < 'A' || received[0] > 'Z') {
-      Request noHttp;
-      noHttp.body.swap(received);
-      return noHttp;
+      return Request{.head = "", .body = std::exchange(received, "")};
     }
-    headEnd = received.find("\r\n\r\n");
   }
-  Request request = parseHead(received.substr(0, headEnd));
+  Request request{.head = received.substr(0, headEnd + 2), .body = ""};
   received.erase(0, headEnd + 4);
-  if (options_.answerAfter == AnswerAfter::Headers) {
+  const std::string_view lengthName = "\r\nContent-Length: ";
+  const auto lengthLine = request.head.find(lengthName);
+  if (options_.answerAfter == AnswerAfter::Headers || lengthLine == std::string::npos) {
     return request;
   }
-  const auto length = std::stoul("0" + request.headers["content-length"]);
+  const auto length = std::stoul(request.head.substr(lengthLine + lengthName.size()));
   while (received.size() < length) {
     if (!stream.read(received)) {
       return std::nullopt;
@@ -268,40 +229,32 @@ std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
 }
 
 bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
-  const std::string head = headOf(reply);
-  const bool isCut = reply.manner == Manner::Truncated || reply.manner == Manner::Reset;
-  const auto body = std::string_view(reply.body).substr(0, reply.body.size() / (isCut ? 2 : 1));
-  switch (reply.manner) {
-    case Manner::Ordinary:
-      return stream.write(head) && stream.write(body);
-    case Manner::Dripped:
-      return stream.write(head) && drip(stream, body);
-    case Manner::Stalled:
-      pauseFor(hangingTest);
-      return false;
-    case Manner::ThenClosed:
-    case Manner::WithoutLength:
-    case Manner::Truncated:
-      stream.write(head);
-      stream.write(body);
-      stream.finish();
-      return false;
-    case Manner::Reset:
-      stream.write(head);
-      stream.write(body);
-      stream.reset();
-      return false;
-    case Manner::ResetUnanswered:
-      stream.reset();
-      return false;
+  if (reply.manner == Manner::Stalled) {
+    pauseFor(hangingTest);
+    return false;
   }
-  return false;
+  if (reply.manner == Manner::ResetUnanswered) {
+    stream.reset();
+    return false;
+  }
+  if (!stream.write(headOf(reply))) {
+    return false;
+  }
+  if (reply.manner == Manner::Dripped) {
+    return drip(stream, reply.body);
+  }
+  const bool isCut = reply.manner != Manner::Ordinary;
+  const bool isGiven =
+      stream.write(std::string_view(reply.body).substr(0, reply.body.size() / (isCut ? 2 : 1)));
+  if (reply.manner == Manner::Reset) {
+    stream.reset();
+  }
+  return isGiven && !isCut;
 }
 
 bool HttpsTestServer::drip(Stream& stream, std::string_view text) {
-  constexpr std::chrono::milliseconds pause{100};
   return std::all_of(text.begin(), text.end(), [&](const char& c) {
-    return pauseFor(pause) && stream.write({&c, 1});
+    return pauseFor(std::chrono::milliseconds(100)) && stream.write({&c, 1});
   });
 }
 

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -21,18 +20,14 @@ namespace qel::test {
 
 /// What reached the server.
 struct Request {
-  std::string method;  ///< empty when what came is no HTTP; it is then all in `body`
-  std::string path;
-  std::map<std::string, std::string> headers;  ///< by lower-case name
+  std::string head;  ///< empty when what came is no HTTP; it is then all in `body`
   std::string body;
 };
 
 /// How an answer is given.
 enum class Manner {
-  Ordinary,        ///< with its length; the connection is kept
-  ThenClosed,      ///< the same, and then the connection is closed unannounced
-  WithoutLength,   ///< ended by closing the connection
-  Truncated,       ///< half of the body, then closed
+  Ordinary,        ///< whole, and the connection is kept
+  Truncated,       ///< half of the body, then closed unannounced
   Reset,           ///< half of the body, then reset
   Dripped,         ///< the body at ten bytes a second
   Stalled,         ///< neither given, nor anything read any more
@@ -42,7 +37,7 @@ enum class Manner {
 struct Reply {
   int status = 200;
   Manner manner = Manner::Ordinary;
-  std::map<std::string, std::string> headers = {};
+  std::string headers = {};  ///< lines, each with its CR LF
   std::string body = {};
 };
 
@@ -82,9 +77,8 @@ class HttpsTestServer {
   int connections() const;
   std::vector<Request> requests() const;
 
-  /// Wait until that many have come; false after a time that only a hanging test needs.
-  bool waitForConnections(int count) const;
-  bool waitForRequests(std::size_t count) const;
+  /// Waits until that many have come; false after a time that only a hanging test needs.
+  bool waitFor(std::size_t connections, std::size_t requests) const;
 
  private:
   class Stream;

@@ -37,12 +37,8 @@ inline std::unique_ptr<log::analytics::items::EnvironmentItem> anEnvironment() {
 /// A database pair whose databases stay in memory, and the parameter to activate it with.
 class MemoryStorage {
  public:
-  MemoryStorage()
-      : MemoryStorage(std::make_unique<MemoryDatabaseClient>(),
-                      std::make_unique<MemoryDatabaseClient>()) {}
-
   /// Initializes the pair and returns it.
-  log::analytics::CipDatabases& initialized() {
+  log::analytics::CipDatabases& initialized() const {
     databases->initialize(parameter);
     return *databases;
   }
@@ -65,19 +61,14 @@ class MemoryStorage {
       .isSendingAllowed = [] { return true; },
       .databaseCallback = [] { return true; }};
 
-  MemoryDatabaseClient* sending;
-  MemoryDatabaseClient* support;
-  std::unique_ptr<log::analytics::CipDatabases> owned;  ///< may be moved on, to a client
-  log::analytics::CipDatabases* databases;
-
- private:
-  MemoryStorage(std::unique_ptr<MemoryDatabaseClient> sendingClient,
-                std::unique_ptr<MemoryDatabaseClient> supportClient)
-      : sending(sendingClient.get()),
-        support(supportClient.get()),
-        owned(std::make_unique<log::analytics::CipDatabases>(std::move(sendingClient),
-                                                             std::move(supportClient))),
-        databases(owned.get()) {}
+  MemoryDatabaseClient* sending = new MemoryDatabaseClient;
+  MemoryDatabaseClient* support = new MemoryDatabaseClient;
+  /// May be moved on, to a client. Owns the two above.
+  std::unique_ptr<log::analytics::CipDatabases> owned =
+      std::make_unique<log::analytics::CipDatabases>(
+          std::unique_ptr<MemoryDatabaseClient>(sending),
+          std::unique_ptr<MemoryDatabaseClient>(support));
+  log::analytics::CipDatabases* databases = owned.get();
 };
 
 }  // namespace qel::test

@@ -25,25 +25,28 @@ TEST_F(ClientTest, PostsWhatWasWritten) {
   message.path = "/a/../b%20c?d=e";
   ASSERT_EQ(post(message), "200");
   const auto request = server.requests().at(0);
-  EXPECT_EQ(request.method + " " + request.path, "POST /a/../b%20c?d=e");
   EXPECT_TRUE(request.body == body);
-  EXPECT_EQ(request.headers.at("host"), serverName);
-  EXPECT_EQ(request.headers.at("content-type"), "application/json; charset=utf-8");
-  EXPECT_EQ(request.headers.count("expect"), 0U);
+  EXPECT_THAT(request.head,
+              AllOf(StartsWith("POST /a/../b%20c?d=e HTTP/"),
+                    HasSubstr("\r\nHost: analytics.qel.example\r\n"),
+                    HasSubstr("\r\nContent-Type: application/json; charset=utf-8\r\n"),
+                    Not(HasSubstr("Expect"))));
 
-  const std::vector<std::array<std::string, 3>> credentials = {
+  const std::array<std::string, 3> credentials[] = {
       {"customer", "canary-4711", "Basic Y3VzdG9tZXI6Y2FuYXJ5LTQ3MTE="},
       {"m\xc3\xbcller", "a:b", "Basic bcO8bGxlcjphOmI="},
       {"", "canary-4711", "Basic OmNhbmFyeS00NzEx"},
-      {"", "", ""},
   };
   for (const auto& [user, secret, authorization] : credentials) {
     message.user = user;
     message.secret = secret;
     ASSERT_EQ(post(message), "200");
-    auto headers = server.requests().back().headers;
-    EXPECT_EQ(headers["authorization"], authorization);
+    EXPECT_THAT(server.requests().back().head,
+                HasSubstr("\r\nAuthorization: " + authorization + "\r\n"));
   }
+  message.secret = "";
+  ASSERT_EQ(post(message), "200");
+  EXPECT_THAT(server.requests().back().head, Not(HasSubstr("Authorization")));
   EXPECT_EQ(server.connections(), 1);
 }
 
@@ -83,29 +86,22 @@ TEST_F(ClientTest, KeepsConnectionsUntilClosedOrSetAnew) {
   setSettings(settings);
   auto last = message();
   last.closeConnection = true;
-  for (const auto& each : {message(), message(), last}) {
+  const std::pair<Message, int> posts[] = {{message(), 1}, {last, 1}, {message(), 2}};
+  for (const auto& [each, connections] : posts) {
     ASSERT_EQ(post(each), "200");
-    EXPECT_EQ(server.connections(), 1);
+    EXPECT_EQ(server.connections(), connections);
   }
-  ASSERT_EQ(post(message()), "200");
-  EXPECT_EQ(server.connections(), 2);
-  setSettings(settings);
-  ASSERT_EQ(post(message()), "200");
-  EXPECT_EQ(server.connections(), 3);
   settings.caBundle = test::TestCertificates().caFile();
   setSettings(settings);
   EXPECT_THAT(post(message()), HasSubstr("certificate"));
-  EXPECT_EQ(server.requests().size(), 5U);
-}
+  EXPECT_EQ(server.requests().size(), 3U);
 
-TEST_F(ClientTest, ReplacesConnectionsThatTheServerClosed) {
-  const HttpsTestServer server(serverOptions({200, test::Manner::ThenClosed}));
-  setSettings(settingsFor(server));
+  const HttpsTestServer closing(serverOptions({200, test::Manner::Truncated}));
+  setSettings(settingsFor(closing));
   for (int i = 1; i <= 5; ++i) {
     ASSERT_EQ(post(message()), "200");
-    EXPECT_EQ(server.connections(), i);
+    EXPECT_EQ(closing.connections(), i);
   }
-  EXPECT_EQ(server.requests().size(), 5U);
 }
 
 TEST_F(ClientTest, GoesThroughNoProxyButTheOneThatIsSet) {
@@ -125,9 +121,8 @@ TEST_F(ClientTest, GoesThroughNoProxyButTheOneThatIsSet) {
   settings.proxy = "http://" + proxy.address();
   setSettings(settings);
   EXPECT_THAT(post(message()), AllOf(HasSubstr("403"), HasSubstr(failureAt(server))));
-  const auto request = proxy.requests().at(0);
-  EXPECT_EQ(request.method, "CONNECT");
-  EXPECT_EQ(request.headers.count("authorization"), 0U);
+  EXPECT_THAT(proxy.requests().at(0).head,
+              AllOf(StartsWith("CONNECT "), Not(HasSubstr("uthorization"))));
   EXPECT_EQ(server.connections(), 1);
 }
 
@@ -146,7 +141,7 @@ TEST_F(ClientTest, ServesSeveralThreadsWhileSettingsChange) {
   while (server.requests().size() < 50) {
     setSettings(settings);
     setExitDeadline(std::chrono::minutes(1));
-    ASSERT_TRUE(server.waitForRequests(server.requests().size() + 1));
+    ASSERT_TRUE(server.waitFor(1, server.requests().size() + 1));
   }
   for (auto& thread : posting) {
     thread.join();

@@ -12,19 +12,15 @@ using testing::ElementsAre;
 std::vector<std::string> reading(std::string_view body) {
   const Package package = readPackage(body);
   std::vector<std::string> lines;
-  const auto add = [&](std::string_view kind, const auto& read) {
-    lines.push_back(std::string(kind) + ' ' + std::to_string(read.count) + ": " +
-                    std::string(read.text));
+  const auto add = [&](const auto& texts, const auto& kindOf) {
+    for (const auto& read : texts) {
+      lines.push_back(std::string(kindOf(read)) + ' ' + std::to_string(read.count) + ": " +
+                      std::string(read.text));
+    }
   };
-  for (const auto& environment : package.environments) {
-    add("environment", environment);
-  }
-  for (const auto& event : package.events) {
-    add("event", event);
-  }
-  for (const auto& refused : package.refused) {
-    add(refused.reason, refused);
-  }
+  add(package.environments, [](const auto&) { return "environment"; });
+  add(package.events, [](const auto&) { return "event"; });
+  add(package.refused, [](const auto& refused) { return refused.reason; });
   return lines;
 }
 
