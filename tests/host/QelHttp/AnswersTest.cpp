@@ -30,10 +30,9 @@ TEST_F(AnswersTest, AreReturnedWhenCompleteOrRefusing) {
       {{302, Manner::Ordinary, {{"Location", "https://elsewhere.example/"}}}, "302"},
       {{399}, "399"},
       {{200, Manner::WithoutLength, {}, "thanks"}, "200"},
-      {{400}, "400"},
+      {{400, Manner::Truncated, {}, "sorry"}, "400"},
       {{401, Manner::Ordinary, {{"WWW-Authenticate", "Basic realm=\"q\""}}}, "401"},
       {{413}, "413", megabytes(8), AnswerAfter::Headers},
-      {{500, Manner::Truncated, {}, "sorry"}, "500"},
       // More than fits on the way, so that its beginning has been read when the reset comes.
       {{501, Manner::Reset, {}, megabytes(32)}, "501"},
       {{502, Manner::Ordinary, {}, megabytes(2)}, "502"},
