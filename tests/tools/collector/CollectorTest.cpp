@@ -43,7 +43,7 @@ int connectSilently(int port) {
 class CollectorTest : public testing::Test {
  protected:
   CollectorTest() {
-    client_.set_ca_cert_path(certificates_.caFile().c_str());
+    client_.set_ca_cert_path(certificates_.caFile());
     client_.set_tcp_nodelay(true);
     client_.set_basic_auth("ada", "open:sesame");
   }
