@@ -29,9 +29,9 @@ TEST_F(AnswersTest, AreReturnedWhenCompleteOrRefusing) {
   const std::vector<Exchange> exchanges = {
       {{302, Manner::Ordinary, "Location: https://elsewhere.example/\r\n"}, "302"},
       {{399}, "399"},
+      {{400, Manner::Truncated, {}, "sorry"}, "400"},
       {{401, Manner::Ordinary, "WWW-Authenticate: Basic realm=\"q\"\r\n"}, "401"},
       {{413}, "413", megabytes(8), AnswerAfter::Headers},
-      {{500, Manner::Truncated, {}, "sorry"}, "500"},
       // More than fits on the way, so that its beginning has been read when the reset comes.
       {{501, Manner::Reset, {}, megabytes(32)}, "501"},
       {{502, Manner::Ordinary, {}, megabytes(2)}, "502"},

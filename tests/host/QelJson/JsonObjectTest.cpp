@@ -41,6 +41,10 @@ TEST(JsonObjectTest, WritesOneLineInTheOrderOfAddition) {
   EXPECT_EQ(std::move(json).toString(), expected);
 }
 
+std::string mapAndVectorOf(const std::string& quoted) {
+  return "{" + quoted + ": {" + quoted + ": " + quoted + "}, " + quoted + ": [" + quoted + "]}";
+}
+
 TEST(JsonObjectTest, EscapesAndRepairsTexts) {
   const std::vector<std::pair<std::string, std::string>> cases = {
       {R"(C:\plans\"A")", R"(C:\\plans\\\"A\")"},
@@ -56,10 +60,9 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
       {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // surrogate
   };
   for (const auto& [text, written] : cases) {
-    const std::string quoted = '"' + written + '"';
-    EXPECT_EQ(JsonObject().addString(text, text).toString(), "{" + quoted + ": " + quoted + "}");
-    EXPECT_EQ(JsonObject().addStringMap("", {{text, text}}).addStringVector("", {text}).toString(),
-              R"({"": {)" + quoted + ": " + quoted + R"(}, "": [)" + quoted + "]}");
+    EXPECT_EQ(
+        JsonObject().addStringMap(text, {{text, text}}).addStringVector(text, {text}).toString(),
+        mapAndVectorOf('"' + written + '"'));
   }
 }
 

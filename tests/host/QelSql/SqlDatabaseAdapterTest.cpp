@@ -329,8 +329,9 @@ TEST_F(SqlDatabaseAdapterTest, WaitsUntilTheFileIsFreeOnOtherThreads) {
     EXPECT_TRUE(other.execute("COMMIT").boSuccess());
   }
   EXPECT_THAT(database.rows(), SizeIs(4));
-  EXPECT_THAT(logged(), MatchesRegex(".*\" is held by another process; waiting until it is free\n"
-                                     ".*\" is free again\n"));
+  EXPECT_THAT(logged(),
+              MatchesRegex("[^\n]*\" is held by another process; waiting until it is free\n"
+                           "[^\n]*\" is free again\n"));
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ class CollectorTest : public testing::Test {
  protected:
   CollectorTest() {
     std::signal(SIGPIPE, SIG_IGN);  // the collector cuts connections that this client writes to
-    client_.set_ca_cert_path(certificates_.caFile().c_str());
+    client_.set_ca_cert_path(certificates_.caFile());
     client_.set_tcp_nodelay(true);
     client_.set_basic_auth("ada", "open:sesame");
   }
