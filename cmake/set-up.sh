@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   # compiler and build
-  g++ cmake ninja-build git
+  g++ cmake ninja-build pkg-config git
   # libraries
   libsqlite3-dev libcurl4-openssl-dev libssl-dev nlohmann-json3-dev libspdlog-dev libboost-dev libcpp-httplib-dev
   # tests and benchmarks

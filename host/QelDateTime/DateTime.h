@@ -23,7 +23,6 @@ class DateTime {
 
   double secondsSinceEpoch() const { return seconds_; }
 
-  // NOLINTNEXTLINE(modernize-use-nullptr): mistakes the result's comparison with 0 for a pointer's.
   friend auto operator<=>(const DateTime&, const DateTime&) = default;
 
  private:

@@ -67,8 +67,7 @@ void ThreadedLoop::start(Work work) {
     const std::lock_guard lock(sleeperMutex_);
     sleeper_ = std::move(sleeper);
   }
-  thread_ =
-      std::thread([this, &sleeperOfWorker, work = std::move(work)] { run(work, sleeperOfWorker); });
+  thread_ = std::thread([&sleeperOfWorker, work = std::move(work)] { run(work, sleeperOfWorker); });
 }
 
 void ThreadedLoop::stopAndJoin() {
@@ -89,9 +88,11 @@ void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
   }
   while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
          Sleeper::Outcome::TimedOut) {
-    // A failed run is tried once more at once.
-    if (!invoke(work.function) && !invoke(work.function)) {
-      return;
+    if (!invoke(work.function)) {
+      const bool retrySucceeded = invoke(work.function);
+      if (!retrySucceeded) {
+        return;
+      }
     }
   }
   if (runsAtStop(work.policy)) {

@@ -64,7 +64,7 @@ class ThreadedLoop {
 
   void start(Work work);
   void stopAndJoin();
-  void run(const Work& work, Sleeper& sleeper);
+  static void run(const Work& work, Sleeper& sleeper);
   static bool invoke(const std::function<bool()>& function);
   static void debuggerBreak();
 

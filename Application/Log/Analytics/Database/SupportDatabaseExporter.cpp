@@ -22,6 +22,7 @@ const RowMap& rowsOf(const std::map<Table, RowMap>& session, Table table) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(modernize-pass-by-value): the signature is fixed.
 SupportDatabaseExporter::SupportDatabaseExporter(
     const std::shared_ptr<CipDatabaseClientInterface>& source)
     : source_(source) {}
