@@ -31,7 +31,7 @@ const tools::ProgramDescription program{
         {"secret-file", "FILE", "file that holds the user's secret"},
         {"installation-id", "TEXT", "installation to record (default: made once, kept in DIR)"},
         {"session-id", "GUID", "session to record (default: a new one)"},
-        {"no-sending", "", "withholds the permission to store items for sending and to send them"},
+        {"no-sending", "", "withholds the permission to store items for sending"},
         {"no-support", "", "withholds the permission to store items for support"},
         {"retention", "SECONDS", "age at which stored support items go (default: never)"},
         {"speed", "N", "divides the script's waits", Option::Presence::Optional, "1"},

@@ -15,8 +15,8 @@ class EnvironmentItem;
 
 namespace parameters {
 
-/// What the host tells the client when it activates it. The callables are called on threads of the
-/// client too, must be safe for that and must not call back into it.
+/// What the host tells the client when it activates it. The two permissions are asked on threads of
+/// the client too, must be safe for that and must not call back into it.
 struct ActivateParameter {
   /// Outlives the client.
   reports::WebUpdateReporterInterface& webUpdateReporter;

@@ -20,11 +20,13 @@ class QEL_ANALYTICS_EXPORT ClientInterface {
   virtual void activate(const parameters::ActivateParameter& parameter) = 0;
   virtual bool isActive() const = 0;
   /// Records what the broadcaster tells of stored issues, in the words of `information`, from now
-  /// until the client is gone; it is not taken off the broadcaster. Independent of activation.
+  /// until the client is gone; it is not taken off the broadcaster, which must
+  /// not notify while the client is destroyed. Independent of activation.
   virtual void registerIssueListStorageListener(
       qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
       std::unique_ptr<IssueListInformationInterface> information) = 0;
-  /// Starts sending, or starts it anew with a pass at once, after waiting for a pass under way.
+  /// After activation: starts sending, or starts it anew with a pass at once, after waiting for a
+  /// pass under way.
   virtual void startSendingItems() = 0;
   /// Lets sending end with one more pass and does not wait for it.
   virtual void stopSendingItems() = 0;

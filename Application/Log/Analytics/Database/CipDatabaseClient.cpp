@@ -24,7 +24,7 @@ void CipDatabaseClient::initialize(const std::string& directory) {
 }
 
 void CipDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {
-  auto* const open = adapter();
+  const auto open = adapter();
   const auto* const name = details::tableName(table);
   if (open != nullptr && name != nullptr) {
     insertEach(*open, jsons, *name);
@@ -32,7 +32,7 @@ void CipDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Ta
 }
 
 void CipDatabaseClient::insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) {
-  auto* const open = adapter();
+  const auto open = adapter();
   if (open == nullptr) {
     return;
   }

@@ -39,7 +39,7 @@ void DatabaseClientBase::deleteItems(const RowMap& rows) {
 
 std::pair<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
 DatabaseClientBase::getAll(Table table) {
-  auto* const open = adapter();
+  const auto open = adapter();
   const auto* const name = tableName(table);
   if (open == nullptr || name == nullptr) {
     return {table, {}};
@@ -53,13 +53,13 @@ void DatabaseClientBase::deleteEnvironments(RowMap rows) {
 }
 
 void DatabaseClientBase::vacuum() {
-  if (auto* const open = adapter()) {
+  if (const auto open = adapter()) {
     open->vacuum();
   }
 }
 
 void DatabaseClientBase::deleteByIds(Table table, std::vector<int>& ids) {
-  auto* const open = adapter();
+  const auto open = adapter();
   const auto* const name = tableName(table);
   if (open != nullptr && name != nullptr) {
     open->deleteByIds(ids, *name);
@@ -72,12 +72,13 @@ void DatabaseClientBase::addTables(DatabaseAdapterInterface& adapter) {
 }
 
 void DatabaseClientBase::use(std::shared_ptr<DatabaseAdapterInterface> adapter) {
+  const std::lock_guard lock(mutex_);
   adapter_ = std::move(adapter);
-  initialized_ = true;
 }
 
-DatabaseAdapterInterface* DatabaseClientBase::adapter() const {
-  return initialized_ ? adapter_.get() : nullptr;
+std::shared_ptr<DatabaseAdapterInterface> DatabaseClientBase::adapter() const {
+  const std::lock_guard lock(mutex_);
+  return adapter_;
 }
 
 void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,

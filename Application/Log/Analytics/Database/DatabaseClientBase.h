@@ -1,7 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,7 +28,7 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
   /// Takes the adapter into use, in place of an earlier one.
   void use(std::shared_ptr<DatabaseAdapterInterface> adapter);
   /// The adapter, null before there is one.
-  DatabaseAdapterInterface* adapter() const;
+  std::shared_ptr<DatabaseAdapterInterface> adapter() const;
   /// Inserts the texts that are not empty, of known tables, in one transaction.
   static void insertTogether(DatabaseAdapterInterface& adapter,
                              const std::vector<std::pair<std::string, Table>>& rows);
@@ -37,8 +37,8 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
                          const std::string& table);
 
  private:
-  std::shared_ptr<DatabaseAdapterInterface> adapter_;  ///< published by initialized_
-  std::atomic<bool> initialized_{false};
+  mutable std::mutex mutex_;
+  std::shared_ptr<DatabaseAdapterInterface> adapter_;  ///< guarded by mutex_
 };
 
 /// The SQL table's name; null for a value that is no table.

@@ -44,13 +44,13 @@ void SupportDatabaseClient::initialize(const std::string& directory) {
 }
 
 void SupportDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {
-  if (auto* const open = adapter()) {
+  if (const auto open = adapter()) {
     insertEach(*open, jsons, *details::tableName(table == Items ? Items : Environments));
   }
 }
 
 void SupportDatabaseClient::insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) {
-  if (auto* const open = adapter()) {
+  if (const auto open = adapter()) {
     insertTogether(*open, rows);
   }
 }
@@ -58,7 +58,7 @@ void SupportDatabaseClient::insertMultiple(const std::vector<std::pair<std::stri
 std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
 SupportDatabaseClient::getAllFromSession(std::string sessionId) {
   std::map<Table, RowMap> rows;
-  if (auto* const open = adapter()) {
+  if (const auto open = adapter()) {
     for (const auto table : {Items, Environments}) {
       rows[table] = open->getAllFromSession(*details::tableName(table), sessionId);
     }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "QelAnalyticsExport.h"
 #include "host/QelIssueUi/IssueInstance.h"
 
 namespace qel::log::analytics {
@@ -10,7 +11,7 @@ namespace qel::log::analytics {
 /// Puts issues into the words that the host shows its users. Implemented by the host; called on the
 /// thread that tells of stored issues. What it throws, derived from `std::exception`, keeps the
 /// issue from being recorded and goes no further.
-class IssueListInformationInterface {
+class QEL_ANALYTICS_EXPORT IssueListInformationInterface {
  public:
   virtual ~IssueListInformationInterface() = default;
 

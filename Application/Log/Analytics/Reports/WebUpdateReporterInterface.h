@@ -2,11 +2,13 @@
 
 #include <cstdint>
 
+#include "QelAnalyticsExport.h"
+
 namespace qel::log::analytics::reports {
 
 /// What the host has to tell about the web updates of its installation. Implemented by the host;
 /// called on the thread that broadcasts the application's start.
-class WebUpdateReporterInterface {
+class QEL_ANALYTICS_EXPORT WebUpdateReporterInterface {
  public:
   virtual ~WebUpdateReporterInterface() = default;
 
