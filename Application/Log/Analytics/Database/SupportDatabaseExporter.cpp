@@ -22,8 +22,8 @@ const RowMap& rowsOf(const std::map<Table, RowMap>& session, Table table) {
 
 }  // namespace
 
-// NOLINTNEXTLINE(modernize-pass-by-value): the signature is fixed.
 SupportDatabaseExporter::SupportDatabaseExporter(
+    // NOLINTNEXTLINE(modernize-pass-by-value): the signature is fixed.
     const std::shared_ptr<CipDatabaseClientInterface>& source)
     : source_(source) {}
 
