@@ -1,7 +1,5 @@
 #include "Core/Utilities/Threads/Sleeper.h"
 
-#include <algorithm>
-
 namespace qel::util {
 
 using std::chrono::steady_clock;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
@@ -16,10 +17,14 @@ constexpr std::uint64_t sizeLimit = 30'720'000;
 }  // namespace
 
 void CipDatabaseClient::initialize(const std::string& directory) {
-  path_ = utilities::pathFromUtf8(directory) / "ItemDatabase.db";
+  auto path = utilities::pathFromUtf8(directory) / "ItemDatabase.db";
   auto adapter = std::make_shared<details::DatabaseAdapter>(
-      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path_));
+      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);
+  {
+    const std::lock_guard lock(pathMutex_);
+    path_ = std::move(path);
+  }
   use(std::move(adapter));
 }
 
@@ -54,6 +59,7 @@ CipDatabaseClient::getAllFromSession(std::string /*sessionId*/) {
 }
 
 std::optional<std::uint64_t> CipDatabaseClient::getDatabaseFileSize() {
+  const std::lock_guard lock(pathMutex_);
   std::error_code unreadable;  // the size then is all ones, which counts as full
   return std::filesystem::file_size(path_, unreadable);
 }
