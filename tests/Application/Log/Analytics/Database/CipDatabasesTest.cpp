@@ -25,6 +25,30 @@ void insert(CipDatabases& databases, const std::string& event = "event") {
   databases.insert(std::make_unique<items::CrashReportItem>(event), Items);
 }
 
+/// Renders what the test says.
+class Rendered : public json::ToJsonInterface {
+ public:
+  explicit Rendered(std::function<std::string()> render) : render_(std::move(render)) {}
+  std::string toJson() const override { return render_(); }
+
+ private:
+  const std::function<std::string()> render_;
+};
+
+TEST(CipDatabasesTest, RendersAnItemOnceForBothDatabases) {
+  MemoryStorage storage;
+  Tally renderings;
+  storage.initialized().insert(std::make_unique<Rendered>([&] {
+                                 renderings.add();
+                                 return "text";
+                               }),
+                               Items);
+  storage.databases->join();
+  EXPECT_EQ(renderings.count(), 1);
+  EXPECT_THAT(storage.sending->texts(Items), ElementsAre("text"));
+  EXPECT_THAT(storage.support->texts(Items), ElementsAre("text"));
+}
+
 TEST(CipDatabasesTest, WritesToTheDatabasesThatTheHostAllows) {
   for (const auto& [toSending, toSupport] :
        {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
@@ -68,6 +92,11 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
        [](auto& storage) {
          storage.parameter.databaseCallback = {};
          storage.initialized();
+       }},
+      {"rendering throws",
+       [](auto& storage) {
+         storage.initialized().insert(
+             std::make_unique<Rendered>([]() -> std::string { throw std::bad_alloc(); }), Items);
        }},
       {"database throws", [](auto& storage) {
          storage.initialized();
