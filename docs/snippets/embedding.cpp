@@ -6,7 +6,7 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "docs/snippets/Program.h"
-#include "host/QelHttp/Settings.h"
+#include "host/QelUtilities/ExitDeadline.h"
 
 using namespace qel::log::analytics;
 using namespace std::chrono_literals;
@@ -26,7 +26,7 @@ void runWithAnalytics(Program& program) {
                    .createEnvironmentItem = [&] { return program.describeMachine(); },
                    .isSendingAllowed = [&] { return program.customerTakesPart(); },
                    .databaseCallback = [&] { return program.supportCopyAllowed(); }});
-  program.run();                              // broadcasts as it always did
-  databases.join();                           // writes what is still queued
-  qel::protocol::https::setExitDeadline(5s);  // no exit waits longer for the network
+  program.run();                        // broadcasts as it always did
+  qel::utilities::setExitDeadline(5s);  // no exit waits longer for a disk or the network
+  databases.join();                     // writes what is still queued
 }  // the client sends once more and is gone

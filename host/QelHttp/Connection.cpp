@@ -14,6 +14,7 @@
 
 #include "host/QelHttp/Client.h"
 #include "host/QelHttp/SettingsInForce.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::protocol::https {
@@ -220,7 +221,7 @@ class Connection::Implementation {
   std::string run(const Transfer& transfer) {
     int running = 1;
     while (running > 0) {
-      const auto left = exitDeadline() - steady_clock::now();
+      const auto left = utilities::exitDeadline() - steady_clock::now();
       if (left <= steady_clock::duration::zero()) {
         return "the exit deadline has passed";
       }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/QelHttp/SettingsInForce.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::protocol::https {
@@ -56,7 +57,7 @@ void ConnectionPool::endAll() {
   // Enough for exchanges to notice the deadline; threads that the system has ended already are not
   // waited for any longer.
   constexpr std::chrono::seconds longestWait{2};
-  setExitDeadline(std::chrono::milliseconds::zero());
+  utilities::setExitDeadline(std::chrono::milliseconds::zero());
   std::unique_lock lock(mutex_);
   ended_ = true;
   left_.wait_for(lock, longestWait, [this] { return inFlight_ == 0; });

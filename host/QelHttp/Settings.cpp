@@ -1,7 +1,5 @@
 #include "host/QelHttp/Settings.h"
 
-#include <algorithm>
-#include <atomic>
 #include <mutex>
 
 #include "host/QelHttp/SettingsInForce.h"
@@ -9,11 +7,7 @@
 namespace qel::protocol::https {
 namespace {
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
 struct ProcessState {
-  std::atomic<steady_clock::time_point> exitDeadline{steady_clock::time_point::max()};
   std::mutex settingsMutex;
   std::shared_ptr<const Settings> settings =
       std::make_shared<const Settings>();  ///< guarded by settingsMutex
@@ -41,16 +35,5 @@ std::shared_ptr<const Settings> settingsInForce() {
   const std::lock_guard lock(state.settingsMutex);
   return state.settings;
 }
-
-void setExitDeadline(std::optional<milliseconds> fromNow) {
-  auto deadline = steady_clock::time_point::max();
-  const auto now = steady_clock::now();
-  if (fromNow && *fromNow < std::chrono::floor<milliseconds>(deadline - now)) {
-    deadline = now + std::max(*fromNow, milliseconds::zero());
-  }
-  processState().exitDeadline = deadline;
-}
-
-steady_clock::time_point exitDeadline() { return processState().exitDeadline; }
 
 }  // namespace qel::protocol::https

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <optional>
 #include <string>
 
 namespace qel::protocol::https {
@@ -34,11 +33,5 @@ struct Settings {
 /// earlier ones are not used again. Any thread.
 void setSettings(const Settings& settings);
 Settings getSettings();
-
-/// No exchange of this process outlives `fromNow` by more than a fraction of a second: one in
-/// flight is ended then, one that begins after that fails at once. The host arms it just before it
-/// releases what sends. An empty value disarms. Any thread. The end of the process arms it with
-/// nothing left.
-void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 
 }  // namespace qel::protocol::https

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <string>
 
@@ -16,8 +15,5 @@ std::shared_ptr<const Settings> settingsInForce();
 inline bool connectsElsewhere(const Settings& settings, const std::string& host) {
   return !settings.connectTo.empty() && settings.connectFor == host;
 }
-
-/// When every exchange has to be over; the clock's end while no exit deadline is armed. Any thread.
-std::chrono::steady_clock::time_point exitDeadline();
 
 }  // namespace qel::protocol::https

@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "host/QelUtilities/ExitDeadline.h"
+
 namespace qel::db::sql {
 namespace {
 
@@ -28,11 +30,13 @@ BusyWait::BusyWait(const std::string& quotedFile, std::shared_ptr<log::LoggerInt
 
 bool BusyWait::waitAgain() noexcept {
   const bool onOpeningThread = numberOfThisThread() == openingThread_;
-  if (onOpeningThread && openingThreadMayWait_ <= Clock::duration::zero()) {
+  const auto start = Clock::now();
+  const auto mayWait = std::min(utilities::exitDeadline() - start,
+                                onOpeningThread ? openingThreadMayWait_ : Clock::duration::max());
+  if (mayWait <= Clock::duration::zero()) {
     return false;
   }
-  const auto start = Clock::now();
-  std::this_thread::sleep_for(onOpeningThread ? std::min(pause_, openingThreadMayWait_) : pause_);
+  std::this_thread::sleep_for(std::min(pause_, mayWait));
   const auto slept = Clock::now() - start;
   pause_ = std::min<Clock::duration>(2 * pause_, longestPause);
   waited_ += slept;

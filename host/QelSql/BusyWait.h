@@ -10,8 +10,9 @@
 namespace qel::db::sql {
 
 /// How statements wait while another process holds the database file: the thread that made this
-/// object one second in all, other threads until the file is free. A wait that grows long is
-/// reported, and so is its end. Used by one thread at a time.
+/// object one second in all, other threads until the file is free, and none beyond the exit
+/// deadline (`utilities::setExitDeadline`). A wait that grows long is reported, and so is its end.
+/// Used by one thread at a time.
 class BusyWait {
  public:
   BusyWait(const std::string& quotedFile, std::shared_ptr<log::LoggerInterface> logger);

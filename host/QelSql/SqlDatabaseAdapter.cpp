@@ -33,9 +33,12 @@ bool startsWithKeywords(std::string_view statement, std::string_view upperCase) 
          });
 }
 
-/// Whether a fresh file needs the statement before it can take the place of the old one.
+constexpr std::string_view tableCreation = "CREATE TABLE IF NOT EXISTS ";
+
+/// Whether the statement belongs to what makes a file this program's: each new file is given it.
+/// Such a statement can be run again.
 bool shapesTheFile(std::string_view statement) {
-  return startsWithKeywords(statement, "CREATE ") ||
+  return startsWithKeywords(statement, tableCreation) ||
          startsWithKeywords(statement, "PRAGMA AUTO_VACUUM");
 }
 
@@ -62,6 +65,8 @@ class SqlDatabaseAdapter::Implementation {
   void openFile();
   Outcome connect();
   Outcome run(const std::string& statement);
+  Outcome shapeFile();
+  Outcome checkTable(const std::string& creation);
   void begin();
   void doom(const char* what, const Outcome& outcome);
   void endTransaction() noexcept;
@@ -78,7 +83,8 @@ class SqlDatabaseAdapter::Implementation {
   std::recursive_mutex mutex_;  ///< guards what follows; a transaction holds it to its end
   BusyWait busyWait_{quotedFile_, logger_};
   std::optional<Connection> connection_;   ///< none once a corrupt file could not be replaced
-  std::vector<std::string> shape_;         ///< the statements that a fresh file is to be given
+  std::vector<std::string> shape_;         ///< the statements that shape the file, in order
+  std::size_t shaped_ = 0;                 ///< so many of them have been carried out on it
   std::optional<std::string> corruption_;  ///< why the file is to be replaced, if it is
   int depth_ = 0;                          ///< of transactions on the thread that holds the mutex
   bool doomed_ = false;                    ///< the transaction will be rolled back
@@ -91,7 +97,14 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
     return failedResult("not run, since the transaction has failed: " + reasonOfDoom_);
   }
   doomed_ = depth_ > 0;  // Stands if memory runs out below.
-  Outcome outcome = run(statement);
+  const bool shapes = depth_ == 0 && shapesTheFile(statement);
+  if (shapes && std::ranges::count(shape_, statement) == 0) {
+    shape_.push_back(statement);
+  }
+  Outcome outcome = depth_ == 0 ? shapeFile() : Outcome{};
+  if (!shapes) {
+    outcome = run(statement);
+  }
   if (outcome.status != Status::Done) {
     if (depth_ > 0) {
       doom("a statement", outcome);
@@ -99,9 +112,6 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
       replaceCorruptFile();
     }
     return failedResult(outcome.reason);
-  }
-  if (shapesTheFile(statement) && std::ranges::count(shape_, statement) == 0) {
-    shape_.push_back(statement);
   }
   doomed_ = false;
   Result result;
@@ -120,6 +130,7 @@ ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
 
 void SqlDatabaseAdapter::Implementation::begin() {
   reasonOfDoom_ = "out of memory";  // until another reason is found
+  shapeFile();
   const Outcome outcome = run("BEGIN IMMEDIATE");
   if (outcome.status != Status::Done) {
     doom("BEGIN", outcome);
@@ -171,6 +182,37 @@ Outcome SqlDatabaseAdapter::Implementation::run(const std::string& statement) {
   return outcome;
 }
 
+/// One after the other: a table that came before the choice of `auto_vacuum` would rule it out for
+/// good. What could not be done (another process may have held the file) is tried again the next
+/// time.
+Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
+  Outcome outcome;
+  for (; shaped_ < shape_.size(); ++shaped_) {
+    const std::string& statement = shape_[shaped_];
+    outcome = run(statement);
+    if (outcome.status == Status::Done && startsWithKeywords(statement, tableCreation)) {
+      outcome = checkTable(statement);
+    }
+    if (outcome.status != Status::Done) {
+      break;
+    }
+  }
+  return outcome;
+}
+
+/// What was there under the table's name already is a table of this program's only if the same
+/// statement has made it: SQLite keeps the text of a creation from the name on.
+Outcome SqlDatabaseAdapter::Implementation::checkTable(const std::string& creation) {
+  const std::string definition = creation.substr(tableCreation.size());
+  const std::string name = definition.substr(0, definition.find_first_of(" ("));
+  Outcome found = run("SELECT sql FROM sqlite_schema WHERE name = '" + name + "'");
+  if (found.status == Status::Done && found.rows != Result::Rows{{"CREATE TABLE " + definition}}) {
+    corruption_ = "what it holds as " + name + " is not of this program's making";
+    return {Status::FileIsCorrupt, *corruption_, *corruption_, {}};
+  }
+  return found;
+}
+
 void SqlDatabaseAdapter::Implementation::openFile() {
   try {
     Outcome outcome = connect();
@@ -207,13 +249,13 @@ void SqlDatabaseAdapter::Implementation::replaceCorruptFile() {
   try {
     setFileAside(*std::exchange(corruption_, std::nullopt));
     openFile();
-    for (const auto& statement : shape_) {
-      if (const Outcome outcome = connection_->run(statement); outcome.status != Status::Done) {
-        throw qel::exception(outcome.reasonToBeLogged);
-      }
+    shaped_ = 0;
+    if (const Outcome outcome = shapeFile(); outcome.status != Status::Done) {
+      throw qel::exception(outcome.reasonToBeLogged);
     }
   } catch (const std::exception& failure) {
     connection_.reset();
+    corruption_.reset();
     logger_->log(log::Level::Error, "database " + quotedFile_ +
                                         " is corrupt and could not be replaced, so nothing more is "
                                         "stored in it: " +

@@ -16,15 +16,17 @@ namespace qel::db::sql {
 ///
 /// A file that SQLite finds corrupt is set aside with its journal under a dated name and reported,
 /// and a fresh one is begun in its place: on opening, or later when a statement meets the damage.
-/// That statement (with its whole transaction) fails; the fresh file is given the tables that were
-/// created through this object.
+/// So is a file that holds something else under the name of a table that "CREATE TABLE IF NOT
+/// EXISTS" is to create. That statement (with its whole transaction) fails; the fresh file is given
+/// the tables that were created through this object. Where such a creation, or the choice of
+/// `auto_vacuum`, fails for another reason, it is made up for before the next statement.
 ///
 /// Another process may hold the file for a while (a virus scanner, a support tool): statements wait
 /// until it is free and log a message after five seconds. The thread that opened the object waits
 /// one second in all for other processes, since it is a thread of the host; its statements fail
-/// when that is used up. Operations may be called from any thread; one statement or transaction
-/// runs at a time. A transaction that fails is logged once, without the texts that were to be
-/// stored.
+/// when that is used up. Nobody waits beyond the exit deadline. Operations may be called from any
+/// thread; one statement or transaction runs at a time. A transaction that fails is logged once,
+/// without the texts that were to be stored.
 class SqlDatabaseAdapter : public SqlDatabaseInterface {
  public:
   /// Opens or creates the file. Throws `qel::exception`, naming the path and the reason, when it

@@ -9,6 +9,7 @@
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/HttpsTestServer.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/StoredEvent.h"
@@ -20,7 +21,7 @@ namespace {
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 using broadcaster::ActionListenerInterface;
-using protocol::https::setExitDeadline;
+using utilities::setExitDeadline;
 using test::Manner;
 using test::Reply;
 using test::Request;

@@ -13,6 +13,7 @@
 #include "host/QelHttp/Settings.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/sample-host/EnvironmentFacts.h"
@@ -81,8 +82,19 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
                                                                       options_.retention));
   auto& databases = *pair;
   Client client(std::move(pair));
+  activateAndPlay(script, client, databases, summary);
+  summary.interrupted = isInterrupted();
+  databases.join();
+  // What the client reports while it is released would be stored behind the last pass.
+  storing_ = false;
+  summary.storageEnded = databases.errorOccurred();
+}
+
+/// However it ends, the exit deadline is armed then.
+void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client,
+                                 CipDatabases& databases, SessionSummary& summary) {
   const ScopeGuard armExitDeadline([this] {
-    protocol::https::setExitDeadline(
+    utilities::setExitDeadline(
         std::chrono::duration_cast<std::chrono::milliseconds>(options_.exitDeadline));
   });
   client.activate(activateParameter());
@@ -98,11 +110,6 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
       throw qel::exception("line " + std::to_string(step.line) + ": " + failure.what());
     }
   }
-  summary.interrupted = isInterrupted();
-  databases.join();
-  // What the client reports while it is released would be stored behind the last pass.
-  storing_ = false;
-  summary.storageEnded = databases.errorOccurred();
 }
 
 void SampleHost::perform(const Step& step, Client& client, CipDatabases& databases,

@@ -33,6 +33,8 @@ class SampleHost {
 
  private:
   void playWithClient(const std::vector<Step>& script, SessionSummary& summary);
+  void activateAndPlay(const std::vector<Step>& script, log::analytics::Client& client,
+                       log::analytics::CipDatabases& databases, SessionSummary& summary);
   void perform(const Step& step, log::analytics::Client& client,
                log::analytics::CipDatabases& databases, SessionSummary& summary);
   log::analytics::parameters::ActivateParameter activateParameter();

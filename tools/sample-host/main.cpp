@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "host/QelHttp/Settings.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/CommandLine.h"
 #include "tools/sample-host/Interruption.h"
@@ -36,8 +36,7 @@ int run(const std::vector<std::string>& arguments) {
   const auto script = readScript(options->session);
   // A pass that waits for the network holds the session up no longer than the end may.
   catchInterruptions([deadline = options->exitDeadline] {
-    protocol::https::setExitDeadline(
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline));
+    utilities::setExitDeadline(std::chrono::duration_cast<std::chrono::milliseconds>(deadline));
   });
   const auto summary = SampleHost(*options).play(script);
   print(summary, std::cout);

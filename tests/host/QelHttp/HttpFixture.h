@@ -8,10 +8,13 @@
 
 #include "host/QelHttp/Client.h"
 #include "host/QelHttp/Settings.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/HttpsTestServer.h"
 #include "tests/support/TestCertificates.h"
 
 namespace qel::protocol::https {
+
+using utilities::setExitDeadline;
 
 constexpr const char* serverName = "analytics.qel.example";
 constexpr const char* secret = "canary-4711";

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
-#include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
 #include "host/QelLog/LoggerInterface.h"
+#include "tests/support/FakeConnection.h"
 #include "tests/support/MemoryDatabaseClient.h"
 
 namespace qel::log::analytics {
@@ -14,21 +14,6 @@ using testing::IsEmpty;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
-
-/// Notes the packages and accepts as many as it is told to.
-class FakeConnection : public serverconnection::DbToServerConnectionInterface {
- public:
-  void initalize(const parameters::ActivateParameter&) override {}
-  bool send(items::ItemWrapper& package) override {
-    packages.push_back(package.toJson());
-    failure();
-    return accepted-- > 0;
-  }
-
-  int accepted = 1000;
-  std::function<void()> failure = [] {};
-  std::vector<std::string> packages;
-};
 
 class FakeLogger : public LoggerInterface {
  public:
@@ -44,7 +29,7 @@ class SendingPassTest : public testing::Test {
   void run() { SendingPass(database_, connection_, logger_, 1'000'000).run(); }
 
   MemoryDatabaseClient database_;
-  FakeConnection connection_;
+  test::FakeConnection connection_;
   FakeLogger logger_;
 };
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+namespace qel::utilities {
+
+/// From `fromNow` on, nothing in this process waits for somebody else any longer, but for a
+/// fraction of a second: an exchange with a server in flight is ended then, a statement stops
+/// waiting for a database that another process holds, and what begins later fails at once. The
+/// host arms it just before it joins and releases what stores and sends. An empty value disarms.
+/// Any thread. The end of the process arms it with nothing left.
+void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
+
+/// The clock's end while no deadline is armed. Any thread.
+std::chrono::steady_clock::time_point exitDeadline();
+
+}  // namespace qel::utilities

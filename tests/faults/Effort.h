@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdlib>
+#include <string_view>
+
+namespace qel::test {
+
+/// Whether the long form of the fault programme runs: QEL_FAULTS=long.
+inline bool longForm() {
+  const char* form = std::getenv("QEL_FAULTS");
+  return form != nullptr && std::string_view(form) == "long";
+}
+
+/// How often, how long or how much, by the form that runs.
+template <typename T>
+T effort(T shortForm, T longForm) {
+  return test::longForm() ? longForm : shortForm;
+}
+
+}  // namespace qel::test

@@ -1,0 +1,384 @@
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Items/CipInfoItem.h"
+#include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ExitDeadline.h"
+#include "tests/faults/Effort.h"
+#include "tests/faults/FaultyDisk.h"
+#include "tests/support/FakeConnection.h"
+#include "tests/support/Files.h"
+#include "tests/support/MemoryStorage.h"
+#include "tests/support/Query.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qel::log::analytics {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using test::FaultyDisk;
+using test::query;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Batch = std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>>;
+
+constexpr auto Items = CipDatabaseClientInterface::Items;
+
+using Database = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+
+/// Runs the statements as another process would, which goes with the result.
+Database run(const fs::path& file, const char* statements) {
+  sqlite3* database = nullptr;
+  sqlite3_open(file.c_str(), &database);
+  EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK);
+  return {database, sqlite3_close};
+}
+
+Batch batchOf(const std::string& name, int rows = 3) {
+  Batch batch;
+  for (int row = 1; row <= rows; ++row) {
+    batch.emplace_back(name + std::to_string(row), Items);
+  }
+  return batch;
+}
+
+class StorageFaultsTest : public testing::Test {
+ protected:
+  StorageFaultsTest() { LogManager::instance().configure({.standardError = false, .file = log_}); }
+
+  std::string logged() const { return test::contentOf(log_); }
+
+  int filesSetAside() const {
+    return static_cast<int>(
+        std::ranges::count_if(fs::directory_iterator(data_), [](const auto& entry) {
+          return entry.path().filename().string().find(".corrupt-") != std::string::npos;
+        }));
+  }
+
+  static std::set<std::string> textsIn(CipDatabaseClientInterface& client) {
+    std::set<std::string> texts;
+    for (const auto& [id, text] : client.getAllItems()) {
+      EXPECT_TRUE(texts.insert(text).second) << text << " stands there twice";
+    }
+    return texts;
+  }
+
+  /// All of the batch, or nothing of it.
+  static void expectWhole(const std::set<std::string>& texts, const std::string& name) {
+    const bool first = texts.contains(name + "1");
+    EXPECT_EQ(texts.contains(name + "2"), first) << name;
+    EXPECT_EQ(texts.contains(name + "3"), first) << name;
+  }
+
+  void meetFault(FaultyDisk& disk, int nthCall, FaultyDisk::Persistence persistence,
+                 int earlierRows);
+
+  const test::TemporaryDirectory directory_;
+  const fs::path log_ = directory_.path() / "log";
+  const fs::path data_ = [this] {
+    fs::create_directory(directory_.path() / "data");
+    return directory_.path() / "data";
+  }();
+  const fs::path file_ = data_ / "ItemDatabase.db";
+};
+
+void StorageFaultsTest::meetFault(FaultyDisk& disk, int nthCall,
+                                  FaultyDisk::Persistence persistence, int earlierRows) {
+  fs::remove_all(data_);
+  fs::create_directory(data_);
+  if (earlierRows > 0) {
+    CipDatabaseClient earlier;
+    earlier.initialize(data_);
+    earlier.insertMultiple(batchOf("earlier", earlierRows));
+  }
+  CipDatabaseClient client;
+  bool opened = false;
+  disk.failAt(nthCall, persistence);
+  try {
+    client.initialize(data_);
+    opened = true;
+    client.insertMultiple(batchOf("before"));
+    std::vector<int> ids{1};
+    client.deleteByIds(Items, ids);
+    client.vacuum();
+    client.insertMultiple(batchOf("after"));
+  } catch (const qel::exception& failure) {
+    EXPECT_THAT(failure.what(), HasSubstr(file_));
+  }
+  disk.heal();
+  if (!opened) {
+    client.initialize(data_);
+  }
+  client.insertMultiple(batchOf("healed"));
+  const auto texts = textsIn(client);
+  expectWhole(texts, earlierRows > 0 ? "before" : "after");
+  expectWhole(texts, "after");
+  EXPECT_TRUE(texts.contains("healed1"));
+  expectWhole(texts, "healed");
+  for (int row = 2; row <= earlierRows; ++row) {
+    EXPECT_TRUE(texts.contains("earlier" + std::to_string(row)));
+  }
+  EXPECT_THAT(query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
+  EXPECT_THAT(query(file_, "PRAGMA auto_vacuum"), ElementsAre("2"));
+  EXPECT_EQ(filesSetAside(), 0) << "a fault of the disk is no corruption";
+}
+
+TEST_F(StorageFaultsTest, ABatchIsStoredWholeOrNotAtAllWhicheverCallFails) {
+  FaultyDisk disk(data_);
+  int faults = 0;
+  for (const auto persistence : {FaultyDisk::Persistence::Once, FaultyDisk::Persistence::ForGood}) {
+    for (const int earlierRows : {0, 3}) {
+      for (int nthCall = 1; nthCall == 1 || (disk.hasFailed() && !HasFailure()); ++nthCall) {
+        SCOPED_TRACE(testing::Message()
+                     << "call " << nthCall
+                     << (persistence == FaultyDisk::Persistence::Once ? " once" : " for good")
+                     << ", earlier rows " << earlierRows);
+        meetFault(disk, nthCall, persistence, earlierRows);
+        ++faults;
+      }
+    }
+  }
+  EXPECT_GT(faults, 200);
+  RecordProperty("faults", faults);
+}
+
+TEST_F(StorageFaultsTest, AFullDiskLosesNothingAndWorkIsResumed) {
+  FaultyDisk disk(data_);
+  CipDatabaseClient client;
+  client.initialize(data_);
+  client.insertMultiple({{std::string(300'000, 'x'), Items}, {"kept", Items}});
+  std::vector<int> first{1};
+  const std::vector<std::pair<std::function<void()>, std::size_t>> steps = {
+      {[&] {
+         client.insertMultiple({{std::string(100'000, 'y'), Items}, {"y", Items}});
+       },
+       4},
+      {[&] { client.deleteByIds(Items, first); }, 3},
+      {[&] { client.vacuum(); }, 3},
+  };
+  for (const auto& [step, rows] : steps) {
+    const auto before = client.getAllItems();
+    const auto size = fs::file_size(file_);
+    disk.setCapacity(size + 600);  // A journal's header still fits.
+    step();
+    EXPECT_EQ(client.getAllItems(), before);
+    EXPECT_EQ(fs::file_size(file_), size);
+    disk.heal();
+    step();
+    EXPECT_THAT(client.getAllItems(), SizeIs(rows));
+  }
+  EXPECT_LT(fs::file_size(file_), 200'000U);
+  EXPECT_THAT(query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
+  EXPECT_THAT(logged(),
+              HasSubstr("nothing of its transaction is stored: database or disk is full"));
+}
+
+/// The pair over real databases in the fixture's directory.
+class DatabasePairFaultsTest : public StorageFaultsTest {
+ protected:
+  DatabasePairFaultsTest() {
+    storage_.parameter.databasePath = data_;
+    pair_.initialize(storage_.parameter);
+  }
+
+  void insert(const std::string& message) {
+    pair_.insert(
+        std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::SendingItems,
+                                             items::CipInfoItem::Severity::Exception, message),
+        Items);
+  }
+
+  std::vector<std::string> count(const std::string& condition) const {
+    std::vector<std::string> counts;
+    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
+      counts.push_back(query(data_ / file, "SELECT count(*) FROM Items WHERE " + condition)[0]);
+    }
+    return counts;
+  }
+
+  FaultyDisk disk_{data_};
+  test::MemoryStorage storage_;
+  CipDatabases pair_{std::make_unique<CipDatabaseClient>(),
+                     std::make_unique<SupportDatabaseClient>(std::nullopt)};
+};
+
+TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
+  const std::vector<std::chrono::seconds> times =
+      test::longForm() ? std::vector{1s, 10s, 60s} : std::vector{1s};
+  int rows = 0;
+  for (const auto held : times) {
+    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
+      const auto other = run(data_ / file, "BEGIN IMMEDIATE");
+      const auto end = steady_clock::now() + held;
+      while (steady_clock::now() < end) {
+        insert("row " + std::to_string(++rows));
+        std::this_thread::sleep_for(20ms);
+      }
+    }
+  }
+  pair_.join();
+  EXPECT_FALSE(pair_.errorOccurred());
+  EXPECT_THAT(count("TRUE"), ElementsAre(std::to_string(rows), std::to_string(rows)));
+  EXPECT_EQ(logged().find("is held by another process; waiting") != std::string::npos,
+            test::longForm());
+}
+
+TEST_F(DatabasePairFaultsTest, AHeldFileDoesNotKeepTheHostFromEnding) {
+  const auto other = run(data_ / "SupportDatabase.db", "BEGIN EXCLUSIVE");
+  insert("lost");
+  const auto begin = steady_clock::now();
+  utilities::setExitDeadline(300ms);
+  pair_.join();
+  EXPECT_LT(steady_clock::now() - begin, 1300ms);
+  utilities::setExitDeadline(std::nullopt);
+  EXPECT_THAT(logged(), HasSubstr("SupportDatabase.db\": BEGIN failed, so nothing of its "
+                                  "transaction is stored: database is locked"));
+}
+
+TEST_F(DatabasePairFaultsTest, AStalledDiskCostsTheQueueButNeverTheHost) {
+  insert("written when the disk comes back");
+  disk_.stall();
+  disk_.awaitStalledWriter();
+  const auto begin = steady_clock::now();
+  for (int row = 0; row < 10'000; ++row) {
+    insert("lost");
+  }
+  RecordProperty("microsecondsFor10000", static_cast<int>((steady_clock::now() - begin) / 1us));
+  EXPECT_LT(steady_clock::now() - begin, 5s);
+  EXPECT_FALSE(pair_.errorOccurred());
+  auto overflowing = std::async(std::launch::async, [&] { insert("one too many"); });
+  while (!pair_.errorOccurred()) {
+    std::this_thread::yield();
+  }
+  insert("dropped");
+  EXPECT_NE(overflowing.wait_for(0s), std::future_status::ready)
+      << "the marker is written on the thread that adds, so it waits as long as that takes";
+  disk_.heal();
+  overflowing.get();
+  pair_.join();
+  EXPECT_THAT(count("json LIKE '%critical level of added data%'"), ElementsAre("1", "1"));
+  EXPECT_THAT(count("TRUE"), ElementsAre("2", "2"));
+}
+
+TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndSendingMakesRoom) {
+  CipDatabaseClient client;
+  client.initialize(data_);
+  const Batch fiveMegabytes(500, {std::string(10'000, 'x'), Items});
+  for (int crossing = 1; crossing <= test::effort(2, 20); ++crossing) {
+    std::size_t taken = 0;
+    for (; client.getDatabaseFileSize() < 30'720'000U; ++taken) {
+      client.insertMultiple(fiveMegabytes);
+    }
+    EXPECT_EQ(taken, 6U);
+    client.insertMultiple(fiveMegabytes);
+    client.insertMultiple(fiveMegabytes);
+    test::FakeConnection connection;
+    SendingPass(client, connection, *LogManager::instance().getLogger("sending"), 1'000'000).run();
+    std::size_t markers = 0;
+    for (const auto& package : connection.packages) {
+      markers += package.find("CriticalLarge") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_EQ(markers, 1U);
+    EXPECT_EQ(connection.packages.size(), 31U);
+    EXPECT_LT(client.getDatabaseFileSize(), 100'000U);
+  }
+}
+
+TEST_F(StorageFaultsTest, PlantedFilesAreRecoveredOrSetAside) {
+  const auto ours = [&] {
+    CipDatabaseClient client;
+    client.initialize(data_);
+    client.insertMultiple({{"kept", Items}, {std::string(50'000, 'x'), Items}});
+  };
+  const auto hotJournal = [&] {
+    ours();
+    const auto database = run(file_,
+                              "PRAGMA cache_size = 1; BEGIN; UPDATE Items SET json = 'changed' || "
+                              "hex(zeroblob(20000))");
+    for (const char* const suffix : {"", "-journal"}) {
+      fs::copy(file_.string() + suffix, data_ / (std::string("copy") + suffix));
+    }
+    sqlite3_exec(database.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    for (const char* const suffix : {"", "-journal"}) {
+      fs::rename(data_ / (std::string("copy") + suffix), file_.string() + suffix);
+    }
+  };
+  struct Case {
+    const char* name;
+    std::function<void()> plant;
+    std::size_t rowsKept;
+    int setAside;
+  };
+  const std::vector<Case> cases = {
+      {"nothing", [] {}, 0, 0},
+      {"our own", ours, 2, 0},
+      {"zero length", [&] { test::write(file_, ""); }, 0, 0},
+      {"truncated",
+       [&] {
+         ours();
+         fs::resize_file(file_, 30'000);
+       },
+       0, 1},
+      {"no database", [&] { test::write(file_, "<html>"); }, 0, 1},
+      {"a journal left behind",
+       [&] {
+         hotJournal();
+         fs::remove(file_);
+       },
+       0, 0},
+      {"a journal to be rolled back", hotJournal, 2, 0},
+      {"a database of others", [&] { run(file_, "CREATE TABLE Others(a); "); }, 0, 0},
+      {"a table of the same name",
+       [&] { run(file_, "CREATE TABLE Items(ID INTEGER PRIMARY KEY, text)"); }, 0, 1},
+      {"a view of the same name",
+       [&] { run(file_, "CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json"); }, 0, 1},
+  };
+  for (const auto& [name, plant, rowsKept, setAside] : cases) {
+    SCOPED_TRACE(name);
+    fs::remove_all(data_);
+    fs::create_directory(data_);
+    fs::remove(log_);
+    plant();
+    CipDatabaseClient client;
+    client.initialize(data_);
+    EXPECT_THAT(client.getAllItems(), SizeIs(rowsKept));
+    client.insertMultiple({{"new", Items}, {"new", CipDatabaseClientInterface::Environments}});
+    EXPECT_THAT(client.getAllItems(), SizeIs(rowsKept + 1));
+    EXPECT_THAT(client.getAll(CipDatabaseClientInterface::Environments).second, SizeIs(1));
+    EXPECT_THAT(query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
+    EXPECT_EQ(filesSetAside(), setAside);
+  }
+}
+
+TEST_F(StorageFaultsTest, APathThatIsTooLongIsNamed) {
+  fs::path deep = data_;
+  for (int level = 0; level < 4; ++level) {
+    deep /= std::string(200, 'd');
+  }
+  CipDatabaseClient client;
+  for (const auto& directory : {deep, data_ / std::string(300, 'd')}) {
+    std::error_code ignored;
+    fs::create_directories(directory, ignored);
+    EXPECT_THAT([&] { client.initialize(directory); },
+                testing::ThrowsMessage<qel::exception>(HasSubstr(directory)));
+  }
+}
+
+}  // namespace
+}  // namespace qel::log::analytics
