@@ -18,6 +18,7 @@
 #include "host/QelUtilities/ExitDeadline.h"
 #include "tests/faults/Effort.h"
 #include "tests/faults/FaultyDisk.h"
+#include "tests/faults/OtherConnection.h"
 #include "tests/support/FakeConnection.h"
 #include "tests/support/Files.h"
 #include "tests/support/MemoryStorage.h"
@@ -31,6 +32,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 using test::FaultyDisk;
+using test::OtherConnection;
 using test::query;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -39,16 +41,6 @@ using testing::SizeIs;
 using Batch = std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>>;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
-
-using Database = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
-
-/// Runs the statements as another process would, which goes with the result.
-Database run(const fs::path& file, const char* statements) {
-  sqlite3* database = nullptr;
-  sqlite3_open(file.c_str(), &database);
-  EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK);
-  return {database, sqlite3_close};
-}
 
 Batch batchOf(const std::string& name, int rows = 3) {
   Batch batch;
@@ -224,7 +216,8 @@ TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
   int rows = 0;
   for (const auto held : times) {
     for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-      const auto other = run(data_ / file, "BEGIN IMMEDIATE");
+      const OtherConnection other(data_ / file);
+      EXPECT_TRUE(other.execute("BEGIN IMMEDIATE"));
       const auto end = steady_clock::now() + held;
       while (steady_clock::now() < end) {
         insert("row " + std::to_string(++rows));
@@ -240,7 +233,8 @@ TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
 }
 
 TEST_F(DatabasePairFaultsTest, AHeldFileDoesNotKeepTheHostFromEnding) {
-  const auto other = run(data_ / "SupportDatabase.db", "BEGIN EXCLUSIVE");
+  const OtherConnection other(data_ / "SupportDatabase.db");
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE"));
   insert("lost");
   const auto begin = steady_clock::now();
   utilities::setExitDeadline(300ms);
@@ -308,13 +302,13 @@ TEST_F(StorageFaultsTest, PlantedFilesAreRecoveredOrSetAside) {
   };
   const auto hotJournal = [&] {
     ours();
-    const auto database = run(file_,
-                              "PRAGMA cache_size = 1; BEGIN; UPDATE Items SET json = 'changed' || "
-                              "hex(zeroblob(20000))");
+    const OtherConnection database(file_);
+    EXPECT_TRUE(database.execute(
+        "PRAGMA cache_size = 1; BEGIN; UPDATE Items SET json = 'changed' || hex(zeroblob(20000))"));
     for (const char* const suffix : {"", "-journal"}) {
       fs::copy(file_.string() + suffix, data_ / (std::string("copy") + suffix));
     }
-    sqlite3_exec(database.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    EXPECT_TRUE(database.execute("ROLLBACK"));
     for (const char* const suffix : {"", "-journal"}) {
       fs::rename(data_ / (std::string("copy") + suffix), file_.string() + suffix);
     }
@@ -343,11 +337,16 @@ TEST_F(StorageFaultsTest, PlantedFilesAreRecoveredOrSetAside) {
        },
        0, 0},
       {"a journal to be rolled back", hotJournal, 2, 0},
-      {"a database of others", [&] { run(file_, "CREATE TABLE Others(a); "); }, 0, 0},
+      {"a database of others", [&] { OtherConnection(file_).execute("CREATE TABLE Others(a); "); },
+       0, 0},
       {"a table of the same name",
-       [&] { run(file_, "CREATE TABLE Items(ID INTEGER PRIMARY KEY, text)"); }, 0, 1},
+       [&] { OtherConnection(file_).execute("CREATE TABLE Items(ID INTEGER PRIMARY KEY, text)"); },
+       0, 1},
       {"a view of the same name",
-       [&] { run(file_, "CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json"); }, 0, 1},
+       [&] {
+         OtherConnection(file_).execute("CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json");
+       },
+       0, 1},
   };
   for (const auto& [name, plant, rowsKept, setAside] : cases) {
     SCOPED_TRACE(name);
