@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <iostream>
 #include <string_view>
 
 namespace qel::test {
@@ -16,5 +17,8 @@ template <typename T>
 T effort(T shortForm, T longForm) {
   return test::longForm() ? longForm : shortForm;
 }
+
+/// Begins a line that `tests/faults/run` shows.
+inline std::ostream& measured() { return std::cout << "measured: "; }
 
 }  // namespace qel::test

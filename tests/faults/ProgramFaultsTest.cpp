@@ -3,7 +3,6 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <iostream>
 #include <random>
 #include <string>
 #include <thread>
@@ -156,11 +155,12 @@ TEST_F(ProgramFaultsTest, KillingItLosesNothingThatWasCommitted) {
   }
   // A second, and what the machine needs to write and to be observed.
   EXPECT_LT(longestQueue, 4);
-  std::cout << rounds << " kills; newest stored row at most " << longestQueue << " s old\n";
+  test::measured() << rounds << " kills, newest stored row at most " << longestQueue << " s old\n";
 }
 
 TEST_F(ProgramFaultsTest, KillingItBetweenTheAnswerAndTheDeletionSendsNoRowTwice) {
-  for (int round = 0; round < test::effort(3, 100); ++round) {
+  const int rounds = test::effort(3, 100);
+  for (int round = 0; round < rounds; ++round) {
     SCOPED_TRACE(round);
     EXPECT_EQ(play(hostWithoutServer_, scriptOf("r" + std::to_string(round), 100)), 0) << errors_;
     const OtherConnection observer(data_ / databases[0]);
@@ -188,6 +188,7 @@ TEST_F(ProgramFaultsTest, KillingItBetweenTheAnswerAndTheDeletionSendsNoRowTwice
     EXPECT_EQ(observer.number("SELECT count(*) FROM Items"), 0);
     expectEachRowReceivedOnce();
   }
+  test::measured() << rounds << " kills, every row received once\n";
 }
 
 TEST_F(ProgramFaultsTest, ASecondInstanceIsToldSoAndHarmsNothing) {

@@ -147,7 +147,7 @@ TEST_F(StorageFaultsTest, ABatchIsStoredWholeOrNotAtAllWhicheverCallFails) {
     }
   }
   EXPECT_GT(faults, 200);
-  RecordProperty("faults", faults);
+  test::measured() << faults << " faults\n";
 }
 
 TEST_F(StorageFaultsTest, AFullDiskLosesNothingAndWorkIsResumed) {
@@ -227,6 +227,7 @@ TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
   }
   pair_.join();
   EXPECT_FALSE(pair_.errorOccurred());
+  test::measured() << rows << " rows stored after locks of up to " << times.back() / 1s << " s\n";
   EXPECT_THAT(count("TRUE"), ElementsAre(std::to_string(rows), std::to_string(rows)));
   EXPECT_EQ(logged().find("is held by another process; waiting") != std::string::npos,
             test::longForm());
@@ -253,7 +254,8 @@ TEST_F(DatabasePairFaultsTest, AStalledDiskCostsTheQueueButNeverTheHost) {
   for (int row = 0; row < 10'000; ++row) {
     insert("lost");
   }
-  RecordProperty("microsecondsFor10000", static_cast<int>((steady_clock::now() - begin) / 1us));
+  test::measured() << "10,000 items added beside it in " << (steady_clock::now() - begin) / 1us
+                   << " us\n";
   EXPECT_LT(steady_clock::now() - begin, 5s);
   EXPECT_FALSE(pair_.errorOccurred());
   auto overflowing = std::async(std::launch::async, [&] { insert("one too many"); });
@@ -274,7 +276,8 @@ TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndSendingMakesRoom) {
   CipDatabaseClient client;
   client.initialize(data_);
   const Batch fiveMegabytes(500, {std::string(10'000, 'x'), Items});
-  for (int crossing = 1; crossing <= test::effort(2, 20); ++crossing) {
+  const int crossings = test::effort(2, 20);
+  for (int crossing = 1; crossing <= crossings; ++crossing) {
     std::size_t taken = 0;
     for (; client.getDatabaseFileSize() < 30'720'000U; ++taken) {
       client.insertMultiple(fiveMegabytes);
@@ -292,6 +295,8 @@ TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndSendingMakesRoom) {
     EXPECT_EQ(connection.packages.size(), 31U);
     EXPECT_LT(client.getDatabaseFileSize(), 100'000U);
   }
+  test::measured() << crossings << " crossings, file of " << client.getDatabaseFileSize().value()
+                   << " bytes after the last\n";
 }
 
 TEST_F(StorageFaultsTest, PlantedFilesAreRecoveredOrSetAside) {

@@ -21,13 +21,13 @@ namespace {
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 using broadcaster::ActionListenerInterface;
-using utilities::setExitDeadline;
 using test::Manner;
 using test::Reply;
 using test::Request;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+using utilities::setExitDeadline;
 
 constexpr const char* serverName = "analytics.qel.example";
 const std::string secret = "canary-secret";
@@ -151,6 +151,9 @@ TEST_F(WholeWayTest, EverythingBroadcastArrivesByteExactAndLeavesTheSendingDatab
 
 TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
   const Reply bad[] = {{.status = 400},
+                       {.status = 401, .headers = "WWW-Authenticate: Basic realm=\"q\"\r\n"},
+                       {.status = 413},
+                       {.status = 429, .headers = "Retry-After: 1\r\n"},
                        {.status = 500},
                        {.status = 200, .manner = Manner::Truncated, .body = "ok"},
                        {.status = 200, .manner = Manner::ResetUnanswered}};
@@ -166,10 +169,14 @@ TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
     rows = waiting("Items").size();
   }
   EXPECT_THAT(waiting("Environments"), SizeIs(std::size(bad)));
-  answer_ = [](const Request&) { return Reply{.status = 399}; };
+  const test::HttpsTestServer elsewhere({.identity = certificates_.issue("127.0.0.1")});
+  answer_ = [&](const Request&) {
+    return Reply{.status = 302, .headers = "Location: https://" + elsewhere.address() + "/\r\n"};
+  };
   run([] {});
   EXPECT_THAT(waiting("Items"), IsEmpty());
   EXPECT_THAT(waiting("Environments"), IsEmpty());
+  EXPECT_EQ(elsewhere.connections(), 0) << "a redirection is an acceptance, and is not followed";
 }
 
 TEST_F(WholeWayTest, ReleaseEndsWithinTheExitDeadlineWhenTheServerNeverAnswers) {
