@@ -69,6 +69,8 @@ class SqlDatabaseAdapter::Implementation {
   Outcome checkTable(const std::string& creation);
   void begin();
   void doom(const char* what, const Outcome& outcome);
+  template <typename MakeText>
+  void logError(MakeText makeText) noexcept;
   void endTransaction() noexcept;
   void commit() noexcept;
   void replaceCorruptFile();
@@ -78,6 +80,8 @@ class SqlDatabaseAdapter::Implementation {
   const std::string quotedFile_ = '"' + utilities::utf8FromPath(file_) + '"';
   const std::shared_ptr<log::LoggerInterface> logger_ =
       log::LogManager::instance().getLogger("qel.db.sql.SqlDatabaseAdapter");
+  const std::string outOfMemoryText_ =
+      "database " + quotedFile_ + ": out of memory, and what was to be stored may be lost";
   const DirectoryClaim claim_;
 
   std::recursive_mutex mutex_;  ///< guards what follows; a transaction holds it to its end
@@ -139,10 +143,21 @@ void SqlDatabaseAdapter::Implementation::begin() {
 
 void SqlDatabaseAdapter::Implementation::doom(const char* what, const Outcome& outcome) {
   doomed_ = true;
+  logError([&] {
+    return "database " + quotedFile_ + ": " + what +
+           " failed, so nothing of its transaction is stored: " + outcome.reasonToBeLogged;
+  });
   reasonOfDoom_ = outcome.reason;
-  logger_->log(log::Level::Error,
-               "database " + quotedFile_ + ": " + what +
-                   " failed, so nothing of its transaction is stored: " + outcome.reasonToBeLogged);
+}
+
+/// Also where nothing may be thrown: without memory for the text, that is what is told.
+template <typename MakeText>
+void SqlDatabaseAdapter::Implementation::logError(MakeText makeText) noexcept {
+  try {
+    logger_->log(log::Level::Error, makeText());
+  } catch (const std::bad_alloc&) {
+    logger_->log(log::Level::Error, outOfMemoryText_);
+  }
 }
 
 void SqlDatabaseAdapter::Implementation::endTransaction() noexcept {
@@ -167,6 +182,7 @@ void SqlDatabaseAdapter::Implementation::commit() noexcept {
     }
   } catch (const std::bad_alloc&) {
     doomed_ = true;  // Only telling of a failure takes memory.
+    logger_->log(log::Level::Error, outOfMemoryText_);
   }
 }
 
@@ -256,10 +272,11 @@ void SqlDatabaseAdapter::Implementation::replaceCorruptFile() {
   } catch (const std::exception& failure) {
     connection_.reset();
     corruption_.reset();
-    logger_->log(log::Level::Error, "database " + quotedFile_ +
-                                        " is corrupt and could not be replaced, so nothing more is "
-                                        "stored in it: " +
-                                        failure.what());
+    logError([&] {
+      return "database " + quotedFile_ +
+             " is corrupt and could not be replaced, so nothing more is stored in it: " +
+             failure.what();
+    });
   }
 }
 

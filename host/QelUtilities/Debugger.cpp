@@ -1,6 +1,7 @@
 #include "host/QelUtilities/Debugger.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 
 #ifdef _WIN32
@@ -54,15 +55,21 @@ void breakIfDebugged() {
 }  // namespace
 
 void Debugger::vBreak() {
-  std::function<void()> function;
-  {
-    const std::lock_guard lock(hook().mutex);
-    function = hook().function;
+  try {
+    std::function<void()> function;
+    {
+      const std::lock_guard lock(hook().mutex);
+      function = hook().function;
+    }
+    if (function) {
+      function();
+    }
+    breakIfDebugged();
+  } catch (const std::bad_alloc&) {
+    // A failure is being handled here, mostly on a thread that an exception would end the process
+    // from.
+    return;
   }
-  if (function) {
-    function();
-  }
-  breakIfDebugged();
 }
 
 void Debugger::setHook(std::function<void()> newHook) {

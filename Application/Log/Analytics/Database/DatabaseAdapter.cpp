@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 #include <typeinfo>
@@ -97,12 +98,23 @@ void DatabaseAdapter::addTableIfNotExists(const std::string& table) {
 
 void DatabaseAdapter::insert(const std::string& json, const std::string& table) {
   try {
-    execute(insertStatement(json, table));
+    insertOrFail(json, table);
   } catch (const std::exception& failure) {
     reportInsertFailure(utilities::typeName(typeid(*this)), failure.what());
   } catch (...) {
     reportInsertFailure(utilities::typeName(typeid(*this)), nullptr);
   }
+}
+
+void DatabaseAdapter::insertOrFail(const std::string& json, const std::string& table) {
+  std::string statement;
+  try {
+    statement = insertStatement(json, table);
+  } catch (const std::bad_alloc&) {
+    execute({});  // Refused, it keeps a transaction from being stored without this row.
+    throw;
+  }
+  execute(statement);
 }
 
 std::map<int, std::string> DatabaseAdapter::getAll(const std::string& table) {

@@ -37,6 +37,8 @@ class QEL_ANALYTICS_EXPORT DatabaseAdapter : public DatabaseAdapterInterface {
   void resetIds(const std::string& table);
 
  private:
+  void insertOrFail(const std::string& json, const std::string& table);
+
   std::shared_ptr<qel::db::sql::SqlDatabaseInterface> db_;
 };
 

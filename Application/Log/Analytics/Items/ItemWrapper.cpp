@@ -38,6 +38,7 @@ void ItemWrapper::mergeList(const std::vector<const std::string*>& list,
 
 std::string ItemWrapper::toJson() const {
   std::ostringstream out;
+  out.exceptions(std::ios::badbit);  // Without memory it would cut the package short in silence.
   const auto writeList = [&](std::string_view name, const std::vector<const std::string*>* list) {
     if (list != nullptr && !list->empty()) {
       out << ", \"" << name << "\": [";
