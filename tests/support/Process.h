@@ -22,6 +22,7 @@ class Process {
   /// What it prints up to this character, which is left out, or up to the end of its output.
   std::string readUntil(int end);
   void terminate() const;
+  pid_t id() const { return id_; }
   /// Waits for its end and returns the exit status, -1 without one.
   int join();
 

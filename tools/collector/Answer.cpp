@@ -44,7 +44,7 @@ void give(httplib::Response& response, const Answer& answer, Afterwards afterwar
       });
 }
 
-void logAnswer(const Answer& answer, const httplib::Request& request,
+void logAnswer(const Answer& answer, const std::string& peer,
                std::chrono::steady_clock::duration duration) {
   static const auto logger = log::LogManager::instance().getLogger("qel.collector");
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
@@ -52,8 +52,7 @@ void logAnswer(const Answer& answer, const httplib::Request& request,
                     : answer.status < 500 ? log::Level::Warning
                                           : log::Level::Error;
   logger->log(level, std::to_string(answer.status) + ": " + answer.text + ", " +
-                         std::to_string(milliseconds) + " ms, from " + request.remote_addr + ':' +
-                         std::to_string(request.remote_port));
+                         std::to_string(milliseconds) + " ms, from " + peer);
 }
 
 }  // namespace qel::collector

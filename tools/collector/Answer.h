@@ -23,7 +23,7 @@ enum class Afterwards { KeepConnection, CloseConnection };
 void give(httplib::Response& response, const Answer& answer, Afterwards afterwards);
 
 /// Writes the line about a request to the log.
-void logAnswer(const Answer& answer, const httplib::Request& request,
+void logAnswer(const Answer& answer, const std::string& peer,
                std::chrono::steady_clock::duration duration);
 
 }  // namespace qel::collector

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cerrno>
 #include <exception>
+#include <mutex>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -14,6 +15,7 @@
 #include "tools/collector/ConnectionWatch.h"
 #include "tools/collector/PackageReader.h"
 #include "tools/collector/TlsSettings.h"
+#include "tools/collector/WorkerPool.h"
 
 namespace qel::collector {
 namespace {
@@ -24,6 +26,9 @@ constexpr const char* packagePath = "/authenticated/customer-care.php";
 constexpr const char* anyPath = R"([\s\S]*)";
 
 constexpr int waitingConnections = 128;
+/// Reading a hostile body takes several times its size, so that larger ones than this wait for one
+/// another. A client's have a million bytes and one row more.
+constexpr std::size_t largeBody = std::size_t{2} * 1024 * 1024;
 constexpr std::size_t mostRequestsOfConnection = 100;
 constexpr std::chrono::seconds keepAliveTime{8};
 constexpr std::chrono::seconds readTime{10};
@@ -37,8 +42,12 @@ bool isPlainJson(const httplib::Request& request) {
   return type == "application/json" && !request.has_header("Content-Encoding");
 }
 
+/// Whether it does so in the one way that every program on the way to here understands alike.
 bool tellsLength(const httplib::Request& request) {
-  return request.has_header("Content-Length") && !request.has_header("Transfer-Encoding");
+  const std::string length = request.get_header_value("Content-Length");
+  return request.get_header_value_count("Content-Length") == 1 && !length.empty() &&
+         length.find_first_not_of("0123456789") == std::string::npos &&
+         !request.has_header("Transfer-Encoding");
 }
 
 }  // namespace
@@ -79,7 +88,7 @@ class Server::Implementation {
   void run(const std::function<void()>& ready) {
     http_.new_task_queue = [&] {
       ready();
-      return new httplib::ThreadPool(settings_.workers);
+      return new WorkerPool(settings_.workers);
     };
     if (!http_.listen_after_bind()) {
       throw qel::exception("cannot accept connections any more");
@@ -125,10 +134,17 @@ class Server::Implementation {
     http_.Post(anyPath,
                [this](const httplib::Request& request, httplib::Response& response,
                       const httplib::ContentReader& body) { receive(request, response, body); });
+    // In place of the library's own answer, which tells the client what was thrown.
+    http_.set_exception_handler(
+        [this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
+          const Answer answer{503, "out of memory"};
+          give(response, answer, Afterwards::CloseConnection);
+          logAnswer(answer, watch_.peerOfThisWorker(), {});
+        });
     http_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
       // Only what the library answers by itself comes before it has told which connection it is.
       if (request.ssl == nullptr) {
-        logAnswer({response.status, "malformed request"}, request, {});
+        logAnswer({response.status, "malformed request"}, watch_.peerOfThisWorker(), {});
       } else {
         watch_.awaitHead(request.ssl);
       }
@@ -150,7 +166,7 @@ class Server::Implementation {
       return Answer{415, "only application/json is served"};
     }
     if (!tellsLength(request)) {
-      return Answer{411, "no Content-Length"};
+      return Answer{411, "no plain Content-Length"};
     }
     if (request.get_header_value<std::uint64_t>("Content-Length") > settings_.largestBody) {
       return Answer{413, "body too large"};
@@ -158,10 +174,10 @@ class Server::Implementation {
     return std::nullopt;
   }
 
-  void refuse(const httplib::Request& request, httplib::Response& response) const {
+  void refuse(const httplib::Request& request, httplib::Response& response) {
     const Answer answer = objection(request).value();
     give(response, answer, Afterwards::CloseConnection);
-    logAnswer(answer, request, {});
+    logAnswer(answer, watch_.peerOfThisWorker(), {});
   }
 
   void receive(const httplib::Request& request, httplib::Response& response,
@@ -171,13 +187,17 @@ class Server::Implementation {
     watch_.admitBody(request.ssl,
                      answer ? ConnectionWatch::Sender::Unknown : ConnectionWatch::Sender::Known);
     std::string body;
+    if (!answer) {
+      body.reserve(request.get_header_value<std::uint64_t>("Content-Length"));
+    }
     // An answer that comes before the client has sent its body is often lost.
     const bool whole = tellsLength(request) && read(reader, answer ? nullptr : &body);
     if (!answer) {
+      watch_.awaitAnswer(request.ssl);
       answer = whole ? store(body) : Answer{400, "the body broke off"};
     }
     give(response, *answer, whole ? Afterwards::KeepConnection : Afterwards::CloseConnection);
-    logAnswer(*answer, request, steady_clock::now() - begin);
+    logAnswer(*answer, watch_.peerOfThisWorker(), steady_clock::now() - begin);
   }
 
   /// Whether the body came whole; one that is too large is read up to the limit.
@@ -193,6 +213,10 @@ class Server::Implementation {
   }
 
   Answer store(const std::string& body) {
+    std::unique_lock turn(largeBodies_, std::defer_lock);
+    if (body.size() > largeBody) {
+      turn.lock();
+    }
     try {
       const Package package = readPackage(body);
       store_.add(package);
@@ -205,6 +229,7 @@ class Server::Implementation {
   const ServerSettings settings_;
   const Credentials credentials_;
   Store& store_;
+  std::mutex largeBodies_;
   std::exception_ptr setUpFailure_;
   socket_t listener_ = INVALID_SOCKET;
   ConnectionWatch watch_;

@@ -1,5 +1,7 @@
 #include "tools/collector/Store.h"
 
+#include <system_error>
+
 #include <sqlite3.h>
 
 #include "host/QelUtilities/PathText.h"
@@ -168,7 +170,14 @@ Store::Statement Store::prepare(const std::string& sql) {
 }
 
 void Store::fail() const {
-  throw StoreError("cannot use the store " + name_ + ": " + sqlite3_errmsg(connection_.get()));
+  sqlite3* const connection = connection_.get();
+  std::string reason = sqlite3_errmsg(connection);
+  const int code = sqlite3_errcode(connection) & 0xff;
+  const int systemError = sqlite3_system_errno(connection);
+  if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {
+    reason += ": " + std::system_category().message(systemError);
+  }
+  throw StoreError("cannot use the store " + name_ + ": " + reason);
 }
 
 }  // namespace qel::collector

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "host/QelId/Guid.h"
+#include "host/QelSql/DatabaseFile.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
@@ -15,6 +16,7 @@ std::string installationIdOf(const std::filesystem::path& directory) {
     return id;
   }
   id = qel::Guid::create().toString(false);
+  db::sql::createForOwnerAlone(file);
   if (std::ofstream made(file); !(made << id << std::endl)) {
     throw qel::exception("cannot write " + utilities::utf8FromPath(file));
   }

@@ -1,6 +1,8 @@
 // Runs the program itself.
 
 #include <csignal>
+#include <semaphore>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <httplib.h>
@@ -14,6 +16,7 @@ namespace {
 
 using std::chrono::steady_clock;
 using test::query;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -131,6 +134,62 @@ TEST_F(CollectorTest, servesOthersBesideSlowAndEndlessClients) {
   EXPECT_EQ(statusOf(client_.Get("/")), 404);
 }
 
+TEST_F(CollectorTest, servesOthersBesideKnownSendersThatHoldTheirBodiesBack) {
+  std::counting_semaphore begun(0);
+  std::atomic<bool> served = false;
+  const auto holdBack = [&](std::size_t, std::size_t, httplib::DataSink&) {
+    begun.release();
+    served.wait(false);
+    return false;
+  };
+  std::vector<std::jthread> flood(200);
+  for (auto& thread : flood) {
+    thread = std::jthread([&] {
+      httplib::SSLClient client("127.0.0.1", port_);
+      client.enable_server_certificate_verification(false);
+      client.set_basic_auth("ada", "open:sesame");
+      client.Post(path, limit, holdBack, json);
+    });
+  }
+  for (int workers = 64; workers > 0; --workers) {
+    begun.acquire();
+  }
+  client_.set_connection_timeout(std::chrono::seconds(5));
+  client_.set_read_timeout(std::chrono::seconds(5));
+  EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
+  EXPECT_THAT(collector_.errors(), HasSubstr("cut: makes room for others, from 127.0.0.1:"));
+  served = true;
+  served.notify_all();
+}
+
+TEST_F(CollectorTest, refusesWhatProgramsUnderstandDifferentlyAndSaysWhoSentIt) {
+  const std::vector<httplib::Headers> ambiguities{
+      {{"Content-Length", "2"}, {"Content-Length", "20"}},
+      {{"Content-Length", "2, 2"}},
+      {{"Content-Length", "+2"}},
+      {{"Content-Length", "2x"}},
+      {{"Content-Length", "2"}, {"Transfer-Encoding", "chunked"}},
+      {{"Transfer-Encoding", "chunked"}},
+  };
+  for (const auto& headers : ambiguities) {
+    EXPECT_EQ(statusOf(client_.Post(path, headers, "{}", json)), 411) << headers.begin()->second;
+  }
+  httplib::Request malformed;
+  malformed.method = "BAD";
+  malformed.path = "/";
+  EXPECT_EQ(statusOf(client_.send(malformed)), 400);
+
+  const int plain = connectSilently(port_);
+  const std::string_view request = "GET / HTTP/1.1\r\n\r\n";
+  EXPECT_EQ(::send(plain, request.data(), request.size(), 0), std::ssize(request));
+  for (char answer = 0; ::recv(plain, &answer, 1, 0) > 0;) {
+  }
+  ::close(plain);
+  EXPECT_THAT(collector_.errors(),
+              AllOf(HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"),
+                    HasSubstr("no TLS connection: http request, from 127.0.0.1:")));
+}
+
 TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
   httplib::SSLClient idle("127.0.0.1", port_);
   idle.enable_server_certificate_verification(false);
@@ -160,7 +219,8 @@ TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
 TEST_F(CollectorTest, endsWithALineAndAStatusAfterBadInput) {
   const std::vector<std::pair<std::string, std::string>> complaints{
       {commandLine("/missing", store_), "cannot read the credentials file /missing: No such file"},
-      {commandLine(users_, "/missing/s"), "cannot use the store /missing/s: unable to open"},
+      {commandLine(users_, "/missing/s"),
+       "cannot use the store /missing/s: unable to open database file: No such file"},
   };
   for (const auto& [command, complaint] : complaints) {
     test::Process collector(command);
