@@ -1,7 +1,6 @@
 // A script is read to its end, or refused with one line that names the place. Nothing of it is
 // broadcast.
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <sstream>
@@ -9,6 +8,8 @@
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "fuzz/Check.h"
 #include "tools/common/CommandLine.h"
@@ -34,10 +35,25 @@ void checkFault(std::string_view message, std::size_t lines) {
   check(message.find('\n') == std::string_view::npos, "a fault is one line");
 }
 
-void checkSteps(const std::vector<Step>& steps, std::size_t lines) {
+std::vector<std::string> linesOf(const std::string& text) {
+  std::istringstream script(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(script, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+bool isJsonObject(const std::string& line) {
+  // The parser takes NUL for the end of the text.
+  return line.find('\0') == std::string::npos && nlohmann::json::parse(line).is_object();
+}
+
+void checkSteps(const std::vector<Step>& steps, const std::vector<std::string>& lines) {
   std::size_t last = 0;
   for (const Step& step : steps) {
-    check(last < step.line && step.line <= lines, "steps stand in the order of their lines");
+    check(last < step.line && step.line <= lines.size(), "steps stand in their lines' order");
+    check(isJsonObject(lines[step.line - 1]), "a step's line is a JSON object");
     last = step.line;
     if (const auto* wait = std::get_if<Wait>(&step.action)) {
       check(0 <= wait->time.count() && wait->time.count() <= 86'400, "a wait is a day at most");
@@ -54,12 +70,12 @@ void checkSteps(const std::vector<Step>& steps, std::size_t lines) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qel::samplehost;
   const std::string text(reinterpret_cast<const char*>(data), size);
-  const auto lines = 1 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  const auto lines = linesOf(text);
   std::istringstream script(text);
   try {
     checkSteps(readSessionScript(script, std::string(scriptName)), lines);
   } catch (const qel::tools::InputError& fault) {
-    checkFault(fault.what(), lines);
+    checkFault(fault.what(), lines.size());
   }
   return 0;
 }
