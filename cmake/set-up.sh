@@ -12,6 +12,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   # checks
   clang-format clang-tidy
+  # fuzzing; llvm names the places in its reports
+  clang libclang-rt-dev llvm
   # the demonstration, and what tests compare with
   ca-certificates openssl sqlite3 curl python3
 )

@@ -23,10 +23,16 @@ std::string_view reasonFor(RowVerdict verdict) {
 
 /// The names of the frame's lists, in order; nothing when the frame is not that of a package.
 std::optional<std::vector<std::string>> listNames(const std::string& frame) {
+  using Json = nlohmann::ordered_json;
   if (frame.size() > longestFrame || frame.find('\0') != std::string::npos) {
     return std::nullopt;
   }
-  const auto parsed = nlohmann::ordered_json::parse(frame, nullptr, false);
+  std::size_t members = 0;
+  const auto countMembers = [&](int depth, Json::parse_event_t event, const Json& /*value*/) {
+    members += depth == 1 && event == Json::parse_event_t::key ? 1 : 0;
+    return true;
+  };
+  const auto parsed = Json::parse(frame, countMembers, /*allow_exceptions=*/false);
   if (!parsed.is_object() || !parsed.contains("version") || parsed["version"] != packageVersion) {
     return std::nullopt;
   }
@@ -36,7 +42,9 @@ std::optional<std::vector<std::string>> listNames(const std::string& frame) {
       names.push_back(name);
     }
   }
-  return names;
+  // Of a member that comes twice the parser keeps one, and of any other nothing would be kept.
+  const bool isWhole = members == 1 + names.size();
+  return isWhole ? std::optional(std::move(names)) : std::nullopt;
 }
 
 /// The distinct texts among `rows` with how often each comes, in the order of their first coming.
@@ -76,8 +84,7 @@ Package readPackage(std::string_view body) {
     return refusedWhole(body);
   }
   const auto names = listNames(split->frame);
-  // A list that comes twice has one name only.
-  if (!names || names->size() != split->lists.size()) {
+  if (!names) {
     return refusedWhole(body);
   }
   Package package;

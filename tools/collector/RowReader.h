@@ -26,7 +26,7 @@ struct RowReading {
 };
 
 /// Checks that `text` is one JSON object (strict grammar, valid UTF-8) and reads its columns. Of a
-/// member that comes twice the first counts. Takes no more stack for deep nesting.
+/// member that comes twice the first text counts. Takes no more stack for deep nesting.
 RowReading readRow(std::string_view text);
 
 }  // namespace qel::collector

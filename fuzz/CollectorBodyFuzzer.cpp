@@ -1,0 +1,109 @@
+// The collector reads any request body; what it yields stands in the body and is what it is called.
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "fuzz/Check.h"
+#include "tools/collector/PackageReader.h"
+
+namespace qel::collector {
+namespace {
+
+using fuzz::check;
+using nlohmann::json;
+
+bool isInside(std::string_view body, std::string_view text) {
+  const std::less_equal<> atMost;
+  return atMost(body.data(), text.data()) &&
+         atMost(text.data() + text.size(), body.data() + body.size());
+}
+
+void checkRow(const Row& row) {
+  // The parser takes NUL for the end of the text and skips a byte order mark in front.
+  check(row.text.starts_with('{') && row.text.find('\0') == std::string_view::npos,
+        "a sound row is nothing but a JSON object");
+  const auto parsed = json::parse(row.text);
+  for (std::size_t column = 0; column < columnMembers.size(); ++column) {
+    const auto member = parsed.find(columnMembers[column]);
+    const bool isThere = member != parsed.end();
+    const bool isText = isThere && member->is_string();
+    check(row.columns[column] ? isThere : !isText, "columns are the members that are texts");
+  }
+}
+
+bool isRefusedWhole(const Package& package, std::string_view body) {
+  return package.refused.size() == 1 && package.refused.front().text.data() == body.data() &&
+         package.refused.front().text.size() == body.size();
+}
+
+bool isVersionOrList(const std::string& name, const json& value) {
+  return name == "version" ? value == "3.1"
+                           : (name == "environments" || name == "events") && value.is_array();
+}
+
+/// The number of rows in a body that is a package and JSON throughout, as every package of sound
+/// rows is; nothing for other JSON.
+std::optional<std::size_t> rowsOf(const json& body, std::size_t members) {
+  const bool hasOtherMembers = body.is_object() && members != body.size();
+  if (!body.is_object() || hasOtherMembers || !body.contains("version")) {
+    return std::nullopt;
+  }
+  std::size_t rows = 0;
+  for (const auto& [name, value] : body.items()) {
+    if (!isVersionOrList(name, value)) {
+      return std::nullopt;
+    }
+    rows += value.is_array() ? value.size() : 0;
+  }
+  return rows;
+}
+
+void checkAgainstParser(const Package& package, std::string_view body, std::size_t rowsRead) {
+  std::size_t members = 0;
+  const auto parsed = json::parse(
+      body,
+      [&](int depth, json::parse_event_t event, const json&) {
+        members += depth == 1 && event == json::parse_event_t::key ? 1 : 0;
+        return true;
+      },
+      /*allow_exceptions=*/false);
+  // The parser takes NUL for the end of the text.
+  if (parsed.is_discarded() || body.find('\0') != std::string_view::npos) {
+    return;
+  }
+  const auto rows = rowsOf(parsed, members);
+  check(isRefusedWhole(package, body) != rows.has_value(), "a package is told from other JSON");
+  check(!rows || *rows == rowsRead, "every row of a package is read");
+}
+
+}  // namespace
+}  // namespace qel::collector
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace qel::collector;
+  const std::string_view body(reinterpret_cast<const char*>(data), size);
+  const Package package = readPackage(body);
+  std::size_t bytes = 0;
+  std::size_t rows = 0;
+  const auto account = [&](const auto& texts) {
+    for (const auto& read : texts) {
+      check(isInside(body, read.text), "every text stands in the body");
+      bytes += read.text.size() * read.count;
+      rows += read.count;
+    }
+  };
+  account(package.environments);
+  account(package.events);
+  account(package.refused);
+  check(bytes <= body.size(), "no part of the body is read twice");
+  std::for_each(package.environments.begin(), package.environments.end(), checkRow);
+  std::for_each(package.events.begin(), package.events.end(), checkRow);
+  checkAgainstParser(package, body, rows);
+  return 0;
+}

@@ -1,0 +1,170 @@
+// A sending pass packs whatever is stored, byte for byte, into packages of the promised size, and
+// the collector finds every row that is a JSON object in them.
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <nlohmann/json.hpp>
+
+#include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
+#include "fuzz/Check.h"
+#include "host/QelLog/LoggerInterface.h"
+#include "tests/support/MemoryDatabaseClient.h"
+#include "tools/collector/PackageReader.h"
+
+namespace qel::log::analytics {
+namespace {
+
+using fuzz::check;
+using nlohmann::json;
+using Table = CipDatabaseClientInterface::Table;
+using Texts = std::vector<std::string>;
+
+/// Notes the packages and accepts as many as it is told to.
+class Server : public serverconnection::DbToServerConnectionInterface {
+ public:
+  explicit Server(std::size_t accepted) : accepted_(accepted) {}
+
+  void initalize(const parameters::ActivateParameter&) override {}
+  bool send(items::ItemWrapper& package) override {
+    packages.push_back(package.toJson());
+    return packages.size() <= accepted_;
+  }
+
+  Texts packages;
+
+ private:
+  const std::size_t accepted_;
+};
+
+class SilentLogger : public LoggerInterface {
+ public:
+  void log(int /*level*/, const std::string& /*message*/) override {}
+};
+
+/// The rows of each package: the one that reaches the limit is the last.
+std::vector<Texts> batchesOf(const Texts& rows, std::size_t limit) {
+  std::vector<Texts> batches;
+  std::size_t size = limit;
+  for (const auto& row : rows) {
+    if (size >= limit) {
+      batches.emplace_back();
+      size = 0;
+    }
+    batches.back().push_back(row);
+    size += row.size();
+  }
+  return batches;
+}
+
+std::string packageOf(const Texts& rows, const std::string& list) {
+  std::string joined;
+  for (const auto& row : rows) {
+    joined += (&row == &rows.front() ? "" : ",") + row;
+  }
+  return R"({"version": "3.1", ")" + list + "\": [" + joined + "]}";
+}
+
+std::string_view withoutBlanks(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+/// Unlike the parser this takes no NUL for the end, and no byte order mark in front.
+bool isJsonObject(const std::string& text) {
+  return withoutBlanks(text).starts_with('{') && text.find('\0') == std::string::npos &&
+         json::accept(text);
+}
+
+void checkParsed(const std::string& package, const Texts& rows, const std::string& list) {
+  auto expected = json::array();
+  for (const auto& row : rows) {
+    expected.push_back(json::parse(row));
+  }
+  check(json::parse(package) == json({{"version", "3.1"}, {list, std::move(expected)}}),
+        "a package of sound rows parses and has exactly these rows");
+}
+
+/// The texts with how often each comes.
+std::map<std::string_view, std::size_t> counted(const Texts& rows) {
+  std::map<std::string_view, std::size_t> counts;
+  for (const auto& row : rows) {
+    ++counts[withoutBlanks(row)];
+  }
+  return counts;
+}
+
+void checkCollected(const std::string& body, const Texts& rows, bool allAreSound) {
+  const auto package = collector::readPackage(body);
+  std::map<std::string_view, std::size_t> read;
+  for (const auto& [text, count, columns] : package.environments) {
+    read[text] += count;
+  }
+  for (const auto& [text, count, columns] : package.events) {
+    read[text] += count;
+  }
+  for (const auto& [text, count, reason] : package.refused) {
+    check(!allAreSound || reason == "row nested too deeply", "a sound row is not refused");
+    read[text] += count;
+  }
+  if (allAreSound) {
+    check(read == counted(rows), "the collector reads the rows of a sound package");
+    return;
+  }
+  for (const auto& row : rows) {
+    const bool isKept = std::any_of(read.begin(), read.end(), [&](const auto& entry) {
+      return entry.first.find(withoutBlanks(row)) != std::string_view::npos;
+    });
+    check(isKept || !isJsonObject(row), "the collector keeps a JSON object among unsound rows");
+  }
+}
+
+void checkPass(Table table, const Texts& rows, std::size_t limit, std::size_t accepted) {
+  test::MemoryDatabaseClient database;
+  database.insertMultiple(rows, table);
+  Server server(accepted);
+  SilentLogger logger;
+  SendingPass(database, server, logger, limit).run();
+
+  const auto batches = batchesOf(rows, limit);
+  const std::string list = table == Table::Items ? "events" : "environments";
+  check(server.packages.size() == std::min(batches.size(), accepted + 1),
+        "a refused package is the last one");
+  std::size_t rowsAccepted = 0;
+  for (std::size_t i = 0; i < server.packages.size(); ++i) {
+    const auto& package = server.packages[i];
+    check(package == packageOf(batches[i], list), "rows are packed byte for byte, up to the limit");
+    const bool allAreSound = std::all_of(batches[i].begin(), batches[i].end(), isJsonObject);
+    if (allAreSound) {
+      checkParsed(package, batches[i], list);
+    }
+    checkCollected(package, batches[i], allAreSound);
+    rowsAccepted += i < accepted ? batches[i].size() : 0;
+  }
+  const Texts rest(rows.begin() + static_cast<std::ptrdiff_t>(rowsAccepted), rows.end());
+  check(database.texts(table) == rest, "exactly the rows that were accepted are deleted");
+}
+
+}  // namespace
+}  // namespace qel::log::analytics
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace qel::log::analytics;
+  FuzzedDataProvider input(data, size);
+  const auto table = input.ConsumeBool() ? Table::Items : Table::Environments;
+  const auto limit = input.ConsumeIntegral<std::uint8_t>();
+  const auto accepted = input.ConsumeIntegral<std::uint8_t>();
+  Texts rows;
+  while (input.remaining_bytes() > 0) {
+    rows.push_back(input.ConsumeRandomLengthString());
+  }
+  checkPass(table, rows, limit, accepted);
+  return 0;
+}

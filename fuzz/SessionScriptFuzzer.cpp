@@ -1,0 +1,81 @@
+// A script is read to its end, or refused with one line that names the place. Nothing of it is
+// broadcast.
+
+#include <charconv>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "fuzz/Check.h"
+#include "tools/common/CommandLine.h"
+#include "tools/sample-host/SessionScript.h"
+
+namespace qel::samplehost {
+namespace {
+
+using fuzz::check;
+
+constexpr std::string_view scriptName = "script.jsonl";
+
+void checkFault(std::string_view message, std::size_t lines) {
+  check(message.starts_with(scriptName), "a fault names its file");
+  message.remove_prefix(scriptName.size());
+  check(message.starts_with(':'), "a fault names its line");
+  std::size_t line = 0;
+  const auto [end, error] =
+      std::from_chars(message.data() + 1, message.data() + message.size(), line);
+  check(error == std::errc() && 1 <= line && line <= lines, "a fault's line is one of the script");
+  message.remove_prefix(static_cast<std::size_t>(end - message.data()));
+  check(message.starts_with(": ") && message.size() > 2, "a fault says what it is");
+  check(message.find('\n') == std::string_view::npos, "a fault is one line");
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::istringstream script(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(script, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+bool isJsonObject(const std::string& line) {
+  // The parser takes NUL for the end of the text.
+  return line.find('\0') == std::string::npos && nlohmann::json::parse(line).is_object();
+}
+
+void checkSteps(const std::vector<Step>& steps, const std::vector<std::string>& lines) {
+  std::size_t last = 0;
+  for (const Step& step : steps) {
+    check(last < step.line && step.line <= lines.size(), "steps stand in their lines' order");
+    check(isJsonObject(lines[step.line - 1]), "a step's line is a JSON object");
+    last = step.line;
+    if (const auto* wait = std::get_if<Wait>(&step.action)) {
+      check(0 <= wait->time.count() && wait->time.count() <= 86'400, "a wait is a day at most");
+    }
+    if (const auto* broadcast = std::get_if<Broadcast>(&step.action)) {
+      check(static_cast<bool>(*broadcast), "a notification can be broadcast");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qel::samplehost
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace qel::samplehost;
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  const auto lines = linesOf(text);
+  std::istringstream script(text);
+  try {
+    checkSteps(readSessionScript(script, std::string(scriptName)), lines);
+  } catch (const qel::tools::InputError& fault) {
+    checkFault(fault.what(), lines.size());
+  }
+  return 0;
+}
