@@ -27,9 +27,7 @@ using namespace log::analytics;
 class OutOfMemoryTest : public testing::Test {
  protected:
   OutOfMemoryTest() {
-    if (std::filesystem::is_directory("/dev/shm")) {
-      setenv("TMPDIR", "/dev/shm", 1);  // A disk would take its time for so many transactions.
-    }
+    keepTemporaryDirectoriesInMemory();
     testing::internal::CaptureStderr();
   }
   ~OutOfMemoryTest() override { testing::internal::GetCapturedStderr(); }

@@ -15,8 +15,8 @@ namespace qel::test {
 namespace {
 
 using namespace std::chrono_literals;
-using utilities::setExitDeadline;
 using std::chrono::steady_clock;
+using utilities::setExitDeadline;
 
 constexpr auto deadline = 500ms;
 

@@ -81,7 +81,10 @@ class StorageFaultsTest : public testing::Test {
   void meetFault(FaultyDisk& disk, int nthCall, FaultyDisk::Persistence persistence,
                  int earlierRows);
 
-  const test::TemporaryDirectory directory_;
+  const test::TemporaryDirectory directory_ = [] {
+    test::keepTemporaryDirectoriesInMemory();
+    return test::TemporaryDirectory();
+  }();
   const fs::path log_ = directory_.path() / "log";
   const fs::path data_ = [this] {
     fs::create_directory(directory_.path() / "data");
