@@ -12,9 +12,9 @@
 #include <nlohmann/json.hpp>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
-#include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
 #include "fuzz/Check.h"
 #include "host/QelLog/LoggerInterface.h"
+#include "tests/support/FakeConnection.h"
 #include "tests/support/MemoryDatabaseClient.h"
 #include "tools/collector/PackageReader.h"
 
@@ -25,23 +25,6 @@ using fuzz::check;
 using nlohmann::json;
 using Table = CipDatabaseClientInterface::Table;
 using Texts = std::vector<std::string>;
-
-/// Notes the packages and accepts as many as it is told to.
-class Server : public serverconnection::DbToServerConnectionInterface {
- public:
-  explicit Server(std::size_t accepted) : accepted_(accepted) {}
-
-  void initalize(const parameters::ActivateParameter&) override {}
-  bool send(items::ItemWrapper& package) override {
-    packages.push_back(package.toJson());
-    return packages.size() <= accepted_;
-  }
-
-  Texts packages;
-
- private:
-  const std::size_t accepted_;
-};
 
 class SilentLogger : public LoggerInterface {
  public:
@@ -129,7 +112,8 @@ void checkCollected(const std::string& body, const Texts& rows, bool allAreSound
 void checkPass(Table table, const Texts& rows, std::size_t limit, std::size_t accepted) {
   test::MemoryDatabaseClient database;
   database.insertMultiple(rows, table);
-  Server server(accepted);
+  test::FakeConnection server;
+  server.accepted = static_cast<int>(accepted);
   SilentLogger logger;
   SendingPass(database, server, logger, limit).run();
 

@@ -34,12 +34,13 @@ bool startsWithKeywords(std::string_view statement, std::string_view upperCase) 
 }
 
 constexpr std::string_view tableCreation = "CREATE TABLE IF NOT EXISTS ";
+constexpr std::string_view vacuumChoice = "PRAGMA AUTO_VACUUM = INCREMENTAL";
 
 /// Whether the statement belongs to what makes a file this program's: each new file is given it.
 /// Such a statement can be run again.
 bool shapesTheFile(std::string_view statement) {
   return startsWithKeywords(statement, tableCreation) ||
-         startsWithKeywords(statement, "PRAGMA AUTO_VACUUM");
+         startsWithKeywords(statement, vacuumChoice);
 }
 
 Result failedResult(const std::string& reason) {
@@ -66,7 +67,7 @@ class SqlDatabaseAdapter::Implementation {
   Outcome connect();
   Outcome run(const std::string& statement);
   Outcome shapeFile();
-  Outcome checkTable(const std::string& creation);
+  Outcome checkShape(const std::string& statement);
   void begin();
   void doom(const char* what, const Outcome& outcome);
   template <typename MakeText>
@@ -106,7 +107,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
     shape_.push_back(statement);
   }
   Outcome outcome = depth_ == 0 ? shapeFile() : Outcome{};
-  if (!shapes) {
+  if (outcome.status == Status::Done && !shapes) {
     outcome = run(statement);
   }
   if (outcome.status != Status::Done) {
@@ -134,8 +135,10 @@ ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
 
 void SqlDatabaseAdapter::Implementation::begin() {
   reasonOfDoom_ = "out of memory";  // until another reason is found
-  shapeFile();
-  const Outcome outcome = run("BEGIN IMMEDIATE");
+  Outcome outcome = shapeFile();
+  if (outcome.status == Status::Done) {
+    outcome = run("BEGIN IMMEDIATE");
+  }
   if (outcome.status != Status::Done) {
     doom("BEGIN", outcome);
   }
@@ -206,8 +209,8 @@ Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
   for (; shaped_ < shape_.size(); ++shaped_) {
     const std::string& statement = shape_[shaped_];
     outcome = run(statement);
-    if (outcome.status == Status::Done && startsWithKeywords(statement, tableCreation)) {
-      outcome = checkTable(statement);
+    if (outcome.status == Status::Done) {
+      outcome = checkShape(statement);
     }
     if (outcome.status != Status::Done) {
       break;
@@ -216,14 +219,22 @@ Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
   return outcome;
 }
 
-/// What was there under the table's name already is a table of this program's only if the same
-/// statement has made it: SQLite keeps the text of a creation from the name on.
-Outcome SqlDatabaseAdapter::Implementation::checkTable(const std::string& creation) {
-  const std::string definition = creation.substr(tableCreation.size());
-  const std::string name = definition.substr(0, definition.find_first_of(" ("));
-  Outcome found = run("SELECT sql FROM sqlite_schema WHERE name = '" + name + "'");
-  if (found.status == Status::Done && found.rows != Result::Rows{{"CREATE TABLE " + definition}}) {
-    corruption_ = "what it holds as " + name + " is not of this program's making";
+/// A file of others may be one that cannot shrink (SQLite ignores the choice once there are tables)
+/// or have something else under a table's name (SQLite keeps the text of a creation from the name
+/// on). Our rows would stay in the one for good, and never get into the other.
+Outcome SqlDatabaseAdapter::Implementation::checkShape(const std::string& statement) {
+  std::string question = "PRAGMA auto_vacuum";
+  std::string expected = "2";
+  if (startsWithKeywords(statement, tableCreation)) {
+    const auto definition = statement.substr(tableCreation.size());
+    const auto name = definition.substr(0, definition.find_first_of(" ("));
+    question = "SELECT sql FROM sqlite_schema WHERE name = '" + name + "'";
+    expected = "CREATE TABLE " + definition;
+  }
+  Outcome found = run(question);
+  if (found.status == Status::Done && !found.rows.empty() &&
+      found.rows != Result::Rows{{expected}}) {
+    corruption_ = "it is a database of another program's making";
     return {Status::FileIsCorrupt, *corruption_, *corruption_, {}};
   }
   return found;

@@ -16,8 +16,10 @@ namespace qel::db::sql {
 ///
 /// A file that SQLite finds corrupt is set aside with its journal under a dated name and reported,
 /// and a fresh one is begun in its place: on opening, or later when a statement meets the damage.
-/// So is a file that holds something else under the name of a table that "CREATE TABLE IF NOT
-/// EXISTS" is to create. That statement (with its whole transaction) fails; the fresh file is given
+/// So is a file of another program: one that holds something else under the name of a table that
+/// "CREATE TABLE IF NOT EXISTS name (...)" is to create (in this form, without quotes around the
+/// name or a semicolon), or that has tables but not "PRAGMA auto_vacuum = INCREMENTAL", which is to
+/// be chosen first. That statement (with its whole transaction) fails; the fresh file is given
 /// the tables that were created through this object. Where such a creation, or the choice of
 /// `auto_vacuum`, fails for another reason, it is made up for before the next statement.
 ///

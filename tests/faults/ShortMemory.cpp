@@ -66,14 +66,16 @@ int sweepAllocations(const std::function<void()>& attempt) {
 
 void runShort() { untilFailure = allocationToFail; }
 
-void runShortDuring(const std::function<void()>& action) {
+bool runShortDuring(const std::function<void()>& action) {
   runShort();
   try {
     action();
   } catch (const std::bad_alloc&) {
     untilFailure = never;
+    return true;
   }
   untilFailure = never;
+  return false;
 }
 
 bool hasRunShort() { return hasFailed; }

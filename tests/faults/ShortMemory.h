@@ -13,8 +13,8 @@ int sweepAllocations(const std::function<void()>& attempt);
 /// From now on this thread's memory runs short as the sweep has planned.
 void runShort();
 
-/// The same for as long as the action lasts, whose `std::bad_alloc` ends here.
-void runShortDuring(const std::function<void()>& action);
+/// The same for as long as the action lasts, whose `std::bad_alloc` ends here. Whether it came.
+bool runShortDuring(const std::function<void()>& action);
 
 /// Whether an allocation of the attempt under way has failed.
 bool hasRunShort();

@@ -166,7 +166,9 @@ void ConnectionWatch::admitBody(const SSL* ssl, Sender sender) {
 
 void ConnectionWatch::awaitAnswer(const SSL* ssl) {
   const std::lock_guard lock(mutex_);
-  find(ssl).phase = Phase::Answer;
+  Connection& connection = find(ssl);
+  connection.phase = Phase::Answer;
+  connection.deadline = Clock::time_point::max();
 }
 
 void ConnectionWatch::awaitHead(const SSL* ssl) {

@@ -137,7 +137,7 @@ class Server::Implementation {
     // In place of the library's own answer, which tells the client what was thrown.
     http_.set_exception_handler(
         [this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
-          const Answer answer{503, "out of memory"};
+          const Answer answer{503, "could not be served"};
           give(response, answer, Afterwards::CloseConnection);
           logAnswer(answer, watch_.peerOfThisWorker(), {});
         });

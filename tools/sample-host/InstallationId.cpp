@@ -16,9 +16,13 @@ std::string installationIdOf(const std::filesystem::path& directory) {
     return id;
   }
   id = qel::Guid::create().toString(false);
-  db::sql::createForOwnerAlone(file);
-  if (std::ofstream made(file); !(made << id << std::endl)) {
-    throw qel::exception("cannot write " + utilities::utf8FromPath(file));
+  try {
+    db::sql::createForOwnerAlone(file);
+    std::ofstream made(file);
+    made.exceptions(std::ios::badbit | std::ios::failbit);
+    made << id << std::endl;
+  } catch (const std::exception& failure) {
+    throw qel::exception("cannot write " + utilities::utf8FromPath(file) + ": " + failure.what());
   }
   return id;
 }
