@@ -9,7 +9,8 @@ namespace qel::utilities {
 /// fraction of a second: an exchange with a server in flight is ended then, a statement stops
 /// waiting for a database that another process holds, and what begins later fails at once. The
 /// host arms it just before it joins and releases what stores and sends. An empty value disarms.
-/// Any thread. The end of the process arms it with nothing left.
+/// Any thread. The end of the process arms it with nothing left, though perhaps not before static
+/// objects are destroyed: a host that keeps its client in one arms it before `exit`.
 void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 
 /// The clock's end while no deadline is armed. Any thread.

@@ -135,6 +135,9 @@ enum class Owner { Static, Nobody };
     leaked->insert(std::make_unique<Numbered>(2));
   }
   const bool isUnderWay = site.server().waitFor(1, 1);
+  if (owner == Owner::Static) {
+    setExitDeadline(deadline);
+  }
   alarm(20);  // far below the time limits of an exchange
   std::exit(isUnderWay ? 7 : 1);
 }

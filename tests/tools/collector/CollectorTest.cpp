@@ -51,6 +51,7 @@ class CollectorTest : public testing::Test {
     std::signal(SIGPIPE, SIG_IGN);  // the collector cuts connections that this client writes to
     client_.set_ca_cert_path(certificates_.caFile());
     client_.set_tcp_nodelay(true);
+    client_.set_read_timeout(std::chrono::seconds(60));  // the largest bodies, under sanitizers
     client_.set_basic_auth("ada", "open:sesame");
   }
 
