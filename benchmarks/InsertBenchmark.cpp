@@ -50,7 +50,7 @@ void insertLimit(benchmark::State& state) {
     records.reserve(batchSize);
     const auto addAll = [&] {
       for (int number = 0; number < batchSize; ++number) {
-        Record record{commandText(), log::analytics::items::CommandItem::State::Accepted,
+        Record record{commandText(), log::analytics::items::CommandItem::State::Started,
                       commandDetails(number)};
         const std::lock_guard lock(mutex);
         records.push_back(std::move(record));

@@ -35,7 +35,7 @@ inline log::analytics::parameters::ActivateParameter activation(NoWebUpdates& we
                                                                 bool mayStoreForSending) {
   return {.webUpdateReporter = webUpdates,
           .databasePath = directory,
-          .installationId = "QEL-20417731",
+          .installationId = "QEL-20417",
           .sessionId = qel::Guid::create(),
           .serverSecret = {},
           .serverUser = {},

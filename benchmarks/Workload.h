@@ -13,17 +13,17 @@ using Details = std::map<std::string, std::string>;
 /// As many rows as make a sending database of the largest size that it grows to.
 constexpr int rowsOfFullDatabase = 97'500;
 
-inline std::string commandText() { return "CreatePipeAlongRoute"; }
+inline std::string commandText() { return "CreatePipeOnRoute"; }
 
 /// The six details of a typical command; the number tells one command from the next.
 inline Details commandDetails(int number) {
   Details details;
-  details.emplace("Number", std::to_string(1'000'000 + number));
-  details.emplace("Floor", "2");
-  details.emplace("View", "Plan");
-  details.emplace("Size", "DN 20");
-  details.emplace("System", "Heating");
-  details.emplace("Ms", "150");
+  details.emplace("No", std::to_string(100'000 + number));
+  details.emplace("At", "2");
+  details.emplace("View", "3D");
+  details.emplace("DN", "20");
+  details.emplace("Type", "Heat");
+  details.emplace("Ms", "15");
   return details;
 }
 
@@ -31,14 +31,14 @@ inline Details commandDetails(int number) {
 /// the details.
 inline std::unique_ptr<log::analytics::items::CommandItem> makeItem(int number) {
   using log::analytics::items::CommandItem;
-  return std::make_unique<CommandItem>(commandText(), CommandItem::State::Accepted,
+  return std::make_unique<CommandItem>(commandText(), CommandItem::State::Started,
                                        commandDetails(number));
 }
 
 /// Gives items the ids that make their texts as long as in practice.
 inline void identifyProcess() {
   using log::analytics::items::BaseItem;
-  BaseItem::setInstallationId("QEL-20417731");
+  BaseItem::setInstallationId("QEL-20417");
   BaseItem::setSessionId(Guid::parse("00112233-4455-6677-8899-AABBCCDDEEFF"));
 }
 
