@@ -109,7 +109,7 @@ def main():
     growth = next((stage for stage in stages if stage["stage"] == "growth"), None)
     if growth is None:
         parser.error(f"{options.json} has no stage growth")
-    options.svg.write_text(picture({work: growth["milliseconds"][work] for work in SERIES}, growth["exponents"]))
+    options.svg.write_text(picture({work: growth["milliseconds"][work] for work in SERIES}, growth["parts"]))
 
 
 if __name__ == "__main__":
