@@ -118,11 +118,7 @@ BENCHMARK(deleteLimit)->Name("delete/limit")->Apply(once);
 void growthOfDelete(benchmark::State& state) {
   deleteRows(state, static_cast<int>(state.range(0)));
 }
-BENCHMARK(growthOfDelete)
-    ->Name("growth/delete")
-    ->RangeMultiplier(2)
-    ->Range(10'000, 160'000)
-    ->Apply(once);
+BENCHMARK(growthOfDelete)->Name("growth/delete")->Apply(growing);
 
 void growthOfStore(benchmark::State& state) {
   const auto texts = renderedBatch();
@@ -139,11 +135,7 @@ void growthOfStore(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(growthOfStore)
-    ->Name("growth/store")
-    ->RangeMultiplier(2)
-    ->Range(10'000, 160'000)
-    ->Apply(once);
+BENCHMARK(growthOfStore)->Name("growth/store")->Apply(growing);
 
 }  // namespace
 }  // namespace qel::benchmarks

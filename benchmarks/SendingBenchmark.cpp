@@ -174,11 +174,7 @@ void passLimit(benchmark::State& state) {
 BENCHMARK(passLimit)->Name("whole pass/limit")->Apply(once);
 
 void growthOfPass(benchmark::State& state) { pass(state, static_cast<int>(state.range(0))); }
-BENCHMARK(growthOfPass)
-    ->Name("growth/pass")
-    ->RangeMultiplier(2)
-    ->Range(10'000, 160'000)
-    ->Apply(once);
+BENCHMARK(growthOfPass)->Name("growth/pass")->Apply(growing);
 
 }  // namespace
 }  // namespace qel::benchmarks

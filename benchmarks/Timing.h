@@ -21,4 +21,12 @@ inline void once(benchmark::internal::Benchmark* work) {
   work->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 }
 
+/// The same for each number of rows that shows how the work's cost grows.
+inline void growing(benchmark::internal::Benchmark* work) {
+  once(work);
+  for (int rows = 10'000; rows <= 160'000; rows *= 2) {
+    work->Arg(rows);
+  }
+}
+
 }  // namespace qel::benchmarks

@@ -7,16 +7,15 @@ import math
 from pathlib import Path
 
 WIDTH, HEIGHT = 720, 440
-LEFT, RIGHT, TOP, BOTTOM = 76, 108, 56, 56
-# Colours that stand out on white as on black, each with a shape of its own.
+LEFT, RIGHT, TOP, BOTTOM = 76, 124, 56, 56
+# All colours, those of the texts too, stand out on white as on black; each series has a mark of its own.
 SERIES = {"store": "#2f81c7", "pass": "#c9601f", "delete": "#2f9e62"}
 STYLE = """
-  text { font: 13px sans-serif; fill: #3a3f45; }
+  text { font: 13px sans-serif; fill: #737b84; }
   .title { font-size: 15px; font-weight: bold; }
   .grid { stroke: #8a9199; stroke-opacity: 0.3; }
-  .axis { stroke: #6b727a; }
+  .axis { stroke: #737b84; }
   .linear { stroke: #8a9199; stroke-dasharray: 3 4; }
-  @media (prefers-color-scheme: dark) { text { fill: #d5dae0; } .axis { stroke: #a0a7af; } }
 """
 
 
