@@ -7,7 +7,7 @@
 namespace qel::benchmarks {
 
 /// A web server that reads requests and answers 204, in a process of its own, so that its work and
-/// its memory are not the measured process's. One at a time; to be made while no other thread runs.
+/// its memory are not the measured process's. One at a time.
 class ServerProcess {
  public:
   /// Starts it and lets what this process posts to `host` reach it.
