@@ -1,6 +1,7 @@
 // Measures how much memory a pass over a full sending database takes beyond what the idle client
 // has, in a process that does nothing else. Prints that and the size of the rows in bytes.
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -40,8 +41,7 @@ long statusValue(const std::string& name) {
 /// Lets the highest resident size be that from now on.
 void forgetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
 
-/// Runs the work in a process of its own, so that this one's memory stays as it is. Returns what it
-/// prints to a file.
+/// Runs the work in a process of its own, so that this one's memory stays as it is.
 template <typename Work>
 void elsewhere(Work work) {
   const pid_t child = ::fork();
@@ -66,7 +66,7 @@ class WatchedDatabaseClient : public CipDatabaseClient {
   std::atomic<bool>& passed_;
 };
 
-int measure() {
+void measure() {
   const qel::test::TemporaryDirectory directory;
   const auto sizeFile = directory.path() / "size";
   elsewhere([&] {
@@ -94,9 +94,11 @@ int measure() {
   client.startSendingItems();
   passed.wait(false);
   std::cout << statusValue("VmHWM") - idle << ' ' << size << '\n';
-  return 0;
 }
 
 }  // namespace
 
-int main() { return measure(); }
+int main() {
+  measure();
+  return 0;
+}
