@@ -18,6 +18,7 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
+#include "benchmarks/Storage.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -25,14 +26,6 @@ namespace {
 
 using namespace qel::log::analytics;
 using Clock = std::chrono::steady_clock;
-
-class NoWebUpdates : public reports::WebUpdateReporterInterface {
- public:
-  bool isInformationAvailable() const override { return false; }
-  void reset() override {}
-  std::uint64_t getSuccessCount() const override { return 0; }
-  std::uint64_t getCorruptPackageCount() const override { return 0; }
-};
 
 std::uint64_t residentKilobytes() {
   return qel::platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
@@ -47,16 +40,8 @@ void measure(int simulatedMinutes, int speed) {
                                              std::make_unique<SupportDatabaseClient>(std::nullopt));
   CipDatabases& databases = *pair;
   Client client(std::move(pair));
-  NoWebUpdates webUpdates;
-  client.activate({.webUpdateReporter = webUpdates,
-                   .databasePath = directory.text(),
-                   .installationId = "idle",
-                   .sessionId = qel::Guid::create(),
-                   .serverSecret = {},
-                   .serverUser = {},
-                   .createEnvironmentItem = {},
-                   .isSendingAllowed = [] { return false; },
-                   .databaseCallback = [] { return true; }});
+  qel::benchmarks::NoWebUpdates webUpdates;
+  client.activate(qel::benchmarks::activation(webUpdates, directory.text(), false));
   reports::MemoryUsageOptions options;
   std::atomic<int> samples{0};
   options.samplingInterval /= speed;
@@ -81,9 +66,10 @@ void measure(int simulatedMinutes, int speed) {
   const std::chrono::duration<double> wall = Clock::now() - begin;
   databases.join();
   std::cout << std::setprecision(3) << "samples of each kind: " << samples << '\n'
-            << "CPU time: " << cpu * 1000 << " ms, which is " << cpu / wall.count() * 100
-            << " % of one core over the " << wall.count() << " s that the run took, and "
-            << cpu / (wall.count() * speed) * 100 << " % over the simulated time\n";
+            << "CPU time: " << cpu * 1000 << " ms over the " << wall.count()
+            << " s that the run took\n"
+            << "share of a core: " << cpu / wall.count() * 100 << " %\n"
+            << "share over the simulated time: " << cpu / (wall.count() * speed) * 100 << " %\n";
 }
 
 }  // namespace

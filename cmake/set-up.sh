@@ -11,7 +11,7 @@ packages=(
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # checks
-  clang-format clang-tidy
+  clang-format clang-tidy valgrind
   # fuzzing; llvm names the places in its reports
   clang libclang-rt-dev llvm
   # the demonstration, and what tests compare with

@@ -1,0 +1,104 @@
+// Measures how much memory a pass over a full sending database takes beyond what the idle client
+// has, in a process that does nothing else. Prints that and the size of the rows in bytes.
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "benchmarks/RawDatabase.h"
+#include "benchmarks/ServerProcess.h"
+#include "benchmarks/Storage.h"
+
+namespace {
+
+using namespace qel::benchmarks;
+using namespace qel::log::analytics;
+
+/// In bytes, as the process's status has it under this name.
+long statusValue(const std::string& name) {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  while (status >> word) {
+    if (word == name + ":") {
+      long kilobytes = 0;
+      status >> kilobytes;
+      return kilobytes * 1024;
+    }
+  }
+  return -1;
+}
+
+/// Lets the highest resident size be that from now on.
+void forgetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
+
+/// Runs the work in a process of its own, so that this one's memory stays as it is.
+template <typename Work>
+void elsewhere(Work work) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    work();
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+}
+
+/// Tells when the vacuum that ends a pass is done.
+class WatchedDatabaseClient : public CipDatabaseClient {
+ public:
+  explicit WatchedDatabaseClient(std::atomic<bool>& passed) : passed_(passed) {}
+  void vacuum() override {
+    CipDatabaseClient::vacuum();
+    passed_ = true;
+    passed_.notify_all();
+  }
+
+ private:
+  std::atomic<bool>& passed_;
+};
+
+void measure() {
+  const qel::test::TemporaryDirectory directory;
+  const auto sizeFile = directory.path() / "size";
+  elsewhere([&] {
+    makeDatabase(directory.path(), rowsOfFullDatabase);
+    std::size_t size = 0;
+    for (const auto& [id, json] :
+         RawDatabase(directory.path(), RawDatabase::sending).rows("Items")) {
+      size += json.size();
+    }
+    std::ofstream(sizeFile) << size;
+  });
+  long size = 0;
+  std::ifstream(sizeFile) >> size;
+  const ServerProcess server;
+
+  std::atomic<bool> passed = false;
+  NoWebUpdates webUpdates;
+  Client client(
+      std::make_unique<CipDatabases>(std::make_unique<WatchedDatabaseClient>(passed),
+                                     std::make_unique<SupportDatabaseClient>(std::nullopt)));
+  client.activate(activation(webUpdates, directory.text(), false));
+  std::this_thread::sleep_for(std::chrono::seconds(2));  // until the dispatcher has run
+  forgetPeak();
+  const long idle = statusValue("VmRSS");
+  client.startSendingItems();
+  passed.wait(false);
+  std::cout << statusValue("VmHWM") - idle << ' ' << size << '\n';
+}
+
+}  // namespace
+
+int main() {
+  measure();
+  return 0;
+}
