@@ -85,8 +85,10 @@ class Storage {
 /// As many rendered rows as one batch of the worker's may have.
 inline std::vector<std::string> renderedBatch() {
   identifyProcess();
+  constexpr int count = 10'000;
   std::vector<std::string> texts;
-  for (int number = 0; number < 10'000; ++number) {
+  texts.reserve(count);
+  for (int number = 0; number < count; ++number) {
     texts.push_back(makeItem(number)->toJson());
   }
   return texts;

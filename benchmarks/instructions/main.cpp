@@ -1,6 +1,8 @@
 // Takes one path of the client a number of times, for a tool that counts the instructions that
 // `measured` executes. Prints nothing.
 
+#include <chrono>
+#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -49,6 +51,7 @@ std::size_t render(int count) {
 std::size_t pack(int count) {
   const std::vector<std::string> rows(static_cast<std::size_t>(count), makeItem(0)->toJson());
   std::vector<const std::string*> texts;
+  texts.reserve(rows.size());
   for (const auto& row : rows) {
     texts.push_back(&row);
   }
