@@ -1,6 +1,7 @@
 #include "host/QelJson/JsonObject.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -8,9 +9,14 @@
 namespace qel::json {
 namespace {
 
-bool isPlain(char character) {
-  return character >= ' ' && character <= '~' && character != '"' && character != '\\';
-}
+constexpr auto plainCharacters = [] {
+  std::array<bool, 256> plain{};
+  std::fill(plain.begin() + ' ', plain.begin() + '~' + 1, true);
+  plain['"'] = plain['\\'] = false;
+  return plain;
+}();
+
+bool isPlain(char character) { return plainCharacters[static_cast<unsigned char>(character)]; }
 
 /// Most texts are plain and need no more than quotes; for the rest the library knows the rules.
 void appendText(std::string& out, std::string_view text) {
@@ -38,6 +44,12 @@ void appendArray(std::string& out, const Elements& elements, AppendElement appen
 }
 
 }  // namespace
+
+JsonObject::JsonObject() {
+  constexpr std::size_t sizeOfMost = 512;
+  text_.reserve(sizeOfMost);
+  text_ += '{';
+}
 
 JsonObject& JsonObject::addString(std::string_view key, std::string_view value) {
   appendKey(key);

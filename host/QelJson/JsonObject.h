@@ -16,6 +16,8 @@ namespace qel::json {
 /// (embedded NUL included), quotes and backslashes are escaped.
 class JsonObject {
  public:
+  JsonObject();
+
   JsonObject& addString(std::string_view key, std::string_view value);
   JsonObject& addBool(std::string_view key, bool value);
   /// A short text that reads back as the same number, with a decimal point or an exponent ("96.0",
@@ -34,7 +36,7 @@ class JsonObject {
  private:
   void appendKey(std::string_view key);
 
-  std::string text_ = "{";  ///< everything but the closing brace
+  std::string text_;  ///< everything but the closing brace
 };
 
 }  // namespace qel::json

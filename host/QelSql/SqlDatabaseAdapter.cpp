@@ -66,8 +66,9 @@ class SqlDatabaseAdapter::Implementation {
   void openFile();
   Outcome connect();
   Outcome run(const std::string& statement);
+  Outcome readyFile();
   Outcome shapeFile();
-  Outcome checkShape(const std::string& statement);
+  Outcome shapeFileBy(const std::string& statement);
   void begin();
   void doom(const char* what, const Outcome& outcome);
   template <typename MakeText>
@@ -89,7 +90,8 @@ class SqlDatabaseAdapter::Implementation {
   BusyWait busyWait_{quotedFile_, logger_};
   std::optional<Connection> connection_;   ///< none once a corrupt file could not be replaced
   std::vector<std::string> shape_;         ///< the statements that shape the file, in order
-  std::size_t shaped_ = 0;                 ///< so many of them have been carried out on it
+  std::size_t shaped_ = 0;                 ///< so many of them the file is known to have
+  bool isNew_ = false;                     ///< the file has nothing that a loss of power could take
   std::optional<std::string> corruption_;  ///< why the file is to be replaced, if it is
   int depth_ = 0;                          ///< of transactions on the thread that holds the mutex
   bool doomed_ = false;                    ///< the transaction will be rolled back
@@ -106,7 +108,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   if (shapes && std::ranges::count(shape_, statement) == 0) {
     shape_.push_back(statement);
   }
-  Outcome outcome = depth_ == 0 ? shapeFile() : Outcome{};
+  Outcome outcome = shapes ? shapeFile() : depth_ == 0 ? readyFile() : Outcome{};
   if (outcome.status == Status::Done && !shapes) {
     outcome = run(statement);
   }
@@ -135,7 +137,7 @@ ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
 
 void SqlDatabaseAdapter::Implementation::begin() {
   reasonOfDoom_ = "out of memory";  // until another reason is found
-  Outcome outcome = shapeFile();
+  Outcome outcome = readyFile();
   if (outcome.status == Status::Done) {
     outcome = run("BEGIN IMMEDIATE");
   }
@@ -201,29 +203,37 @@ Outcome SqlDatabaseAdapter::Implementation::run(const std::string& statement) {
   return outcome;
 }
 
-/// One after the other: a table that came before the choice of `auto_vacuum` would rule it out for
-/// good. What could not be done (another process may have held the file) is tried again the next
-/// time.
-Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
-  Outcome outcome;
-  for (; shaped_ < shape_.size(); ++shaped_) {
-    const std::string& statement = shape_[shaped_];
-    outcome = run(statement);
-    if (outcome.status == Status::Done) {
-      outcome = checkShape(statement);
-    }
-    if (outcome.status != Status::Done) {
-      break;
-    }
+/// To be done before any statement that does not shape the file. While a new file is shaped, the
+/// host's thread waits for no disk.
+Outcome SqlDatabaseAdapter::Implementation::readyFile() {
+  Outcome outcome = shapeFile();
+  if (outcome.status == Status::Done && isNew_) {
+    outcome = run("PRAGMA synchronous = FULL");
+    isNew_ = outcome.status != Status::Done;
   }
   return outcome;
 }
 
-/// A file of others may be one that cannot shrink (SQLite ignores the choice once there are tables)
-/// or have something else under a table's name (SQLite keeps the text of a creation from the name
-/// on). Our rows would stay in the one for good, and never get into the other.
-Outcome SqlDatabaseAdapter::Implementation::checkShape(const std::string& statement) {
-  std::string question = "PRAGMA auto_vacuum";
+/// One after the other: a table that came before the choice of `auto_vacuum` would rule it out for
+/// good. What could not be done (another process may have held the file) is tried again the next
+/// time.
+Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
+  for (; shaped_ < shape_.size(); ++shaped_) {
+    Outcome outcome = shapeFileBy(shape_[shaped_]);
+    if (outcome.status != Status::Done) {
+      return outcome;
+    }
+  }
+  return {};
+}
+
+/// Writes nothing if the file has that shape already, as SQLite would. A file of others may be one
+/// that cannot shrink (SQLite ignores the choice once there are tables) or have something else
+/// under a table's name (SQLite keeps the text of a creation from the name on): our rows would stay
+/// in the one for good, and never get into the other.
+Outcome SqlDatabaseAdapter::Implementation::shapeFileBy(const std::string& statement) {
+  std::string question =
+      "SELECT auto_vacuum FROM pragma_auto_vacuum WHERE EXISTS (SELECT * FROM sqlite_schema)";
   std::string expected = "2";
   if (startsWithKeywords(statement, tableCreation)) {
     const auto definition = statement.substr(tableCreation.size());
@@ -232,12 +242,14 @@ Outcome SqlDatabaseAdapter::Implementation::checkShape(const std::string& statem
     expected = "CREATE TABLE " + definition;
   }
   Outcome found = run(question);
-  if (found.status == Status::Done && !found.rows.empty() &&
-      found.rows != Result::Rows{{expected}}) {
-    corruption_ = "it is a database of another program's making";
-    return {Status::FileIsCorrupt, *corruption_, *corruption_, {}};
+  if (found.status != Status::Done || found.rows == Result::Rows{{expected}}) {
+    return found;
   }
-  return found;
+  if (found.rows.empty()) {
+    return run(statement);
+  }
+  corruption_ = "it is a database of another program's making";
+  return {Status::FileIsCorrupt, *corruption_, *corruption_, {}};
 }
 
 void SqlDatabaseAdapter::Implementation::openFile() {
@@ -258,7 +270,13 @@ void SqlDatabaseAdapter::Implementation::openFile() {
 Outcome SqlDatabaseAdapter::Implementation::connect() {
   createForOwnerAlone(file_);
   connection_.emplace(file_, busyWait_);
-  return connection_->check();
+  Outcome outcome = connection_->check();
+  std::error_code ignored;
+  isNew_ = outcome.status == Status::Done && std::filesystem::file_size(file_, ignored) == 0;
+  if (isNew_) {
+    run("PRAGMA synchronous = OFF");
+  }
+  return outcome;
 }
 
 void SqlDatabaseAdapter::Implementation::setFileAside(const std::string& reason) {

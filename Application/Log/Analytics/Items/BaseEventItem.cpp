@@ -22,10 +22,14 @@ std::string BaseEventItem::toJson() const {
   addUnlessEmpty(json, "Subcategory", getSubCategory());
   addUnlessEmpty(json, "Event", getEvent());
   addOrigin(json);
+  addDetailsTo(json);
+  return std::move(json).toString();
+}
+
+void BaseEventItem::addDetailsTo(json::JsonObject& json) const {
   if (const auto details = getDetails(); !details.empty()) {
     json.addStringMap("Details", details);
   }
-  return std::move(json).toString();
 }
 
 }  // namespace qel::log::analytics::items

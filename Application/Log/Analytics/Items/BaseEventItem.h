@@ -14,6 +14,10 @@ class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterfac
   /// The members "Category", "Subcategory", "Event", "InstallationId", "SessionId", "Timestamp" and
   /// "Details", in this order. "Subcategory", "Event" and "Details" are left out when empty.
   std::string toJson() const override;
+
+ protected:
+  /// Adds the member "Details" with what `getDetails` returns, unless that is empty.
+  virtual void addDetailsTo(json::JsonObject& json) const;
 };
 
 }  // namespace qel::log::analytics::items

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/QelJson/JsonObject.h"
+
 namespace qel::log::analytics::items {
 
 BaseEventItemWithDetail::BaseEventItemWithDetail(std::map<std::string, std::string> details)
@@ -12,5 +14,11 @@ void BaseEventItemWithDetail::addDetail(const std::string& key, const std::strin
 }
 
 std::map<std::string, std::string> BaseEventItemWithDetail::getDetails() const { return details_; }
+
+void BaseEventItemWithDetail::addDetailsTo(json::JsonObject& json) const {
+  if (!details_.empty()) {
+    json.addStringMap("Details", details_);
+  }
+}
 
 }  // namespace qel::log::analytics::items

@@ -19,6 +19,10 @@ class QEL_ANALYTICS_EXPORT BaseEventItemWithDetail : public BaseEventItem {
 
   std::map<std::string, std::string> getDetails() const override;
 
+ protected:
+  /// Copies no details.
+  void addDetailsTo(json::JsonObject& json) const override;
+
  private:
   std::map<std::string, std::string> details_;
 };

@@ -12,9 +12,14 @@ std::string& installationId() {
   return *id;
 }
 
-Guid& sessionId() {
-  static Guid id;
-  return id;
+struct Session {
+  Guid id;
+  std::string text = id.toString(false);
+};
+
+Session& session() {
+  static auto* const session = new Session;
+  return *session;
 }
 
 }  // namespace
@@ -26,14 +31,14 @@ void BaseItem::setInstallationId(const std::string& id) {
 }
 
 void BaseItem::setSessionId(const Guid& id) {
-  if (sessionId().isNull()) {
-    sessionId() = id;
+  if (session().id.isNull()) {
+    session() = {id, id.toString(false)};
   }
 }
 
 const std::string& BaseItem::getInstallationId() const { return installationId(); }
 
-const Guid& BaseItem::getSessionId() const { return sessionId(); }
+const Guid& BaseItem::getSessionId() const { return session().id; }
 
 std::string BaseItem::getDateTimeAsString() const {
   using datetime::DateTimeFormat;
@@ -42,7 +47,7 @@ std::string BaseItem::getDateTimeAsString() const {
 
 void BaseItem::addOrigin(json::JsonObject& json) const {
   json.addString("InstallationId", getInstallationId())
-      .addString("SessionId", getSessionId().toString(false))
+      .addString("SessionId", session().text)
       .addString("Timestamp", getDateTimeAsString());
 }
 

@@ -5,6 +5,26 @@
 #include <utility>
 
 namespace qel::log::analytics::items {
+namespace {
+
+/// Of a megabyte, so with the memory taken at once: what follows the list fits as well.
+void appendMerged(std::string& out, const std::vector<const std::string*>& list) {
+  constexpr std::size_t rest = 64;
+  std::size_t size = out.size() + rest;
+  for (const std::string* text : list) {
+    size += text != nullptr ? text->size() + 1 : 0;
+  }
+  out.reserve(size);
+  std::string_view prefix;
+  for (const std::string* text : list) {
+    if (text != nullptr) {
+      out += std::exchange(prefix, ",");
+      out += *text;
+    }
+  }
+}
+
+}  // namespace
 
 ItemWrapper::ItemWrapper(const std::vector<const std::string*>& rows,
                          CipDatabaseClientInterface::Table table) {
@@ -26,31 +46,23 @@ bool ItemWrapper::isNullOrEmpty() const {
 void ItemWrapper::mergeList(const std::vector<const std::string*>& list,
                             std::ostringstream& out) const {
   std::string merged;
-  std::string_view prefix;
-  for (const std::string* text : list) {
-    if (text != nullptr) {
-      merged += std::exchange(prefix, ",");
-      merged += *text;
-    }
-  }
+  appendMerged(merged, list);
   out << merged;
 }
 
 std::string ItemWrapper::toJson() const {
-  std::ostringstream out;
-  out.exceptions(std::ios::badbit);  // Without memory it would cut the package short in silence.
-  const auto writeList = [&](std::string_view name, const std::vector<const std::string*>* list) {
+  std::string text = R"({"version": ")" + version_ + '"';
+  const auto addList = [&](std::string_view name, const std::vector<const std::string*>* list) {
     if (list != nullptr && !list->empty()) {
-      out << ", \"" << name << "\": [";
-      mergeList(*list, out);
-      out << ']';
+      text.append(", \"").append(name).append("\": [");
+      appendMerged(text, *list);
+      text += ']';
     }
   };
-  out << R"({"version": ")" << version_ << '"';
-  writeList("environments", environments_);
-  writeList("events", events_);
-  out << '}';
-  return std::move(out).str();
+  addList("environments", environments_);
+  addList("events", events_);
+  text += '}';
+  return text;
 }
 
 }  // namespace qel::log::analytics::items

@@ -43,4 +43,8 @@ std::map<std::string, std::string> MemoryUsageItem::getDetails() const {
   return details;
 }
 
+void MemoryUsageItem::addDetailsTo(json::JsonObject& json) const {
+  BaseEventItem::addDetailsTo(json);
+}
+
 }  // namespace qel::log::analytics::items
