@@ -51,7 +51,6 @@ TEST_F(SendingPassTest, ClosesAPackageWithTheRowThatReachesTheLimit) {
       {{"55555", "55555", "1"}, {"delete 1 1,2", "delete 1 3", "vacuum"}},
       {{"333", "333", "333", "333", "333"}, {"delete 1 1,2,3,4", "delete 1 5", "vacuum"}},
       {{"55555", "4444"}, {"delete 1 1,2", "vacuum"}},
-      {{"fifteen bytes..", "1", "2"}, {"delete 1 1", "delete 1 2,3", "vacuum"}},
       {{"1", "fifteen bytes..", "2"}, {"delete 1 1,2", "delete 1 3", "vacuum"}},
       {{"twenty bytes........", "ten bytes."}, {"delete 1 1", "delete 1 2", "vacuum"}},
       {{"", "", "ten bytes.", ""}, {"delete 1 1,2,3", "delete 1 4", "vacuum"}},

@@ -1,5 +1,4 @@
 #include <future>
-#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -110,31 +109,6 @@ TEST_F(DispatcherTest, ReportsAssertionsTheWayTheStartingThreadDoes) {
   add(start(never, 2), {"a"});
   dispatcher_->join();
   EXPECT_THAT(assertions.lines(), ElementsAre("f (file:1): from the worker"));
-}
-
-TEST_F(DispatcherTest, LosesAndDoublesNothingFromManyThreads) {
-  constexpr int itemsEach = 2000;
-  auto& dispatcher = start(100us, 4 * itemsEach);
-  std::vector<std::thread> adders;
-  for (const std::string thread : {"a", "b", "c", "d"}) {
-    adders.emplace_back([&dispatcher, thread] {
-      for (int i = 0; i < itemsEach; ++i) {
-        add(dispatcher, {thread + std::to_string(i)});
-      }
-    });
-  }
-  for (auto& adder : adders) {
-    adder.join();
-  }
-  dispatcher.join();
-  std::map<char, int> nextOf;
-  for (const auto& batch : batches()) {
-    for (const auto& event : batch) {
-      EXPECT_EQ(event.substr(1), std::to_string(nextOf[event[0]]++));
-    }
-  }
-  EXPECT_EQ(nextOf, (std::map<char, int>{
-                        {'a', itemsEach}, {'b', itemsEach}, {'c', itemsEach}, {'d', itemsEach}}));
 }
 
 }  // namespace
