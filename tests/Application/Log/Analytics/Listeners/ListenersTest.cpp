@@ -9,6 +9,7 @@
 #include "Application/Log/Analytics/Listeners/ActionListener.h"
 #include "Application/Log/Analytics/Listeners/ApplicationListener.h"
 #include "Application/Log/Analytics/Listeners/IssueListStorageListener.h"
+#include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/MemoryStorage.h"
 
