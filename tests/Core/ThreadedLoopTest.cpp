@@ -93,22 +93,6 @@ TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
   qel::utilities::debugger::Debugger::setHook({});
 }
 
-TEST(ThreadedLoopTest, RunsTheSetUpFirstOnTheWorker) {
-  std::thread::id settingUp;
-  std::thread::id working;
-  {
-    ThreadedLoop loop;
-    loop.perform([&] { settingUp = std::this_thread::get_id(); },
-                 [&] {
-                   working = std::this_thread::get_id();
-                   return settingUp == working;
-                 },
-                 never, {RunPolicy::AtStart, true});
-  }
-  EXPECT_EQ(settingUp, working);
-  EXPECT_NE(settingUp, std::this_thread::get_id());
-}
-
 TEST(ThreadedLoopTest, ReportsMisuse) {
   const qel::test::AssertionRecorder assertions;
   ThreadedLoop loop;
