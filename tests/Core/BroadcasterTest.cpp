@@ -1,7 +1,3 @@
-#include <functional>
-#include <string>
-#include <utility>
-
 #include <gmock/gmock.h>
 
 #include "Core/Utilities/Template/Broadcaster.h"
@@ -25,7 +21,8 @@ using testing::IsEmpty;
 using Diary = std::vector<std::string>;
 
 struct Listener : ListenerInterface {
-  Listener(std::string name, Diary& diary) : name(std::move(name)), diary(diary) {}
+  Listener(std::string ownName, Diary& sharedDiary)
+      : name(std::move(ownName)), diary(sharedDiary) {}
   void heard(const std::string& text) override {
     diary.push_back(name + ":" + text);
     std::exchange(reaction, [] {})();

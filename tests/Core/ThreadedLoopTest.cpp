@@ -1,5 +1,4 @@
 #include <deque>
-#include <stdexcept>
 
 #include <gmock/gmock.h>
 

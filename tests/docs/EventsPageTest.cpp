@@ -1,8 +1,4 @@
 #include <fstream>
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 

@@ -5,11 +5,7 @@ namespace qel::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 constexpr const char* serverName = "analytics.qel.example";
 
@@ -98,9 +94,9 @@ TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
     }
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 AllOf(HasSubstr("qel.log.analytics.Client: sending CIP data has "),
-                      testing::Not(HasSubstr("secret"))));
+                      Not(HasSubstr("secret"))));
   }
-  EXPECT_THAT(waiting("Items"), SizeIs(testing::Ge(std::size(bad))));
+  EXPECT_THAT(waiting("Items"), SizeIs(Ge(std::size(bad))));
   EXPECT_THAT(waiting("Environments"), SizeIs(std::size(bad)));
   const HttpsTestServer elsewhere({.identity = certificates_.issue("127.0.0.1")});
   reply_ = {.status = 302, .headers = "Location: https://" + elsewhere.address() + "/\r\n"};

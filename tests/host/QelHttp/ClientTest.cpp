@@ -1,7 +1,5 @@
-#include <array>
 #include <cstdlib>
 #include <thread>
-#include <vector>
 
 #include "tests/host/QelHttp/HttpFixture.h"
 
@@ -10,10 +8,7 @@ namespace {
 
 using namespace std::string_literals;
 using test::HttpsTestServer;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 using ClientTest = HttpFixture;
 

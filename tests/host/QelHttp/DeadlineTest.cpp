@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <future>
-#include <string_view>
 #include <thread>
 
 #include <netdb.h>

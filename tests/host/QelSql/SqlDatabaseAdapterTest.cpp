@@ -1,11 +1,6 @@
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <future>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -30,12 +25,7 @@ using namespace std::string_literals;
 using std::chrono::steady_clock;
 using test::contentOf;
 using test::write;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::SizeIs;
-using testing::ThrowsMessage;
+using namespace testing;
 using Rows = Result::Rows;
 
 /// A database with a table T.

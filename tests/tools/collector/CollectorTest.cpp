@@ -16,10 +16,7 @@ namespace {
 
 using std::chrono::steady_clock;
 using test::query;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 constexpr const char* path = "/authenticated/customer-care.php";
 constexpr const char* json = "application/json; charset=utf-8";
@@ -109,7 +106,7 @@ TEST_F(CollectorTest, storesNothingOfAPackageWhileTheStoreIsFull) {
   EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre());
   query(store_, "DROP TRIGGER full");
   EXPECT_EQ(statusOf(client_.Post(path, text, json)), 204);
-  EXPECT_THAT(query(store_, "SELECT text FROM events"), testing::SizeIs(2));
+  EXPECT_THAT(query(store_, "SELECT text FROM events"), SizeIs(2));
 }
 
 TEST_F(CollectorTest, servesOthersBesideSlowAndEndlessClients) {

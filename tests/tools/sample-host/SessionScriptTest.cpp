@@ -1,7 +1,3 @@
-#include <map>
-#include <sstream>
-#include <string>
-
 #include <gmock/gmock.h>
 
 #include "tools/common/CommandLine.h"

@@ -1,9 +1,6 @@
 // Runs the program itself.
 
-#include <algorithm>
 #include <filesystem>
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -14,11 +11,7 @@
 namespace qel::samplehost {
 namespace {
 
-using testing::AllOf;
-using testing::ContainsRegex;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 struct Outcome {
   std::string output;
@@ -61,7 +54,7 @@ TEST_F(SessionTest, StoresOnlyWhatItIsAllowedToAndKeepsTheInstallation) {
                     ContainsRegex("stored +0 "), ContainsRegex("for support +3 ")));
   EXPECT_THAT(query("ItemDatabase.db", "SELECT json FROM Items"), IsEmpty());
   const auto kept = query("SupportDatabase.db", envelope);
-  EXPECT_THAT(kept, ElementsAre(testing::MatchesRegex("[0-9A-F-]{36}.0A1B.*89AB")));
+  EXPECT_THAT(kept, ElementsAre(MatchesRegex("[0-9A-F-]{36}.0A1B.*89AB")));
 
   const auto run =
       play(inData() + deadServer + "--no-support --session-id " + session, started).output;
@@ -72,7 +65,7 @@ TEST_F(SessionTest, StoresOnlyWhatItIsAllowedToAndKeepsTheInstallation) {
               ContainsRegex("sending CIP data has failed.* at 127.0.0.1:1 failed: "));
 
   play(inData() + deadServer + "--installation-id 'office 4'", started);
-  EXPECT_THAT(query("ItemDatabase.db", envelope).back(), testing::StartsWith("office 4|"));
+  EXPECT_THAT(query("ItemDatabase.db", envelope).back(), StartsWith("office 4|"));
 }
 
 TEST_F(SessionTest, SaysThatAFloodEndedStorage) {

@@ -2,7 +2,9 @@
 
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/CrashReportItem.h"
+#include "host/QelAssert/Assert.h"
 #include "host/QelUtilities/Debugger.h"
+#include "tests/support/AssertionRecorder.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/Tally.h"
 
@@ -11,15 +13,13 @@ namespace {
 
 using test::MemoryStorage;
 using test::Tally;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 using utilities::debugger::Debugger;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
 
-void insert(CipDatabases& databases) {
-  databases.insert(std::make_unique<items::CrashReportItem>("event"), Items);
+void insert(CipDatabases& databases, const std::string& event = "event") {
+  databases.insert(std::make_unique<items::CrashReportItem>(event), Items);
 }
 
 /// Renders what the test says.
@@ -69,6 +69,46 @@ TEST(CipDatabasesTest, WritesByItselfWhatItRendersOnceToTheSupportDatabaseFirst)
   EXPECT_THAT(inSupportBefore, ElementsAre("text"));
   EXPECT_THAT(storage.sending->texts(Items), ElementsAre("text"));
   EXPECT_EQ(&databases.getCipDatabase(), storage.sending);
+}
+
+TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
+  MemoryStorage storage;
+  auto& databases = storage.initialized();
+  storage.sending->beforeBatch = [&] {
+    storage.sending->beforeBatch = {};
+    insert(databases, "meanwhile");
+  };
+  databases.insert(nullptr, Items);
+  insert(databases, "a");
+  insert(databases, "b");
+  databases.join();
+  insert(databases, "c");
+  EXPECT_THAT(storage.recorded(),
+              ElementsAre("Application|Crash Report|a|", "Application|Crash Report|b|",
+                          "Application|Crash Report|meanwhile|", "Application|Crash Report|c|"));
+  EXPECT_FALSE(databases.errorOccurred());
+}
+
+TEST(CipDatabasesTest, DiscardsAtItsEndWhatIsStillQueued) {
+  test::Tally batches;
+  {
+    AccumulatingDispatcher dispatcher([&](const auto&) { batches.add(); }, std::chrono::hours(1),
+                                      2);
+    dispatcher.start();
+    dispatcher.add(std::make_unique<items::CrashReportItem>("lost"), Items);
+  }
+  EXPECT_EQ(batches.count(), 0);
+}
+
+TEST(CipDatabasesTest, ReportsAssertionsOfItsThreadTheWayTheHostsThreadDoes) {
+  const test::AssertionRecorder assertions;
+  MemoryStorage storage;
+  storage.support->beforeBatch = [] {
+    assert::Assert::addAssert({"from the worker", "f", "file", 1});
+  };
+  insert(storage.initialized());
+  storage.databases->join();
+  EXPECT_THAT(assertions.lines(), ElementsAre("f (file:1): from the worker"));
 }
 
 TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {

@@ -4,6 +4,8 @@
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "tests/support/MemoryDatabaseClient.h"
 #include "tests/support/Query.h"
 #include "tests/support/StoredEvent.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -12,9 +14,7 @@ namespace qel::log::analytics {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
+using namespace testing;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
@@ -117,6 +117,69 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   }
   EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
   EXPECT_THAT(client.getAll(Environments).second, IsEmpty());
+}
+
+std::shared_ptr<SupportDatabaseClient> opened(const test::TemporaryDirectory& directory) {
+  auto client = std::make_shared<SupportDatabaseClient>(std::nullopt);
+  client->initialize(directory.text());
+  return client;
+}
+
+TEST(SupportDatabaseExporterTest, CopiesExactlyTheSessionsRows) {
+  const std::string ours = R"({"SessionId": "S", "it's": 1})";
+  const std::string machine = R"({"SessionId": "S", "machine": 2})";
+  const test::TemporaryDirectory from;
+  const test::TemporaryDirectory to;
+  const auto source = opened(from);
+  const auto target = opened(to);
+  source->insertMultiple({{R"({"SessionId": "ST"})", Items},
+                          {ours, Items},
+                          {R"({"SessionId":"S"})", Items},
+                          {ours + " ", Items},
+                          {machine, Environments}});
+  SupportDatabaseExporter exporter(source);
+  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("U", target));
+  EXPECT_THAT(target->getAllItems(), IsEmpty());
+  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  EXPECT_THAT(target->getAllItems(), ElementsAre(Pair(1, ours), Pair(2, ours + " ")));
+  EXPECT_THAT(target->getAll(Environments).second, ElementsAre(Pair(1, machine)));
+  EXPECT_FALSE(SupportDatabaseExporter(std::make_shared<SupportDatabaseClient>(std::nullopt))
+                   .exportLastSessionToSqliteFile("S", target));
+}
+
+using Session = std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>;
+
+/// A source that has what the test says.
+class Source : public test::MemoryDatabaseClient {
+ public:
+  Session getAllFromSession(std::string) override { return session; }
+  Session session;
+};
+
+TEST(SupportDatabaseExporterTest, LooksAtTheItemsOnlyWhereThereAreNoEnvironments) {
+  const auto source = std::make_shared<Source>();
+  const auto target = std::make_shared<test::MemoryDatabaseClient>();
+  SupportDatabaseExporter exporter(source);
+  const std::pair<Session, std::optional<bool>> cases[] = {
+      {{}, false},
+      {{{Environments, {}}, {Items, {}}}, false},
+      {{{Environments, {}}}, std::nullopt},
+      {{{Items, {{1, "i"}}}}, std::nullopt},
+      {{{Environments, {{1, "e"}}}}, true},
+      {{{Environments, {}}, {Items, {{1, "i"}}}}, true},
+  };
+  for (const auto& [session, isExported] : cases) {
+    source->session = session;
+    const auto run = [&] { return exporter.exportLastSessionToSqliteFile("S", target); };
+    if (isExported) {
+      EXPECT_EQ(run(), isExported);
+    } else {
+      EXPECT_THAT(run, ThrowsMessage<std::out_of_range>("invalid map<K, T> key"));
+      EXPECT_THAT(target->texts(Items), IsEmpty());
+    }
+  }
+  EXPECT_THAT(target->texts(Environments), ElementsAre("e"));
+  EXPECT_THAT(target->texts(Items), ElementsAre("i"));
 }
 
 }  // namespace

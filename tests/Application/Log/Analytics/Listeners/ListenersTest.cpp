@@ -1,15 +1,9 @@
 // What listeners record of each notification is tested with the whole sample session.
 
-#include <functional>
-#include <stdexcept>
-
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include "Application/Log/Analytics/Listeners/ActionListener.h"
-#include "Application/Log/Analytics/Listeners/ApplicationListener.h"
 #include "Application/Log/Analytics/Listeners/IssueListStorageListener.h"
-#include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/MemoryStorage.h"
 
@@ -22,32 +16,6 @@ using issue::MessageCategory;
 using issue::ObjectAttributes;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// Notes its calls as items, so that their place among the others can be seen.
-class NotingReporter : public reports::MemoryUsageReporterInterface {
- public:
-  explicit NotingReporter(CipDatabases& databases) : databases_(databases) {}
-  void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override { note("process"); }
-  void reportDetailedMemoryUsageOfSystemForCrash() const override { note("system"); }
-
- private:
-  void note(const std::string& what) const {
-    ActionListener(databases_).onHelpAction({{what, {}}});
-  }
-
-  CipDatabases& databases_;
-};
-
-TEST(ApplicationListenerTest, ACrashIsFollowedByTheMemoryOfProcessAndSystem) {
-  test::MemoryStorage storage;
-  auto& databases = storage.initialized();
-  ApplicationListener listener(databases, std::make_shared<NotingReporter>(databases),
-                               storage.webUpdateReporter);
-  listener.onApplicationCrashed({{"access violation"}, -1073741819});
-  EXPECT_THAT(storage.recorded(),
-              ElementsAre("Application|Crashed|access violation|Exception Code=3221225477",
-                          "Help|Action|process|", "Help|Action|system|"));
-}
 
 class Information : public IssueListInformationInterface {
  public:
