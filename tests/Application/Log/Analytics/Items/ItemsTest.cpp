@@ -72,15 +72,9 @@ TEST(MemoryUsageItemTest, NamesReadingsByTheirSecondAndKeepsTheFirstOfEach) {
                                {DateTime(-1.5), 18446744073709551615U},
                                {DateTime(1e22), 600}});
   item.addDetailedMemoryUsage({{DateTime(999), 700}, {DateTime(45010), 800}});
-  EXPECT_EQ(item.getDetails(),
-            (std::map<std::string, std::string>{{"-0", "500"},
-                                                {"-1", "18446744073709551615"},
-                                                {"10000000000000000000000", "600"},
-                                                {"45000", "100"},
-                                                {"45002", "300"},
-                                                {"45010", "800"},
-                                                {"999", "0"},
-                                                {"Min", "7"}}));
+  EXPECT_EQ(summaryOf(item.toJson()),
+            "MemoryUsage|Total|Runtime|-0=500;-1=18446744073709551615;10000000000000000000000=600;"
+            "45000=100;45002=300;45010=800;999=0;Min=7");
 }
 
 QelEnvironmentInfo application(const std::string& name, bool isCurrent) {
