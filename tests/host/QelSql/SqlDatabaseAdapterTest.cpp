@@ -245,6 +245,28 @@ TEST_F(SqlDatabaseAdapterTest, StoresATransactionWholeOrNotAtAll) {
   EXPECT_EQ((Rows{{"1", "fourth"}, {"2", "fifth"}}), database.rows());
 }
 
+TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
+  Database database(file_);
+  auto others = std::async(std::launch::async, [&] {
+    for (int i = 0; i < 40; ++i) {
+      EXPECT_TRUE(database.insert("single"));
+    }
+  });
+  auto batches = std::async(std::launch::async, [&] {
+    for (int i = 0; i < 40; ++i) {
+      const auto guard = database.beginTransaction();
+      EXPECT_TRUE(database.insert("paired"));
+      EXPECT_EQ(i % 2 == 0, database.insert(i % 2 == 0 ? "paired" : "'"));
+    }
+  });
+  while (others.wait_for(0s) != std::future_status::ready ||
+         batches.wait_for(0s) != std::future_status::ready) {
+    EXPECT_EQ((Rows{{"0"}}),
+              database.execute("SELECT count(*) % 2 FROM T WHERE json = 'paired'").result());
+  }
+  EXPECT_THAT(database.rows(), SizeIs(80));
+}
+
 TEST_F(SqlDatabaseAdapterTest, WaitsOneSecondInAllOnTheOpeningThread) {
   Database database(file_);
   SqlDatabaseAdapter other(file_);

@@ -1,3 +1,6 @@
+#include <latch>
+#include <thread>
+
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Database/CipDatabases.h"
@@ -87,6 +90,33 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
               ElementsAre("Application|Crash Report|a|", "Application|Crash Report|b|",
                           "Application|Crash Report|meanwhile|", "Application|Crash Report|c|"));
   EXPECT_FALSE(databases.errorOccurred());
+}
+
+TEST(CipDatabasesTest, LosesAndDoublesNothingFromManyThreads) {
+  constexpr int itemsEach = 2500;
+  MemoryStorage storage;
+  auto& databases = storage.initialized();
+  std::latch begun(4);
+  std::vector<std::jthread> adders;
+  for (const std::string thread : {"a", "b", "c", "d"}) {
+    adders.emplace_back([&, thread] {
+      std::vector<std::unique_ptr<items::CrashReportItem>> items;
+      for (int i = 0; i < itemsEach; ++i) {
+        items.push_back(std::make_unique<items::CrashReportItem>(thread + std::to_string(i)));
+      }
+      begun.arrive_and_wait();
+      for (auto& item : items) {
+        databases.insert(std::move(item), Items);
+      }
+    });
+  }
+  adders.clear();
+  std::map<std::string, int> nextOf;
+  for (const auto& event : storage.recorded()) {
+    const auto name = event.substr(event.find("|Crash Report|") + 14);
+    EXPECT_EQ(name.substr(1), std::to_string(nextOf[name.substr(0, 1)]++) + '|');
+  }
+  EXPECT_THAT(nextOf, AllOf(SizeIs(4), Each(Pair(_, itemsEach))));
 }
 
 TEST(CipDatabasesTest, DiscardsAtItsEndWhatIsStillQueued) {
