@@ -1,7 +1,3 @@
-#include <functional>
-#include <string>
-#include <utility>
-
 #include <gmock/gmock.h>
 
 #include "Core/Utilities/Template/Broadcaster.h"
@@ -9,8 +5,7 @@
 
 namespace sample {
 
-class ListenerInterface {
- public:
+struct ListenerInterface {
   virtual ~ListenerInterface() = default;
   virtual void heard(const std::string& text) = 0;
 };
@@ -19,26 +14,23 @@ class ListenerInterface {
 
 namespace {
 
-using qel::test::AssertionRecorder;
 using sample::ListenerInterface;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Diary = std::vector<std::string>;
 
-class Listener : public ListenerInterface {
- public:
-  Listener(std::string name, Diary& diary) : name_(std::move(name)), diary_(diary) {}
+struct Listener : ListenerInterface {
+  Listener(std::string ownName, Diary& sharedDiary)
+      : name(std::move(ownName)), diary(sharedDiary) {}
   void heard(const std::string& text) override {
-    diary_.push_back(name_ + ":" + text);
+    diary.push_back(name + ":" + text);
     std::exchange(reaction, [] {})();
   }
 
+  const std::string name;
+  Diary& diary;
   std::function<void()> reaction = [] {};
-
- private:
-  const std::string name_;
-  Diary& diary_;
 };
 
 class BroadcasterTest : public testing::Test {
@@ -56,7 +48,7 @@ class BroadcasterTest : public testing::Test {
 
   Diary diary_;
   qel::Broadcaster<ListenerInterface> broadcaster_;
-  AssertionRecorder assertions_;
+  qel::test::AssertionRecorder assertions_;
 };
 
 TEST_F(BroadcasterTest, CallsLiveListenersInOrderOfRegistrationUntilTheyAreTakenOff) {
@@ -80,14 +72,14 @@ TEST_F(BroadcasterTest, ReportsMisuseAndGoesOnUnlessAssertionsAreOff) {
     broadcaster_.unregisterListener(std::make_shared<Listener>("stranger", diary_));
   }
   const std::string name = "qel::Broadcaster<class sample::ListenerInterface>::";
-  const std::string file = " (Core/Utilities/Template/Broadcaster:";
+  const std::string registering = name + "registerListener (Core/Utilities/Template/Broadcaster:";
+  const std::string removing = name + "unregisterListener (Core/Utilities/Template/Broadcaster:";
   EXPECT_THAT(
       assertions_.lines(),
-      ElementsAre(name + "registerListener" + file + "53): Trying to register a nullptr listener",
-                  name + "unregisterListener" + file +
-                      "61): Broadcaster::unregisterListener shouldn't be called with nullptr",
-                  name + "unregisterListener" + file +
-                      "69): Trying to unregister a non registered listener"));
+      ElementsAre(
+          registering + "53): Trying to register a nullptr listener",
+          removing + "61): Broadcaster::unregisterListener shouldn't be called with nullptr",
+          removing + "69): Trying to unregister a non registered listener"));
   EXPECT_THAT(hear("x"), IsEmpty());
 }
 

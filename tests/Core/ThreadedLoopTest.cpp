@@ -1,5 +1,4 @@
 #include <deque>
-#include <stdexcept>
 
 #include <gmock/gmock.h>
 
@@ -91,22 +90,6 @@ TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
       testing::MatchesRegex("(Assert in ThreadedLoop\\(.*NamedCallable\\): disk on fire\n){2}"
                             "Assert in ThreadedLoop\\(.*lambda.*\\)\n"));
   qel::utilities::debugger::Debugger::setHook({});
-}
-
-TEST(ThreadedLoopTest, RunsTheSetUpFirstOnTheWorker) {
-  std::thread::id settingUp;
-  std::thread::id working;
-  {
-    ThreadedLoop loop;
-    loop.perform([&] { settingUp = std::this_thread::get_id(); },
-                 [&] {
-                   working = std::this_thread::get_id();
-                   return settingUp == working;
-                 },
-                 never, {RunPolicy::AtStart, true});
-  }
-  EXPECT_EQ(settingUp, working);
-  EXPECT_NE(settingUp, std::this_thread::get_id());
 }
 
 TEST(ThreadedLoopTest, ReportsMisuse) {

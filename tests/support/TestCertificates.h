@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
+#include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
@@ -19,15 +22,37 @@ enum class Validity { Current, Expired };
 /// certifies. The files are removed with it.
 class TestCertificates {
  public:
-  TestCertificates();
+  TestCertificates() {
+    run("openssl req -x509" + newKey() + "-keyout ca.key -out ca.pem -subj /CN=" +
+        directory_.path().filename().string());  // Chains are built by name.
+  }
 
   /// The authority's own certificate, to be trusted (PEM).
-  std::string caFile() const;
+  std::string caFile() const { return directory_.path() / "ca.pem"; }
 
   /// A certificate for the host name.
-  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
+  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current) {
+    const std::string stem = "server" + std::to_string(++issued_);
+    run("openssl req" + newKey() + "-keyout " + stem + ".key -out request -subj /CN=" + name +
+        " -addext subjectAltName=DNS:" + name +
+        " && openssl x509 -req -in request -copy_extensions copy -CA ca.pem -CAkey ca.key -out " +
+        stem + ".pem -days " + (validity == Validity::Expired ? "-1" : "1"));
+    return {directory_.path() / (stem + ".pem"), directory_.path() / (stem + ".key")};
+  }
 
  private:
+  static std::string newKey() {
+    return " -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes ";
+  }
+
+  void run(const std::string& commands) const {
+    const std::string inside = "cd " + directory_.text() + " && { " + commands + "; } 2>log";
+    if (std::system(inside.c_str()) != 0) {  // NOLINT(cert-env33-c): nothing in it is from outside
+      throw std::runtime_error("cannot make a certificate: " +
+                               contentOf(directory_.path() / "log"));
+    }
+  }
+
   const TemporaryDirectory directory_;
   int issued_ = 0;
 };

@@ -1,7 +1,4 @@
-#include <chrono>
 #include <cmath>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -11,14 +8,8 @@
 namespace qel::datetime {
 namespace {
 
-TEST(DateTimeTest, NowIsTheSystemClocksTime) {
-  const double now = DateTime::now().secondsSinceEpoch();
-  const std::chrono::duration<double> later = std::chrono::system_clock::now().time_since_epoch();
-  EXPECT_NEAR(now, later.count(), 1);
-}
-
 TEST(DateTimeFormatTest, WritesUtcWithMilliseconds) {
-  const std::vector<std::pair<double, std::string>> texts = {
+  const std::pair<double, const char*> texts[] = {
       {1795253405.1239, "2026-11-21T09:30:05.123Z"},  // cut
       {1735689599.9999, "2024-12-31T23:59:59.999Z"},  // a rounded one would lie in the next year
       {951782400, "2000-02-29T00:00:00.000Z"},

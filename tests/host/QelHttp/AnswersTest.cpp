@@ -1,5 +1,3 @@
-#include <vector>
-
 #include "tests/host/QelHttp/HttpFixture.h"
 
 namespace qel::protocol::https {
@@ -9,11 +7,7 @@ using test::AnswerAfter;
 using test::HttpsTestServer;
 using test::Manner;
 using test::Protocol;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::MatchesRegex;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 using AnswersTest = HttpFixture;
 

@@ -1,19 +1,35 @@
-#include <array>
 #include <cstdlib>
+#include <future>
 #include <thread>
-#include <vector>
 
+#include <netdb.h>
+
+#include "host/QelUtilities/ScopeGuard.h"
 #include "tests/host/QelHttp/HttpFixture.h"
+
+namespace {
+
+std::promise<void> lookUpBegan;
+std::promise<void> lookUpMayEnd;
+
+}  // namespace
+
+/// In place of the system's: nothing here has to be looked up, and one name takes forever.
+extern "C" int getaddrinfo(const char* name, const char*, const addrinfo*, addrinfo**) {
+  if (name != nullptr && std::string_view(name) == "slow.example") {
+    lookUpBegan.set_value();
+    lookUpMayEnd.get_future().wait();
+  }
+  return EAI_NONAME;
+}
 
 namespace qel::protocol::https {
 namespace {
 
 using namespace std::string_literals;
+using std::chrono::milliseconds;
 using test::HttpsTestServer;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 using ClientTest = HttpFixture;
 
@@ -95,13 +111,6 @@ TEST_F(ClientTest, KeepsConnectionsUntilClosedOrSetAnew) {
   setSettings(settings);
   EXPECT_THAT(post(message()), HasSubstr("certificate"));
   EXPECT_EQ(server.requests().size(), 3U);
-
-  const HttpsTestServer closing(serverOptions({200, test::Manner::Truncated}));
-  setSettings(settingsFor(closing));
-  for (int i = 1; i <= 5; ++i) {
-    ASSERT_EQ(post(message()), "200");
-    EXPECT_EQ(closing.connections(), i);
-  }
 }
 
 TEST_F(ClientTest, GoesThroughNoProxyButTheOneThatIsSet) {
@@ -147,6 +156,38 @@ TEST_F(ClientTest, ServesSeveralThreadsWhileSettingsChange) {
     thread.join();
   }
   EXPECT_EQ(server.requests().size(), 100U);
+}
+
+/// That a transfer ends wherever it stands, and that the process exits under one, is tested with
+/// the whole client.
+using DeadlineTest = HttpFixture;
+
+TEST_F(DeadlineTest, DoesNotWaitForANameServer) {
+  const ScopeGuard releasing([] { lookUpMayEnd.set_value(); });
+  setSettings({});
+  auto message = this->message();
+  message.host = "slow.example";
+  auto posting = std::async(std::launch::async, [&] { return post(message); });
+  lookUpBegan.get_future().wait();
+  setExitDeadline(milliseconds(50));
+  // Far above what an ended transfer needs, far below every other limit.
+  EXPECT_EQ(posting.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+  EXPECT_EQ(posting.get(), "posting to slow.example failed: the exit deadline has passed");
+}
+
+TEST_F(DeadlineTest, LeavesWhatEndsBeforeItAlone) {
+  const HttpsTestServer server(serverOptions());
+  setSettings(settingsFor(server));
+  const std::pair<std::optional<milliseconds>, std::string> cases[] = {
+      {milliseconds(60'000), "200"},
+      {milliseconds::max(), "200"},
+      {milliseconds::min(), failureAt(server) + "the exit deadline has passed"},
+      {std::nullopt, "200"},
+  };
+  for (const auto& [fromNow, expected] : cases) {
+    setExitDeadline(fromNow);
+    EXPECT_EQ(post(message()), expected);
+  }
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <map>
-#include <sstream>
-
 #include <gmock/gmock.h>
 
 #include "tools/collector/Credentials.h"

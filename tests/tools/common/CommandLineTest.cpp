@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include <gmock/gmock.h>
 
 #include "tools/common/CommandLine.h"

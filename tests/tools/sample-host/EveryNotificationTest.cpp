@@ -1,7 +1,5 @@
 // Plays every notification there is with the program itself.
 
-#include <sstream>
-
 #include <gmock/gmock.h>
 
 #include "tests/support/Files.h"

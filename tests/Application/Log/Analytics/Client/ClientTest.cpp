@@ -20,13 +20,7 @@ namespace qel::log::analytics {
 namespace {
 
 using broadcaster::ActionBroadcaster;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Matches;
-using testing::StartsWith;
-using testing::ThrowsMessage;
+using namespace testing;
 using utilities::debugger::Debugger;
 
 void help(const std::string& topic) {
@@ -97,17 +91,20 @@ TEST_F(ClientTest, TheListenerOfStoredIssuesLapsesWithTheClientOrWithItsSuccesso
   EXPECT_THAT(assertions_.lines(), IsEmpty());
 }
 
-TEST_F(ClientTest, SamplesMemoryFromActivationOn) {
+TEST_F(ClientTest, ACrashIsFollowedByTheMemoryOfProcessAndSystem) {
   client_->activate(storage_.parameter);
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  const auto crash = [] {
+  const auto told = ElementsAre("Application|Crashed|crash|Exception Code=1",
+                                StartsWith("MemoryUsage|Application|Crashed|"),
+                                StartsWith("MemoryUsage|Total|Crashed|"));
+  std::vector<std::string> last;
+  while (!Matches(told)(last)) {  // There may be no sample yet.
+    ASSERT_LT(std::chrono::steady_clock::now(), limit);
     broadcaster::ApplicationBroadcaster::getInstance().notify(
         &broadcaster::ApplicationListenerInterface::onApplicationCrashed,
         broadcaster::event::ApplicationCrashEvent{{"crash"}, 1});
-  };
-  const auto memoryIsTold = Contains(StartsWith("MemoryUsage|Total|Crashed|"));
-  for (crash(); !Matches(memoryIsTold)(storage_.recorded()); crash()) {
-    ASSERT_LT(std::chrono::steady_clock::now(), limit);
+    last = storage_.recorded();
+    last.erase(last.begin(), last.end() - std::min<std::ptrdiff_t>(3, std::ssize(last)));
   }
 }
 
@@ -121,17 +118,12 @@ TEST_F(ClientTest, WithoutPermissionItDescribesTheMachineOnceAndOnceMoreWhenSend
   EXPECT_THAT(environments(), ElementsAre(stamped, stamped));
 }
 
-TEST_F(ClientTest, AnEnvironmentIsNotRequired) {
+TEST_F(ClientTest, NeedsNoEnvironmentButThrowsOnceActiveWithoutAWayToAskForPermission) {
   storage_.parameter.createEnvironmentItem = [] { return nullptr; };
-  client_->activate(storage_.parameter);
-  EXPECT_THAT(environments(), IsEmpty());
-  EXPECT_FALSE(storage_.databases->errorOccurred());
-}
-
-TEST_F(ClientTest, WithoutAWayToAskForPermissionActivationThrowsAfterItIsActive) {
   storage_.parameter.isSendingAllowed = {};
   EXPECT_THROW(client_->activate(storage_.parameter), std::bad_function_call);
   EXPECT_TRUE(client_->isActive());
+  EXPECT_FALSE(storage_.databases->errorOccurred());
 }
 
 TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
@@ -149,15 +141,11 @@ TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
 }
 
 TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
-  const struct {
-    std::function<void()> failure;
-    std::string message;
-    std::string onStandardError;
-  } cases[] = {
-      {[] { throw std::out_of_range("no row"); }, "no row", "): no row\n"},
-      {[] { throw 1; }, "Unknown Exception", ")\n"},
+  const std::pair<std::function<void()>, std::string> cases[] = {
+      {[] { throw std::out_of_range("no row"); }, "no row"},
+      {[] { throw 1; }, "Unknown Exception"},
   };
-  for (const auto& [failure, message, onStandardError] : cases) {
+  for (const auto& [failure, message] : cases) {
     test::Tally breaks;
     Debugger::setHook([&] { breaks.add(); });
     test::MemoryStorage storage;
@@ -168,25 +156,23 @@ TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
     EXPECT_TRUE(breaks.reaches(2));  // one for the pass, one for the loop that the pass ends
     Debugger::setHook({});
     EXPECT_THAT(storage.recorded(), ElementsAre("CIP|SendingItems|Exception|Message=" + message));
-    const auto errors = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(errors, HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: " +
-                                  message + "\n"));
-    EXPECT_THAT(errors, HasSubstr("Assert in ThreadedLoop("));
-    EXPECT_THAT(errors, testing::EndsWith(onStandardError));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: " +
+                          message + "\n"));
   }
 }
 
 TEST_F(ClientTest, UnregistersInTheOrderOfRegistration) {
   client_->activate(storage_.parameter);
   // Each broadcaster, emptied from outside, reports when the client wants to take its listener off.
-  ActionBroadcaster::getInstance() = {};
-  broadcaster::ApplicationBroadcaster::getInstance() = {};
-  broadcaster::CommandBroadcaster::getInstance() = {};
-  broadcaster::ProjectBroadcaster::getInstance() = {};
-  issue::ui::UserActionBroadcaster::getInstance() = {};
-  broadcaster::CollisionUserActionBroadcaster::getInstance() = {};
-  broadcaster::SaveBroadcaster::getInstance() = {};
-  broadcaster::GeneralBroadcaster::getInstance() = {};
+  const auto empty = [](auto&... broadcasters) { ((broadcasters = {}), ...); };
+  empty(ActionBroadcaster::getInstance(), broadcaster::ApplicationBroadcaster::getInstance(),
+        broadcaster::CommandBroadcaster::getInstance(),
+        broadcaster::ProjectBroadcaster::getInstance(),
+        issue::ui::UserActionBroadcaster::getInstance(),
+        broadcaster::CollisionUserActionBroadcaster::getInstance(),
+        broadcaster::SaveBroadcaster::getInstance(),
+        broadcaster::GeneralBroadcaster::getInstance());
   client_.reset();
   const auto takenOff = [](const std::string& listener) {
     return StartsWith("qel::Broadcaster<class qel::" + listener +

@@ -4,6 +4,7 @@
 #include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/AssertionRecorder.h"
+#include "tests/support/Query.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics::details {
@@ -11,9 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using db::sql::SqlDatabaseAdapter;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
+using namespace testing;
 
 /// A database file whose statements can be made to throw.
 class Database : public SqlDatabaseAdapter {
@@ -31,13 +30,8 @@ class Database : public SqlDatabaseAdapter {
 
 class DatabaseAdapterTest : public testing::Test {
  protected:
-  /// The first column of what a statement yields.
-  std::vector<std::string> column(const std::string& statement) {
-    std::vector<std::string> texts;
-    for (const auto& row : database_->execute(statement).result()) {
-      texts.push_back(row.front());
-    }
-    return texts;
+  std::vector<std::string> query(const std::string& statement) const {
+    return test::query(directory_.path() / "T", statement);
   }
 
   test::TemporaryDirectory directory_;
@@ -50,7 +44,7 @@ TEST_F(DatabaseAdapterTest, MakesTheseTables) {
   plain_.addTableIfNotExists("Items");
   plain_.addTableIfNotExists("Items");
   stamped_.addTableIfNotExists("Stamped");
-  EXPECT_THAT(column("SELECT sql FROM sqlite_schema WHERE name <> 'sqlite_sequence'"),
+  EXPECT_THAT(query("SELECT sql FROM sqlite_schema WHERE name <> 'sqlite_sequence'"),
               ElementsAre("CREATE TABLE Items (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)",
                           "CREATE TABLE Stamped (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT, "
                           "timestamp_utc DATETIME NOT NULL DEFAULT(STRFTIME('%Y-%m-%d %H:%M:%S', "
@@ -94,8 +88,8 @@ TEST_F(DatabaseAdapterTest, ReportsAnExceptionOfInsertAsAnAssertion) {
       "An error happened in insert database. Please tell Tools Team:\n"
       "Exception in thread\\(qel::log::analytics::details::DatabaseAdapter";
   EXPECT_THAT(assertions.lines(),
-              ElementsAre(testing::MatchesRegex(report + "TimestampDecorator\\): out of luck"),
-                          testing::MatchesRegex(report + "\\)")));
+              ElementsAre(MatchesRegex(report + "TimestampDecorator\\): out of luck"),
+                          MatchesRegex(report + "\\)")));
 }
 
 TEST_F(DatabaseAdapterTest, LogsAFailedDeletionAndKeepsCounting) {
@@ -106,9 +100,9 @@ TEST_F(DatabaseAdapterTest, LogsAFailedDeletionAndKeepsCounting) {
   testing::internal::CaptureStderr();
   plain_.deleteByIds({1}, "Items");
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
-                                 "delete all entries by id from Items database. Error: kept\n"));
-  EXPECT_THAT(column("SELECT seq FROM sqlite_sequence"), ElementsAre("1"));
+              HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
+                        "delete all entries by id from Items database. Error: kept\n"));
+  EXPECT_THAT(query("SELECT seq FROM sqlite_sequence"), ElementsAre("1"));
 }
 
 TEST_F(DatabaseAdapterTest, StampsRowsInUtcDeletesTheOldOnesAndCountsOnFromTheLast) {
@@ -116,9 +110,8 @@ TEST_F(DatabaseAdapterTest, StampsRowsInUtcDeletesTheOldOnesAndCountsOnFromTheLa
   for (const std::string age : {"-120", "-61", "-30", "0"}) {
     stamped_.insert(age, "Items");
   }
-  EXPECT_THAT(
-      column("SELECT STRFTIME('%s', 'NOW') - STRFTIME('%s', timestamp_utc) < 10 FROM Items"),
-      ElementsAre("1", "1", "1", "1"));
+  EXPECT_THAT(query("SELECT STRFTIME('%s', 'NOW') - STRFTIME('%s', timestamp_utc) < 10 FROM Items"),
+              ElementsAre("1", "1", "1", "1"));
   database_->execute("UPDATE Items SET timestamp_utc = DATETIME('NOW', json || ' seconds')");
   stamped_.deleteEntriesOlderThan("Items", std::chrono::seconds::max());
   stamped_.deleteEntriesOlderThan("Items", 60s);

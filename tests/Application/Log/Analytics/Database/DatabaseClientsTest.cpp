@@ -4,7 +4,9 @@
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "tests/support/MemoryDatabaseClient.h"
+#include "tests/support/Query.h"
 #include "tests/support/StoredEvent.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -12,10 +14,7 @@ namespace qel::log::analytics {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::SizeIs;
+using namespace testing;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
@@ -97,32 +96,19 @@ TEST_F(DatabaseClientsTest, SendingDatabaseMarksEachCrossingOfItsLimitOnce) {
     EXPECT_EQ(found, added) << size.value_or(1);
     sending_.deleteItems(sending_.getAllItems());
   }
-}
-
-TEST_F(DatabaseClientsTest, SendingDatabaseTellsItsFilesSize) {
-  initialize();
-  const auto file = directory_.path() / "ItemDatabase.db";
-  sending_.insertMultiple({std::string(1'000'000, 'x')}, Items);
-  EXPECT_GT(sending_.getDatabaseFileSize(), 1'000'000U);
-  EXPECT_EQ(sending_.getDatabaseFileSize(), file_size(file));
-  sending_.deleteItems(sending_.getAllItems());
-  sending_.vacuum();
-  EXPECT_LT(sending_.getDatabaseFileSize(), 100'000U);
-  remove(file);
+  sending_.size = {};
+  EXPECT_EQ(sending_.getDatabaseFileSize(), file_size(directory_.path() / "ItemDatabase.db"));
+  remove(directory_.path() / "ItemDatabase.db");
   EXPECT_EQ(sending_.getDatabaseFileSize(), 18446744073709551615U);
 }
 
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   initialize();
   support_.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
-  db::sql::SqlDatabaseAdapter direct(directory_.path() / "SupportDatabase.db");
   for (const std::string table : {"Items", "Environments"}) {
-    direct.execute("UPDATE " + table +
-                   " SET timestamp_utc = DATETIME('NOW', '-9 years') WHERE json = 'old'");
+    test::query(directory_.path() / "SupportDatabase.db",
+                "UPDATE " + table + " SET timestamp_utc = '2017-01-01' WHERE json = 'old'");
   }
-  initialize();
-  EXPECT_THAT(support_.getAllItems(), SizeIs(2));
-
   SupportDatabaseClient client(3600s);
   client.initialize(directory_.text());
   const auto limit = std::chrono::steady_clock::now() + 30s;
@@ -131,6 +117,61 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   }
   EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
   EXPECT_THAT(client.getAll(Environments).second, IsEmpty());
+}
+
+TEST(SupportDatabaseExporterTest, CopiesExactlyTheSessionsRows) {
+  const std::string ours = R"({"SessionId": "S", "it's": 1})";
+  const test::TemporaryDirectory directory;
+  const auto source = std::make_shared<SupportDatabaseClient>(std::nullopt);
+  const auto target = std::make_shared<test::MemoryDatabaseClient>();
+  SupportDatabaseExporter exporter(source);
+  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("S", target));
+  source->initialize(directory.text());
+  source->insertMultiple({{R"({"SessionId": "ST"})", Items},
+                          {ours, Items},
+                          {R"({"SessionId":"S"})", Items},
+                          {ours + " ", Items},
+                          {ours + "!", Environments}});
+  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("U", target));
+  EXPECT_THAT(target->texts(Items), IsEmpty());
+  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  EXPECT_THAT(target->texts(Items), ElementsAre(ours, ours + " "));
+  EXPECT_THAT(target->texts(Environments), ElementsAre(ours + "!"));
+}
+
+using Session = std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>;
+
+/// A source that has what the test says.
+class Source : public test::MemoryDatabaseClient {
+ public:
+  Session getAllFromSession(std::string) override { return session; }
+  Session session;
+};
+
+TEST(SupportDatabaseExporterTest, LooksAtTheItemsOnlyWhereThereAreNoEnvironments) {
+  const auto source = std::make_shared<Source>();
+  const auto target = std::make_shared<test::MemoryDatabaseClient>();
+  SupportDatabaseExporter exporter(source);
+  const std::pair<Session, std::optional<bool>> cases[] = {
+      {{}, false},
+      {{{Environments, {}}, {Items, {}}}, false},
+      {{{Environments, {}}}, std::nullopt},
+      {{{Items, {{1, "i"}}}}, std::nullopt},
+      {{{Environments, {{1, "e"}}}}, true},
+      {{{Environments, {}}, {Items, {{1, "i"}}}}, true},
+  };
+  for (const auto& [session, isExported] : cases) {
+    source->session = session;
+    const auto run = [&] { return exporter.exportLastSessionToSqliteFile("S", target); };
+    if (isExported) {
+      EXPECT_EQ(run(), isExported);
+    } else {
+      EXPECT_THAT(run, ThrowsMessage<std::out_of_range>("invalid map<K, T> key"));
+      EXPECT_THAT(target->texts(Items), IsEmpty());
+    }
+  }
+  EXPECT_THAT(target->texts(Environments), ElementsAre("e"));
+  EXPECT_THAT(target->texts(Items), ElementsAre("i"));
 }
 
 }  // namespace
