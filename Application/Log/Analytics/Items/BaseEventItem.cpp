@@ -26,8 +26,11 @@ std::string BaseEventItem::toJson() const {
   return std::move(json).toString();
 }
 
-void BaseEventItem::addDetailsTo(json::JsonObject& json) const {
-  if (const auto details = getDetails(); !details.empty()) {
+void BaseEventItem::addDetailsTo(json::JsonObject& json) const { addDetails(json, getDetails()); }
+
+void BaseEventItem::addDetails(json::JsonObject& json,
+                               const std::map<std::string, std::string>& details) {
+  if (!details.empty()) {
     json.addStringMap("Details", details);
   }
 }

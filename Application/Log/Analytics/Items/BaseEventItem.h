@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "Application/Log/Analytics/Items/BaseItem.h"
@@ -18,6 +19,7 @@ class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterfac
  protected:
   /// Adds the member "Details" with what `getDetails` returns, unless that is empty.
   virtual void addDetailsTo(json::JsonObject& json) const;
+  static void addDetails(json::JsonObject& json, const std::map<std::string, std::string>& details);
 };
 
 }  // namespace qel::log::analytics::items

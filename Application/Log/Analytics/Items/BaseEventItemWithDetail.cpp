@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "host/QelJson/JsonObject.h"
-
 namespace qel::log::analytics::items {
 
 BaseEventItemWithDetail::BaseEventItemWithDetail(std::map<std::string, std::string> details)
@@ -16,9 +14,7 @@ void BaseEventItemWithDetail::addDetail(const std::string& key, const std::strin
 std::map<std::string, std::string> BaseEventItemWithDetail::getDetails() const { return details_; }
 
 void BaseEventItemWithDetail::addDetailsTo(json::JsonObject& json) const {
-  if (!details_.empty()) {
-    json.addStringMap("Details", details_);
-  }
+  addDetails(json, details_);
 }
 
 }  // namespace qel::log::analytics::items
