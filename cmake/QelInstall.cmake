@@ -99,4 +99,15 @@ foreach(name qel-analytics qel-host-framework)
     COMPONENT development)
 endforeach()
 
-install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+if(programs)
+  install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  # What stands beside a program's sources: its manual page, and how bash completes its command line.
+  file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
+  file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
+  install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${completions} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
+
+if(PROJECT_IS_TOP_LEVEL AND libraryType STREQUAL SHARED_LIBRARY)
+  include(cmake/QelPackages.cmake)
+endif()
