@@ -65,3 +65,7 @@ if(QEL_DPKG_DEB)
            COMMAND Python3::Interpreter ${consumerSource}/check_packages.py ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
                    ${consumerBuild}/debian)
 endif()
+
+get_property(adoptionTests DIRECTORY PROPERTY TESTS)
+list(FILTER adoptionTests INCLUDE REGEX "^Adoption\\.")
+set_tests_properties(${adoptionTests} PROPERTIES LABELS adoption)
