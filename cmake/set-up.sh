@@ -10,6 +10,8 @@ packages=(
   libsqlite3-dev libcurl4-openssl-dev libssl-dev nlohmann-json3-dev libspdlog-dev libboost-dev libcpp-httplib-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
+  # Debian packages
+  dpkg-dev file
   # checks
   clang-format clang-tidy valgrind
   # fuzzing; llvm names the places in its reports

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Application/Log/Analytics/Reports/WebUpdateReporterInterface.h"
+#include "QelAnalyticsExport.h"
 #include "host/QelId/Guid.h"
 
 namespace qel::log::analytics {
@@ -17,7 +18,7 @@ namespace parameters {
 
 /// What the host tells the client when it activates it. The two permissions are asked on threads of
 /// the client too, must be safe for that and must not call back into it.
-struct ActivateParameter {
+struct QEL_ANALYTICS_EXPORT ActivateParameter {
   /// Outlives the client.
   reports::WebUpdateReporterInterface& webUpdateReporter;
   /// Directory of both databases (UTF-8); it must exist and belongs to one process at a time.

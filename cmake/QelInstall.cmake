@@ -1,0 +1,113 @@
+# What `cmake --install` puts where, and how other projects find it there. Three components: `library` (what programs
+# load), `development` (what they are built with) and `tools`.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(includeDirectory ${CMAKE_INSTALL_INCLUDEDIR}/qel-analytics)
+set(configDirectory ${CMAKE_INSTALL_LIBDIR}/cmake/QelAnalytics)
+set(pkgConfigDirectory ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH toPrefix "/${pkgConfigDirectory}" "/")
+
+# What a static library leaves to be linked is for its user to find; a shared one brings it along.
+get_target_property(libraryType QelAnalytics TYPE)
+if(libraryType STREQUAL STATIC_LIBRARY)
+  set(static ON)
+else()
+  set(static OFF)
+endif()
+
+# In the order of linking: each before what it stands on.
+set(hostLibraries
+    QelBroadcaster
+    QelIssueUi
+    QelCore
+    QelAssert
+    QelHttp
+    QelSql
+    QelJson
+    QelId
+    QelDateTime
+    QelPlatformWindows
+    QelLog
+    QelUtilities)
+
+set(programs)
+foreach(program qel-collector qel-sample-host qel-support)
+  if(TARGET ${program})
+    list(APPEND programs ${program})
+  endif()
+endforeach()
+
+if(UNIX AND NOT APPLE)
+  # The installed tree works wherever it is moved to.
+  file(RELATIVE_PATH fromPrograms "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(QelAnalytics ${hostLibraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+  if(programs)
+    set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${fromPrograms}")
+  endif()
+endif()
+
+install(
+  TARGETS QelAnalytics ${hostLibraries}
+  EXPORT QelAnalyticsTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library
+  INCLUDES DESTINATION ${includeDirectory})
+install(
+  EXPORT QelAnalyticsTargets
+  NAMESPACE Qel::
+  DESTINATION ${configDirectory}
+  COMPONENT development)
+
+configure_package_config_file(cmake/QelAnalyticsConfig.cmake.in QelAnalyticsConfig.cmake
+                              INSTALL_DESTINATION ${configDirectory})
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(compatibility SameMinorVersion) # before 1.0 every minor version may change the interface
+else()
+  set(compatibility SameMajorVersion)
+endif()
+write_basic_package_version_file(QelAnalyticsConfigVersion.cmake COMPATIBILITY ${compatibility})
+install(
+  FILES ${PROJECT_BINARY_DIR}/QelAnalyticsConfig.cmake ${PROJECT_BINARY_DIR}/QelAnalyticsConfigVersion.cmake
+  DESTINATION ${configDirectory}
+  COMPONENT development)
+
+foreach(header IN LISTS QEL_PUBLIC_HEADERS)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${includeDirectory}/${folder} COMPONENT development)
+endforeach()
+install(
+  FILES ${PROJECT_BINARY_DIR}/Application/Log/Analytics/export/QelAnalyticsExport.h
+  DESTINATION ${includeDirectory}
+  COMPONENT development)
+
+list(TRANSFORM hostLibraries PREPEND -l OUTPUT_VARIABLE linkHostLibraries)
+list(JOIN linkHostLibraries " " linkHostLibraries)
+set(staticRequires)
+set(staticDefinition)
+if(static)
+  set(staticRequires "sqlite3 >= 3.38, libcurl >= 7.87, libcrypto >= 3, spdlog")
+  set(staticDefinition -DQEL_ANALYTICS_STATIC_DEFINE)
+endif()
+foreach(name qel-analytics qel-host-framework)
+  configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+  install(
+    FILES ${PROJECT_BINARY_DIR}/${name}.pc
+    DESTINATION ${pkgConfigDirectory}
+    COMPONENT development)
+endforeach()
+
+if(programs)
+  install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  # What stands beside a program's sources: its manual page, and how bash completes its command line.
+  file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
+  file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
+  install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${completions} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
+
+if(PROJECT_IS_TOP_LEVEL AND libraryType STREQUAL SHARED_LIBRARY)
+  include(cmake/QelPackages.cmake)
+endif()

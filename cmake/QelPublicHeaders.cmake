@@ -1,0 +1,16 @@
+# QEL_PUBLIC_HEADERS: what is installed and compiles alone, by paths from the repository's root. All headers of the
+# library, of Core and of the host framework are public but these, which no public header includes.
+set(privateHeaders
+    Application/Log/Analytics/Client/SendingPass.h
+    Application/Log/Analytics/Items/CatalogueText.h
+    Application/Log/Analytics/Listeners/InsertItem.h
+    host/QelHttp/Connection.h
+    host/QelHttp/ConnectionPool.h
+    host/QelHttp/SettingsInForce.h
+    host/QelSql/BusyWait.h
+    host/QelSql/Connection.h
+    host/QelSql/DatabaseFile.h
+    host/QelSql/DirectoryClaim.h)
+file(GLOB_RECURSE QEL_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} Application/*.h Core/*.h
+     host/*.h)
+list(REMOVE_ITEM QEL_PUBLIC_HEADERS ${privateHeaders})

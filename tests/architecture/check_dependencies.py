@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Checks that every library which CMake looks for is declared for Debian, vcpkg and Conan too. Takes the repository's
+root."""
+import json
+import pathlib
+import re
+import sys
+
+root = pathlib.Path(sys.argv[1])
+
+# What CMake looks for, and what Debian, vcpkg and Conan call it. None: not for that one to bring.
+NAMES = {
+    "benchmark": ("libbenchmark-dev", "benchmark", None),
+    "Boost": ("libboost-dev", "boost-uuid", "boost"),
+    "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib", "cpp-httplib"),
+    "CURL": ("libcurl4-openssl-dev", "curl", "libcurl"),
+    "GTest": ("libgtest-dev", "gtest", None),
+    "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json", "nlohmann_json"),
+    "OpenSSL": ("libssl-dev", "openssl", "openssl"),
+    "PkgConfig": ("pkg-config", None, None),
+    "Python3": ("python3", None, None),
+    "spdlog": ("libspdlog-dev", "spdlog", "spdlog"),
+    "SQLite3": ("libsqlite3-dev", "sqlite3", "sqlite3"),
+    "Threads": (None, None, None),
+}
+
+
+def names_in_manifest(manifest):
+    entries = manifest["dependencies"] + [entry for feature in manifest["features"].values()
+                                          for entry in feature["dependencies"]]
+    return {entry if isinstance(entry, str) else entry["name"] for entry in entries} - {manifest["name"]}
+
+
+recipe = (root / "conanfile.py").read_text(encoding="utf-8")
+compile(recipe, "conanfile.py", "exec")
+declared = (
+    set(re.sub(r"#.*", "", (root / "cmake/set-up.sh").read_text(encoding="utf-8").split("\n)\n")[0]).split()),
+    names_in_manifest(json.loads((root / "vcpkg.json").read_text(encoding="utf-8"))),
+    set(re.findall(r'self\.requires\("([^/]+)/', recipe)),
+)
+lists = [path for folder in ("cmake", "host", "Core", "Application", "tools", "tests", "benchmarks", "fuzz")
+         for path in (root / folder).rglob("*") if path.name in {"CMakeLists.txt", "QelTargets.cmake"}]
+looked_for = {name for path in lists if "consumer" not in path.parts
+              for pattern in (r"find_package\((\w+)", r"pkg_check_modules\(.* ([\w-]+)\)")
+              for name in re.findall(pattern, path.read_text(encoding="utf-8"))}
+
+complaints = [f"CMake looks for {name}, which the table here does not know" for name in looked_for - NAMES.keys()]
+complaints += [f"nothing looks for {name} any longer" for name in NAMES.keys() - looked_for]
+for place, known, theirs in zip(("cmake/set-up.sh", "vcpkg.json", "conanfile.py"), declared, zip(*NAMES.values())):
+    wanted = {name for name in theirs if name}
+    complaints += [f"{place} lacks {name}" for name in sorted(wanted - known)]
+    if place != "cmake/set-up.sh":  # where programs are declared as well
+        complaints += [f"{place} has {name}, which nothing looks for" for name in sorted(known - wanted)]
+print("\n".join(complaints) or f"{len(looked_for)} packages are declared everywhere")
+sys.exit(1 if complaints else 0)

@@ -1,0 +1,71 @@
+# The consumer is a project of its own: these tests configure, build and run it in the ways in which a program may come
+# by the library. The steps of one way are fixtures of each other.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+set(consumerSource ${CMAKE_CURRENT_LIST_DIR})
+set(consumerBuild ${CMAKE_CURRENT_BINARY_DIR}/consumer)
+
+# qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these options of
+# CMake's and runs it.
+function(qel_add_consumer_test name)
+  cmake_parse_arguments(test "" "SAYS" "OPTIONS" ${ARGN})
+  add_test(
+    NAME Adoption.${name}
+    COMMAND
+      ${CMAKE_CTEST_COMMAND} --build-and-test ${consumerSource} ${consumerBuild}/${name} --build-noclean
+      --build-generator ${CMAKE_GENERATOR} --build-options -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} ${test_OPTIONS}
+      --test-command ${Python3_EXECUTABLE} ${consumerSource}/check_consumer.py ${consumerBuild}/${name}/consumer
+      $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
+endfunction()
+
+# qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install this build and use it from there,
+# with find_package and with pkg-config.
+function(qel_add_package_tests kind build)
+  cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
+  set(prefix ${consumerBuild}/installed-${kind})
+  add_test(NAME Adoption.Install${kind} COMMAND Python3::Interpreter ${consumerSource}/check_install.py
+                                                ${CMAKE_COMMAND} ${build} ${prefix})
+  qel_add_consumer_test(FindPackage${kind} OPTIONS -DCMAKE_PREFIX_PATH=${prefix} SAYS ${test_SAYS})
+
+  set(program ${consumerBuild}/with-pkg-config-${kind})
+  file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
+export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
+"@CMAKE_CXX_COMPILER@" -std=c++20 "@consumerSource@/main.cpp" -o "@program@" \
+  $(pkg-config --cflags --libs qel-analytics) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
+]] @ONLY)
+  add_test(NAME Adoption.CompileWithPkgConfig${kind} COMMAND sh -e ${program}.sh)
+  add_test(NAME Adoption.PkgConfig${kind}
+           COMMAND Python3::Interpreter ${consumerSource}/check_consumer.py ${program}
+                   $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
+
+  set_tests_properties(Adoption.Install${kind} PROPERTIES FIXTURES_SETUP Installed${kind})
+  set_tests_properties(Adoption.FindPackage${kind} PROPERTIES FIXTURES_REQUIRED Installed${kind})
+  set_tests_properties(Adoption.CompileWithPkgConfig${kind} PROPERTIES FIXTURES_REQUIRED Installed${kind}
+                                                                       FIXTURES_SETUP Compiled${kind})
+  set_tests_properties(Adoption.PkgConfig${kind} PROPERTIES FIXTURES_REQUIRED Compiled${kind})
+endfunction()
+
+qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})
+
+# The sources as FetchContent takes them, without a network: static, and with the consumer's own log.
+qel_add_consumer_test(
+  FetchContent
+  OPTIONS -DCONSUMER_FETCHES=ON -DFETCHCONTENT_SOURCE_DIR_QELANALYTICS=${PROJECT_SOURCE_DIR} -DBUILD_SHARED_LIBS=OFF
+          -DQEL_INSTALL=ON -DQEL_ANALYTICS_SERVER_HOST=${QEL_ANALYTICS_SERVER_HOST} -DCMAKE_BUILD_TYPE=Debug
+          -DCMAKE_CXX_FLAGS_DEBUG=-O0
+  SAYS "own log")
+set_tests_properties(Adoption.FetchContent PROPERTIES FIXTURES_SETUP Fetched PROCESSORS 2 TIMEOUT 900)
+qel_add_package_tests(Static ${consumerBuild}/FetchContent SAYS "own log")
+set_tests_properties(Adoption.InstallStatic PROPERTIES FIXTURES_REQUIRED Fetched)
+
+find_program(QEL_DPKG_DEB dpkg-deb)
+mark_as_advanced(QEL_DPKG_DEB)
+if(QEL_DPKG_DEB)
+  add_test(NAME Adoption.DebianPackages
+           COMMAND Python3::Interpreter ${consumerSource}/check_packages.py ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
+                   ${consumerBuild}/debian)
+endif()
+
+get_property(adoptionTests DIRECTORY PROPERTY TESTS)
+list(FILTER adoptionTests INCLUDE REGEX "^Adoption\\.")
+set_tests_properties(${adoptionTests} PROPERTIES LABELS adoption)
