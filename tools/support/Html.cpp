@@ -1,0 +1,48 @@
+#include "tools/support/Html.h"
+
+namespace qel::support::html {
+namespace {
+
+/// Neither HTML nor SVG may hold these.
+bool isForbidden(char character) {
+  return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char character : text) {
+    switch (character) {
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '>':
+        result += "&gt;";
+        break;
+      case '"':
+        result += "&quot;";
+        break;
+      case '\'':
+        result += "&#39;";
+        break;
+      default:
+        result += isForbidden(character) ? "\uFFFD" : std::string(1, character);
+    }
+  }
+  return result;
+}
+
+std::string element(std::string_view name, std::string_view text, std::string_view style) {
+  std::string result = "<" + std::string(name);
+  if (!style.empty()) {
+    result += " class=\"" + std::string(style) + '"';
+  }
+  return result + '>' + escaped(text) + "</" + std::string(name) + '>';
+}
+
+}  // namespace qel::support::html

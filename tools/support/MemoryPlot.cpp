@@ -1,0 +1,185 @@
+#include "tools/support/MemoryPlot.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "tools/support/DisplayText.h"
+#include "tools/support/Html.h"
+#include "tools/support/Moment.h"
+
+namespace qel::support {
+namespace {
+
+constexpr double top = 12;
+constexpr double bottom = 190;
+constexpr double height = 220;
+constexpr double kilobytesOfMegabyte = 1024;
+
+struct Band {
+  std::int64_t from, to;  ///< milliseconds
+  double low, high;       ///< megabytes
+};
+
+struct Memory {
+  std::vector<Band> bands;
+  std::vector<std::map<std::int64_t, double>> lines;  ///< of each crash, by milliseconds
+  std::vector<std::int64_t> crashes;
+  double highest = 0;
+};
+
+std::optional<std::int64_t> numberOf(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  return whole && number >= 0 ? std::optional(number) : std::nullopt;
+}
+
+double megabytes(std::int64_t kilobytes) {
+  return static_cast<double>(kilobytes) / kilobytesOfMegabyte;
+}
+
+std::map<std::int64_t, double> readingsOf(const Event& event) {
+  std::map<std::int64_t, double> readings;
+  for (const auto& [key, value] : event.details) {
+    const auto second = numberOf(key);
+    const auto amount = numberOf(value);
+    constexpr std::int64_t endOfTime = 253'402'300'800;
+    if (second && amount && *second < endOfTime) {
+      readings.emplace(*second * 1000, megabytes(*amount));
+    }
+  }
+  return readings;
+}
+
+Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
+  Memory memory;
+  std::optional<std::int64_t> reported;  // when the span of the next report began
+  for (const auto& event : events) {
+    const auto time = millisecondsOf(event.time);
+    if (!time) {
+      continue;
+    }
+    reported = reported.value_or(*time);
+    if (event.category == "Application" && event.subcategory == "Crashed") {
+      memory.crashes.push_back(*time);
+    }
+    if (event.category != "MemoryUsage" || event.subcategory != scope) {
+      continue;
+    }
+    const auto low = numberOf(event.detail("Min"));
+    const auto high = numberOf(event.detail("Max"));
+    if (event.event == "Crashed") {
+      memory.lines.push_back(readingsOf(event));
+    } else if (low && high) {
+      memory.bands.push_back({*reported, *time, megabytes(*low), megabytes(*high)});
+      reported = *time;
+    }
+    memory.highest = std::max(memory.highest, megabytes(high.value_or(0)));
+  }
+  return memory;
+}
+
+/// The next of 1, 2, 5, 10, 20, … that four lines of the grid reach `highest` with.
+double gridStep(double highest) {
+  const double least = std::max(highest / 4, 0.25);
+  const double power = std::pow(10, std::floor(std::log10(least)));
+  for (const double factor : {1.0, 2.0, 2.5, 5.0}) {
+    if (factor * power >= least) {
+      return factor * power;
+    }
+  }
+  return 10 * power;
+}
+
+std::string attribute(const char* name, double value) {
+  return ' ' + std::string(name) + "=\"" + coordinate(value) + '"';
+}
+
+/// Draws one scope's memory into an SVG element.
+class Drawing {
+ public:
+  Drawing(const TimeAxis& axis, double highest)
+      : axis_(axis), step_(gridStep(highest)), full_(step_ * std::ceil(highest / step_)) {}
+
+  std::string amounts() const {
+    std::string lines;
+    for (double amount = 0; amount <= full_ * 1.001; amount += step_) {
+      lines += line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount)) +
+               "<text class=\"amount\"" + attribute("x", TimeAxis::left - 8) +
+               attribute("y", y(amount) + 4) + '>' + label(amount) + "</text>\n";
+    }
+    return lines;
+  }
+
+  std::string band(const Band& band) const {
+    constexpr double leastSize = 1.5;
+    const double x = axis_.x(band.from);
+    const double left = std::min(x, TimeAxis::right - leastSize);
+    return "<rect class=\"band\"" + attribute("x", left) + attribute("y", y(band.high)) +
+           attribute("width", std::max(axis_.x(band.to) - left, leastSize)) +
+           attribute("height", std::max(y(band.low) - y(band.high), leastSize)) + "><title>" +
+           label(band.low) + " to " + label(band.high) + "</title></rect>\n";
+  }
+
+  std::string readings(const std::map<std::int64_t, double>& readings) const {
+    std::string points;
+    for (const auto& [time, amount] : readings) {
+      points += coordinate(axis_.x(time)) + ',' + coordinate(y(amount)) + ' ';
+    }
+    return "<polyline class=\"reading\" points=\"" + points + "\"/>\n";
+  }
+
+  std::string crash(std::int64_t time) const {
+    const double x = axis_.x(time);
+    const bool atEnd = x > TimeAxis::right - 60;
+    return line("crash", x, x, top, bottom) + "<text class=\"crash " +
+           (atEnd ? "before" : "after") + '"' + attribute("x", x + (atEnd ? -5 : 5)) +
+           attribute("y", top + 10) + ">crash</text>\n";
+  }
+
+ private:
+  static std::string line(const char* style, double x1, double x2, double y1, double y2) {
+    return "<line class=\"" + std::string(style) + '"' + attribute("x1", x1) + attribute("x2", x2) +
+           attribute("y1", y1) + attribute("y2", y2) + "/>";
+  }
+  std::string label(double amount) const {
+    return (step_ < 1 ? coordinate(amount) : grouped(std::llround(amount))) + " MB";
+  }
+  double y(double amount) const { return bottom - amount / full_ * (bottom - top); }
+
+  const TimeAxis& axis_;
+  const double step_;
+  const double full_;  ///< the amount at the top
+};
+
+}  // namespace
+
+std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
+                       const TimeAxis& axis) {
+  const auto memory = memoryOf(events, scope);
+  if (memory.bands.empty() && memory.lines.empty()) {
+    return {};
+  }
+  const auto title =
+      scope == "Total" ? "Memory in use on the whole machine" : "Memory used by the program";
+  const Drawing drawing(axis, std::max(memory.highest, 1.0));
+  std::string svg = "<svg role=\"img\" aria-label=\"" + html::escaped(title) + "\" viewBox=\"0 0 " +
+                    coordinate(TimeAxis::width) + ' ' + coordinate(height) + "\">\n" +
+                    drawing.amounts() + axis.grid(top, bottom);
+  for (const auto& band : memory.bands) {
+    svg += drawing.band(band);
+  }
+  for (const auto& readings : memory.lines) {
+    svg += drawing.readings(readings);
+  }
+  for (const auto crash : memory.crashes) {
+    svg += drawing.crash(crash);
+  }
+  return svg + "</svg>\n";
+}
+
+}  // namespace qel::support
