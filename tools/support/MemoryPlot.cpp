@@ -133,12 +133,23 @@ class Drawing {
     return "<polyline class=\"reading\" points=\"" + points + "\"/>\n";
   }
 
-  std::string crash(std::int64_t time) const {
-    const double x = axis_.x(time);
-    const bool atEnd = x > TimeAxis::right - 60;
-    return line("crash", x, x, top, bottom) + "<text class=\"crash " +
-           (atEnd ? "before" : "after") + '"' + attribute("x", x + (atEnd ? -5 : 5)) +
-           attribute("y", top + 10) + ">crash</text>\n";
+  /// Lines for all; of those that stand close together only the first is named.
+  std::string crashes(const std::vector<std::int64_t>& times) const {
+    constexpr double labelWidth = 50;
+    std::string marks;
+    double labelled = -labelWidth;
+    for (const auto time : times) {
+      const double x = axis_.x(time);
+      marks += line("crash", x, x, top, bottom);
+      if (x - labelled >= labelWidth) {
+        const bool atEnd = x > TimeAxis::right - labelWidth;
+        marks += "<text class=\"crash" + std::string(atEnd ? " before" : "") + '"' +
+                 attribute("x", x + (atEnd ? -5 : 5)) + attribute("y", top + 10) +
+                 ">crash</text>\n";
+        labelled = x;
+      }
+    }
+    return marks;
   }
 
  private:
@@ -176,10 +187,7 @@ std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
   for (const auto& readings : memory.lines) {
     svg += drawing.readings(readings);
   }
-  for (const auto crash : memory.crashes) {
-    svg += drawing.crash(crash);
-  }
-  return svg + "</svg>\n";
+  return svg + drawing.crashes(memory.crashes) + "</svg>\n";
 }
 
 }  // namespace qel::support

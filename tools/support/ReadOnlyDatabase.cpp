@@ -111,14 +111,18 @@ void ReadOnlyDatabase::open() {
 }
 
 /// Whether a transaction that was broken off has to be rolled back before anybody can read.
-bool ReadOnlyDatabase::needsRollback() const {
+bool ReadOnlyDatabase::needsRollback() {
   const int code = Statement(database_.get(), "SELECT count(*) FROM sqlite_schema").step();
   if ((code & 0xff) == SQLITE_READONLY) {
     return true;
   }
-  if (code != SQLITE_ROW && code != SQLITE_NOTADB && !isDamage(code)) {
+  if (code == SQLITE_ROW) {
+    return false;
+  }
+  if (code != SQLITE_NOTADB && !isDamage(code)) {
     fail(code);
   }
+  whyUnreadable_ = sqlite3_errmsg(database_.get());
   return false;
 }
 

@@ -31,6 +31,9 @@ class ReadOnlyDatabase {
 
   const std::filesystem::path& file() const { return file_; }
 
+  /// Why no table of the file can be read; empty when at least its schema can.
+  const std::string& whyUnreadable() const { return whyUnreadable_; }
+
   /// Reads the rows of the table in ascending order of their IDs, past those that damage has made
   /// unreadable. Throws as the constructor does.
   void forEachRow(const std::string& table, const RowReader& reader);
@@ -51,7 +54,7 @@ class ReadOnlyDatabase {
   };
 
   void open();
-  bool needsRollback() const;
+  bool needsRollback();
   std::int64_t highestId(const std::string& table, std::int64_t readSoFar) const;
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
   [[noreturn]] void fail(int code) const;
@@ -60,6 +63,7 @@ class ReadOnlyDatabase {
   const Progress progress_;
   std::unique_ptr<PrivateCopy> copy_;
   std::unique_ptr<sqlite3, Close> database_;
+  std::string whyUnreadable_;
   std::map<std::string, Flaws> flaws_;  ///< by table, the most that any reading has met
 };
 

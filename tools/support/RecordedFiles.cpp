@@ -74,10 +74,15 @@ std::vector<std::filesystem::path> filesSetAside(const std::filesystem::path& di
 }
 
 std::vector<std::filesystem::path> recordedFiles(const std::filesystem::path& directory) {
-  return filesWhoseName(directory, [](const std::string& name) {
-    return isAside(name) || isDatabase(name) || isLog(name) ||
-           name == db::sql::DirectoryClaim::lockFileName;
+  const auto isLock = [](const std::string& name) {
+    return name == db::sql::DirectoryClaim::lockFileName;
+  };
+  auto files = filesWhoseName(directory, [](const std::string& name) {
+    return isAside(name) || isDatabase(name) || isLog(name);
   });
+  const auto lock = filesWhoseName(directory, isLock);
+  files.insert(files.end(), lock.begin(), lock.end());
+  return files;
 }
 
 }  // namespace qel::support

@@ -1,5 +1,6 @@
 #include "tools/support/Recordings.h"
 
+#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -28,6 +29,13 @@ Recordings::Recordings(const std::filesystem::path& place, ReadOnlyDatabase::Pro
   if (!support && !sending) {
     throw tools::InputError(name + " holds neither " + supportDatabaseName + " nor " +
                             sendingDatabaseName);
+  }
+  const auto there = databases();
+  if (std::all_of(there.begin(), there.end(),
+                  [](const auto* database) { return !database->whyUnreadable().empty(); })) {
+    throw qel::exception("nothing can be read from " +
+                         utilities::utf8FromPath(there.front()->file()) + ": " +
+                         there.front()->whyUnreadable());
   }
 }
 

@@ -16,7 +16,8 @@ inline constexpr const char* supportDatabaseName = "SupportDatabase.db";
 
 /// What a client has recorded in one directory: its databases, as far as they are there.
 struct Recordings {
-  /// Throws `tools::InputError` when there is no such directory, or no database in it.
+  /// Throws `tools::InputError` when there is no such directory, or no database in it, and
+  /// `qel::exception` when none can be read.
   explicit Recordings(const std::filesystem::path& place, ReadOnlyDatabase::Progress progress = {});
 
   /// Those that are there, the support database first.

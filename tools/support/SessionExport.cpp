@@ -25,6 +25,9 @@ class ExportTarget : public analytics::SupportDatabaseClient {
   explicit ExportTarget(std::int64_t rowsToCome)
       : SupportDatabaseClient({}), rowsToCome_(rowsToCome) {}
 
+  /// How many rows it was given.
+  std::int64_t rows() const { return rows_; }
+
   using SupportDatabaseClient::insertMultiple;
   void insertMultiple(const std::vector<std::string>& jsons, Table table) override {
     constexpr std::size_t rowsAtOnce = 500;
@@ -34,25 +37,41 @@ class ExportTarget : public analytics::SupportDatabaseClient {
       const auto end =
           begin + static_cast<std::ptrdiff_t>(std::min(rowsAtOnce, jsons.size() - row));
       SupportDatabaseClient::insertMultiple(std::vector<std::string>(begin, end), table);
-      written_ += end - begin;
-      progress_.show(static_cast<double>(written_) / static_cast<double>(rowsToCome_));
+      rows_ += end - begin;
+      progress_.show(static_cast<double>(rows_) / static_cast<double>(rowsToCome_));
     }
   }
 
  private:
   const std::int64_t rowsToCome_;
-  std::int64_t written_ = 0;
+  std::int64_t rows_ = 0;
   ProgressBar progress_{"exporting"};
 };
 
-void makeDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directory(directory, error);
-  if (error || !std::filesystem::is_directory(directory, error)) {
-    throw qel::exception("cannot make the directory " + utilities::utf8FromPath(directory) + ": " +
-                         error.message());
+/// A directory that was made if need be, and goes again unless something is put into it.
+class TargetDirectory {
+ public:
+  explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {
+    std::error_code error;
+    made_ = std::filesystem::create_directory(path, error);
+    if (error || !std::filesystem::is_directory(path, error)) {
+      throw qel::exception("cannot make the directory " + utilities::utf8FromPath(path) +
+                           (error ? ": " + error.message() : ""));
+    }
   }
-}
+  ~TargetDirectory() {
+    std::error_code notEmpty;
+    if (made_) {
+      std::filesystem::remove(path_, notEmpty);
+    }
+  }
+  TargetDirectory(const TargetDirectory&) = delete;
+  TargetDirectory& operator=(const TargetDirectory&) = delete;
+
+ private:
+  const std::filesystem::path path_;
+  bool made_ = false;
+};
 
 void refuseToOverwrite(const std::filesystem::path& directory) {
   for (const char* const name : {supportDatabaseName, sendingDatabaseName}) {
@@ -78,35 +97,32 @@ std::int64_t countRows(const std::filesystem::path& file) {
 /// SQL failures are silent, so what was written is looked at.
 std::int64_t writeInto(const std::filesystem::path& directory, const Session& session) {
   const auto source = std::make_shared<SessionSource>(session);
-  const auto expected = session.events + session.environments;
-  {
-    const auto target = std::make_shared<ExportTarget>(expected);
-    target->initialize(utilities::utf8FromPath(directory));
-    analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id, target);
-  }
-  const auto rows = countRows(directory / supportDatabaseName);
-  if (rows < expected) {
-    throw qel::exception("only " + std::to_string(rows) + " of " + std::to_string(expected) +
+  auto target = std::make_shared<ExportTarget>(session.events + session.environments);
+  target->initialize(utilities::utf8FromPath(directory));
+  analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id, target);
+  const auto given = target->rows();
+  target.reset();
+  const auto written = countRows(directory / supportDatabaseName);
+  if (written < given) {
+    throw qel::exception("only " + std::to_string(written) + " of " + std::to_string(given) +
                          " rows could be written; is the disk full?");
   }
-  return rows;
+  return written;
 }
 
 }  // namespace
 
 std::int64_t exportSession(const Session& session, const std::filesystem::path& directory) {
   refuseToOverwrite(directory);
-  makeDirectory(directory);
+  const TargetDirectory target(directory);
   const PrivateDirectory unfinished(directory);
   const auto rows = writeInto(unfinished.path(), session);
   refuseToOverwrite(directory);
+  const auto file = directory / supportDatabaseName;
   std::error_code error;
-  std::filesystem::rename(unfinished.path() / supportDatabaseName, directory / supportDatabaseName,
-                          error);
+  std::filesystem::rename(unfinished.path() / supportDatabaseName, file, error);
   if (error) {
-    throw qel::exception("cannot write " +
-                         utilities::utf8FromPath(directory / supportDatabaseName) + ": " +
-                         error.message());
+    throw qel::exception("cannot write " + utilities::utf8FromPath(file) + ": " + error.message());
   }
   return rows;
 }

@@ -20,7 +20,8 @@ std::string padding(std::size_t width, const std::string& text) {
 
 }  // namespace
 
-TextTable::Cell::Cell(const std::string& content, Style look) : text(printable(content)), style(look) {}
+TextTable::Cell::Cell(const std::string& content, Style look)
+    : text(printable(content)), style(look) {}
 
 TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
@@ -53,17 +54,24 @@ std::vector<std::size_t> TextTable::naturalWidths() const {
   return widths;
 }
 
-/// Narrows the wrapped columns as far as need be. False when the table does not fit even so.
+/// Narrows the wrapped columns as far as need be, the widest first. False when the table does not
+/// fit even so.
 bool TextTable::fit(std::vector<std::size_t>& widths, std::size_t available) const {
   auto total = std::accumulate(widths.begin(), widths.end(), gap * (widths.size() - 1));
-  for (std::size_t column = columns_.size(); column-- > 0 && total > available;) {
-    if (columns_[column].kind == Column::Kind::Wrapped && widths[column] > narrowestWrapped) {
-      const auto surplus = std::min(total - available, widths[column] - narrowestWrapped);
-      widths[column] -= surplus;
-      total -= surplus;
+  for (; total > available; --total) {
+    std::size_t widest = widths.size();
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      if (columns_[column].kind == Column::Kind::Wrapped && widths[column] > narrowestWrapped &&
+          (widest == widths.size() || widths[column] > widths[widest])) {
+        widest = column;
+      }
     }
+    if (widest == widths.size()) {
+      return false;
+    }
+    --widths[widest];
   }
-  return total <= available;
+  return true;
 }
 
 void TextTable::printRow(std::ostream& output, const Terminal& terminal,
@@ -92,26 +100,28 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   }
 }
 
+/// Cells stand beside their titles, but for those that are whole only on a line of their own.
 void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
   std::size_t titleWidth = 0;
   for (const auto& column : columns_) {
     titleWidth = std::max(titleWidth, displayWidth(column.title));
   }
-  const auto indent = titleWidth + gap;
-  const auto room = *terminal.width > indent + 8 ? *terminal.width - indent : *terminal.width;
-  const bool beside = room != *terminal.width;
+  const auto width = *terminal.width;
+  const auto indent = titleWidth + gap < width / 2 ? titleWidth + gap : 0;
   for (const auto& row : rows_) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      if (row[column].text.empty()) {
+      const auto& [text, style] = row[column];
+      if (text.empty()) {
         continue;
       }
       const auto& title = columns_[column].title;
-      output << terminal.styled(title, Style::Heading) << (beside ? padding(indent, title) : "\n");
-      bool first = true;
-      for (const auto& line : wrapped(row[column].text, room)) {
-        output << (first || !beside ? "" : std::string(indent, ' '))
-               << terminal.styled(line, row[column].style) << '\n';
-        first = false;
+      const auto taken = displayWidth(text);
+      const bool alone = indent == 0 || (taken > width - indent && taken <= width);
+      output << terminal.styled(title, Style::Heading) << (alone ? "\n" : padding(indent, title));
+      std::string blanks;
+      for (const auto& line : wrapped(text, alone ? width : width - indent)) {
+        output << blanks << terminal.styled(line, style) << '\n';
+        blanks.assign(alone ? 0 : indent, ' ');
       }
     }
     output << '\n';

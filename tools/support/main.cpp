@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,15 @@ struct Reading {
   explicit Reading(const Arguments& arguments)
       : recordings(directoryOf(arguments), [this](double part) { bar->show(part); }) {}
 
+  ~Reading() { end(); }
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+
   /// No more is read: the bar goes, and what could not be read is told.
   void end() {
+    if (!bar) {
+      return;
+    }
     bar.reset();
     for (const auto& remark : recordings.remarks()) {
       std::cerr << programName << ": warning: " + remark + '\n';
