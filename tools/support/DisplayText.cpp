@@ -12,16 +12,25 @@ struct Character {
   std::size_t length;  ///< in bytes
 };
 
-/// The character that the text begins with; a byte that begins none stands for itself.
+constexpr char32_t replacement = 0xFFFD;
+
+/// The character that the text begins with; a byte that begins none counts as the replacement.
 Character firstOf(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text.front());
-  const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  if (length == 1 || length > text.size()) {
+  if (lead < 0x80) {
     return {lead, 1};
   }
+  const std::size_t length = lead < 0xC0 || lead > 0xF7 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (length == 0 || length > text.size()) {
+    return {replacement, 1};
+  }
   char32_t code = lead & (0xFFU >> (length + 1));
-  for (std::size_t i = 1; i < length; ++i) {
-    code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
+  for (const char byte : text.substr(1, length - 1)) {
+    const auto bits = static_cast<unsigned char>(byte);
+    if ((bits & 0xC0U) != 0x80) {
+      return {replacement, 1};
+    }
+    code = code << 6 | (bits & 0x3FU);
   }
   return {code, length};
 }
@@ -88,8 +97,13 @@ std::string printable(std::string_view text) {
   result.reserve(text.size());
   while (!text.empty()) {
     const auto next = firstOf(text);
-    result +=
-        commandsTerminal(next.code) ? escaped(next.code) : std::string(text.substr(0, next.length));
+    if (next.code == replacement) {
+      result += "\uFFFD";
+    } else if (commandsTerminal(next.code)) {
+      result += escaped(next.code);
+    } else {
+      result += text.substr(0, next.length);
+    }
     text.remove_prefix(next.length);
   }
   return result;
