@@ -45,17 +45,18 @@ std::string nameOf(const std::string& category) {
 std::string categoryLanes(const std::vector<Event>& events, const TimeAxis& axis) {
   const auto lanes = lanesOf(events, axis);
   const double bottom = top + laneHeight * static_cast<double>(lanes.size());
-  std::string svg = "<svg role=\"img\" aria-label=\"Events by category\" viewBox=\"0 0 " +
-                    coordinate(TimeAxis::width) + ' ' + coordinate(bottom + 26) + "\">\n" +
-                    axis.grid(top, bottom);
+  std::string svg = beginDrawing("Events by category", bottom + 26) + axis.grid(top, bottom);
   double y = top;
   for (const auto& [category, lane] : lanes) {
-    svg += "<text class=\"amount\" x=\"" + coordinate(TimeAxis::left - 8) + "\" y=\"" +
-           coordinate(y + 15) + "\">" + html::escaped(nameOf(category)) +
-           " <tspan class=\"count\">" + grouped(lane.events) + "</tspan></text>\n";
+    svg +=
+        label("amount", TimeAxis::left - 8, y + 15, nameOf(category) + ' ' + grouped(lane.events));
     for (const auto& [x, title] : lane.strokes) {
-      svg += "<rect class=\"stroke\" x=\"" + std::to_string(x) + "\" y=\"" + coordinate(y + 3) +
-             "\" width=\"2\" height=\"16\">" + html::element("title", title) + "</rect>";
+      svg += html::tag("rect", {{"class", "stroke"},
+                                {"x", std::to_string(x)},
+                                {"y", coordinate(y + 3)},
+                                {"width", "2"},
+                                {"height", "16"}}) +
+             html::element("title", title) + "</rect>";
     }
     svg += '\n';
     y += laneHeight;

@@ -94,7 +94,7 @@ std::string titleOf(const Event& event) {
 std::string detailsOf(const Event& event) {
   std::string text;
   for (const auto& [key, value] : event.details) {
-    text += (text.empty() ? "" : "; ") + key + " = " + value;
+    text.append(text.empty() ? "" : "; ").append(key).append(" = ").append(value);
   }
   return text;
 }

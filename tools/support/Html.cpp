@@ -37,12 +37,22 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-std::string element(std::string_view name, std::string_view text, std::string_view style) {
-  std::string result = "<" + std::string(name);
-  if (!style.empty()) {
-    result += " class=\"" + std::string(style) + '"';
+std::string tag(std::string_view name, const Attributes& attributes) {
+  std::string result = "<";
+  result += name;
+  for (const auto& [key, value] : attributes) {
+    result.append(" ").append(key).append("=\"").append(escaped(value)).append("\"");
   }
-  return result + '>' + escaped(text) + "</" + std::string(name) + '>';
+  return result + '>';
+}
+
+std::string element(std::string_view name, std::string_view text, const Attributes& attributes) {
+  return tag(name, attributes).append(escaped(text)).append("</").append(name).append(">");
+}
+
+std::string element(std::string_view name, std::string_view text, std::string_view style) {
+  return element(name, text,
+                 style.empty() ? Attributes{} : Attributes{{"class", std::string(style)}});
 }
 
 }  // namespace qel::support::html

@@ -95,34 +95,33 @@ double gridStep(double highest) {
   return 10 * power;
 }
 
-std::string attribute(const char* name, double value) {
-  return ' ' + std::string(name) + "=\"" + coordinate(value) + '"';
-}
-
-/// Draws one scope's memory into an SVG element.
+/// Draws one scope's memory.
 class Drawing {
  public:
   Drawing(const TimeAxis& axis, double highest)
-      : axis_(axis), step_(gridStep(highest)), full_(step_ * std::ceil(highest / step_)) {}
+      : axis_(axis), step_(gridStep(highest)), steps_(std::ceil(highest / step_)) {}
 
   std::string amounts() const {
-    std::string lines;
-    for (double amount = 0; amount <= full_ * 1.001; amount += step_) {
-      lines += line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount)) +
-               "<text class=\"amount\"" + attribute("x", TimeAxis::left - 8) +
-               attribute("y", y(amount) + 4) + '>' + label(amount) + "</text>\n";
+    std::string marks;
+    for (int step = 0; step <= static_cast<int>(steps_); ++step) {
+      const double amount = step_ * step;
+      marks += line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount));
+      marks += label("amount", TimeAxis::left - 8, y(amount) + 4, text(amount));
     }
-    return lines;
+    return marks;
   }
 
   std::string band(const Band& band) const {
     constexpr double leastSize = 1.5;
-    const double x = axis_.x(band.from);
-    const double left = std::min(x, TimeAxis::right - leastSize);
-    return "<rect class=\"band\"" + attribute("x", left) + attribute("y", y(band.high)) +
-           attribute("width", std::max(axis_.x(band.to) - left, leastSize)) +
-           attribute("height", std::max(y(band.low) - y(band.high), leastSize)) + "><title>" +
-           label(band.low) + " to " + label(band.high) + "</title></rect>\n";
+    const double left = std::min(axis_.x(band.from), TimeAxis::right - leastSize);
+    const double width = std::max(axis_.x(band.to) - left, leastSize);
+    const double size = std::max(y(band.low) - y(band.high), leastSize);
+    return html::tag("rect", {{"class", "band"},
+                              {"x", coordinate(left)},
+                              {"y", coordinate(y(band.high))},
+                              {"width", coordinate(width)},
+                              {"height", coordinate(size)}}) +
+           html::element("title", text(band.low) + " to " + text(band.high)) + "</rect>\n";
   }
 
   std::string readings(const std::map<std::int64_t, double>& readings) const {
@@ -130,7 +129,9 @@ class Drawing {
     for (const auto& [time, amount] : readings) {
       points += coordinate(axis_.x(time)) + ',' + coordinate(y(amount)) + ' ';
     }
-    return "<polyline class=\"reading\" points=\"" + points + "\"/>\n";
+    return html::element("polyline", "",
+                         html::Attributes{{"class", "reading"}, {"points", points}}) +
+           '\n';
   }
 
   /// Lines for all; of those that stand close together only the first is named.
@@ -143,9 +144,7 @@ class Drawing {
       marks += line("crash", x, x, top, bottom);
       if (x - labelled >= labelWidth) {
         const bool atEnd = x > TimeAxis::right - labelWidth;
-        marks += "<text class=\"crash" + std::string(atEnd ? " before" : "") + '"' +
-                 attribute("x", x + (atEnd ? -5 : 5)) + attribute("y", top + 10) +
-                 ">crash</text>\n";
+        marks += label(atEnd ? "crash before" : "crash", x + (atEnd ? -5 : 5), top + 10, "crash");
         labelled = x;
       }
     }
@@ -153,18 +152,14 @@ class Drawing {
   }
 
  private:
-  static std::string line(const char* style, double x1, double x2, double y1, double y2) {
-    return "<line class=\"" + std::string(style) + '"' + attribute("x1", x1) + attribute("x2", x2) +
-           attribute("y1", y1) + attribute("y2", y2) + "/>";
-  }
-  std::string label(double amount) const {
+  std::string text(double amount) const {
     return (step_ < 1 ? coordinate(amount) : grouped(std::llround(amount))) + " MB";
   }
-  double y(double amount) const { return bottom - amount / full_ * (bottom - top); }
+  double y(double amount) const { return bottom - amount / (step_ * steps_) * (bottom - top); }
 
   const TimeAxis& axis_;
-  const double step_;
-  const double full_;  ///< the amount at the top
+  const double step_;   ///< megabytes between two lines of the grid
+  const double steps_;  ///< how many there are up to the top
 };
 
 }  // namespace
@@ -178,9 +173,7 @@ std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
   const auto title =
       scope == "Total" ? "Memory in use on the whole machine" : "Memory used by the program";
   const Drawing drawing(axis, std::max(memory.highest, 1.0));
-  std::string svg = "<svg role=\"img\" aria-label=\"" + html::escaped(title) + "\" viewBox=\"0 0 " +
-                    coordinate(TimeAxis::width) + ' ' + coordinate(height) + "\">\n" +
-                    drawing.amounts() + axis.grid(top, bottom);
+  std::string svg = beginDrawing(title, height) + drawing.amounts() + axis.grid(top, bottom);
   for (const auto& band : memory.bands) {
     svg += drawing.band(band);
   }

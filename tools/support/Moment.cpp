@@ -72,10 +72,11 @@ std::string readableLength(std::int64_t milliseconds) {
   if (minutes < 60) {
     return std::to_string(minutes) + " min " + twoDigits(milliseconds / 1000 % 60) + " s";
   }
-  if (minutes < 24 * 60) {
+  constexpr std::int64_t minutesOfDay = 1440;
+  if (minutes < minutesOfDay) {
     return std::to_string(minutes / 60) + " h " + twoDigits(minutes % 60) + " min";
   }
-  return std::to_string(minutes / 60 / 24) + " d " + twoDigits(minutes / 60 % 24) + " h";
+  return std::to_string(minutes / minutesOfDay) + " d " + twoDigits(minutes / 60 % 24) + " h";
 }
 
 }  // namespace qel::support

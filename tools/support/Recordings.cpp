@@ -9,8 +9,8 @@
 
 namespace qel::support {
 
-Recordings::Recordings(const std::filesystem::path& place, ReadOnlyDatabase::Progress progress)
-    : directory(place) {
+Recordings::Recordings(std::filesystem::path place, const ReadOnlyDatabase::Progress& progress)
+    : directory(std::move(place)) {
   std::error_code error;
   const auto name = utilities::utf8FromPath(directory);
   if (!std::filesystem::is_directory(directory, error)) {

@@ -18,7 +18,7 @@ inline constexpr const char* supportDatabaseName = "SupportDatabase.db";
 struct Recordings {
   /// Throws `tools::InputError` when there is no such directory, or no database in it, and
   /// `qel::exception` when none can be read.
-  explicit Recordings(const std::filesystem::path& place, ReadOnlyDatabase::Progress progress = {});
+  explicit Recordings(std::filesystem::path place, const ReadOnlyDatabase::Progress& progress = {});
 
   /// Those that are there, the support database first.
   std::vector<ReadOnlyDatabase*> databases();

@@ -16,7 +16,7 @@ body { margin: 0 auto; padding: 1.5rem; max-width: 72rem; background: var(--back
   color: var(--text); font: 15px/1.5 system-ui, sans-serif; }
 h1 { font-size: 1.6rem; margin: 0 0 .25rem; } h2 { font-size: 1.2rem; margin: 2.2rem 0 .6rem; }
 h3 { font-size: 1rem; margin: 1.2rem 0 .3rem; }
-p { margin: .3rem 0; } .faint, .count { color: var(--faint); } .bad { color: var(--bad); }
+p { margin: .3rem 0; } .faint { color: var(--faint); } .bad { color: var(--bad); }
 nav a { margin-right: 1rem; color: var(--accent); }
 code { font-family: ui-monospace, monospace; overflow-wrap: anywhere; }
 dl { display: grid; grid-template-columns: max-content 1fr; gap: .1rem 1.2rem; margin: .8rem 0; }
@@ -29,7 +29,7 @@ th { color: var(--faint); font-weight: 600; } th.number, td.number { text-align:
 td.number, td.time { white-space: nowrap; font-variant-numeric: tabular-nums; }
 svg { display: block; width: 100%; height: auto; font: 12px system-ui, sans-serif; }
 svg text { fill: var(--text); } svg .mark { fill: var(--faint); text-anchor: middle; }
-svg .amount { text-anchor: end; } svg .count { fill: var(--faint); }
+svg .amount { text-anchor: end; }
 svg .grid { stroke: var(--line); stroke-width: 1; } svg .stroke { fill: var(--accent); }
 svg .band { fill: var(--band); } svg .reading { fill: none; stroke: var(--accent); stroke-width: 2; }
 svg line.crash { stroke: var(--bad); stroke-width: 2; stroke-dasharray: 5 3; }

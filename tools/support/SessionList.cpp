@@ -78,7 +78,7 @@ std::string normalized(const std::string& id) {
   try {
     return qel::Guid::parse(id).toString(false);
   } catch (const qel::exception&) {
-    throw tools::InputError("--session: \"" + id + "\" is neither a session's ID nor \"last\"");
+    throw tools::InputError("--session: " + id + R"( is neither a session's ID nor "last")");
   }
 }
 
@@ -102,7 +102,7 @@ const char* nameOf(Session::End end) {
   return "unknown";
 }
 
-std::string sessionMark(const std::string& id) { return "\"SessionId\": \"" + id + '"'; }
+std::string sessionMark(const std::string& id) { return R"("SessionId": ")" + id + '"'; }
 
 std::vector<Session> listSessions(Recordings& recordings) {
   SessionsById all;
@@ -130,7 +130,7 @@ Session findSession(Recordings& recordings, const std::string& idOrLast) {
     const auto place = utilities::utf8FromPath(recordings.directory);
     throw tools::InputError(last ? "there are no sessions in " + place
                                  : "there is no session " + id + " in " + place +
-                                       " (\"qel-support sessions\" lists those there are)");
+                                       " (the command sessions lists those there are)");
   }
   return *found;
 }

@@ -15,7 +15,9 @@ constexpr std::size_t narrowestWrapped = 16;
 
 std::string padding(std::size_t width, const std::string& text) {
   const auto taken = displayWidth(text);
-  return std::string(width > taken ? width - taken : 0, ' ');
+  std::string blanks;
+  blanks.assign(width > taken ? width - taken : 0, ' ');
+  return blanks;
 }
 
 }  // namespace

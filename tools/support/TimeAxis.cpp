@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "tools/support/Html.h"
+
 namespace qel::support {
 namespace {
 
@@ -42,15 +44,36 @@ double TimeAxis::x(std::int64_t ms) const {
 
 std::string TimeAxis::grid(double top, double bottom) const {
   const auto step = stepFor(last_ - first_);
-  std::string lines;
+  std::string marks;
   for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
-    const auto place = coordinate(x(time));
-    lines += "<line class=\"grid\" x1=\"" + place + "\" x2=\"" + place + "\" y1=\"" +
-             coordinate(top) + "\" y2=\"" + coordinate(bottom) + "\"/><text class=\"mark\" x=\"" +
-             place + "\" y=\"" + coordinate(bottom + 16) + "\">" + clock(time, step < 60'000) +
-             "</text>\n";
+    marks += line("grid", x(time), x(time), top, bottom);
+    marks += label("mark", x(time), bottom + 16, clock(time, step < 60'000));
   }
-  return lines;
+  return marks;
+}
+
+std::string beginDrawing(const std::string& title, double height) {
+  return html::tag("svg",
+                   {{"role", "img"},
+                    {"aria-label", title},
+                    {"viewBox", "0 0 " + coordinate(TimeAxis::width) + ' ' + coordinate(height)}}) +
+         '\n';
+}
+
+std::string line(const std::string& style, double x1, double x2, double y1, double y2) {
+  return html::element("line", "",
+                       html::Attributes{{"class", style},
+                                        {"x1", coordinate(x1)},
+                                        {"x2", coordinate(x2)},
+                                        {"y1", coordinate(y1)},
+                                        {"y2", coordinate(y2)}});
+}
+
+std::string label(const std::string& style, double x, double y, const std::string& text) {
+  return html::element(
+             "text", text,
+             html::Attributes{{"class", style}, {"x", coordinate(x)}, {"y", coordinate(y)}}) +
+         '\n';
 }
 
 std::string coordinate(double value) {

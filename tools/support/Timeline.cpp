@@ -44,8 +44,8 @@ std::string readSince(const std::string& text) {
     time[10] = 'T';
   }
   if (!time.empty() && !millisecondsOf(time)) {
-    throw tools::InputError("--since: \"" + text +
-                            "\" is no time in UTC such as 2026-11-21 or \"2026-11-21 09:30:05\"");
+    throw tools::InputError("--since: " + text +
+                            R"( is no time in UTC such as 2026-11-21 or "2026-11-21 09:30:05")");
   }
   if (time.ends_with('Z') && time.size() < 24) {
     time.pop_back();

@@ -231,13 +231,12 @@ TEST_F(ReadingTest, answersWhatCannotBeDoneWithOneLine) {
       {"stats " + elsewhere("").string(),
        elsewhere("").string() + " holds neither SupportDatabase.db nor ItemDatabase.db"},
       {"show " + place(), "--session ID|last is required"},
-      {"show " + place() + " --session 5",
-       "--session: \"5\" is neither a session's ID nor \"last\""},
+      {"show " + place() + " --session 5", "--session: 5 is neither a session's ID nor \"last\""},
       {"show " + place() + " --session last --since noon",
-       "--since: \"noon\" is no time in UTC such as 2026-11-21 or \"2026-11-21 09:30:05\""},
+       "--since: noon is no time in UTC such as 2026-11-21 or \"2026-11-21 09:30:05\""},
       {"report " + place() + " --output x --session 0A1B2C3D-0000-4000-8000-000000000009",
        "there is no session 0A1B2C3D-0000-4000-8000-000000000009 in " + place() +
-           " (\"qel-support sessions\" lists those there are)"}};
+           " (the command sessions lists those there are)"}};
   for (const auto& [arguments, complaint] : complaints) {
     const auto said = run(arguments);
     EXPECT_EQ(said.errors, "qel-support: " + complaint + '\n');
