@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -145,17 +144,14 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
 ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::string& table,
                                                const RowReader& reader) const {
   Flaws flaws;
-  std::int64_t id = 0;
-  std::int64_t count = 0;
-  std::optional<std::int64_t> highest;
-  if (progress_) {
-    highest = highestId(table, 0);
-  }
+  const auto highest = highestId(table);
+  auto stepsLeft = 2 * mostRows(file_);  // A damaged file can lead in circles.
+  std::int64_t position = 0;             // All rows up to this ID are done.
   for (;;) {
-    rows.restart(id);
+    rows.restart(position);
     int code = rows.step();
-    for (; code == SQLITE_ROW; code = rows.step()) {
-      id = rows.number(0);
+    for (; code == SQLITE_ROW && stepsLeft > 0; code = rows.step(), --stepsLeft) {
+      const auto id = rows.number(0);
       const bool null = rows.isNull(1);
       const auto text = rows.text(1);
       if (text.data() == nullptr && !null) {
@@ -163,36 +159,37 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
       } else if (!reader(id, text)) {
         ++flaws.unintelligible;
       }
-      if (progress_ && ++count % rowsBetweenReports == 0) {
-        progress_(static_cast<double>(id) / static_cast<double>(std::max(id, *highest)));
+      if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
+        position = id;
+      }
+      if (progress_ && stepsLeft % rowsBetweenReports == 0) {
+        progress_(static_cast<double>(position) / static_cast<double>(highest));
       }
     }
-    if (code == SQLITE_DONE) {
+    if (code == SQLITE_DONE || code == SQLITE_ROW) {
       return flaws;
     }
     if (!isDamage(code)) {
       fail(code);
     }
-    // The row behind `id`, or the way to it, is damaged; the one after it may lie elsewhere.
-    highest = highest ? *highest : highestId(table, id);
-    if (id >= *highest) {
+    ++flaws.unreadable;
+    if (position >= highest || --stepsLeft < 0) {
       return flaws;
     }
-    ++id;
-    ++flaws.unreadable;
+    ++position;  // The next row, or the way to it, is damaged; the one after may lie elsewhere.
   }
 }
 
 /// As far as the file still tells; otherwise an ID that no row can have.
-std::int64_t ReadOnlyDatabase::highestId(const std::string& table, std::int64_t readSoFar) const {
-  for (const auto& question : {"SELECT max(ID) FROM " + table,
-                               "SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'"}) {
+std::int64_t ReadOnlyDatabase::highestId(const std::string& table) const {
+  for (const auto& question : {"SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'",
+                               "SELECT max(ID) FROM " + table}) {
     Statement answer(database_.get(), question);
-    if (answer.step() == SQLITE_ROW) {
+    if (answer.step() == SQLITE_ROW && answer.number(0) > 0) {
       return answer.number(0);
     }
   }
-  return readSoFar + mostRows(file_);
+  return mostRows(file_);
 }
 
 std::vector<std::string> ReadOnlyDatabase::remarks() const {

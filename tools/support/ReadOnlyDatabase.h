@@ -55,7 +55,7 @@ class ReadOnlyDatabase {
 
   void open();
   bool needsRollback();
-  std::int64_t highestId(const std::string& table, std::int64_t readSoFar) const;
+  std::int64_t highestId(const std::string& table) const;
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
   [[noreturn]] void fail(int code) const;
 

@@ -4,6 +4,7 @@
 
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/Files.h"
+#include "tests/support/Query.h"
 #include "tests/tools/support/Recorded.h"
 
 namespace qel::support {
@@ -168,6 +169,15 @@ TEST_F(ReadingTest, readsAroundDamage) {
   listed = run("sessions " + place());
   EXPECT_EQ(listed.status, 1);
   EXPECT_THAT(listed.errors, HasSubstr("SupportDatabase.db: file is not a database\n"));
+}
+
+TEST_F(ReadingTest, comesToAnEndWhereIdsAreDamaged) {
+  makeManyRows(500);
+  test::query(file("SupportDatabase.db"),
+              "INSERT INTO Items(ID, json) VALUES (1152921504606846976, '')");
+  const auto size = std::filesystem::file_size(file("SupportDatabase.db"));
+  overwrite(static_cast<std::streamoff>(size) - 2 * 4096, 2 * 4096);
+  EXPECT_GT(eventsListed(run("sessions " + place() + " --json")), 400);
 }
 
 TEST_F(ReadingTest, skipsRowsThatNoClientStores) {
