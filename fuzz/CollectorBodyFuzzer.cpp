@@ -29,8 +29,8 @@ void checkRow(const Row& row) {
   check(row.text.starts_with('{') && row.text.find('\0') == std::string_view::npos,
         "a sound row is nothing but a JSON object");
   const auto parsed = json::parse(row.text);
-  for (std::size_t column = 0; column < columnMembers.size(); ++column) {
-    const auto member = parsed.find(columnMembers[column]);
+  for (std::size_t column = 0; column < tools::columnMembers.size(); ++column) {
+    const auto member = parsed.find(tools::columnMembers[column]);
     const bool isThere = member != parsed.end();
     const bool isText = isThere && member->is_string();
     check(row.columns[column] ? isThere : !isText, "columns are the members that are texts");

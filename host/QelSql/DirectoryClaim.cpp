@@ -21,8 +21,6 @@
 namespace qel::db::sql {
 namespace {
 
-constexpr const char* lockFileName = "Databases.lock";
-
 std::string quoted(const std::filesystem::path& path) {
   return '"' + utilities::utf8FromPath(path) + '"';
 }
@@ -57,7 +55,7 @@ class LockFile {
 std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
 
 LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
+    : file_(CreateFileW((directory / DirectoryClaim::lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                         FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (file_ == INVALID_HANDLE_VALUE) {
@@ -81,7 +79,7 @@ LockFile::~LockFile() { CloseHandle(file_); }
 std::error_code lastError() { return {errno, std::system_category()}; }
 
 LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(open((directory / lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
+    : file_(open((directory / DirectoryClaim::lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
                  S_IRUSR | S_IWUSR)) {
   if (file_ == -1) {
     throwUnusable(directory, lastError());

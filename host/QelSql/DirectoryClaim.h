@@ -10,6 +10,8 @@ namespace qel::db::sql {
 /// claim and let go.
 class DirectoryClaim {
  public:
+  static constexpr const char* lockFileName = "Databases.lock";
+
   /// Throws `qel::exception`, naming the directory and the reason, when another process has claimed
   /// the directory, or when no file can be created in it.
   explicit DirectoryClaim(const std::filesystem::path& directory);

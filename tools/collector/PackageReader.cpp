@@ -17,8 +17,9 @@ constexpr const char* packageVersion = "3.1";
 /// Longest frame worth reading; a client's has 60 bytes.
 constexpr std::size_t longestFrame = 4096;
 
-std::string_view reasonFor(RowVerdict verdict) {
-  return verdict == RowVerdict::NestedTooDeeply ? "row nested too deeply" : "row is no JSON object";
+std::string_view reasonFor(tools::RowVerdict verdict) {
+  return verdict == tools::RowVerdict::NestedTooDeeply ? "row nested too deeply"
+                                                       : "row is no JSON object";
 }
 
 /// The names of the frame's lists, in order; nothing when the frame is not that of a package.
@@ -65,8 +66,8 @@ std::vector<std::pair<std::string_view, std::size_t>> counted(
 void readRows(const std::vector<std::string_view>& texts, std::vector<Row>& rows,
               std::vector<RefusedText>& refused) {
   for (const auto& [text, count] : counted(texts)) {
-    auto [verdict, columns] = readRow(text);
-    if (verdict == RowVerdict::Sound) {
+    auto [verdict, columns] = tools::readRow(text);
+    if (verdict == tools::RowVerdict::Sound) {
       rows.push_back({text, count, std::move(columns)});
     } else {
       refused.push_back({text, count, reasonFor(verdict)});

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/collector/RowReader.h"
+#include "tools/common/RowReader.h"
 
 namespace qel::collector {
 
@@ -12,7 +12,7 @@ namespace qel::collector {
 struct Row {
   std::string_view text;  ///< exactly as it was sent
   std::size_t count = 1;  ///< how often the package holds it
-  Columns columns;
+  tools::Columns columns;
 };
 
 /// A text that is kept apart because it cannot be read.

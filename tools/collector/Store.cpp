@@ -128,7 +128,7 @@ void Store::add(const Package& package) {
     addRow(addEnvironment_, row, environmentColumns);
   }
   for (const Row& row : package.events) {
-    addRow(addEvent_, row, columnMembers.size());
+    addRow(addEvent_, row, tools::columnMembers.size());
   }
   for (const RefusedText& refused : package.refused) {
     addRefused(refused);

@@ -31,10 +31,21 @@ void printHelp(const ProgramDescription& program, std::ostream& output) {
   for (const Option& option : options) {
     width = std::max(width, nameAndValue(option).size());
   }
-  output << "Usage: " << program.name << " [options]\n" << program.summary << "\n\n";
+  const auto printName = [&](const std::string& left) {
+    output << "  " << left << std::string(width - left.size() + 2, ' ');
+  };
+  output << "Usage: " << program.name;
+  for (const Operand& operand : program.operands) {
+    output << ' ' << operand.name;
+  }
+  output << " [options]\n" << program.summary << "\n\n";
+  for (const Operand& operand : program.operands) {
+    printName(operand.name);
+    output << operand.help << '\n';
+  }
   for (const Option& option : options) {
-    const std::string left = nameAndValue(option);
-    output << "  " << left << std::string(width - left.size() + 2, ' ') << option.help;
+    printName(nameAndValue(option));
+    output << option.help;
     if (option.presence == Option::Presence::Required) {
       output << " (required)";
     } else if (!option.standard.empty()) {
@@ -78,6 +89,11 @@ std::string valueOf(const Option& option, const std::vector<std::string>& argume
 
 void completeWithStandards(const ProgramDescription& program,
                            std::map<std::string, std::string>& values) {
+  for (const Operand& operand : program.operands) {
+    if (values.count(operand.name) == 0) {
+      throw InputError(operand.name + " is missing (--help tells what it is)");
+    }
+  }
   for (const Option& option : program.options) {
     if (!option.standard.empty()) {
       values.emplace(option.name, option.standard);
@@ -151,8 +167,13 @@ std::optional<Arguments> parseCommandLine(const ProgramDescription& program,
                                           std::ostream& output) {
   const auto options = allOptions(program);
   std::map<std::string, std::string> values;
+  auto operand = program.operands.begin();
   for (std::size_t position = 0; position < arguments.size(); ++position) {
     const std::string& argument = arguments[position];
+    if (argument.rfind('-', 0) != 0 && operand != program.operands.end()) {
+      values.emplace(operand++->name, argument);
+      continue;
+    }
     if (argument.rfind("--", 0) != 0) {
       throw InputError("unexpected argument \"" + argument + "\" (--help lists the options)");
     }

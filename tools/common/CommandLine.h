@@ -29,11 +29,18 @@ struct Option {
   std::string standard = {};  ///< the value when the option is not given; empty: none
 };
 
+/// An argument told by its place, which has to be given.
+struct Operand {
+  std::string name;  ///< as the help text shows it, and as `Arguments` knows it
+  std::string help;
+};
+
 /// What a program takes. `--help` and `--version` need not be listed.
 struct ProgramDescription {
   std::string name;
   std::string summary;
   std::vector<Option> options;
+  std::vector<Operand> operands = {};
 };
 
 /// Where a server is or listens.
@@ -45,8 +52,8 @@ struct Endpoint {
 /// `HOST:PORT`, `[IPv6]:PORT`.
 std::string toText(const Endpoint& endpoint);
 
-/// The options of one run. Each reading operation takes an option's name without the dashes and
-/// throws `InputError` when the value is not of the kind asked for.
+/// The options and operands of one run. Each reading operation takes an option's name without the
+/// dashes, or an operand's, and throws `InputError` when the value is not of the kind asked for.
 class Arguments {
  public:
   explicit Arguments(std::map<std::string, std::string> values) : values_(std::move(values)) {}
@@ -66,7 +73,8 @@ class Arguments {
 
 /// Reads the arguments behind the program's own name. Prints what `--help` or `--version` asks for
 /// to `output` and then returns nothing. Throws `InputError` for an unknown option, one given
-/// twice, a missing or empty value, a missing required option and anything that is no option.
+/// twice, a missing or empty value, a missing required option or operand, and anything that is
+/// neither.
 std::optional<Arguments> parseCommandLine(const ProgramDescription& program,
                                           const std::vector<std::string>& arguments,
                                           std::ostream& output);

@@ -61,6 +61,22 @@ Greets people.
   }
 }
 
+TEST(CommandLine, takesOperandsBetweenOptions) {
+  const ProgramDescription copier{
+      "copier", "Copies.", {{"fast", "", "hurries"}}, {{"FROM", "what"}, {"TO", "where"}}};
+  std::ostringstream output;
+  const auto taken = parseCommandLine(copier, {"a", "--fast", "b"}, output);
+  ASSERT_TRUE(taken);
+  EXPECT_EQ(taken->text("FROM") + taken->text("TO"), "ab");
+  for (const std::vector<std::string>& refused :
+       {std::vector<std::string>{"a"}, {"a", "b", "c"}, {"a", "-b"}}) {
+    EXPECT_THROW(parseCommandLine(copier, refused, output), InputError) << refused.size();
+  }
+  EXPECT_FALSE(parseCommandLine(copier, {"--help"}, output));
+  EXPECT_THAT(output.str(), testing::HasSubstr("Usage: copier FROM TO [options]\nCopies.\n\n"
+                                               "  FROM       what\n"));
+}
+
 TEST(RunProgram, turnsExceptionsIntoALineAndAStatus) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(runProgram("greeter", []() -> int { throw InputError("names.txt:3: no name"); }), 2);

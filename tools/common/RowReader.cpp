@@ -1,11 +1,11 @@
-#include "tools/collector/RowReader.h"
+#include "tools/common/RowReader.h"
 
 #include <algorithm>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
-namespace qel::collector {
+namespace qel::tools {
 namespace {
 
 using nlohmann::json;
@@ -79,4 +79,4 @@ RowReading readRow(std::string_view text) {
   return reader.finish(parsed);
 }
 
-}  // namespace qel::collector
+}  // namespace qel::tools

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace qel::collector {
+namespace qel::tools {
 
-/// The members of a row that the store keeps as columns, in the columns' order.
+/// The members of a stored row that tell what it is; the collector's store has a column for each.
 inline constexpr std::array<std::string_view, 6> columnMembers{
     "SessionId", "InstallationId", "Timestamp", "Category", "Subcategory", "Event"};
 
@@ -29,4 +29,4 @@ struct RowReading {
 /// member that comes twice the first text counts. Takes no more stack for deep nesting.
 RowReading readRow(std::string_view text);
 
-}  // namespace qel::collector
+}  // namespace qel::tools

@@ -1,0 +1,113 @@
+#include "tools/support/Event.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/common/RowReader.h"
+
+namespace qel::support {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// A text as it is, anything else as JSON.
+std::string plainText(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+/// What tells one machine from another, out of all that an environment record holds.
+void addEnvironment(Event& event, const Json& record) {
+  static const std::vector<std::pair<std::string, std::string>> facts{
+      {"Program", "/CurrentActiveApplication/Name"},
+      {"Version", "/CurrentActiveApplication/Version"},
+      {"Operating system", "/OS/Name"},
+      {"Build", "/OS/BuildNumber"},
+      {"Language", "/OS/Language"},
+      {"Screen", "/OS/ScreenResolution"},
+      {"Processor", "/Hardware/CPU"},
+      {"Graphic card", "/Hardware/GraphicCard"}};
+  event.category = environmentCategory;
+  for (const auto& [name, place] : facts) {
+    const Json::json_pointer pointer(place);
+    if (record.contains(pointer)) {
+      event.details.emplace_back(name, plainText(record[pointer]));
+    }
+  }
+}
+
+/// Nothing when the text is no record.
+std::optional<Event> parse(std::string_view table, std::string_view text) {
+  const auto [verdict, columns] = tools::readRow(text);
+  if (verdict != tools::RowVerdict::Sound) {
+    return std::nullopt;
+  }
+  const auto& [session, installation, time, category, subcategory, name] = columns;
+  Event event{
+      time.value_or(""), category.value_or(""), subcategory.value_or(""), name.value_or(""), {},
+      std::string(text)};
+  const auto record = Json::parse(text);
+  if (table == environmentsTable) {
+    addEnvironment(event, record);
+  }
+  const auto details = record.find("Details");
+  if (details != record.end() && details->is_object()) {
+    for (const auto& [key, value] : details->items()) {
+      event.details.emplace_back(key, plainText(value));
+    }
+  }
+  return event;
+}
+
+std::vector<Event> rowsOf(const Session& session, const char* table) {
+  const auto mark = sessionMark(session.id);
+  std::vector<Event> events;
+  session.database->forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
+    if (text.find(mark) == std::string_view::npos) {
+      return true;
+    }
+    auto event = parse(table, text);
+    if (event) {
+      events.push_back(std::move(*event));
+    }
+    return event.has_value();
+  });
+  return events;
+}
+
+}  // namespace
+
+std::string_view Event::detail(std::string_view key) const {
+  const auto found = std::find_if(details.begin(), details.end(),
+                                  [&](const auto& detail) { return detail.first == key; });
+  return found == details.end() ? std::string_view() : found->second;
+}
+
+std::string titleOf(const Event& event) {
+  const bool both = !event.subcategory.empty() && !event.event.empty();
+  return event.subcategory + (both ? ": " : "") + event.event;
+}
+
+std::string detailsOf(const Event& event) {
+  std::string text;
+  for (const auto& [key, value] : event.details) {
+    text.append(text.empty() ? "" : "; ").append(key).append(" = ").append(value);
+  }
+  return text;
+}
+
+std::vector<Event> eventsOf(const Session& session) {
+  auto events = rowsOf(session, itemsTable);
+  for (auto& environment : rowsOf(session, environmentsTable)) {
+    const auto later = std::find_if(events.begin(), events.end(), [&](const Event& event) {
+      return event.category != environmentCategory && event.time > environment.time;
+    });
+    events.insert(later, std::move(environment));
+  }
+  return events;
+}
+
+}  // namespace qel::support

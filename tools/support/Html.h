@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qel::support::html {
+
+/// The text as it can stand in a page, in an element or a quoted attribute.
+std::string escaped(std::string_view text);
+
+using Attributes = std::vector<std::pair<std::string_view, std::string>>;
+
+/// `<name key="value">`, the values escaped.
+std::string tag(std::string_view name, const Attributes& attributes);
+
+/// `<name key="value">text</name>`, values and text escaped.
+std::string element(std::string_view name, std::string_view text, const Attributes& attributes);
+
+/// `<name class="style">text</name>`, the text escaped; no class where `style` is empty.
+std::string element(std::string_view name, std::string_view text, std::string_view style = "");
+
+}  // namespace qel::support::html

@@ -1,0 +1,127 @@
+#include "tools/support/HtmlReport.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/ScopeGuard.h"
+#include "tools/common/CommandLine.h"
+#include "tools/support/CategoryLanes.h"
+#include "tools/support/DisplayText.h"
+#include "tools/support/Html.h"
+#include "tools/support/MemoryPlot.h"
+#include "tools/support/Moment.h"
+#include "tools/support/ReportStyle.h"
+#include "tools/support/ReportTables.h"
+
+namespace qel::support {
+namespace {
+
+using html::element;
+
+std::string fact(const std::string& name, const std::string& value, const char* style = "") {
+  return element("dt", name) + element("dd", value, style) + '\n';
+}
+
+std::string head(const Session& session) {
+  return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
+         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+         "style-src 'unsafe-inline'\">\n" +
+         element("title", "Session " + session.id) + "\n<style>" + reportStyle +
+         "</style></head>\n<body>\n";
+}
+
+std::string overview(const Session& session, const std::vector<Event>& events) {
+  const bool crashed = session.end == Session::End::Crashed;
+  std::string text = "<header><h1>Session</h1><p>" + element("code", session.id) +
+                     "</p></header>\n<nav><a href=\"#timeline\">Timeline</a><a href=\"#memory\">"
+                     "Memory</a><a href=\"#commands\">Commands</a><a href=\"#issues\">Issues</a>"
+                     "<a href=\"#records\">Records</a></nav>\n<dl>";
+  text += fact("From", readableTime(session.first) + " UTC");
+  text += fact("To", readableTime(session.last) + " UTC");
+  text += fact("Length", readableLength(session.lengthInMs()));
+  text += fact("End", nameOf(session.end), crashed ? "bad" : "");
+  text += fact("Events", grouped(session.events));
+  text += fact("Read from", utilities::utf8FromPath(session.database->file().filename()));
+  for (const auto& event : events) {
+    if (event.category == environmentCategory) {
+      for (const auto& [name, value] : event.details) {
+        text += fact(name, value);
+      }
+      break;
+    }
+  }
+  return text + "</dl>\n";
+}
+
+std::string section(const char* id, const char* title, const std::string& content) {
+  return "<section id=\"" + std::string(id) + "\">" + element("h2", title) + '\n' + content +
+         "</section>\n";
+}
+
+std::string memory(const std::vector<Event>& events, const TimeAxis& axis) {
+  std::string plots;
+  for (const auto& [scope, title] :
+       {std::pair("Application", "The program"), std::pair("Total", "The whole machine")}) {
+    const auto plot = memoryPlot(events, scope, axis);
+    plots += plot.empty() ? "" : element("h3", title) + plot;
+  }
+  return plots.empty()
+             ? element("p", "No memory was reported.", "faint")
+             : plots +
+                   element("p",
+                           "A block reaches from the smallest to the largest amount between two "
+                           "reports; a line joins the readings that a crash told.",
+                           "faint");
+}
+
+bool writeAll(int file, std::string_view content) {
+  while (!content.empty()) {
+    const auto written = ::write(file, content.data(), content.size());
+    if (written < 0 && errno != EINTR) {
+      return false;
+    }
+    content.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string htmlReport(const Session& session, const std::vector<Event>& events) {
+  const TimeAxis axis(millisecondsOf(session.first).value_or(0),
+                      millisecondsOf(session.last).value_or(0));
+  return head(session) + overview(session, events) +
+         section("timeline", "Timeline (UTC)", categoryLanes(events, axis)) +
+         section("memory", "Memory", memory(events, axis)) +
+         section("commands", "Commands", commandTable(events)) +
+         section("issues", "Issues", issueTable(events)) +
+         section("records", "Records by category", eventTables(events)) + "</body></html>\n";
+}
+
+void writeNewFile(const std::filesystem::path& file, const std::string& content) {
+  const auto name = utilities::utf8FromPath(file);
+  const int descriptor =
+      ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (descriptor == -1 && errno == EEXIST) {
+    throw tools::InputError("--output: there is already " + name);
+  }
+  const bool complete = descriptor != -1 && writeAll(descriptor, content);
+  const int error = errno;
+  const bool closed = descriptor != -1 && ::close(descriptor) == 0;
+  if (complete && closed) {
+    return;
+  }
+  if (descriptor != -1) {
+    ::unlink(file.c_str());
+  }
+  throw qel::exception("cannot write " + name + ": " +
+                       std::system_category().message(complete ? errno : error));
+}
+
+}  // namespace qel::support

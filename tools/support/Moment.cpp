@@ -1,0 +1,82 @@
+#include "tools/support/Moment.h"
+
+#include <cctype>
+#include <chrono>
+
+namespace qel::support {
+namespace {
+
+/// Digits stand for digits, all else for itself.
+constexpr std::string_view pattern = "0000-00-00T00:00:00.000Z";
+
+std::int64_t digits(std::string_view text, std::size_t position, std::size_t count) {
+  std::int64_t number = 0;
+  for (std::size_t i = position; i < position + count && i < text.size(); ++i) {
+    number = number * 10 + (text[i] - '0');
+  }
+  return number;
+}
+
+bool hasForm(std::string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool digit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
+    if (pattern[i] == '0' ? !digit : text[i] != pattern[i]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string twoDigits(std::int64_t number) {
+  return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+}  // namespace
+
+std::optional<std::int64_t> millisecondsOf(std::string_view text) {
+  if (text.ends_with('Z') && text.size() < pattern.size()) {
+    text.remove_suffix(1);
+  }
+  const auto length = text.size();
+  const bool complete = length == 10 || length == 16 || length == 19 || length >= 23;
+  if (!complete || length > pattern.size() || !hasForm(text)) {
+    return std::nullopt;
+  }
+  using namespace std::chrono;
+  const year_month_day date(year(static_cast<int>(digits(text, 0, 4))),
+                            month(static_cast<unsigned>(digits(text, 5, 2))),
+                            day(static_cast<unsigned>(digits(text, 8, 2))));
+  if (!date.ok() || digits(text, 11, 2) > 23 || digits(text, 14, 2) > 59 ||
+      digits(text, 17, 2) > 59) {
+    return std::nullopt;
+  }
+  const auto seconds = (digits(text, 11, 2) * 60 + digits(text, 14, 2)) * 60 + digits(text, 17, 2);
+  return duration_cast<milliseconds>(sys_days(date).time_since_epoch()).count() + seconds * 1000 +
+         digits(text, 20, 3);
+}
+
+std::string readableTime(std::string_view text) {
+  std::string readable(text.substr(0, 19));
+  if (readable.size() > 10 && readable[10] == 'T') {
+    readable[10] = ' ';
+  }
+  return readable;
+}
+
+std::string readableLength(std::int64_t milliseconds) {
+  if (milliseconds < 60'000) {
+    return std::to_string(milliseconds / 1000) + '.' + std::to_string(milliseconds % 1000 / 100) +
+           " s";
+  }
+  const auto minutes = milliseconds / 60'000;
+  if (minutes < 60) {
+    return std::to_string(minutes) + " min " + twoDigits(milliseconds / 1000 % 60) + " s";
+  }
+  constexpr std::int64_t minutesOfDay = 1440;
+  if (minutes < minutesOfDay) {
+    return std::to_string(minutes / 60) + " h " + twoDigits(minutes % 60) + " min";
+  }
+  return std::to_string(minutes / minutesOfDay) + " d " + twoDigits(minutes / 60 % 24) + " h";
+}
+
+}  // namespace qel::support

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+
+namespace qel::support {
+
+/// A new directory for this program alone, removed with all that is in it at the end.
+class PrivateDirectory {
+ public:
+  /// Makes it in `parent`. Throws `qel::exception` with the reason.
+  explicit PrivateDirectory(const std::filesystem::path& parent);
+  ~PrivateDirectory();
+
+  PrivateDirectory(const PrivateDirectory&) = delete;
+  PrivateDirectory& operator=(const PrivateDirectory&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// A copy of a database file with its journals in the system's place for temporary files, removed
+/// at the end.
+class PrivateCopy {
+ public:
+  /// Throws `qel::exception` when the file cannot be copied.
+  explicit PrivateCopy(const std::filesystem::path& file);
+
+  const std::filesystem::path& file() const { return file_; }
+
+ private:
+  PrivateDirectory directory_;
+  std::filesystem::path file_;
+};
+
+}  // namespace qel::support

@@ -1,0 +1,230 @@
+#include "tools/support/ReadOnlyDatabase.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+
+namespace qel::support {
+namespace {
+
+constexpr int busyTimeoutInMs = 5000;
+constexpr std::int64_t rowsBetweenReports = 4096;
+
+/// Whether other rows may well be readable.
+bool isDamage(int code) {
+  const int kind = code & 0xff;
+  return kind == SQLITE_CORRUPT || kind == SQLITE_IOERR || kind == SQLITE_TOOBIG;
+}
+
+/// Whoever reads a file in this mode writes beside it.
+bool isInWriteAheadMode(const std::filesystem::path& file) {
+  constexpr std::size_t placeOfReadVersion = 19;
+  std::array<char, placeOfReadVersion + 1> header{};
+  std::ifstream(file, std::ios::binary).read(header.data(), header.size());
+  return header[placeOfReadVersion] == 2;
+}
+
+/// How many rows of a client the file has room for.
+std::int64_t mostRows(const std::filesystem::path& file) {
+  constexpr std::uintmax_t smallestRow = 32;
+  std::error_code unreadable;
+  const auto size = std::filesystem::file_size(file, unreadable);
+  return unreadable ? 0 : static_cast<std::int64_t>(size / smallestRow);
+}
+
+}  // namespace
+
+class ReadOnlyDatabase::Statement {
+ public:
+  Statement(sqlite3* database, const std::string& text) {
+    code_ = sqlite3_prepare_v2(database, text.c_str(), -1, &statement_, nullptr);
+  }
+  ~Statement() { sqlite3_finalize(statement_); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  /// What became of compiling it.
+  int code() const { return code_; }
+  /// Begins anew, with this value for its first parameter.
+  void restart(std::int64_t parameter) {
+    sqlite3_reset(statement_);
+    sqlite3_bind_int64(statement_, 1, parameter);
+  }
+  int step() { return code_ == SQLITE_OK ? sqlite3_step(statement_) : code_; }
+
+  bool isNull(int column) { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
+  std::int64_t number(int column) { return sqlite3_column_int64(statement_, column); }
+  std::string_view text(int column) {
+    const auto* const text = sqlite3_column_text(statement_, column);
+    return text == nullptr
+               ? std::string_view()
+               : std::string_view(
+                     reinterpret_cast<const char*>(text),
+                     static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+  }
+
+ private:
+  sqlite3_stmt* statement_ = nullptr;
+  int code_;
+};
+
+void ReadOnlyDatabase::Close::operator()(sqlite3* database) const { sqlite3_close(database); }
+
+ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress)
+    : file_(std::move(file)), progress_(std::move(progress)) {
+  if (isInWriteAheadMode(file_)) {
+    copy_ = std::make_unique<PrivateCopy>(file_);
+  }
+  open();
+  if (!copy_ && needsRollback()) {
+    copy_ = std::make_unique<PrivateCopy>(file_);
+    open();
+  }
+}
+
+void ReadOnlyDatabase::open() {
+  sqlite3* database = nullptr;
+  const int code = sqlite3_open_v2(
+      utilities::utf8FromPath(copy_ ? copy_->file() : file_).c_str(), &database,
+      (copy_ ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX, nullptr);
+  database_.reset(database);
+  if (code != SQLITE_OK) {
+    fail(code);
+  }
+  sqlite3_busy_timeout(database, busyTimeoutInMs);
+  // What stands in a stranger's schema must not be run.
+  for (const int setting : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
+                            SQLITE_DBCONFIG_ENABLE_VIEW}) {
+    sqlite3_db_config(database, setting, 0, nullptr);
+  }
+  // Lets SQLite read a file that has lost its end; nothing can be written here all the same.
+  sqlite3_db_config(database, SQLITE_DBCONFIG_WRITABLE_SCHEMA, 1, nullptr);
+  sqlite3_exec(database, "PRAGMA cell_size_check = ON", nullptr, nullptr, nullptr);
+}
+
+/// Whether a transaction that was broken off has to be rolled back before anybody can read.
+bool ReadOnlyDatabase::needsRollback() {
+  const int code = Statement(database_.get(), "SELECT count(*) FROM sqlite_schema").step();
+  if ((code & 0xff) == SQLITE_READONLY) {
+    return true;
+  }
+  if (code == SQLITE_ROW) {
+    return false;
+  }
+  if (code != SQLITE_NOTADB && !isDamage(code)) {
+    fail(code);
+  }
+  whyUnreadable_ = sqlite3_errmsg(database_.get());
+  return false;
+}
+
+void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& reader) {
+  Statement rows(database_.get(), "SELECT ID, json FROM " + table + " WHERE ID > ? ORDER BY ID");
+  Flaws found;
+  if (rows.code() == SQLITE_OK) {
+    found = read(rows, table, reader);
+  } else if (rows.code() == SQLITE_BUSY) {
+    fail(rows.code());
+  } else if (mostRows(file_) > 0) {
+    found.reason = sqlite3_errmsg(database_.get());
+  }
+  Flaws& flaws = flaws_[table];
+  flaws.unreadable = std::max(flaws.unreadable, found.unreadable);
+  flaws.unintelligible = std::max(flaws.unintelligible, found.unintelligible);
+  flaws.reason = found.reason;
+}
+
+ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::string& table,
+                                               const RowReader& reader) const {
+  Flaws flaws;
+  const auto highest = highestId(table);
+  auto stepsLeft = 2 * mostRows(file_);  // A damaged file can lead in circles.
+  std::int64_t position = 0;             // All rows up to this ID are done.
+  for (;;) {
+    rows.restart(position);
+    int code = rows.step();
+    for (; code == SQLITE_ROW && stepsLeft > 0; code = rows.step(), --stepsLeft) {
+      const auto id = rows.number(0);
+      const bool null = rows.isNull(1);
+      const auto text = rows.text(1);
+      if (text.data() == nullptr && !null) {
+        ++flaws.unreadable;
+      } else if (!reader(id, text)) {
+        ++flaws.unintelligible;
+      }
+      if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
+        position = id;
+      }
+      if (progress_ && stepsLeft % rowsBetweenReports == 0) {
+        progress_(static_cast<double>(position) / static_cast<double>(highest));
+      }
+    }
+    if (code == SQLITE_DONE || code == SQLITE_ROW) {
+      return flaws;
+    }
+    if (!isDamage(code)) {
+      fail(code);
+    }
+    ++flaws.unreadable;
+    if (position >= highest || --stepsLeft < 0) {
+      return flaws;
+    }
+    ++position;  // The next row, or the way to it, is damaged; the one after may lie elsewhere.
+  }
+}
+
+/// As far as the file still tells; otherwise an ID that no row can have.
+std::int64_t ReadOnlyDatabase::highestId(const std::string& table) const {
+  for (const auto& question : {"SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'",
+                               "SELECT max(ID) FROM " + table}) {
+    Statement answer(database_.get(), question);
+    if (answer.step() == SQLITE_ROW && answer.number(0) > 0) {
+      return answer.number(0);
+    }
+  }
+  return mostRows(file_);
+}
+
+std::vector<std::string> ReadOnlyDatabase::remarks() const {
+  const std::string name = utilities::utf8FromPath(file_.filename());
+  std::vector<std::string> lines;
+  if (copy_) {
+    lines.push_back(name + " has writes that are not finished: a private copy of it was read");
+  }
+  const auto add = [&](const std::string& what) { lines.push_back(name + ": " + what); };
+  for (const auto& [table, flaws] : flaws_) {
+    if (!flaws.reason.empty()) {
+      add("the table " + table + " cannot be read: " + flaws.reason);
+    }
+    if (flaws.unreadable > 0) {
+      add("the file is damaged: up to " + std::to_string(flaws.unreadable) + " rows of " + table +
+          " are skipped");
+    }
+    if (flaws.unintelligible > 0) {
+      add(std::to_string(flaws.unintelligible) + " rows of " + table +
+          " hold no record of a client and are skipped");
+    }
+  }
+  return lines;
+}
+
+void ReadOnlyDatabase::fail(int code) const {
+  const std::string file = utilities::utf8FromPath(file_);
+  if ((code & 0xff) == SQLITE_BUSY) {
+    throw qel::exception(file + " is locked by another program; try again later");
+  }
+  const int systemError = database_ ? sqlite3_system_errno(database_.get()) : 0;
+  throw qel::exception(
+      "cannot read " + file + ": " +
+      (database_ ? sqlite3_errmsg(database_.get()) : sqlite3_errstr(code)) +
+      (systemError == 0 ? "" : ": " + std::system_category().message(systemError)));
+}
+
+}  // namespace qel::support

@@ -1,0 +1,130 @@
+#include "tools/support/SessionExport.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/CommandLine.h"
+#include "tools/support/PrivateCopy.h"
+#include "tools/support/SessionSource.h"
+#include "tools/support/Terminal.h"
+
+namespace qel::support {
+namespace {
+
+namespace analytics = log::analytics;
+
+/// Writes each list of texts in one transaction, and shows how far it is.
+class ExportTarget : public analytics::SupportDatabaseClient {
+ public:
+  explicit ExportTarget(std::int64_t rowsToCome)
+      : SupportDatabaseClient({}), rowsToCome_(rowsToCome) {}
+
+  /// How many rows it was given.
+  std::int64_t rows() const { return rows_; }
+
+  using SupportDatabaseClient::insertMultiple;
+  void insertMultiple(const std::vector<std::string>& jsons, Table table) override {
+    constexpr std::size_t rowsAtOnce = 500;
+    const auto transaction = adapter()->createTransaction();
+    for (std::size_t row = 0; row < jsons.size(); row += rowsAtOnce) {
+      const auto begin = jsons.begin() + static_cast<std::ptrdiff_t>(row);
+      const auto end =
+          begin + static_cast<std::ptrdiff_t>(std::min(rowsAtOnce, jsons.size() - row));
+      SupportDatabaseClient::insertMultiple(std::vector<std::string>(begin, end), table);
+      rows_ += end - begin;
+      progress_.show(static_cast<double>(rows_) / static_cast<double>(rowsToCome_));
+    }
+  }
+
+ private:
+  const std::int64_t rowsToCome_;
+  std::int64_t rows_ = 0;
+  ProgressBar progress_{"exporting"};
+};
+
+/// A directory that was made if need be, and goes again unless something is put into it.
+class TargetDirectory {
+ public:
+  explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {
+    std::error_code error;
+    made_ = std::filesystem::create_directory(path, error);
+    if (error || !std::filesystem::is_directory(path, error)) {
+      throw qel::exception("cannot make the directory " + utilities::utf8FromPath(path) +
+                           (error ? ": " + error.message() : ""));
+    }
+  }
+  ~TargetDirectory() {
+    std::error_code notEmpty;
+    if (made_) {
+      std::filesystem::remove(path_, notEmpty);
+    }
+  }
+  TargetDirectory(const TargetDirectory&) = delete;
+  TargetDirectory& operator=(const TargetDirectory&) = delete;
+
+ private:
+  const std::filesystem::path path_;
+  bool made_ = false;
+};
+
+void refuseToOverwrite(const std::filesystem::path& directory) {
+  for (const char* const name : {supportDatabaseName, sendingDatabaseName}) {
+    if (std::filesystem::exists(directory / name)) {
+      throw tools::InputError("--to: there is already " +
+                              utilities::utf8FromPath(directory / name));
+    }
+  }
+}
+
+std::int64_t countRows(const std::filesystem::path& file) {
+  std::int64_t rows = 0;
+  ReadOnlyDatabase database(file);
+  for (const char* const table : {environmentsTable, itemsTable}) {
+    database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view /*text*/) {
+      ++rows;
+      return true;
+    });
+  }
+  return rows;
+}
+
+/// SQL failures are silent, so what was written is looked at.
+std::int64_t writeInto(const std::filesystem::path& directory, const Session& session) {
+  const auto source = std::make_shared<SessionSource>(session);
+  auto target = std::make_shared<ExportTarget>(session.events + session.environments);
+  target->initialize(utilities::utf8FromPath(directory));
+  analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id, target);
+  const auto given = target->rows();
+  target.reset();
+  const auto written = countRows(directory / supportDatabaseName);
+  if (written < given) {
+    throw qel::exception("only " + std::to_string(written) + " of " + std::to_string(given) +
+                         " rows could be written; is the disk full?");
+  }
+  return written;
+}
+
+}  // namespace
+
+std::int64_t exportSession(const Session& session, const std::filesystem::path& directory) {
+  refuseToOverwrite(directory);
+  const TargetDirectory target(directory);
+  const PrivateDirectory unfinished(directory);
+  const auto rows = writeInto(unfinished.path(), session);
+  refuseToOverwrite(directory);
+  const auto file = directory / supportDatabaseName;
+  std::error_code error;
+  std::filesystem::rename(unfinished.path() / supportDatabaseName, file, error);
+  if (error) {
+    throw qel::exception("cannot write " + utilities::utf8FromPath(file) + ": " + error.message());
+  }
+  return rows;
+}
+
+}  // namespace qel::support

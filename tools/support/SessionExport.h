@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+#include "tools/support/SessionList.h"
+
+namespace qel::support {
+
+/// Copies the session's rows into a new "SupportDatabase.db" in the directory, which is made where
+/// it is not there; the file appears when it is complete. Returns the number of rows. Throws
+/// `tools::InputError` when there is a database already, and `qel::exception` when the copy cannot
+/// be written.
+std::int64_t exportSession(const Session& session, const std::filesystem::path& directory);
+
+}  // namespace qel::support

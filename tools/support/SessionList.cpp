@@ -1,0 +1,138 @@
+#include "tools/support/SessionList.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+
+#include "host/QelId/Guid.h"
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/CommandLine.h"
+#include "tools/common/RowReader.h"
+#include "tools/support/Moment.h"
+
+namespace qel::support {
+namespace {
+
+using SessionsById = std::unordered_map<std::string, Session>;
+
+struct Record {
+  std::string session, time, category, subcategory;
+};
+
+/// Nothing when the row tells no session.
+std::optional<Record> recordOf(std::string_view text) {
+  auto [verdict, columns] = tools::readRow(text);
+  auto& [session, installation, time, category, subcategory, event] = columns;
+  if (verdict != tools::RowVerdict::Sound || !session) {
+    return std::nullopt;
+  }
+  return Record{*session, time.value_or(""), category.value_or(""), subcategory.value_or("")};
+}
+
+void widen(Session& session, const std::string& time) {
+  if (time.empty()) {
+    return;
+  }
+  session.first = session.first.empty() ? time : std::min(session.first, time);
+  session.last = std::max(session.last, time);
+}
+
+void addEvent(Session& session, const Record& record) {
+  ++session.events;
+  if (record.category != "Application") {
+    return;
+  }
+  if (record.subcategory == "Crashed") {
+    ++session.crashes;
+    session.end = Session::End::Crashed;
+  } else if (record.subcategory == "Stopped" && session.crashes == 0) {
+    session.end = Session::End::Stopped;
+  }
+}
+
+SessionsById sessionsIn(ReadOnlyDatabase& database) {
+  SessionsById sessions;
+  const auto read = [&](const char* table, const auto& add) {
+    database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
+      const auto record = recordOf(text);
+      if (!record) {
+        return false;
+      }
+      Session& session = sessions[record->session];
+      widen(session, record->time);
+      add(session, *record);
+      return true;
+    });
+  };
+  read(environmentsTable, [](Session& session, const Record&) { ++session.environments; });
+  read(itemsTable, addEvent);
+  for (auto& [id, session] : sessions) {
+    session.id = id;
+    session.database = &database;
+  }
+  return sessions;
+}
+
+std::string normalized(const std::string& id) {
+  try {
+    return qel::Guid::parse(id).toString(false);
+  } catch (const qel::exception&) {
+    throw tools::InputError("--session: " + id + R"( is neither a session's ID nor "last")");
+  }
+}
+
+}  // namespace
+
+std::int64_t Session::lengthInMs() const {
+  const auto from = millisecondsOf(first);
+  const auto to = millisecondsOf(last);
+  return from && to ? *to - *from : 0;
+}
+
+const char* nameOf(Session::End end) {
+  switch (end) {
+    case Session::End::Stopped:
+      return "stopped";
+    case Session::End::Crashed:
+      return "crashed";
+    case Session::End::Unknown:
+      break;
+  }
+  return "unknown";
+}
+
+std::string sessionMark(const std::string& id) { return R"("SessionId": ")" + id + '"'; }
+
+std::vector<Session> listSessions(Recordings& recordings) {
+  SessionsById all;
+  for (auto* const database : recordings.databases()) {
+    all.merge(sessionsIn(*database));
+  }
+  std::vector<Session> sessions;
+  sessions.reserve(all.size());
+  for (auto& [id, session] : all) {
+    sessions.push_back(std::move(session));
+  }
+  std::sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {
+    return std::tie(left.first, left.id) < std::tie(right.first, right.id);
+  });
+  return sessions;
+}
+
+Session findSession(Recordings& recordings, const std::string& idOrLast) {
+  const bool last = idOrLast == "last";
+  const auto id = last ? std::string() : normalized(idOrLast);
+  const auto sessions = listSessions(recordings);
+  const auto found = std::find_if(sessions.rbegin(), sessions.rend(),
+                                  [&](const Session& session) { return last || session.id == id; });
+  if (found == sessions.rend()) {
+    const auto place = utilities::utf8FromPath(recordings.directory);
+    throw tools::InputError(last ? "there are no sessions in " + place
+                                 : "there is no session " + id + " in " + place +
+                                       " (the command sessions lists those there are)");
+  }
+  return *found;
+}
+
+}  // namespace qel::support

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
+#include "tools/support/SessionList.h"
+
+namespace qel::support {
+
+/// One session of a database that is only read, as the exporter takes it. Operations that write do
+/// nothing.
+class SessionSource : public log::analytics::CipDatabaseClientInterface {
+ public:
+  /// The session's database outlives this object.
+  explicit SessionSource(const Session& session) : database_(*session.database) {}
+
+  std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;
+  std::pair<Table, RowMap> getAll(Table table) override;
+  RowMap getAllItems() override { return getAll(Items).second; }
+
+  void initialize(const std::string& /*directory*/) override {}
+  void insertMultiple(const std::vector<std::string>& /*jsons*/, Table /*table*/) override {}
+  void insertMultiple(const std::vector<std::pair<std::string, Table>>& /*rows*/) override {}
+  void deleteItems(const RowMap& /*rows*/) override {}
+  void deleteEnvironments(RowMap /*rows*/) override {}
+  void vacuum() override {}
+  void deleteByIds(Table /*table*/, std::vector<int>& /*ids*/) override {}
+
+ private:
+  RowMap rowsThatHold(const std::string& text, Table table);
+
+  ReadOnlyDatabase& database_;
+};
+
+}  // namespace qel::support

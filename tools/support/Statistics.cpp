@@ -1,0 +1,121 @@
+#include "tools/support/Statistics.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/RowReader.h"
+#include "tools/support/RecordedFiles.h"
+
+namespace qel::support {
+namespace {
+
+void widen(std::string& oldest, std::string& newest, const std::string& time) {
+  if (!time.empty()) {
+    oldest = oldest.empty() ? time : std::min(oldest, time);
+    newest = std::max(newest, time);
+  }
+}
+
+std::string messageOf(std::string_view text) {
+  const auto record = nlohmann::json::parse(text);
+  static const nlohmann::json::json_pointer place("/Details/Message");
+  return record.contains(place) && record[place].is_string() ? record[place] : "";
+}
+
+/// Takes one database's rows in.
+class Counter {
+ public:
+  explicit Counter(std::map<std::string, Marker>& markers) : markers_(markers) {}
+
+  FileStatistics read(ReadOnlyDatabase& database, WaitingRows* waiting) {
+    FileStatistics file;
+    std::error_code ignored;
+    file.name = utilities::utf8FromPath(database.file().filename());
+    file.bytes = std::filesystem::file_size(database.file(), ignored);
+    for (const char* const table : {environmentsTable, itemsTable}) {
+      PackageCount packages;
+      auto& rows = file.rowsByTable[table];
+      database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
+        ++rows;
+        packages.add(text.size());
+        if (waiting != nullptr) {
+          ++waiting->rows;
+          waiting->bytes += static_cast<std::int64_t>(text.size());
+        }
+        return readInto(file, table, text);
+      });
+      if (waiting != nullptr) {
+        waiting->packages += packages.packages();
+      }
+    }
+    return file;
+  }
+
+ private:
+  bool readInto(FileStatistics& file, std::string_view table, std::string_view text) {
+    const auto [verdict, columns] = tools::readRow(text);
+    if (verdict != tools::RowVerdict::Sound) {
+      return false;
+    }
+    const auto& [session, installation, time, category, subcategory, event] = columns;
+    widen(file.oldest, file.newest, time.value_or(""));
+    if (table == itemsTable) {
+      ++file.eventsByCategory[category.value_or("")];
+    }
+    if (category == "CIP" && seen_.emplace(text).second) {
+      Marker& marker = markers_[subcategory.value_or("") + " / " + event.value_or("")];
+      ++marker.count;
+      widen(marker.first, marker.last, time.value_or(""));
+      marker.message = messageOf(text);
+    }
+    return true;
+  }
+
+  std::map<std::string, Marker>& markers_;
+  std::set<std::string, std::less<>> seen_;  ///< since both databases may hold the same one
+};
+
+}  // namespace
+
+void PackageCount::add(std::size_t bytesOfRow) {
+  if (size_ >= sizeLimit) {
+    ++packages_;
+    size_ = 0;
+  }
+  size_ += bytesOfRow;
+}
+
+std::string_view meaningOf(const std::string& marker) {
+  if (marker == "Database / CriticalLarge") {
+    return "The sending database had reached 30,720,000 bytes. Events from then on were not kept "
+           "for "
+           "sending, until some had been sent; the support database has them.";
+  }
+  if (marker == "InsertingItems / CriticalLarge") {
+    return "More happened within a second than can be stored. Nothing was recorded from then on "
+           "until the program was started again.";
+  }
+  if (marker == "SendingItems / Exception") {
+    return "Sending failed. Nothing is lost: the rows wait for the next attempt.";
+  }
+  return "Trouble of the client itself that this program does not know.";
+}
+
+Statistics gatherStatistics(Recordings& recordings) {
+  Statistics statistics;
+  Counter counter(statistics.markers);
+  for (auto* const database : recordings.databases()) {
+    const bool sends = recordings.sending && database == &*recordings.sending;
+    statistics.files.push_back(counter.read(*database, sends ? &statistics.waiting : nullptr));
+  }
+  statistics.aside = filesSetAside(recordings.directory);
+  return statistics;
+}
+
+}  // namespace qel::support

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/support/Recordings.h"
+#include "tools/support/Terminal.h"
+
+namespace qel::support {
+
+/// What one database file holds.
+struct FileStatistics {
+  std::string name;
+  std::uintmax_t bytes = 0;
+  std::map<std::string, std::int64_t> rowsByTable;
+  std::map<std::string, std::int64_t> eventsByCategory;
+  std::string oldest;
+  std::string newest;
+};
+
+/// Rows that the server has not accepted yet, and the uploads that they make.
+struct WaitingRows {
+  std::int64_t rows = 0;
+  std::int64_t bytes = 0;
+  std::int64_t packages = 0;
+};
+
+/// A record in which the client tells of its own trouble.
+struct Marker {
+  std::int64_t count = 0;
+  std::string first;
+  std::string last;
+  std::string message;  ///< the latest
+};
+
+struct Statistics {
+  std::vector<FileStatistics> files;
+  WaitingRows waiting;
+  std::map<std::string, Marker> markers;     ///< by "Area / Severity"
+  std::vector<std::filesystem::path> aside;  ///< corrupt files that the client set aside
+};
+
+/// Counts the uploads of one table: a package takes rows until their texts reach a million bytes.
+class PackageCount {
+ public:
+  void add(std::size_t bytesOfRow);
+  std::int64_t packages() const { return packages_; }
+
+ private:
+  std::int64_t packages_ = 0;
+  std::size_t size_ = sizeLimit;  ///< of the package that is being filled
+
+  static constexpr std::size_t sizeLimit = 1'000'000;
+};
+
+/// What such a record means for whoever looks for lost events.
+std::string_view meaningOf(const std::string& marker);
+
+Statistics gatherStatistics(Recordings& recordings);
+
+void print(const Statistics& statistics, std::ostream& output, const Terminal& terminal);
+void printJson(const Statistics& statistics, std::ostream& output);
+
+}  // namespace qel::support

@@ -1,0 +1,136 @@
+#include <ostream>
+
+#include <nlohmann/json.hpp>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/support/DisplayText.h"
+#include "tools/support/Moment.h"
+#include "tools/support/Statistics.h"
+#include "tools/support/TextTable.h"
+
+namespace qel::support {
+namespace {
+
+using Kind = TextTable::Column::Kind;
+using Json = nlohmann::ordered_json;
+
+void printFiles(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
+  TextTable table({{"File"},
+                   {"Size", Kind::Right},
+                   {"Environments", Kind::Right},
+                   {"Items", Kind::Right},
+                   {"Oldest (UTC)", Kind::Wrapped},
+                   {"Newest (UTC)", Kind::Wrapped}});
+  for (const auto& file : statistics.files) {
+    table.add({file.name, readableSize(file.bytes), grouped(file.rowsByTable.at(environmentsTable)),
+               grouped(file.rowsByTable.at(itemsTable)), readableTime(file.oldest),
+               readableTime(file.newest)});
+  }
+  table.print(output, terminal);
+}
+
+void printCategories(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
+  std::map<std::string, std::vector<std::int64_t>> counts;
+  std::vector<TextTable::Column> columns{{"Category"}};
+  for (const auto& file : statistics.files) {
+    for (const auto& [category, count] : file.eventsByCategory) {
+      auto& row = counts[category];
+      row.resize(statistics.files.size());
+      row[columns.size() - 1] = count;
+    }
+    columns.push_back({"In " + file.name, Kind::Right});
+  }
+  TextTable table(columns);
+  for (const auto& [category, row] : counts) {
+    std::vector<TextTable::Cell> cells;
+    cells.emplace_back(category.empty() ? "(none)" : category);
+    for (const auto count : row) {
+      cells.emplace_back(grouped(count));
+    }
+    table.add(cells);
+  }
+  table.print(output, terminal);
+}
+
+void printMarkers(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
+  if (statistics.markers.empty() && statistics.aside.empty()) {
+    output << terminal.styled("No markers of loss.", Style::Good) << '\n';
+    return;
+  }
+  TextTable table({{"Marker"},
+                   {"Count", Kind::Right},
+                   {"Last (UTC)", Kind::Wrapped},
+                   {"Meaning", Kind::Wrapped}});
+  for (const auto& [name, marker] : statistics.markers) {
+    table.add({{name, Style::Bad},
+               grouped(marker.count),
+               readableTime(marker.last),
+               std::string(meaningOf(name)) +
+                   (marker.message.empty() ? "" : " It says: " + marker.message)});
+  }
+  for (const auto& file : statistics.aside) {
+    table.add({{"Set aside", Style::Bad},
+               "1",
+               "",
+               utilities::utf8FromPath(file.filename()) +
+                   ": the client found this file corrupt and began a new one. What it still holds "
+                   "was neither sent nor is it counted here."});
+  }
+  table.print(output, terminal);
+}
+
+}  // namespace
+
+void print(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
+  printFiles(statistics, output, terminal);
+  output << '\n';
+  printCategories(statistics, output, terminal);
+  const auto& waiting = statistics.waiting;
+  std::string summary = "Nothing waits to be sent.";
+  if (waiting.rows > 0) {
+    summary = grouped(waiting.rows) + (waiting.rows == 1 ? " row waits" : " rows wait") +
+              " to be sent, " + readableSize(static_cast<std::uintmax_t>(waiting.bytes)) + " in " +
+              grouped(waiting.packages) + (waiting.packages == 1 ? " package." : " packages.");
+  }
+  output << '\n';
+  for (const auto& line : wrapped(summary, terminal.width.value_or(summary.size()))) {
+    output << line << '\n';
+  }
+  output << '\n';
+  printMarkers(statistics, output, terminal);
+}
+
+void printJson(const Statistics& statistics, std::ostream& output) {
+  Json files = Json::array();
+  for (const auto& file : statistics.files) {
+    files.push_back({{"file", file.name},
+                     {"bytes", file.bytes},
+                     {"rows", file.rowsByTable},
+                     {"categories", file.eventsByCategory},
+                     {"oldest", file.oldest},
+                     {"newest", file.newest}});
+  }
+  Json markers = Json::array();
+  for (const auto& [name, marker] : statistics.markers) {
+    markers.push_back({{"marker", name},
+                       {"count", marker.count},
+                       {"first", marker.first},
+                       {"last", marker.last},
+                       {"message", marker.message},
+                       {"meaning", meaningOf(name)}});
+  }
+  Json aside = Json::array();
+  for (const auto& file : statistics.aside) {
+    aside.push_back(utilities::utf8FromPath(file.filename()));
+  }
+  const auto& waiting = statistics.waiting;
+  const Json all{
+      {"files", files},
+      {"waiting",
+       {{"rows", waiting.rows}, {"bytes", waiting.bytes}, {"packages", waiting.packages}}},
+      {"markers", markers},
+      {"setAside", aside}};
+  output << all.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace qel::support

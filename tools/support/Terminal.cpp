@@ -1,0 +1,95 @@
+#include "tools/support/Terminal.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <utility>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace qel::support {
+namespace {
+
+std::string environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+std::optional<std::size_t> widthOf(int file) {
+  const int columns = std::atoi(environment("COLUMNS").c_str());
+  if (columns > 0) {
+    return static_cast<std::size_t>(columns);
+  }
+  winsize size{};
+  if (isatty(file) != 0 && ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return size.ws_col;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Terminal Terminal::ofStandardOutput() {
+  const auto kind = environment("TERM");
+  return {widthOf(STDOUT_FILENO), isatty(STDOUT_FILENO) != 0 && environment("NO_COLOR").empty() &&
+                                      !kind.empty() && kind != "dumb"};
+}
+
+std::string Terminal::styled(const std::string& text, Style style) const {
+  if (!colours || style == Style::Plain) {
+    return text;
+  }
+  const char* code = "1";
+  switch (style) {
+    case Style::Faint:
+      code = "2";
+      break;
+    case Style::Good:
+      code = "32";
+      break;
+    case Style::Bad:
+      code = "1;31";
+      break;
+    case Style::Heading:
+    case Style::Plain:
+      break;
+  }
+  return "\033[" + std::string(code) + 'm' + text + "\033[0m";
+}
+
+ProgressBar::ProgressBar(std::string label)
+    : label_(std::move(label)), onTerminal_(isatty(STDERR_FILENO) != 0) {}
+
+ProgressBar::~ProgressBar() {
+  if (shownPercent_ >= 0) {
+    std::cerr << "\r\033[K" << std::flush;
+  }
+}
+
+void ProgressBar::show(double part) {
+  constexpr auto moment = std::chrono::milliseconds(300);
+  const int percent = static_cast<int>(std::clamp(part, 0.0, 1.0) * 100);
+  if (!onTerminal_ || percent == shownPercent_ || Clock::now() - start_ < moment) {
+    return;
+  }
+  shownPercent_ = percent;
+  const auto width = std::min<std::size_t>(widthOf(STDERR_FILENO).value_or(80), 100);
+  const std::string number = ' ' + std::to_string(percent) + " %";
+  const auto taken = label_.size() + number.size() + 4;
+  const std::size_t room = width > taken ? width - taken : 0;
+  const std::size_t filled = room * static_cast<std::size_t>(percent) / 100;
+  std::cerr << '\r' << label_ << " [" << std::string(filled, '#') << std::string(room - filled, '.')
+            << ']' << number << std::flush;
+}
+
+bool canAsk() { return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0; }
+
+bool confirmed(const std::string& question) {
+  std::cerr << question << " [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+}  // namespace qel::support

@@ -1,0 +1,133 @@
+#include "tools/support/TextTable.h"
+
+#include <algorithm>
+#include <numeric>
+#include <ostream>
+#include <utility>
+
+#include "tools/support/DisplayText.h"
+
+namespace qel::support {
+namespace {
+
+constexpr std::size_t gap = 2;
+constexpr std::size_t narrowestWrapped = 16;
+
+std::string padding(std::size_t width, const std::string& text) {
+  const auto taken = displayWidth(text);
+  std::string blanks;
+  blanks.assign(width > taken ? width - taken : 0, ' ');
+  return blanks;
+}
+
+}  // namespace
+
+TextTable::Cell::Cell(const std::string& content, Style look)
+    : text(printable(content)), style(look) {}
+
+TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+void TextTable::print(std::ostream& output, const Terminal& terminal) const {
+  auto widths = naturalWidths();
+  if (terminal.width && !fit(widths, *terminal.width)) {
+    printBlocks(output, terminal);
+    return;
+  }
+  std::vector<Cell> titles;
+  titles.reserve(columns_.size());
+  for (const auto& column : columns_) {
+    titles.emplace_back(column.title, Style::Heading);
+  }
+  printRow(output, terminal, titles, widths);
+  for (const auto& row : rows_) {
+    printRow(output, terminal, row, widths);
+  }
+}
+
+std::vector<std::size_t> TextTable::naturalWidths() const {
+  std::vector<std::size_t> widths;
+  for (std::size_t column = 0; column < columns_.size(); ++column) {
+    auto width = displayWidth(columns_[column].title);
+    for (const auto& row : rows_) {
+      width = std::max(width, displayWidth(row[column].text));
+    }
+    widths.push_back(width);
+  }
+  return widths;
+}
+
+/// Narrows the wrapped columns as far as need be, the widest first. False when the table does not
+/// fit even so.
+bool TextTable::fit(std::vector<std::size_t>& widths, std::size_t available) const {
+  auto total = std::accumulate(widths.begin(), widths.end(), gap * (widths.size() - 1));
+  for (; total > available; --total) {
+    std::size_t widest = widths.size();
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      if (columns_[column].kind == Column::Kind::Wrapped && widths[column] > narrowestWrapped &&
+          (widest == widths.size() || widths[column] > widths[widest])) {
+        widest = column;
+      }
+    }
+    if (widest == widths.size()) {
+      return false;
+    }
+    --widths[widest];
+  }
+  return true;
+}
+
+void TextTable::printRow(std::ostream& output, const Terminal& terminal,
+                         const std::vector<Cell>& row,
+                         const std::vector<std::size_t>& widths) const {
+  std::vector<std::vector<std::string>> cells;
+  std::size_t height = 1;
+  for (std::size_t column = 0; column < row.size(); ++column) {
+    cells.push_back(wrapped(row[column].text, std::max<std::size_t>(widths[column], 1)));
+    height = std::max(height, cells.back().size());
+  }
+  for (std::size_t line = 0; line < height; ++line) {
+    std::string text;
+    std::string pending;  // blanks, which no line ends with
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      const std::string part = line < cells[column].size() ? cells[column][line] : "";
+      const auto blanks = padding(widths[column], part);
+      const bool right = columns_[column].kind == Column::Kind::Right;
+      if (!part.empty()) {
+        text += pending + (right ? blanks : "") + terminal.styled(part, row[column].style);
+        pending.clear();
+      }
+      pending += (right && !part.empty() ? "" : blanks) + std::string(gap, ' ');
+    }
+    output << text << '\n';
+  }
+}
+
+/// Cells stand beside their titles, but for those that are whole only on a line of their own.
+void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
+  std::size_t titleWidth = 0;
+  for (const auto& column : columns_) {
+    titleWidth = std::max(titleWidth, displayWidth(column.title));
+  }
+  const auto width = *terminal.width;
+  const auto indent = titleWidth + gap < width / 2 ? titleWidth + gap : 0;
+  for (const auto& row : rows_) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      const auto& [text, style] = row[column];
+      if (text.empty()) {
+        continue;
+      }
+      const auto& title = columns_[column].title;
+      const auto taken = displayWidth(text);
+      const bool alone = indent == 0 || (taken > width - indent && taken <= width);
+      output << terminal.styled(title, Style::Heading) << (alone ? "\n" : padding(indent, title));
+      std::string blanks;
+      for (const auto& line : wrapped(text, alone ? width : width - indent)) {
+        output << blanks << terminal.styled(line, style) << '\n';
+        blanks.assign(alone ? 0 : indent, ' ');
+      }
+    }
+    output << '\n';
+  }
+}
+
+}  // namespace qel::support

@@ -1,0 +1,85 @@
+#include "tools/support/TimeAxis.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "tools/support/Html.h"
+
+namespace qel::support {
+namespace {
+
+/// Distances that people count in, in seconds.
+constexpr std::array<std::int64_t, 17> steps{1,   2,   5,    10,   15,   30,    60,    120,  300,
+                                             600, 900, 1800, 3600, 7200, 14400, 43200, 86400};
+
+std::int64_t stepFor(std::int64_t milliseconds) {
+  constexpr std::int64_t mostLines = 8;
+  const auto found = std::find_if(steps.begin(), steps.end(), [&](std::int64_t step) {
+    return step * 1000 * mostLines >= milliseconds;
+  });
+  const auto days = milliseconds / 1000 / mostLines / steps.back() + 1;
+  return (found == steps.end() ? steps.back() * days : *found) * 1000;
+}
+
+std::string clock(std::int64_t milliseconds, bool withSeconds) {
+  const auto seconds = milliseconds / 1000 % 86400;
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), withSeconds ? "%02d:%02d:%02d" : "%02d:%02d",
+                static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+                static_cast<int>(seconds % 60));
+  return text.data();
+}
+
+}  // namespace
+
+TimeAxis::TimeAxis(std::int64_t firstMs, std::int64_t lastMs)
+    : first_(firstMs), last_(std::max(lastMs, firstMs + 1)) {}
+
+double TimeAxis::x(std::int64_t ms) const {
+  const auto part = static_cast<double>(ms - first_) / static_cast<double>(last_ - first_);
+  return left + std::clamp(part, 0.0, 1.0) * (right - left);
+}
+
+std::string TimeAxis::grid(double top, double bottom) const {
+  const auto step = stepFor(last_ - first_);
+  std::string marks;
+  for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
+    marks += line("grid", x(time), x(time), top, bottom);
+    marks += label("mark", x(time), bottom + 16, clock(time, step < 60'000));
+  }
+  return marks;
+}
+
+std::string beginDrawing(const std::string& title, double height) {
+  return html::tag("svg",
+                   {{"role", "img"},
+                    {"aria-label", title},
+                    {"viewBox", "0 0 " + coordinate(TimeAxis::width) + ' ' + coordinate(height)}}) +
+         '\n';
+}
+
+std::string line(const std::string& style, double x1, double x2, double y1, double y2) {
+  return html::element("line", "",
+                       html::Attributes{{"class", style},
+                                        {"x1", coordinate(x1)},
+                                        {"x2", coordinate(x2)},
+                                        {"y1", coordinate(y1)},
+                                        {"y2", coordinate(y2)}});
+}
+
+std::string label(const std::string& style, double x, double y, const std::string& text) {
+  return html::element(
+             "text", text,
+             html::Attributes{{"class", style}, {"x", coordinate(x)}, {"y", coordinate(y)}}) +
+         '\n';
+}
+
+std::string coordinate(double value) {
+  const auto tenths = std::llround(value * 10);
+  return (tenths < 0 ? "-" : "") + std::to_string(std::llabs(tenths) / 10) + '.' +
+         std::to_string(std::llabs(tenths) % 10);
+}
+
+}  // namespace qel::support

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace qel::support {
+
+/// The session's time from left to right, shared by all drawings of a page.
+class TimeAxis {
+ public:
+  static constexpr double width = 960;  ///< of a drawing, in its own units
+  static constexpr double left = 150;   ///< where the session begins
+  static constexpr double right = width - 20;
+
+  TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
+
+  double x(std::int64_t ms) const;
+  /// Lines and clock times (SVG) for a drawing that is used between two heights.
+  std::string grid(double top, double bottom) const;
+
+ private:
+  const std::int64_t first_;
+  const std::int64_t last_;
+};
+
+/// The beginning (SVG) of a drawing of `TimeAxis::width` by `height`.
+std::string beginDrawing(const std::string& title, double height);
+
+std::string line(const std::string& style, double x1, double x2, double y1, double y2);
+std::string label(const std::string& style, double x, double y, const std::string& text);
+
+/// A coordinate with one decimal, whatever the locale.
+std::string coordinate(double value);
+
+}  // namespace qel::support
