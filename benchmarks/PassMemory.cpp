@@ -8,6 +8,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -35,7 +36,7 @@ long statusValue(const std::string& name) {
       return kilobytes * 1024;
     }
   }
-  return -1;
+  throw std::runtime_error("the system does not tell " + name);
 }
 
 /// Lets the highest resident size be that from now on.

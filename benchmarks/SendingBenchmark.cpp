@@ -133,8 +133,12 @@ void pass(benchmark::State& state, int rows) {
   for (auto _ : state) {
     const test::TemporaryDirectory directory;
     copyDatabase(rows, directory.path());
+    const auto size = file_size(directory.path() / RawDatabase::sending);
     CipDatabaseClient database;
     database.initialize(directory.text());
+    if (database.getDatabaseFileSize() != size) {
+      state.SkipWithError("the client does not take the database for its own");
+    }
     DbToServerConnection connection;
     measure(state,
             [&] { log::analytics::SendingPass(database, connection, *logger, packageSize).run(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "benchmarks/RawDatabase.h"
 #include "benchmarks/Workload.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -64,7 +66,11 @@ class Storage {
   /// Begins the worker's period, so that it does not end within a batch.
   void beginPeriod() { databases_.join(); }
 
-  bool failed() const { return databases_.errorOccurred(); }
+  /// In the database that has fewer.
+  std::size_t rowsStored() const {
+    return std::min(RawDatabase(directory_.path(), RawDatabase::sending).rows("Items").size(),
+                    RawDatabase(directory_.path(), RawDatabase::support).rows("Items").size());
+  }
 
  private:
   class Rendered : public json::ToJsonInterface {

@@ -228,17 +228,18 @@ Outcome SqlDatabaseAdapter::Implementation::shapeFile() {
 }
 
 /// Writes nothing if the file has that shape already, as SQLite would. A file of others may be one
-/// that cannot shrink (SQLite ignores the choice once there are tables) or have something else
-/// under a table's name (SQLite keeps the text of a creation from the name on): our rows would stay
-/// in the one for good, and never get into the other.
+/// that cannot shrink (once there are tables, SQLite takes the choice for 1 alone) or have
+/// something else under a table's name (SQLite keeps the text of a creation from the name on): our
+/// rows would stay in the one for good, and never get into the other.
 Outcome SqlDatabaseAdapter::Implementation::shapeFileBy(const std::string& statement) {
   std::string question =
-      "SELECT auto_vacuum FROM pragma_auto_vacuum WHERE EXISTS (SELECT * FROM sqlite_schema)";
+      "SELECT auto_vacuum FROM pragma_auto_vacuum"
+      " WHERE auto_vacuum <> 1 AND EXISTS (SELECT * FROM sqlite_schema)";
   std::string expected = "2";
   if (startsWithKeywords(statement, tableCreation)) {
     const auto definition = statement.substr(tableCreation.size());
     const auto name = definition.substr(0, definition.find_first_of(" ("));
-    question = "SELECT sql FROM sqlite_schema WHERE name = '" + name + "'";
+    question = "SELECT sql FROM sqlite_schema WHERE name = '" + name + "' COLLATE NOCASE";
     expected = "CREATE TABLE " + definition;
   }
   Outcome found = run(question);

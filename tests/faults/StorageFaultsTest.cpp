@@ -359,7 +359,10 @@ TEST_F(StorageFaultsTest, PlantedFilesAreRecoveredOrSetAside) {
       {"a database of others", [&] { OtherConnection(file_).execute("CREATE TABLE Others(a); "); },
        0, 1},
       {"a table of the same name",
-       [&] { OtherConnection(file_).execute("CREATE TABLE Items(ID INTEGER PRIMARY KEY, text)"); },
+       [&] {
+         OtherConnection(file_).execute(
+             "PRAGMA auto_vacuum = 2; CREATE TABLE items(ID INTEGER PRIMARY KEY, text)");
+       },
        0, 1},
       {"a view of the same name",
        [&] {

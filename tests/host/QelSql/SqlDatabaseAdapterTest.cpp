@@ -164,9 +164,15 @@ TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
   const std::string header = contentOf(file_).substr(0, 24);
   const auto damage = [&] { write(file_, header + std::string(100'000, '\xee')); };
 
+  const auto isSynchronised = [&] {
+    return database.execute("PRAGMA synchronous").result() == Rows{{"2"}};
+  };
+  EXPECT_TRUE(isSynchronised()) << "once it has rows";
+
   damage();
   EXPECT_EQ("database disk image is malformed", database.errorOf(insertion));
   EXPECT_EQ("", database.errorOf(insertion));
+  EXPECT_TRUE(isSynchronised());
   damage();
   {
     const auto guard = database.beginTransaction();

@@ -17,6 +17,7 @@ class QEL_ANALYTICS_EXPORT BaseEventItemWithDetail : public BaseEventItem {
   /// Inserts a detail; a key that is already there keeps its value.
   void addDetail(const std::string& key, const std::string& value);
 
+  /// Who overrides this overrides `addDetailsTo` as well.
   std::map<std::string, std::string> getDetails() const override;
 
  protected:

@@ -1,44 +1,47 @@
 #include "Application/Log/Analytics/Items/BaseItem.h"
 
+#include <atomic>
+
 #include "host/QelDateTime/DateTimeFormat.h"
 #include "host/QelJson/JsonObject.h"
 
 namespace qel::log::analytics::items {
 namespace {
 
-// Never destroyed: a worker thread may still render items while the process exits.
-std::string& installationId() {
-  static auto* const id = new std::string;
-  return *id;
-}
-
 struct Session {
   Guid id;
   std::string text = id.toString(false);
 };
 
-Session& session() {
-  static auto* const session = new Session;
-  return *session;
+// A worker may render items while the host sets the ids, and while the process exits: what was
+// handed out is neither changed nor destroyed.
+std::atomic<const std::string*>& installationId() {
+  static std::atomic<const std::string*> current{new std::string};
+  return current;
+}
+
+std::atomic<const Session*>& session() {
+  static std::atomic<const Session*> current{new Session};
+  return current;
 }
 
 }  // namespace
 
 void BaseItem::setInstallationId(const std::string& id) {
-  if (installationId().empty()) {
-    installationId() = id;
+  if (installationId().load()->empty() && !id.empty()) {
+    installationId() = new std::string(id);
   }
 }
 
 void BaseItem::setSessionId(const Guid& id) {
-  if (session().id.isNull()) {
-    session() = {id, id.toString(false)};
+  if (session().load()->id.isNull() && !id.isNull()) {
+    session() = new Session{id};
   }
 }
 
-const std::string& BaseItem::getInstallationId() const { return installationId(); }
+const std::string& BaseItem::getInstallationId() const { return *installationId().load(); }
 
-const Guid& BaseItem::getSessionId() const { return session().id; }
+const Guid& BaseItem::getSessionId() const { return session().load()->id; }
 
 std::string BaseItem::getDateTimeAsString() const {
   using datetime::DateTimeFormat;
@@ -47,7 +50,7 @@ std::string BaseItem::getDateTimeAsString() const {
 
 void BaseItem::addOrigin(json::JsonObject& json) const {
   json.addString("InstallationId", getInstallationId())
-      .addString("SessionId", session().text)
+      .addString("SessionId", session().load()->text)
       .addString("Timestamp", getDateTimeAsString());
 }
 
