@@ -55,9 +55,9 @@ class LockFile {
 std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
 
 LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(CreateFileW((directory / DirectoryClaim::lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    : file_(CreateFileW((directory / DirectoryClaim::lockFileName).c_str(),
+                        GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (file_ == INVALID_HANDLE_VALUE) {
     throwUnusable(directory, lastError());
   }
