@@ -145,6 +145,9 @@ TEST(ItemWrapperTest, JoinsTheRowsOfATable) {
     const ItemWrapper package(rows, static_cast<CipDatabaseClientInterface::Table>(table));
     EXPECT_EQ(package.toJson(), text);
     EXPECT_EQ(package.isNullOrEmpty(), isNullOrEmpty) << text;
+    std::ostringstream merged;
+    package.mergeList(rows, merged);
+    EXPECT_TRUE(text.find(merged.str()) != std::string::npos || table == 2) << merged.str();
     ItemWrapper target(some, CipDatabaseClientInterface::Items);
     target = package;
     EXPECT_EQ(target.toJson(), R"({"version": "3.1", "events": [{"a":1}]})")
