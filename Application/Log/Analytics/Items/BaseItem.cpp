@@ -16,12 +16,14 @@ struct Session {
 // A worker may render items while the host sets the ids, and while the process exits: what was
 // handed out is neither changed nor destroyed.
 std::atomic<const std::string*>& installationId() {
-  static std::atomic<const std::string*> current{new std::string};
+  static const auto* const none = new std::string;
+  static std::atomic<const std::string*> current{none};
   return current;
 }
 
 std::atomic<const Session*>& session() {
-  static std::atomic<const Session*> current{new Session};
+  static const auto* const none = new Session;
+  static std::atomic<const Session*> current{none};
   return current;
 }
 
