@@ -1,43 +1,33 @@
-#include <chrono>
 #include <filesystem>
 #include <functional>
-#include <future>
 #include <regex>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
-#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/ExitDeadline.h"
+#include "tests/faults/DatabaseDirectory.h"
 #include "tests/faults/Effort.h"
 #include "tests/faults/FaultyDisk.h"
 #include "tests/faults/OtherConnection.h"
 #include "tests/support/FakeConnection.h"
 #include "tests/support/Files.h"
-#include "tests/support/MemoryStorage.h"
 #include "tests/support/Query.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-using std::chrono::steady_clock;
 using test::FaultyDisk;
 using test::OtherConnection;
 using test::query;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::SizeIs;
 using Batch = std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>>;
 
@@ -51,12 +41,8 @@ Batch batchOf(const std::string& name, int rows = 3) {
   return batch;
 }
 
-class StorageFaultsTest : public testing::Test {
+class StorageFaultsTest : public test::DatabaseDirectory {
  protected:
-  StorageFaultsTest() { LogManager::instance().configure({.standardError = false, .file = log_}); }
-
-  std::string logged() const { return test::contentOf(log_); }
-
   int filesSetAside() const {
     return static_cast<int>(
         std::ranges::count_if(fs::directory_iterator(data_), [](const auto& entry) {
@@ -81,15 +67,6 @@ class StorageFaultsTest : public testing::Test {
   void meetFault(FaultyDisk& disk, int nthCall, FaultyDisk::Persistence persistence,
                  int earlierRows);
 
-  const test::TemporaryDirectory directory_ = [] {
-    test::keepTemporaryDirectoriesInMemory();
-    return test::TemporaryDirectory();
-  }();
-  const fs::path log_ = directory_.path() / "log";
-  const fs::path data_ = [this] {
-    fs::create_directory(directory_.path() / "data");
-    return directory_.path() / "data";
-  }();
   const fs::path file_ = data_ / "ItemDatabase.db";
 };
 
@@ -193,97 +170,6 @@ TEST_F(StorageFaultsTest, AFullDiskLosesNothingAndWorkIsResumed) {
   EXPECT_THAT(query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
   EXPECT_THAT(logged(),
               HasSubstr("nothing of its transaction is stored: database or disk is full"));
-}
-
-/// The pair over real databases in the fixture's directory.
-class DatabasePairFaultsTest : public StorageFaultsTest {
- protected:
-  DatabasePairFaultsTest() {
-    storage_.parameter.databasePath = data_;
-    pair_.initialize(storage_.parameter);
-  }
-
-  void insert(const std::string& message) {
-    pair_.insert(
-        std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::SendingItems,
-                                             items::CipInfoItem::Severity::Exception, message),
-        Items);
-  }
-
-  std::vector<std::string> count(const std::string& condition) const {
-    std::vector<std::string> counts;
-    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-      counts.push_back(query(data_ / file, "SELECT count(*) FROM Items WHERE " + condition)[0]);
-    }
-    return counts;
-  }
-
-  FaultyDisk disk_{data_};
-  test::MemoryStorage storage_;
-  CipDatabases pair_{std::make_unique<CipDatabaseClient>(),
-                     std::make_unique<SupportDatabaseClient>(std::nullopt)};
-};
-
-TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
-  const std::vector<std::chrono::seconds> times =
-      test::longForm() ? std::vector{1s, 10s, 60s} : std::vector{1s};
-  int rows = 0;
-  for (const auto held : times) {
-    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-      const OtherConnection other(data_ / file);
-      EXPECT_TRUE(other.execute("BEGIN IMMEDIATE"));
-      const auto end = steady_clock::now() + held;
-      while (steady_clock::now() < end) {
-        insert("row " + std::to_string(++rows));
-        std::this_thread::sleep_for(20ms);
-      }
-    }
-  }
-  pair_.join();
-  EXPECT_FALSE(pair_.errorOccurred());
-  test::measured() << rows << " rows stored after locks of up to " << times.back() / 1s << " s\n";
-  EXPECT_THAT(count("TRUE"), ElementsAre(std::to_string(rows), std::to_string(rows)));
-  EXPECT_EQ(logged().find("is held by another process; waiting") != std::string::npos,
-            test::longForm());
-}
-
-TEST_F(DatabasePairFaultsTest, AHeldFileDoesNotKeepTheHostFromEnding) {
-  const OtherConnection other(data_ / "SupportDatabase.db");
-  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE"));
-  insert("lost");
-  const auto begin = steady_clock::now();
-  utilities::setExitDeadline(300ms);
-  pair_.join();
-  EXPECT_LT(steady_clock::now() - begin, 1300ms);
-  utilities::setExitDeadline(std::nullopt);
-  EXPECT_THAT(logged(), HasSubstr("SupportDatabase.db\": BEGIN failed, so nothing of its "
-                                  "transaction is stored: database is locked"));
-}
-
-TEST_F(DatabasePairFaultsTest, AStalledDiskCostsTheQueueButNeverTheHost) {
-  insert("written when the disk comes back");
-  disk_.stall();
-  disk_.awaitStalledWriter();
-  const auto begin = steady_clock::now();
-  for (int row = 0; row < 10'000; ++row) {
-    insert("lost");
-  }
-  test::measured() << "10,000 items added beside it in " << (steady_clock::now() - begin) / 1us
-                   << " us\n";
-  EXPECT_LT(steady_clock::now() - begin, 5s);
-  EXPECT_FALSE(pair_.errorOccurred());
-  auto overflowing = std::async(std::launch::async, [&] { insert("one too many"); });
-  while (!pair_.errorOccurred()) {
-    std::this_thread::yield();
-  }
-  insert("dropped");
-  EXPECT_NE(overflowing.wait_for(0s), std::future_status::ready)
-      << "the marker is written on the thread that adds, so it waits as long as that takes";
-  disk_.heal();
-  overflowing.get();
-  pair_.join();
-  EXPECT_THAT(count("json LIKE '%critical level of added data%'"), ElementsAre("1", "1"));
-  EXPECT_THAT(count("TRUE"), ElementsAre("2", "2"));
 }
 
 TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndSendingMakesRoom) {

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "host/QelLog/LogManager.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qel::test {
+
+/// A directory in memory for databases, and the log of what happens to them.
+class DatabaseDirectory : public testing::Test {
+ protected:
+  DatabaseDirectory() {
+    log::LogManager::instance().configure({.standardError = false, .file = log_});
+  }
+
+  std::string logged() const { return contentOf(log_); }
+
+  const TemporaryDirectory directory_ = [] {
+    keepTemporaryDirectoriesInMemory();
+    return TemporaryDirectory();
+  }();
+  const std::filesystem::path log_ = directory_.path() / "log";
+  const std::filesystem::path data_ = [this] {
+    std::filesystem::create_directory(directory_.path() / "data");
+    return directory_.path() / "data";
+  }();
+};
+
+}  // namespace qel::test
