@@ -14,6 +14,8 @@ packages=(
   dpkg-dev file
   # checks
   clang-format clang-tidy valgrind
+  # the documentation's site
+  doxygen
   # fuzzing; llvm names the places in its reports
   clang libclang-rt-dev llvm
   # the demonstration, and what tests compare with

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
@@ -37,6 +38,16 @@ class LicenseBorrowed : public qel::broadcaster::event::GeneralEventInterface {
   std::map<std::string, std::string> getDetails() const override { return {{"Days", "14"}}; }
 };
 
+std::unique_ptr<items::EnvironmentItem> describeMachine() {
+  items::details::ApplicationInfo consumer;
+  consumer.name = "Consumer";
+  consumer.version = "1.0";
+  return std::make_unique<items::EnvironmentItem>(
+      items::details::OsEnvironmentInfo("Debian 12", "64", "en", "", false, "1920x1080", 96, ""),
+      items::details::HardwareEnvironmentInfo(),
+      std::vector{items::details::QelEnvironmentInfo(consumer, true, "", {}, {}, {})}, false);
+}
+
 std::string firstLineOf(const char* file) {
   std::string line;
   std::getline(std::ifstream(file), line);
@@ -55,7 +66,7 @@ void broadcastOneEvent(const std::string& directory, const std::string& secret) 
                    .sessionId = qel::Guid::create(),
                    .serverSecret = secret,
                    .serverUser = "consumer",
-                   .createEnvironmentItem = {},
+                   .createEnvironmentItem = describeMachine,
                    .isSendingAllowed = [] { return true; },
                    .databaseCallback = [] { return true; }});
   qel::broadcaster::GeneralBroadcaster::getInstance().notify(

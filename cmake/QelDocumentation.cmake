@@ -1,0 +1,46 @@
+# The target QelDocumentation makes the documentation's site, documentation/html in the build's folder: the pages under
+# docs/ and the reference of all public headers. A public class or operation without a comment fails it.
+
+find_package(Doxygen 1.9.4 REQUIRED)
+
+set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/documentation)
+set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+set(DOXYGEN_WARN_NO_PARAMDOC NO) # comments name parameters where they have something to say about them
+set(DOXYGEN_QUIET YES)
+
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE docs/index.md)
+set(DOXYGEN_HTML_EXTRA_FILES ${PROJECT_SOURCE_DIR}/docs/growth.svg)
+set(DOXYGEN_TOC_INCLUDE_HEADINGS 0)
+
+set(DOXYGEN_JAVADOC_AUTOBRIEF YES) # the first sentence is the brief description
+set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES) # a comment before `@{` stands for all up to `@}`
+set(DOXYGEN_HIDE_FRIEND_COMPOUNDS YES)
+set(DOXYGEN_MACRO_EXPANSION YES)
+set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
+set(DOXYGEN_PREDEFINED QEL_ANALYTICS_EXPORT=)
+set(DOXYGEN_STRIP_FROM_INC_PATH ${PROJECT_SOURCE_DIR})
+
+set(DOXYGEN_GENERATE_TREEVIEW YES)
+set(DOXYGEN_HAVE_DOT NO)
+set(DOXYGEN_SHOW_NAMESPACES NO)
+
+# The pages in the order of the site's menu.
+doxygen_add_docs(
+  QelDocumentation
+  docs/index.md
+  docs/embed-it.md
+  docs/own-host-framework.md
+  docs/settings.md
+  docs/events.md
+  docs/data-format.md
+  docs/operating.md
+  docs/troubleshooting.md
+  docs/architecture.md
+  docs/reliability.md
+  docs/security.md
+  docs/performance.md
+  docs/decisions
+  CONTRIBUTING.md
+  CHANGELOG.md
+  ${QEL_PUBLIC_HEADERS}
+  COMMENT "Making the documentation's site")
