@@ -23,12 +23,18 @@ struct QEL_ANALYTICS_EXPORT ActivateParameter {
   reports::WebUpdateReporterInterface& webUpdateReporter;
   /// Directory of both databases (UTF-8); it must exist and belongs to one process at a time.
   std::string databasePath;
-  /// Which installation this is. Like the session, it sticks to the process: only its first value
-  /// counts.
+  /// Which installation this is, and which run of the program. Both stick to the process: of each,
+  /// only the first value counts that is not empty (not null).
+  /// @{
   std::string installationId;
   qel::Guid sessionId;
-  std::string serverSecret;  ///< never written anywhere
+  /// @}
+  /// Basic authentication of every package, none if both are empty. The user must hold no colon;
+  /// the secret is never written anywhere.
+  /// @{
+  std::string serverSecret;
   std::string serverUser;
+  /// @}
   /// Describes the machine when sending starts, or once at activation when sending is not allowed.
   /// It may be empty or return null: nothing is described then.
   std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem;

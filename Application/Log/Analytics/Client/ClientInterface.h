@@ -18,6 +18,7 @@ class QEL_ANALYTICS_EXPORT ClientInterface {
   /// Opens the databases, registers the listeners, and starts sending if the host allows it. Once
   /// only.
   virtual void activate(const parameters::ActivateParameter& parameter) = 0;
+  /// True from the moment when `activate` has registered the listeners, for good.
   virtual bool isActive() const = 0;
   /// Records what the broadcaster tells of stored issues, in the words of `information`, from now
   /// until the client is gone; it is not taken off the broadcaster, which must

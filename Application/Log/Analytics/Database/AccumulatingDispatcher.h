@@ -26,8 +26,11 @@ namespace qel::log::analytics {
 /// one thread at a time.
 class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
  public:
+  /// An item, never null, and the table that it is for.
   using Entry =
       std::pair<std::unique_ptr<qel::json::ToJsonInterface>, CipDatabaseClientInterface::Table>;
+  /// Takes a batch in the order in which it was added, on the worker. The information item of a
+  /// full queue comes on the adding thread, perhaps at the same time.
   using Callback = std::function<void(const std::vector<Entry>&)>;
 
   /// Starts nothing. Room for `capacity` entries is set aside twice, so that queueing allocates
@@ -48,6 +51,7 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   /// Waits until everything queued has been handed to the callback, and goes on working.
   void join();
 
+  /// Whether items are dropped from now on, for good. Any thread.
   bool hasFailed() const { return failed_; }
 
  private:

@@ -30,14 +30,19 @@ class QEL_ANALYTICS_EXPORT CipDatabaseClientInterface {
   virtual void insertMultiple(const std::vector<std::string>& jsons, Table table) = 0;
   /// Inserts the texts that are not empty together, or not at all.
   virtual void insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) = 0;
+  /// The rows of `Items`.
   virtual RowMap getAllItems() = 0;
+  /// Deletes from `Items` by the IDs of `rows`; their texts do not count.
   virtual void deleteItems(const RowMap& rows) = 0;
+  /// The table's rows, beside `table` as it was given.
   virtual std::pair<Table, RowMap> getAll(Table table) = 0;
   /// The rows of one session, by table, as far as the implementation keeps such a view.
   virtual std::map<Table, RowMap> getAllFromSession(std::string sessionId) = 0;
+  /// Deletes from `Environments`, as `deleteItems` does from `Items`.
   virtual void deleteEnvironments(RowMap rows) = 0;
   /// Gives the file's free pages back to the file system.
   virtual void vacuum() = 0;
+  /// Deletes the table's rows with these IDs. The vector stays as it is.
   virtual void deleteByIds(Table table, std::vector<int>& ids) = 0;
   virtual ~CipDatabaseClientInterface() = default;
 };

@@ -33,7 +33,9 @@ class QEL_ANALYTICS_EXPORT DatabaseAdapter : public DatabaseAdapterInterface {
   ScopeGuard createTransaction() override;
 
  protected:
+  /// Runs one statement. Without a database the result is a failure that says so.
   qel::db::sql::Result execute(const std::string& statement);
+  /// Lets new IDs go on from the highest that is left, from 1 in an empty table.
   void resetIds(const std::string& table);
 
  private:

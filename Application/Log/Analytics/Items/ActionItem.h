@@ -9,12 +9,14 @@
 
 namespace qel::log::analytics::items {
 
-/// The view that an action was made in.
+/// The view that an action was made in: the category "BCF", "Help", "Start Page", "Project Manager"
+/// or "Graphic", "Unknown" for any other value.
 enum class ActionArea : std::uint32_t { Bcf, Help, StartPage, ProjectManager, Graphic };
 
-/// What the user did in one of the program's views.
+/// What the user did in one of the program's views. The subcategory is "Action".
 class QEL_ANALYTICS_EXPORT ActionItem : public BaseEventItemWithDetail {
  public:
+  /// `event` is the host's name for the action.
   ActionItem(const ActionArea& area, const std::string& event,
              const std::map<std::string, std::string>& details);
 

@@ -9,9 +9,11 @@
 
 namespace qel::log::analytics::items {
 
-/// The host application started, stopped, crashed or failed an assertion.
+/// The host application started, stopped, crashed or failed an assertion. Category "Application";
+/// the event is a text of the host's choice.
 class QEL_ANALYTICS_EXPORT ApplicationItem : public BaseEventItemWithDetail {
  public:
+  /// The subcategory in these words, none for any other value.
   enum class Type : std::uint32_t { Started, Stopped, Crashed, Asserted };
 
   /// The detail "Exception Code" holds the code as an unsigned number, whatever the type is.

@@ -19,6 +19,7 @@ class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterfac
  protected:
   /// Adds the member "Details" with what `getDetails` returns, unless that is empty.
   virtual void addDetailsTo(json::JsonObject& json) const;
+  /// Adds the member "Details", unless there are none.
   static void addDetails(json::JsonObject& json, const std::map<std::string, std::string>& details);
 };
 

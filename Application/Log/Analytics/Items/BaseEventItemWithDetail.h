@@ -11,8 +11,11 @@ namespace qel::log::analytics::items {
 /// An event that keeps a map of details.
 class QEL_ANALYTICS_EXPORT BaseEventItemWithDetail : public BaseEventItem {
  public:
+  /// Starts with these details, or with none.
+  /// @{
   BaseEventItemWithDetail() = default;
   explicit BaseEventItemWithDetail(std::map<std::string, std::string> details);
+  /// @}
 
   /// Inserts a detail; a key that is already there keeps its value.
   void addDetail(const std::string& key, const std::string& value);

@@ -24,12 +24,16 @@ class QEL_ANALYTICS_EXPORT BaseItem : public ItemInterface, public json::ToJsonI
   BaseItem() { updateTimestamp(); }
 
   /// Each takes the first value that is not empty (not null); later calls are ignored.
+  /// @{
   static void setInstallationId(const std::string& id);
   static void setSessionId(const Guid& id);
+  /// @}
 
   /// Empty, and the null GUID, until they are set.
+  /// @{
   const std::string& getInstallationId() const override;
   const Guid& getSessionId() const override;
+  /// @}
   const datetime::DateTime& getTime() const override { return time_; }
 
   /// Stamps the item with the current time again.

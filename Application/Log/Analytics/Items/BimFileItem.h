@@ -7,7 +7,7 @@
 
 namespace qel::log::analytics::items {
 
-/// A BIM file got or lost the focus; the event is its name.
+/// A BIM file got or lost the focus; the event is its name. Category "BimFile".
 class QEL_ANALYTICS_EXPORT BimFileItem : public FocusItem {
  public:
   using FocusItem::FocusItem;

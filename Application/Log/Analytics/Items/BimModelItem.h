@@ -7,7 +7,7 @@
 
 namespace qel::log::analytics::items {
 
-/// A BIM model got or lost the focus; the event is its name.
+/// A BIM model got or lost the focus; the event is its name. Category "BimModel".
 class QEL_ANALYTICS_EXPORT BimModelItem : public FocusItem {
  public:
   using FocusItem::FocusItem;

@@ -8,9 +8,11 @@
 
 namespace qel::log::analytics::items {
 
-/// A crash report was made; the event is its text.
+/// A crash report was made; the event is its text. Category "Application", subcategory
+/// "Crash Report", no details. The client makes none itself.
 class QEL_ANALYTICS_EXPORT CrashReportItem : public BaseEventItem {
  public:
+  /// An empty `text` leaves the event out.
   explicit CrashReportItem(std::string text);
 
   std::string getCategory() const override;

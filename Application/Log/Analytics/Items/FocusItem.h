@@ -9,12 +9,14 @@
 
 namespace qel::log::analytics::items {
 
-/// Whether the focus came or went.
+/// Whether the focus came or went: the subcategory in these words, none for any other value.
 enum class FocusKind : std::uint32_t { Focused, Unfocused };
 
 /// Something that is edited in a window of its own got or lost the focus. Subclasses say what.
+/// There are no details.
 class QEL_ANALYTICS_EXPORT FocusItem : public BaseEventItem {
  public:
+  /// `name` is the name of what got or lost the focus.
   FocusItem(std::string name, FocusKind kind);
 
   std::string getSubCategory() const override;

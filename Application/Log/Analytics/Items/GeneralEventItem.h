@@ -14,8 +14,11 @@ namespace qel::log::analytics::items {
 /// that renders; without one, all texts and the details are empty.
 class QEL_ANALYTICS_EXPORT GeneralEventItem : public BaseEventItem {
  public:
+  /// What the host broadcasts: it names its own category, subcategory, event and details.
   using HostEvent = broadcaster::event::GeneralEventInterface;
 
+  /// `event` may be null. Whoever lets go of it last destroys it, which may be the thread that
+  /// renders.
   explicit GeneralEventItem(std::shared_ptr<const HostEvent> event);
 
   std::string getCategory() const override;

@@ -8,11 +8,13 @@
 
 namespace qel::log::analytics::items {
 
-/// The issue list got or lost issues.
+/// The issue list got or lost issues. Category "IssueListStorage", subcategory "Issue".
 class QEL_ANALYTICS_EXPORT IssueListStorageEvent : public BaseEventItemWithDetail {
  public:
+  /// The event in these words, "Unknown" for any other value.
   enum class Change : std::uint32_t { Added, Removed, RemovedAll };
 
+  /// Has no details yet.
   explicit IssueListStorageEvent(Change change);
 
   /// For a copy of an item that reports a later change of the same issue.

@@ -8,10 +8,13 @@
 
 namespace qel::log::analytics::items {
 
-/// The user did something in the issue list's or the collision list's window.
+/// The user did something in the issue list's or the collision list's window. Category
+/// "IssueListAction".
 class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDetail {
  public:
+  /// Whose window: the subcategory in these words, "Unknown" for any other value.
   enum class List : std::uint32_t { Issue, Collision };
+  /// What the user worked with: the event in these words, "Unknown" for any other value.
   enum class Control : std::uint32_t {
     ContextMenu,
     UnreadIssuesNavigator,
@@ -20,6 +23,7 @@ class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDe
     NotificationDialog
   };
 
+  /// Has no details yet.
   IssueListUserActionEvent(List list, Control control);
 
   std::string getCategory() const override;

@@ -13,8 +13,12 @@ class QEL_ANALYTICS_EXPORT ItemInterface {
  public:
   virtual ~ItemInterface() = default;
 
+  /// Which installation and which run of the program it belongs to.
+  /// @{
   virtual const std::string& getInstallationId() const = 0;
   virtual const Guid& getSessionId() const = 0;
+  /// @}
+  /// When it happened.
   virtual const datetime::DateTime& getTime() const = 0;
 };
 

@@ -19,6 +19,7 @@ class QEL_ANALYTICS_EXPORT ItemWrapper {
   ItemWrapper(const std::vector<const std::string*>& rows, CipDatabaseClientInterface::Table table);
   ItemWrapper(std::vector<const std::string*>&& rows,
               CipDatabaseClientInterface::Table table) = delete;
+  /// Refers to the same rows.
   ItemWrapper(const ItemWrapper&) = default;
 
   /// Copies nothing: a wrapper keeps the rows that it was made for.

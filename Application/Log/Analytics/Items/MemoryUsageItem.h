@@ -11,13 +11,16 @@
 namespace qel::log::analytics::items {
 
 /// How much memory was in use, in KB: figures added as details, readings with their times, or both.
+/// Category "MemoryUsage".
 class QEL_ANALYTICS_EXPORT MemoryUsageItem : public BaseEventItemWithDetail {
  public:
-  /// Whose memory.
+  /// Whose memory, the machine's or the process's: the subcategory in these words, none for any
+  /// other value.
   enum class Scope : std::uint32_t { Total, Application };
-  /// When it is reported.
+  /// When it is reported: the event in these words, none for any other value.
   enum class Phase : std::uint32_t { Runtime, Crashed };
 
+  /// Has no figures and no readings yet.
   MemoryUsageItem(Scope scope, Phase phase);
 
   /// Adds readings in KB by their times; a time that is already there keeps its reading.

@@ -7,7 +7,7 @@
 
 namespace qel::log::analytics::items {
 
-/// A presentation got or lost the focus; the event is its name.
+/// A presentation got or lost the focus; the event is its name. Category "Presentation".
 class QEL_ANALYTICS_EXPORT PresentationItem : public FocusItem {
  public:
   using FocusItem::FocusItem;

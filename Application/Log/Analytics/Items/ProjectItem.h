@@ -8,11 +8,14 @@
 
 namespace qel::log::analytics::items {
 
-/// A project was opened, closed, or restored after an unclean end; the event is its name.
+/// A project was opened, closed, or restored after an unclean end; the event is its name. Category
+/// "Project".
 class QEL_ANALYTICS_EXPORT ProjectItem : public BaseEventItemWithDetail {
  public:
+  /// The subcategory in these words, none for any other value.
   enum class Event : std::uint32_t { Opened, Closed, Restored };
 
+  /// `project` is the project's name.
   ProjectItem(Event event, std::string project);
 
   std::string getCategory() const override;

@@ -9,6 +9,8 @@
 namespace qel::log::analytics::items {
 
 /// Asks the server to note the user's location as it sees it; the item itself carries none.
+/// Category "User", subcategory "Location", no event; the only detail, "set-on-backend", is a fixed
+/// GUID.
 class QEL_ANALYTICS_EXPORT UserLocationItem : public BaseEventItem {
  public:
   std::string getCategory() const override;

@@ -25,9 +25,14 @@ class QEL_ANALYTICS_EXPORT ApplicationListener
                       std::shared_ptr<reports::MemoryUsageReporterInterface> memoryUsageReporter,
                       reports::WebUpdateReporterInterface& webUpdateReporter);
 
+  /// Records the start, then asks the server for the user's location, then tells the web updates if
+  /// there were any, whose information is then discarded.
   void onApplicationStarted(const qel::broadcaster::event::ApplicationStartEvent& event) override;
+  /// With the exception code 0, as a start.
   void onApplicationStopped(const qel::broadcaster::event::ApplicationStopEvent& event) override;
+  /// Records the crash with its code, then has the process's and the system's memory use reported.
   void onApplicationCrashed(const qel::broadcaster::event::ApplicationCrashEvent& event) override;
+  /// Records what is known of the assertion.
   void onApplicationAsserted(const qel::broadcaster::event::ApplicationAssertEvent& event) override;
 
  private:

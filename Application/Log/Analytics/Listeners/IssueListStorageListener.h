@@ -25,12 +25,17 @@ namespace qel::log::analytics::listeners {
 class QEL_ANALYTICS_EXPORT IssueListStorageListener
     : public qel::log::issue::StorageListenerInterface {
  public:
-  /// `information` may be null.
+  /// The databases outlive the listener. `information` may be null.
   IssueListStorageListener(CipDatabases& databases,
                            std::unique_ptr<IssueListInformationInterface> information);
 
+  /// Records the issue unless it is null, `flag` is set or it is recorded already. An assertion
+  /// reports that there is no information object, or that it threw.
   void issueAdded(const std::shared_ptr<issue::IssueInstance>& issue, bool flag) override;
+  /// Tells the removal of those that are recorded, with the current time, and forgets them. An
+  /// assertion reports each of the others; null ones are passed over.
   void issuesRemoved(const std::vector<std::shared_ptr<issue::IssueInstance>>& issues) override;
+  /// Tells that the list was emptied, without details.
   void issuesRemoveAll() override;
   /// Records nothing.
   void issueReadStateChanged(

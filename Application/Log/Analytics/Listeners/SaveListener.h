@@ -9,12 +9,17 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records answers to save prompts, and automatic saves.
+/// Records answers to save prompts, and automatic saves. The subcategory is "SaveFile" or
+/// "SaveProject", none for any other kind.
 class QEL_ANALYTICS_EXPORT SaveListener : public qel::broadcaster::SaveListenerInterface {
  public:
+  /// The databases outlive the listener.
   explicit SaveListener(CipDatabases& databases) : databases_(databases) {}
 
+  /// Event "UserAction". Tells the answer as "UserAction" ("Unknown" if it has no name) and the
+  /// prompt as "Message", also an empty one.
   void onSavePromptAnswered(const qel::broadcaster::event::SaveDialogEvent& event) override;
+  /// Event "AutoSave". Tells "ProjectFilePath", and "Succeeded" as "True" or "False".
   void onAutoSave(const qel::broadcaster::event::AutoSaveEvent& event) override;
 
  private:

@@ -25,6 +25,7 @@ class CrashReadableSamples {
   /// A reporting interval brings about 31 readings. What does not fit is left out here.
   static constexpr std::size_t capacity = 128;
 
+  /// Leaves the reading out when there is no room.
   void add(qel::datetime::DateTime time, std::uint64_t kilobytes) {
     Series& series = series_[current_.load(std::memory_order_relaxed)];
     const auto count = series.count.load(std::memory_order_relaxed);
@@ -36,12 +37,14 @@ class CrashReadableSamples {
     series.count.store(count + 1, std::memory_order_release);
   }
 
+  /// A reader under way still sees the readings of before.
   void clear() {
     const auto other = 1 - current_.load(std::memory_order_relaxed);
     series_[other].count.store(0, std::memory_order_relaxed);
     current_.store(other, std::memory_order_release);
   }
 
+  /// A copy of the readings since `clear`, of those with equal times the first. Allocates memory.
   MemorySamples read() const {
     const Series& series = series_[current_.load(std::memory_order_acquire)];
     const auto count = series.count.load(std::memory_order_acquire);

@@ -19,12 +19,19 @@ namespace qel::log::analytics::reports {
 
 /// How often memory is looked at and reported, and where the figures come from.
 struct MemoryUsageOptions {
+  /// From the end of one run to the start of the next.
+  /// @{
   std::chrono::duration<double> samplingInterval = std::chrono::seconds(10);
   std::chrono::duration<double> reportingInterval = std::chrono::minutes(5);
+  /// @}
+  /// Used physical memory, asked on the sampling worker. Sampling ends when one of them throws in
+  /// the first run, or in a later run and again when that is repeated at once.
+  /// @{
   std::function<std::uint64_t()> usedBySystemInKB =
       &platform::windows::SystemInformation::getUsedPhysicalMemoryOfSystemInKB;
   std::function<std::uint64_t()> usedByProcessInKB =
       &platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB;
+  /// @}
 };
 
 /// Samples the physical memory used by the process and by the whole system, and reports the

@@ -10,8 +10,12 @@ class QEL_ANALYTICS_EXPORT MemoryUsageReporterInterface {
  public:
   virtual ~MemoryUsageReporterInterface() = default;
 
+  /// Each reports the samples since the last periodic report, which are kept, and the smallest and
+  /// the largest of them. Without samples there is no report.
+  /// @{
   virtual void reportDetailedMemoryUsageOfCurrentProcessForCrash() const = 0;
   virtual void reportDetailedMemoryUsageOfSystemForCrash() const = 0;
+  /// @}
 };
 
 }  // namespace qel::log::analytics::reports

@@ -12,6 +12,7 @@ class QEL_ANALYTICS_EXPORT WebUpdateReporterInterface {
  public:
   virtual ~WebUpdateReporterInterface() = default;
 
+  /// Whether there is something to report; the counts are asked for only then.
   virtual bool isInformationAvailable() const = 0;
   /// Discards the information, which has been reported.
   virtual void reset() = 0;
