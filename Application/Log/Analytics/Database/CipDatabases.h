@@ -29,7 +29,8 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   /// opening throws.
   void initialize(const parameters::ActivateParameter& parameter);
 
-  /// Queues the item for the table. Any thread; takes one lock and allocates nothing.
+  /// Queues the item for the table. Any thread; takes one lock and allocates nothing, but for the
+  /// one call that finds the queue full, which writes the marker itself.
   void insert(std::unique_ptr<qel::json::ToJsonInterface> item,
               CipDatabaseClientInterface::Table table);
 

@@ -14,7 +14,7 @@ namespace qel::log::analytics::items {
 class QEL_ANALYTICS_EXPORT EnvironmentItem : public BaseItem, public EnvironmentInterface {
  public:
   /// The first of `applications` that is current counts as the active one; without any, the active
-  /// application's texts are empty. `isInternal` marks machines of the vendor's own staff.
+  /// application's texts are empty. `isInternal` marks machines of the program's maker.
   EnvironmentItem(const details::OsEnvironmentInfo& os,
                   const details::HardwareEnvironmentInfo& hardware,
                   const std::vector<details::QelEnvironmentInfo>& applications, bool isInternal);

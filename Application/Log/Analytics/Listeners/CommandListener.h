@@ -12,7 +12,7 @@ class CipDatabases;
 namespace qel::log::analytics::listeners {
 
 /// Records every command as it starts and as it ends, accepted or cancelled. The two items of one
-/// command carry the same "ID"; nothing pairs them here.
+/// command carry the command's "ID"; nothing pairs them here.
 class QEL_ANALYTICS_EXPORT CommandListener : public qel::broadcaster::CommandListenerInterface {
  public:
   /// The databases outlive the listener.

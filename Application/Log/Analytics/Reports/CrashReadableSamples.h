@@ -18,8 +18,8 @@ using MemorySamples = std::map<qel::datetime::DateTime, unsigned long long>;
 ///
 /// One thread at a time writes (the observer's mutex sees to that); any thread reads at any moment,
 /// without a lock. A reader sees whole readings only: a slot is written before the count that
-/// covers it is released, and it is not written again until `clear` has been called twice, a
-/// reporting interval later at least.
+/// covers it is released, and it is not written again until `clear` has been called twice, which
+/// the observer does a reporting interval apart but at its start and stop.
 class CrashReadableSamples {
  public:
   /// A reporting interval brings about 31 readings. What does not fit is left out here.

@@ -16,7 +16,7 @@ class QEL_ANALYTICS_EXPORT WebUpdateReporterInterface {
   virtual bool isInformationAvailable() const = 0;
   /// Discards the information, which has been reported.
   virtual void reset() = 0;
-  /// Update packages that were installed.
+  /// Update packages that arrived whole.
   virtual std::uint64_t getSuccessCount() const = 0;
   /// Update packages that were found corrupt.
   virtual std::uint64_t getCorruptPackageCount() const = 0;

@@ -7,7 +7,7 @@
 
 namespace qel::log::analytics::items::details {
 
-/// The operating system and the session that the program runs in.
+/// The operating system and the screen that the program runs on.
 class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
  public:
   /// In texts of the host's choice, empty where nothing is known.
