@@ -33,6 +33,6 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qel-analytics-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${libraryPackage} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "The programs: a small analytics server, and a sample host that plays the sessions of a program.")
+    "The programs: qel-support, which reads a client's databases, a small analytics server, and a sample host.")
 
 include(CPack)
