@@ -7,7 +7,8 @@
 
 namespace qel::assert {
 
-/// What is done with a failed assertion. Must not throw.
+/// What is done with a failed assertion. Must not throw. A worker may be given a copy of the
+/// handler of the thread that starts it, so one handler may run on several threads at once.
 using AssertHandler = std::function<void(const AssertInfo&)>;
 
 /// The host's assertion facility: programming errors are reported here and execution goes on. Every
@@ -15,12 +16,15 @@ using AssertHandler = std::function<void(const AssertInfo&)>;
 /// the record.
 class Assert {
  public:
-  /// Whether assertions are reported at all; callers ask before they build a record. On unless
-  /// switched off.
+  /// Whether assertions are reported at all, in the whole process; callers ask before they build a
+  /// record. On unless switched off.
+  /// @{
   static bool isEnabled();
   static void setEnabled(bool enabled);
+  /// @}
 
-  /// Hands the record to the calling thread's handler.
+  /// Hands the record to the calling thread's handler, and returns when that has. Throws nothing,
+  /// unless memory runs out.
   static void addAssert(const AssertInfo& info);
 
   /// The calling thread's handler, never empty.

@@ -11,13 +11,17 @@ namespace event {
 
 /// What the user did in one of the program's views.
 struct ActionEvent {
-  std::string name;
-  std::map<std::string, std::string> details;
+  std::string name;                            ///< in the host's words (UTF-8)
+  std::map<std::string, std::string> details;  ///< by keys of the host's choice; may be empty
 };
 
+/// An action in the BCF view.
 struct BcfActionEvent : ActionEvent {};
+/// An action in the help.
 struct HelpActionEvent : ActionEvent {};
+/// An action in the project manager.
 struct ProjectManagerEvent : ActionEvent {};
+/// An action in the graphic view.
 struct GraphicActionEvent : ActionEvent {};
 
 }  // namespace event
@@ -27,15 +31,19 @@ class ActionListenerInterface {
  public:
   virtual ~ActionListenerInterface() = default;
 
+  /// One action each. The event lives for the call only.
+  /// @{
   virtual void onBcfAction(const event::BcfActionEvent& event) = 0;
   virtual void onHelpAction(const event::HelpActionEvent& event) = 0;
   virtual void onProjectManagerAction(const event::ProjectManagerEvent& event) = 0;
   virtual void onGraphicAction(const event::GraphicActionEvent& event) = 0;
+  /// @}
 };
 
 /// The process's broadcaster of user actions.
 class ActionBroadcaster : public Broadcaster<ActionListenerInterface> {
  public:
+  /// Always the same object, whichever library asks; it is never destroyed.
   static ActionBroadcaster& getInstance();
 };
 

@@ -12,18 +12,22 @@ namespace event {
 
 /// What happened to the application, in a text of the host's choice.
 struct ApplicationEvent {
-  std::string text;
+  std::string text;  ///< UTF-8; may be empty
 };
 
+/// The program has started.
 struct ApplicationStartEvent : ApplicationEvent {};
+/// The program is about to end.
 struct ApplicationStopEvent : ApplicationEvent {};
 
+/// The program has crashed.
 struct ApplicationCrashEvent : ApplicationEvent {
   std::int32_t code = 0;  ///< the platform's exception code
 };
 
+/// A check in the program has failed.
 struct ApplicationAssertEvent : ApplicationEvent {
-  assert::AssertInfo assertInfo;
+  assert::AssertInfo assertInfo;  ///< as the check's handler was given it
 };
 
 }  // namespace event
@@ -33,15 +37,19 @@ class ApplicationListenerInterface {
  public:
   virtual ~ApplicationListenerInterface() = default;
 
+  /// Told when it happens. The event lives for the call only.
+  /// @{
   virtual void onApplicationStarted(const event::ApplicationStartEvent& event) = 0;
   virtual void onApplicationStopped(const event::ApplicationStopEvent& event) = 0;
   virtual void onApplicationCrashed(const event::ApplicationCrashEvent& event) = 0;
   virtual void onApplicationAsserted(const event::ApplicationAssertEvent& event) = 0;
+  /// @}
 };
 
 /// The process's broadcaster of what happens to the application.
 class ApplicationBroadcaster : public Broadcaster<ApplicationListenerInterface> {
  public:
+  /// Always the same object, whichever library asks; it is never destroyed.
   static ApplicationBroadcaster& getInstance();
 };
 

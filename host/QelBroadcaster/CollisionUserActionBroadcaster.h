@@ -11,12 +11,14 @@ class CollisionUserActionListenerInterface {
  public:
   virtual ~CollisionUserActionListenerInterface() = default;
 
+  /// The user chose from the list's context menu; `action` is the host's text for the entry.
   virtual void onCollisionListControlContextMenuClicked(const std::string& action) = 0;
 };
 
 /// The process's broadcaster of user actions in the collision list.
 class CollisionUserActionBroadcaster : public Broadcaster<CollisionUserActionListenerInterface> {
  public:
+  /// Always the same object, whichever library asks; it is never destroyed.
   static CollisionUserActionBroadcaster& getInstance();
 };
 

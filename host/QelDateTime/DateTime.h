@@ -8,19 +8,23 @@ namespace qel::datetime {
 /// seconds not counted.
 class DateTime {
  public:
-  /// The epoch.
+  /// The epoch, or as many seconds after it; before it when negative.
+  /// @{
   DateTime() = default;
   explicit DateTime(double secondsSinceEpoch) : seconds_(secondsSinceEpoch) {}
+  /// @}
 
   /// Sets this to the system clock's current time.
   void vSetNow();
 
+  /// A new one that `vSetNow` has set.
   static DateTime now() {
     DateTime time;
     time.vSetNow();
     return time;
   }
 
+  /// Negative before the epoch.
   double secondsSinceEpoch() const { return seconds_; }
 
   friend auto operator<=>(const DateTime&, const DateTime&) = default;

@@ -16,6 +16,8 @@ class Error : public qel::exception {
 /// Posts over HTTPS: TLS 1.2 or newer, the peer's certificate and name always verified, redirects
 /// never followed. Cheap to make: connections and the trusted certificates live in a process-wide
 /// pool behind it. One object serves one thread at a time; several objects may post at once.
+/// Threads may still post while the process exits: what is under way is ended then, and nothing new
+/// begins.
 class Client {
  public:
   Client() = default;
@@ -27,9 +29,10 @@ class Client {
   /// exchange was completed and the whole body uploaded; one of 400 or above also when it came
   /// before that. Everything else throws `Error`: a name that cannot be resolved, a refused or lost
   /// connection, an untrusted certificate, a proxy that refuses, a time limit, an oversized answer,
-  /// the exit deadline, a field of the message that is not what `Message` says or holds CR, LF or
-  /// NUL. A kept connection that the server closed meanwhile is replaced and the message sent
-  /// again, so a server may see it twice.
+  /// the exit deadline (also one that is armed meanwhile), a field of the message that is not what
+  /// `Message` says or holds CR, LF or NUL. A kept connection that the server closed meanwhile is
+  /// replaced and the message sent again, so a server may see it twice. A status of 400 or above is
+  /// logged with the server's name.
   virtual http::Response post(const Message& message);
 };
 

@@ -4,7 +4,7 @@ namespace qel::protocol::http {
 
 /// The server's answer to a request; its body is not kept.
 struct Response {
-  int statusCode = 0;
+  int statusCode = 0;  ///< of the final answer, from 200 on; below 400 the request was accepted
 };
 
 }  // namespace qel::protocol::http

@@ -11,13 +11,18 @@ namespace qel::json {
 ///
 /// Members keep the order of their addition, and a key added twice stands twice. The text is one
 /// line:
-/// `{"Key": "value", "Other": 1}`. Whatever bytes the texts hold, the result parses in a strict
-/// parser: valid UTF-8 passes through, each maximal invalid part becomes U+FFFD, control characters
-/// (embedded NUL included), quotes and backslashes are escaped.
+/// `{"Key": "value", "Other": 1}`. The blanks belong to it: a session's records are found by
+/// searching the stored texts for `"SessionId": "` and the id. Whatever bytes the texts hold, the
+/// result parses in a strict parser: valid UTF-8 passes through, each maximal invalid part becomes
+/// U+FFFD, control characters (embedded NUL included), quotes and backslashes are escaped. One
+/// thread at a time.
 class JsonObject {
  public:
+  /// Without members.
   JsonObject();
 
+  /// Appends a member and returns this object. Nothing that is given is referred to afterwards.
+  /// @{
   JsonObject& addString(std::string_view key, std::string_view value);
   JsonObject& addBool(std::string_view key, bool value);
   /// A short text that reads back as the same number, with a decimal point or an exponent ("96.0",
@@ -28,7 +33,9 @@ class JsonObject {
   JsonObject& addStringVector(std::string_view key, const std::vector<std::string>& values);
   JsonObject& addJsonObject(std::string_view key, const JsonObject& value);
   JsonObject& addJsonObjectVector(std::string_view key, const std::vector<JsonObject>& values);
+  /// @}
 
+  /// The text so far; members may be added afterwards.
   std::string toString() const&;
   /// Hands the text over instead of copying it; the object must not be used any more.
   std::string toString() &&;

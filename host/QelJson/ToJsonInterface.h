@@ -9,6 +9,8 @@ class ToJsonInterface {
  public:
   virtual ~ToJsonInterface() = default;
 
+  /// May be called on another thread than the one that made the object. It should not throw: who
+  /// stores such objects may give up for good then.
   virtual std::string toJson() const = 0;
 };
 

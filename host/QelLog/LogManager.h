@@ -13,6 +13,7 @@ namespace qel::log {
 struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
+  /// Whether they go to standard error, be there a file or not.
   bool standardError = true;
   /// Also written to this file when it is not empty; created for the owner alone, since messages
   /// may hold what customers typed.
@@ -24,12 +25,14 @@ struct LogSettings {
   std::size_t olderFiles = 2;
 };
 
-/// The process's loggers by name. All operations may be called from any thread.
+/// The process's loggers by name. All operations may be called from any thread, until the process
+/// ends; so may the loggers. Before `configure`, messages go where `LogSettings` says by default.
 class LogManager {
  public:
+  /// Always the same object, whichever library asks; it is never destroyed.
   static LogManager& instance();
 
-  /// The logger of this name, made on first use. It follows later calls of `configure`.
+  /// The logger of this name, never null, made on first use. It follows later calls of `configure`.
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name);
 
   /// Replaces where messages go, for loggers already handed out too. Throws `qel::exception`,

@@ -14,8 +14,10 @@ class SystemInformation {
 
   /// Physical memory in use, in KB (1024 bytes): of the whole system (total less available), and of
   /// this process (its resident set). 0 when it cannot be read.
+  /// @{
   static std::uint64_t getUsedPhysicalMemoryOfSystemInKB();
   static std::uint64_t getUsedPhysicalMemoryOfCurrentProcessInKB();
+  /// @}
 };
 
 }  // namespace qel::platform::windows

@@ -27,11 +27,13 @@ namespace qel::db::sql {
 /// until it is free and log a message after five seconds. The thread that opened the object waits
 /// one second in all for other processes, since it is a thread of the host; its statements fail
 /// when that is used up. Nobody waits beyond the exit deadline. Operations may be called from any
-/// thread; one statement or transaction runs at a time. A transaction that fails is logged once,
-/// without the texts that were to be stored.
+/// thread; one statement or transaction runs at a time. Rows that are committed survive a loss of
+/// power. A transaction that fails is logged once, without the texts that were to be stored. A
+/// detached thread may still use an object, and destroy it, while the process exits.
 class SqlDatabaseAdapter : public SqlDatabaseInterface {
  public:
-  /// Opens or creates the file. Throws `qel::exception`, naming the path and the reason, when it
+  /// Opens or creates the file, but writes nothing into it yet, since `auto_vacuum` can be chosen
+  /// only for an empty one. Throws `qel::exception`, naming the path and the reason, when it
   /// cannot be opened, or when another process has claimed its directory.
   explicit SqlDatabaseAdapter(const std::filesystem::path& file);
   ~SqlDatabaseAdapter() override;

@@ -7,14 +7,17 @@
 
 namespace qel::db::sql {
 
-/// One SQL database, used by several threads at once. No operation throws for an SQL failure:
-/// results carry it.
+/// One SQL database in SQLite's dialect, used by several threads at once. The dialect includes
+/// AUTOINCREMENT with `sqlite_sequence`, `PRAGMA auto_vacuum` and `incremental_vacuum`, `instr` and
+/// `STRFTIME`; a table's name is one plain word. No operation throws for an SQL failure: results
+/// carry it. `std::bad_alloc` may be thrown, and dooms a transaction like a failed statement.
 class SqlDatabaseInterface {
  public:
   virtual ~SqlDatabaseInterface() = default;
 
   /// Runs the one statement that `statement` holds to its end. An empty statement, text behind the
-  /// statement (white space and semicolons apart) and NUL characters are refused.
+  /// statement (white space and semicolons apart) and NUL characters are refused, which is a
+  /// failure like any other.
   virtual Result execute(const std::string& statement) = 0;
 
   /// Every row of the table, columns in table order.

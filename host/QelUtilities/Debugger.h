@@ -8,7 +8,7 @@ namespace qel::utilities::debugger {
 class Debugger {
  public:
   /// Stops the process in the debugger when one is attached; otherwise only calls the hook, if one
-  /// is set. Nothing at all when there is no memory for it. Any thread.
+  /// is set. Nothing at all when there is no memory for it. Never throws. Any thread.
   static void vBreak();
 
   /// Sets what every `vBreak` calls first, for a host (or a test) that wants to know. An empty hook

@@ -7,13 +7,15 @@ namespace qel::utilities {
 
 /// From `fromNow` on, nothing in this process waits for somebody else any longer, but for a
 /// fraction of a second: an exchange with a server in flight is ended then, a statement stops
-/// waiting for a database that another process holds, and what begins later fails at once. The
-/// host arms it just before it joins and releases what stores and sends. An empty value disarms.
-/// Any thread. The end of the process arms it with nothing left, though perhaps not before static
+/// waiting for a database that another process holds, and what would wait later fails at once. The
+/// host arms it just before it joins and releases what stores and sends. A later call replaces it,
+/// an empty value disarms it, zero or less is now. Any thread. Once something was posted over
+/// HTTPS, the end of the process arms it with nothing left, though perhaps not before static
 /// objects are destroyed: a host that keeps its client in one arms it before `exit`.
 void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 
-/// The clock's end while no deadline is armed. Any thread.
+/// The clock's end while no deadline is armed. Any thread, until the process ends. Whoever waits
+/// asks again and again, since the deadline may be armed meanwhile.
 std::chrono::steady_clock::time_point exitDeadline();
 
 }  // namespace qel::utilities

@@ -9,8 +9,13 @@ namespace qel {
 /// nothing. The action must not throw.
 class [[nodiscard]] ScopeGuard {
  public:
+  /// With nothing to do, or with `atEnd`, which may be empty.
+  /// @{
   ScopeGuard() = default;
   explicit ScopeGuard(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
+  /// @}
+  /// Takes the other's action over. An assignment first runs the action that this guard had.
+  /// @{
   ScopeGuard(ScopeGuard&& other) noexcept : atEnd_(std::exchange(other.atEnd_, nullptr)) {}
   ScopeGuard& operator=(ScopeGuard&& other) noexcept {
     if (this != &other) {
@@ -19,6 +24,7 @@ class [[nodiscard]] ScopeGuard {
     }
     return *this;
   }
+  /// @}
   ScopeGuard(const ScopeGuard&) = delete;
   ScopeGuard& operator=(const ScopeGuard&) = delete;
   ~ScopeGuard() { end(); }

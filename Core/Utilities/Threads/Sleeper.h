@@ -11,6 +11,7 @@ namespace qel::util {
 /// Lets one worker sleep until a deadline and lets any other thread wake it early, for good.
 class Sleeper {
  public:
+  /// How a sleep ended; a stop goes before the deadline.
   enum class Outcome { Stopped, TimedOut };
 
   /// Sleeps until `deadline`. Stopped when a stop was requested at any time before the sleep ended,

@@ -13,9 +13,10 @@ namespace qel::util {
 
 /// At which ends of a loop its callable runs besides every interval.
 struct RunPolicy {
+  /// Before the first interval, after a stop, or both. A loop that gave up has no run at its stop.
   enum Mode : std::int32_t { AtStart = 0, AtStop = 1, AtStartAndStop = 2 };
 
-  Mode runMode = AtStart;
+  Mode runMode = AtStart;   ///< counts only with `runAtEdges`
   bool runAtEdges = false;  ///< false: on the interval only, whatever the mode
 };
 
