@@ -22,7 +22,6 @@ set(DOXYGEN_STRIP_FROM_INC_PATH ${PROJECT_SOURCE_DIR})
 
 set(DOXYGEN_GENERATE_TREEVIEW YES)
 set(DOXYGEN_HAVE_DOT NO)
-set(DOXYGEN_SHOW_NAMESPACES NO)
 
 # The pages in the order of the site's menu.
 doxygen_add_docs(
@@ -40,6 +39,7 @@ doxygen_add_docs(
   docs/security.md
   docs/performance.md
   docs/decisions
+  docs/namespaces.dox
   CONTRIBUTING.md
   CHANGELOG.md
   ${QEL_PUBLIC_HEADERS}

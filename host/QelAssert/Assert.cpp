@@ -11,7 +11,20 @@ namespace qel::assert {
 namespace {
 
 std::atomic<bool> assertionsEnabled{true};
-thread_local AssertHandler handlerOfThread;
+
+/// What the calling thread has registered. Null also when the thread's objects are destroyed: code
+/// that runs even later, such as a static object's destructor, may still report. Trivially
+/// destroyed, so readable to the end.
+constinit thread_local const AssertHandler* handlerOfThread = nullptr;
+
+struct RegisteredHandler {
+  RegisteredHandler() = default;
+  RegisteredHandler(const RegisteredHandler&) = delete;
+  RegisteredHandler& operator=(const RegisteredHandler&) = delete;
+  ~RegisteredHandler() { handlerOfThread = nullptr; }
+
+  AssertHandler handler;
+};
 
 constexpr std::array<std::string_view, 4> typeTexts{"Assertion", "Precondition", "Postcondition",
                                                     "Invariant"};
@@ -33,7 +46,8 @@ void Assert::setEnabled(bool enabled) { assertionsEnabled = enabled; }
 void Assert::addAssert(const AssertInfo& info) { getRegisteredForCurrentThread()(info); }
 
 AssertHandler Assert::getRegisteredForCurrentThread() {
-  return handlerOfThread ? handlerOfThread : AssertHandler(&logAssertion);
+  const bool registered = handlerOfThread != nullptr && *handlerOfThread;
+  return registered ? *handlerOfThread : AssertHandler(&logAssertion);
 }
 
 std::string Assert::typeToString(AssertType type) {
@@ -42,7 +56,9 @@ std::string Assert::typeToString(AssertType type) {
 }
 
 void AssertFunctionOne::registerHandler(AssertHandler handler) {
-  handlerOfThread = std::move(handler);
+  thread_local RegisteredHandler registered;
+  registered.handler = std::move(handler);
+  handlerOfThread = &registered.handler;
 }
 
 }  // namespace qel::assert

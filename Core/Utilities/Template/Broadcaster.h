@@ -13,9 +13,10 @@ namespace qel {
 
 /// The registry of a host's listeners of interface `T`, and the way to call them.
 ///
-/// Only weak references are held: a listener that is destroyed lapses by itself. All operations
-/// belong to one thread of the host, and a listener may register or unregister (itself or others)
-/// while it is being called.
+/// Only weak references are held: a listener that is destroyed lapses by itself. Registration
+/// belongs to one thread of the host, where a listener may also register or unregister (itself or
+/// others) while it is being called. `notify` may run on any thread while nobody does so elsewhere:
+/// a crash is told by the thread that crashes.
 template <typename T>
 class Broadcaster {
  public:
