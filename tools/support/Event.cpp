@@ -33,7 +33,7 @@ void addEnvironment(Event& event, const Json& record) {
   event.category = environmentCategory;
   for (const auto& [name, place] : facts) {
     const Json::json_pointer pointer(place);
-    if (record.contains(pointer)) {
+    if (record.contains(pointer) && record[pointer] != "") {
       event.details.emplace_back(name, plainText(record[pointer]));
     }
   }

@@ -126,12 +126,17 @@ class Drawing {
 
   std::string readings(const std::map<std::int64_t, double>& readings) const {
     std::string points;
+    std::string dots;
     for (const auto& [time, amount] : readings) {
-      points += coordinate(axis_.x(time)) + ',' + coordinate(y(amount)) + ' ';
+      const auto x = coordinate(axis_.x(time));
+      const auto atAmount = coordinate(y(amount));
+      points += x + ',' + atAmount + ' ';
+      dots += html::tag("circle", {{"class", "dot"}, {"cx", x}, {"cy", atAmount}, {"r", "3"}}) +
+              html::element("title", text(amount)) + "</circle>\n";
     }
     return html::element("polyline", "",
                          html::Attributes{{"class", "reading"}, {"points", points}}) +
-           '\n';
+           '\n' + dots;
   }
 
   /// Lines for all; of those that stand close together only the first is named.

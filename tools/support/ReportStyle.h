@@ -10,7 +10,7 @@ inline constexpr const char* reportStyle = R"(
   --line: #323a48; --accent: #6cb2f0; --band: #2f5d86; --bad: #ff8a80; } }
 @media print { :root { color-scheme: light; --back: #fff; --text: #000; --faint: #444; --line: #bbb;
   --accent: #1f6fb2; --band: #8fbfe6; --bad: #b3261e; } body { font-size: 9pt; }
-  svg, tr { break-inside: avoid; } h2 { break-after: avoid; } nav { display: none; } }
+  svg, tr { break-inside: avoid; } h2, h3 { break-after: avoid; } nav { display: none; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; padding: 1.5rem; max-width: 72rem; background: var(--back);
   color: var(--text); font: 15px/1.5 system-ui, sans-serif; }
@@ -24,7 +24,8 @@ dt { color: var(--faint); } dd { margin: 0; overflow-wrap: anywhere; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: .25rem .8rem .25rem 0;
-  border-bottom: 1px solid var(--line); overflow-wrap: anywhere; }
+  border-bottom: 1px solid var(--line); overflow-wrap: break-word; }
+td:last-child { overflow-wrap: anywhere; }
 th { color: var(--faint); font-weight: 600; } th.number, td.number { text-align: right; }
 td.number, td.time { white-space: nowrap; font-variant-numeric: tabular-nums; }
 svg { display: block; width: 100%; height: auto; font: 12px system-ui, sans-serif; }
@@ -32,6 +33,7 @@ svg text { fill: var(--text); } svg .mark { fill: var(--faint); text-anchor: mid
 svg .amount { text-anchor: end; }
 svg .grid { stroke: var(--line); stroke-width: 1; } svg .stroke { fill: var(--accent); }
 svg .band { fill: var(--band); } svg .reading { fill: none; stroke: var(--accent); stroke-width: 2; }
+svg .dot { fill: var(--accent); }
 svg line.crash { stroke: var(--bad); stroke-width: 2; stroke-dasharray: 5 3; }
 svg text.crash { fill: var(--bad); font-weight: 600; } svg .before { text-anchor: end; }
 )";

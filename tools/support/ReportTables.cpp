@@ -115,8 +115,8 @@ std::string issueTable(const std::vector<Event>& events) {
   }
   std::string table =
       element("p", countOf(events, "Added") + " added, " + countOf(events, "Removed") +
-                       " removed one by one, the list emptied " + countOf(events, "RemovedAll") +
-                       " times.");
+                       " removed one by one; times that the list was emptied: " +
+                       countOf(events, "RemovedAll") + ".");
   table += tableHead({"Issue", "Priority", "Added (UTC)", "Removed (UTC)"});
   for (const auto& issue : issues) {
     table += "<tr><td>" + html::escaped(issue.description) + "<br>" +
