@@ -100,13 +100,18 @@ std::string detailsOf(const Event& event) {
 }
 
 std::vector<Event> eventsOf(const Session& session) {
-  auto events = rowsOf(session, itemsTable);
-  for (auto& environment : rowsOf(session, environmentsTable)) {
-    const auto later = std::find_if(events.begin(), events.end(), [&](const Event& event) {
-      return event.category != environmentCategory && event.time > environment.time;
-    });
-    events.insert(later, std::move(environment));
+  auto environments = rowsOf(session, environmentsTable);
+  std::stable_sort(environments.begin(), environments.end(),
+                   [](const Event& left, const Event& right) { return left.time < right.time; });
+  std::vector<Event> events;
+  auto environment = environments.begin();
+  for (auto& event : rowsOf(session, itemsTable)) {
+    for (; environment != environments.end() && environment->time < event.time; ++environment) {
+      events.push_back(std::move(*environment));
+    }
+    events.push_back(std::move(event));
   }
+  std::move(environment, environments.end(), std::back_inserter(events));
   return events;
 }
 

@@ -47,25 +47,30 @@ std::string time(const std::string& text) { return element("td", readableTime(te
 
 std::vector<Issue> issuesOf(const std::vector<Event>& events) {
   std::vector<Issue> issues;
+  std::map<std::string, std::vector<std::size_t>> open;  // places of those of an ID, oldest first
   for (const auto& event : events) {
     if (event.category != "IssueListStorage") {
       continue;
     }
-    const std::string id(event.detail("Id"));
-    const auto open = [](const Issue& issue) { return issue.removed.empty(); };
     if (event.event == "RemovedAll") {
-      for (auto& issue : issues) {
-        issue.removed = open(issue) ? event.time : issue.removed;
+      for (const auto& [id, places] : open) {
+        for (const auto place : places) {
+          issues[place].removed = event.time;
+        }
       }
+      open.clear();
       continue;
     }
+    const std::string id(event.detail("Id"));
+    auto& places = open[id];
     const bool removed = event.event == "Removed";
-    const auto known = std::find_if(issues.rbegin(), issues.rend(), [&](const Issue& issue) {
-      return issue.id == id && open(issue);
-    });
-    if (removed && known != issues.rend()) {
-      known->removed = event.time;
+    if (removed && !places.empty()) {
+      issues[places.back()].removed = event.time;
+      places.pop_back();
       continue;
+    }
+    if (!removed) {
+      places.push_back(issues.size());
     }
     issues.push_back({id, std::string(event.detail("Description")),
                       std::string(event.detail("Priority")), removed ? "" : event.time,
