@@ -12,7 +12,7 @@ namespace {
 
 constexpr double laneHeight = 22;
 constexpr double top = 8;
-constexpr std::size_t longestName = 20;
+constexpr std::size_t longestName = 18;
 
 struct Lane {
   std::int64_t events = 0;

@@ -1,6 +1,8 @@
 #include "tools/support/HtmlReport.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 #include <fcntl.h>
@@ -80,6 +82,18 @@ std::string memory(const std::vector<Event>& events, const TimeAxis& axis) {
                            "faint");
 }
 
+/// From the first to the last time that can be read.
+TimeAxis axisOf(const std::vector<Event>& events) {
+  std::vector<std::int64_t> times;
+  for (const auto& event : events) {
+    if (const auto time = millisecondsOf(event.time)) {
+      times.push_back(*time);
+    }
+  }
+  const auto [first, last] = std::minmax_element(times.begin(), times.end());
+  return times.empty() ? TimeAxis(0, 0) : TimeAxis(*first, *last);
+}
+
 bool writeAll(int file, std::string_view content) {
   while (!content.empty()) {
     const auto written = ::write(file, content.data(), content.size());
@@ -94,8 +108,7 @@ bool writeAll(int file, std::string_view content) {
 }  // namespace
 
 std::string htmlReport(const Session& session, const std::vector<Event>& events) {
-  const TimeAxis axis(millisecondsOf(session.first).value_or(0),
-                      millisecondsOf(session.last).value_or(0));
+  const auto axis = axisOf(events);
   return head(session) + overview(session, events) +
          section("timeline", "Timeline (UTC)", categoryLanes(events, axis)) +
          section("memory", "Memory", memory(events, axis)) +

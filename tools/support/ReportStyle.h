@@ -25,10 +25,11 @@ dt { color: var(--faint); } dd { margin: 0; overflow-wrap: anywhere; }
 table { border-collapse: collapse; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: .25rem .8rem .25rem 0;
   border-bottom: 1px solid var(--line); overflow-wrap: break-word; }
-td:last-child { overflow-wrap: anywhere; }
+td:last-child { overflow-wrap: anywhere; } td:not(:last-child) { max-width: 16rem; }
 th { color: var(--faint); font-weight: 600; } th.number, td.number { text-align: right; }
 td.number, td.time { white-space: nowrap; font-variant-numeric: tabular-nums; }
-svg { display: block; width: 100%; height: auto; font: 12px system-ui, sans-serif; }
+svg { display: block; width: 100%; height: auto; overflow: visible;
+  font: 12px system-ui, sans-serif; }
 svg text { fill: var(--text); } svg .mark { fill: var(--faint); text-anchor: middle; }
 svg .amount { text-anchor: end; }
 svg .grid { stroke: var(--line); stroke-width: 1; } svg .stroke { fill: var(--accent); }

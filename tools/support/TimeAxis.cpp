@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 
@@ -23,12 +24,23 @@ std::int64_t stepFor(std::int64_t milliseconds) {
   return (found == steps.end() ? steps.back() * days : *found) * 1000;
 }
 
-std::string clock(std::int64_t milliseconds, bool withSeconds) {
-  const auto seconds = milliseconds / 1000 % 86400;
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), withSeconds ? "%02d:%02d:%02d" : "%02d:%02d",
-                static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
-                static_cast<int>(seconds % 60));
+/// The date at midnight, otherwise the clock's time.
+std::string markOf(std::int64_t milliseconds, bool withSeconds) {
+  const std::chrono::sys_time<std::chrono::milliseconds> time{
+      std::chrono::milliseconds(milliseconds)};
+  const auto midnight = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(midnight);
+  const std::chrono::hh_mm_ss clock(time - midnight);
+  std::array<char, 48> text{};
+  if (time == midnight) {
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  } else {
+    std::snprintf(text.data(), text.size(), withSeconds ? "%02d:%02d:%02d" : "%02d:%02d",
+                  static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+  }
   return text.data();
 }
 
@@ -47,7 +59,7 @@ std::string TimeAxis::grid(double top, double bottom) const {
   std::string marks;
   for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
     marks += line("grid", x(time), x(time), top, bottom);
-    marks += label("mark", x(time), bottom + 16, clock(time, step < 60'000));
+    marks += label("mark", x(time), bottom + 16, markOf(time, step < 60'000));
   }
   return marks;
 }

@@ -9,13 +9,14 @@ namespace qel::support {
 class TimeAxis {
  public:
   static constexpr double width = 960;  ///< of a drawing, in its own units
-  static constexpr double left = 150;   ///< where the session begins
-  static constexpr double right = width - 20;
+  static constexpr double left = 180;   ///< where the session begins
+  static constexpr double right = width - 36;
 
   TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
 
   double x(std::int64_t ms) const;
-  /// Lines and clock times (SVG) for a drawing that is used between two heights.
+  /// Lines with clock times, at midnight with dates (SVG), for a drawing that is used between two
+  /// heights.
   std::string grid(double top, double bottom) const;
 
  private:

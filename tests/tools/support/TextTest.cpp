@@ -3,6 +3,7 @@
 #include "tools/support/DisplayText.h"
 #include "tools/support/Moment.h"
 #include "tools/support/Statistics.h"
+#include "tools/support/TimeAxis.h"
 
 namespace qel::support {
 namespace {
@@ -35,6 +36,11 @@ TEST(Moment, readsTimesOfRecordsAndTheirBeginnings) {
   EXPECT_EQ(readableLength(59'999), "59.9 s");
   EXPECT_EQ(readableLength(3'599'000), "59 min 59 s");
   EXPECT_EQ(readableLength(90'000'000), "1 d 01 h");
+}
+
+TEST(TimeAxis, tellsDatesAtMidnight) {
+  const TimeAxis axis(*millisecondsOf("2026-11-20T20:00"), *millisecondsOf("2026-11-21T10:00"));
+  EXPECT_THAT(axis.grid(0, 1), testing::ContainsRegex(">22:00<.*\n.*>2026-11-21<.*\n.*>02:00<"));
 }
 
 TEST(PackageCount, closesAPackageWithTheRowThatReachesTheLimit) {
