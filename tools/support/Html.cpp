@@ -8,8 +8,7 @@ bool isForbidden(char character) {
   return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
 }
 
-}  // namespace
-
+/// The text as it can stand in an element or a quoted attribute.
 std::string escaped(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -37,6 +36,23 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
+}  // namespace
+
+std::string content(std::string_view text) {
+  constexpr std::size_t longest = 2000;
+  if (text.size() <= longest) {
+    return escaped(text);
+  }
+  const auto isInsideCharacter = [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+  };
+  auto end = longest;
+  while (end > 0 && isInsideCharacter(text[end])) {
+    --end;
+  }
+  return escaped(text.substr(0, end)) + "…";
+}
+
 std::string tag(std::string_view name, const Attributes& attributes) {
   std::string result = "<";
   result += name;
@@ -47,7 +63,7 @@ std::string tag(std::string_view name, const Attributes& attributes) {
 }
 
 std::string element(std::string_view name, std::string_view text, const Attributes& attributes) {
-  return tag(name, attributes).append(escaped(text)).append("</").append(name).append(">");
+  return tag(name, attributes).append(content(text)).append("</").append(name).append(">");
 }
 
 std::string element(std::string_view name, std::string_view text, std::string_view style) {

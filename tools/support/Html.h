@@ -7,18 +7,19 @@
 
 namespace qel::support::html {
 
-/// The text as it can stand in a page, in an element or a quoted attribute.
-std::string escaped(std::string_view text);
+/// The text as it can stand in an element. No page should be slow because of one text: of a long
+/// one there are the first 2000 bytes, down to a whole character, and an ellipsis.
+std::string content(std::string_view text);
 
 using Attributes = std::vector<std::pair<std::string_view, std::string>>;
 
 /// `<name key="value">`, the values escaped.
 std::string tag(std::string_view name, const Attributes& attributes);
 
-/// `<name key="value">text</name>`, values and text escaped.
+/// `<name key="value">text</name>`, the values escaped, the text as `content`.
 std::string element(std::string_view name, std::string_view text, const Attributes& attributes);
 
-/// `<name class="style">text</name>`, the text escaped; no class where `style` is empty.
+/// `<name class="style">text</name>`, the text as `content`; no class where `style` is empty.
 std::string element(std::string_view name, std::string_view text, std::string_view style = "");
 
 }  // namespace qel::support::html

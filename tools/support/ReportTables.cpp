@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -39,7 +40,23 @@ std::string tableHead(const std::vector<std::string>& titles) {
   return head + "</tr></thead><tbody>\n";
 }
 
-constexpr const char* tableEnd = "</tbody></table></div>\n";
+constexpr std::size_t mostRows = 2000;
+
+template <typename Row>
+std::span<const Row> shown(const std::vector<Row>& rows) {
+  return std::span(rows).first(std::min(rows.size(), mostRows));
+}
+
+/// The end of a table that shows some of `rows`; `what` are the others.
+std::string tableEnd(std::size_t rows, const std::string& what) {
+  const std::string end = "</tbody></table></div>\n";
+  return rows <= mostRows ? end
+                          : end + element("p",
+                                          what + " that are left out: " +
+                                              grouped(static_cast<std::int64_t>(rows - mostRows)) +
+                                              "; \"qel-support show --category\" tells them.",
+                                          "faint");
+}
 
 std::string number(std::int64_t value) { return element("td", grouped(value), "number"); }
 
@@ -106,11 +123,11 @@ std::string commandTable(const std::vector<Event>& events) {
     return left.second.started > right.second.started;
   });
   std::string table = tableHead({"Command", "ID", "#Started", "#Accepted", "#Cancelled"});
-  for (const auto& [command, use] : sorted) {
+  for (const auto& [command, use] : shown(sorted)) {
     table += "<tr>" + element("td", command.first) + element("td", command.second) +
              number(use.started) + number(use.accepted) + number(use.cancelled) + "</tr>\n";
   }
-  return table + tableEnd;
+  return table + tableEnd(sorted.size(), "Less used commands");
 }
 
 std::string issueTable(const std::vector<Event>& events) {
@@ -123,17 +140,19 @@ std::string issueTable(const std::vector<Event>& events) {
                        " removed one by one; times that the list was emptied: " +
                        countOf(events, "RemovedAll") + ".");
   table += tableHead({"Issue", "Priority", "Added (UTC)", "Removed (UTC)"});
-  for (const auto& issue : issues) {
-    table += "<tr><td>" + html::escaped(issue.description) + "<br>" +
+  for (const auto& issue : shown(issues)) {
+    table += "<tr><td>" + html::content(issue.description) + "<br>" +
              element("code", issue.id, "faint") + "</td>" + element("td", issue.priority) +
              time(issue.added.empty() ? "before" : issue.added) +
              time(issue.removed.empty() ? "not" : issue.removed) + "</tr>\n";
   }
-  return table + tableEnd;
+  return table + tableEnd(issues.size(), "Later issues");
 }
 
 std::string eventTables(const std::vector<Event>& events) {
-  constexpr std::size_t mostRows = 2000;
+  if (events.empty()) {
+    return element("p", "No records could be read.", "faint");
+  }
   std::map<std::string, std::vector<const Event*>> byCategory;
   for (const auto& event : events) {
     byCategory[event.category].push_back(&event);
@@ -142,18 +161,11 @@ std::string eventTables(const std::vector<Event>& events) {
   for (const auto& [category, members] : byCategory) {
     tables += element("h3", category.empty() ? "(none)" : category);
     tables += tableHead({"Time (UTC)", "What", "Details"});
-    for (std::size_t row = 0; row < std::min(members.size(), mostRows); ++row) {
-      const Event& event = *members[row];
-      tables += "<tr>" + time(event.time) + element("td", titleOf(event)) +
-                element("td", detailsOf(event)) + "</tr>\n";
+    for (const auto* const event : shown(members)) {
+      tables += "<tr>" + time(event->time) + element("td", titleOf(*event)) +
+                element("td", detailsOf(*event)) + "</tr>\n";
     }
-    tables += tableEnd;
-    if (members.size() > mostRows) {
-      tables += element("p",
-                        grouped(static_cast<std::int64_t>(members.size() - mostRows)) +
-                            " later ones are left out; \"qel-support show --category\" tells them.",
-                        "faint");
-    }
+    tables += tableEnd(members.size(), "Later records");
   }
   return tables;
 }

@@ -7,7 +7,8 @@
 
 namespace qel::support {
 
-/// Parts of a report (HTML). Each is one paragraph where there is nothing to tell.
+/// Parts of a report (HTML). Each is one paragraph where there is nothing to tell; tables end after
+/// 2000 rows.
 
 /// How often each command was started, accepted and cancelled, the most used first.
 std::string commandTable(const std::vector<Event>& events);

@@ -25,6 +25,10 @@ class WritingTest : public Recorded {
          {event(firstSession, "09:36:00.000", "IssueListStorage|Issue|Added",
                 R"({"Id": "7", "Description": "open end"})"),
           Table::Items},
+         {event(firstSession, "09:36:10.000", "IssueListStorage|Issue|Added", R"({"Id": "8"})"),
+          Table::Items},
+         {event(firstSession, "09:36:20.000", "IssueListStorage|Issue|Removed", R"({"Id": "8"})"),
+          Table::Items},
          {event(firstSession, "09:37:00.000", "IssueListStorage|Issue|RemovedAll"), Table::Items},
          {event(firstSession, "09:38:00.000", "Application|Crashed|boom"), Table::Items},
          {event(firstSession, "09:38:00.000", "MemoryUsage|Application|Crashed",
@@ -42,7 +46,7 @@ TEST_F(WritingTest, exportsASessionAsItIsStored) {
   recordSession();
   const auto said = run(exportTo("out"));
   EXPECT_EQ(said.status, 0) << said.errors;
-  EXPECT_THAT(said.output, HasSubstr("exported 7 rows of session " + firstSession));
+  EXPECT_THAT(said.output, HasSubstr("exported 9 rows of session " + firstSession));
   const auto exported = elsewhere("out") / "SupportDatabase.db";
   EXPECT_THAT(test::query(exported, "SELECT json FROM Environments"),
               ElementsAre(environment(firstSession, "09:30:00.000")));
@@ -75,6 +79,10 @@ TEST_F(WritingTest, leavesNothingHalfWrittenOnAFullDisk) {
 
 TEST_F(WritingTest, reportsASessionOnOnePage) {
   recordSession();
+  std::vector<std::string> searches(2001, event(firstSession, "noon", "Help|Action|search"));
+  searches.front() = event(firstSession, "09:39:00.000", "Help|Action|search",
+                           R"({"Text": ")" + std::string(1992, 'x') + R"(ä"})");
+  recordForSupport(items(searches));
   const auto page = elsewhere("session.html");
   const std::string arguments = "report " + place() + " --session last --output " + page.string();
   EXPECT_EQ(run(arguments).status, 0);
@@ -89,7 +97,11 @@ TEST_F(WritingTest, reportsASessionOnOnePage) {
   EXPECT_THAT(html, HasSubstr("open end<br><code class=\"faint\">7</code></td><td></td>"
                               "<td class=\"time\">2026-11-21 09:36:00</td>"
                               "<td class=\"time\">2026-11-21 09:37:00</td>"));
-  EXPECT_THAT(html, HasSubstr("1 added, 0 removed one by one, the list emptied 1 times"));
+  EXPECT_THAT(html, HasSubstr("8</code></td><td></td><td class=\"time\">2026-11-21 09:36:10</td>"
+                              "<td class=\"time\">2026-11-21 09:36:20</td>"));
+  EXPECT_THAT(html, HasSubstr("2 added, 1 removed one by one; times that the list was emptied: 1"));
+  EXPECT_THAT(html, AllOf(HasSubstr(">09:32</text>"), HasSubstr(std::string(1992, 'x') + "…</td>"),
+                          HasSubstr("Later records that are left out: 1;")));
   EXPECT_EQ(run(arguments).errors,
             "qel-support: --output: there is already " + page.string() + '\n');
 }
