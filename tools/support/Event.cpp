@@ -33,8 +33,9 @@ void addEnvironment(Event& event, const Json& record) {
   event.category = environmentCategory;
   for (const auto& [name, place] : facts) {
     const Json::json_pointer pointer(place);
-    if (record.contains(pointer) && record[pointer] != "") {
-      event.details.emplace_back(name, plainText(record[pointer]));
+    auto value = record.contains(pointer) ? plainText(record[pointer]) : "";
+    if (!value.empty()) {
+      event.details.emplace_back(name, std::move(value));
     }
   }
 }
