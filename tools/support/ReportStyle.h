@@ -8,9 +8,6 @@ inline constexpr const char* reportStyle = R"(
   --accent: #1f6fb2; --band: #8fbfe6; --bad: #b3261e; }
 @media (prefers-color-scheme: dark) { :root { --back: #14181f; --text: #e4e8ef; --faint: #9aa5b8;
   --line: #323a48; --accent: #6cb2f0; --band: #2f5d86; --bad: #ff8a80; } }
-@media print { :root { color-scheme: light; --back: #fff; --text: #000; --faint: #444; --line: #bbb;
-  --accent: #1f6fb2; --band: #8fbfe6; --bad: #b3261e; } body { font-size: 9pt; }
-  svg, tr { break-inside: avoid; } h2, h3 { break-after: avoid; } nav { display: none; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; padding: 1.5rem; max-width: 72rem; background: var(--back);
   color: var(--text); font: 15px/1.5 system-ui, sans-serif; }
@@ -37,6 +34,9 @@ svg .band { fill: var(--band); } svg .reading { fill: none; stroke: var(--accent
 svg .dot { fill: var(--accent); }
 svg line.crash { stroke: var(--bad); stroke-width: 2; stroke-dasharray: 5 3; }
 svg text.crash { fill: var(--bad); font-weight: 600; } svg .before { text-anchor: end; }
+@media print { :root { color-scheme: light; --back: #fff; --text: #000; --faint: #444; --line: #bbb;
+  --accent: #1f6fb2; --band: #8fbfe6; --bad: #b3261e; } body { font-size: 9pt; }
+  svg, tr { break-inside: avoid; } h2, h3 { break-after: avoid; } nav { display: none; } }
 )";
 
 }  // namespace qel::support
