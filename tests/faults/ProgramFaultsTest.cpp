@@ -1,6 +1,5 @@
 // Runs the sample host against a server in this process that keeps what a collector would.
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -54,9 +53,9 @@ std::string among(const std::string& category, const std::string& expression) {
 
 class ProgramFaultsTest : public testing::Test {
  protected:
-  std::string hostFor(const std::string& server, const fs::path& directory) const {
-    return QEL_SAMPLE_HOST " --directory " + directory.string() + " --ca " +
-           certificates_.caFile() + " --server " + server;
+  std::string hostFor(const std::string& server) const {
+    return QEL_SAMPLE_HOST " --directory " + data_.string() + " --ca " + certificates_.caFile() +
+           " --server " + server;
   }
 
   /// To its end; its status.
@@ -69,9 +68,7 @@ class ProgramFaultsTest : public testing::Test {
   }
 
   test::Reply receive(const test::Request& request) {
-    const auto package = collector::readPackage(request.body);
-    store_.add(package);
-    received_ += package.events.size();
+    store_.add(collector::readPackage(request.body));
     if (request.body.find("\"events\"") != std::string::npos) {
       afterStoring_();
     }
@@ -91,14 +88,13 @@ class ProgramFaultsTest : public testing::Test {
   const bool created_ = fs::create_directory(data_);
   const fs::path storeFile_ = directory_.path() / "store.db";
   collector::Store store_{storeFile_};
-  std::atomic<std::size_t> received_{0};
   std::function<void()> afterStoring_ = [] {};
   test::TestCertificates certificates_;
   test::HttpsTestServer server_{
       {.identity = certificates_.issue(serverName),
        .answer = [this](const test::Request& request) { return receive(request); }}};
-  const std::string host_ = hostFor(server_.address(), data_);
-  const std::string hostWithoutServer_ = hostFor("127.0.0.1:1 --exit-deadline 0", data_);
+  const std::string host_ = hostFor(server_.address());
+  const std::string hostWithoutServer_ = hostFor("127.0.0.1:1 --exit-deadline 0");
   std::string errors_;
 };
 
@@ -191,25 +187,6 @@ TEST_F(ProgramFaultsTest, KillingItBetweenTheAnswerAndTheDeletionCountsNoRowTwic
     expectEachRowReceivedOnce();
   }
   test::measured() << rounds << " kills, every row counted once\n";
-}
-
-TEST_F(ProgramFaultsTest, ASecondInstanceIsToldSoAndHarmsNothing) {
-  test::Process first(host_, scriptOf("first", 50) + "{\"wait\": 60}\n");
-  while (!fs::exists(supportFile_) ||
-         OtherConnection(supportFile_).number(among("first", "count(*)")) < 50) {
-    std::this_thread::yield();
-  }
-  const auto alias = directory_.path() / "alias";
-  fs::create_directory_symlink(data_, alias);
-  EXPECT_EQ(play(hostFor(server_.address(), alias), scriptOf("second", 50)), 1);
-  EXPECT_THAT(errors_, HasSubstr("\" is in use by another instance of the program"));
-  first.terminate();
-  first.readUntil(EOF);
-  EXPECT_EQ(first.join(), 0) << first.errors();
-  EXPECT_EQ(query(sendingFile_, "SELECT count(*) FROM Items")[0], "0");
-  expectEachRowReceivedOnce();
-  EXPECT_EQ(query(supportFile_, "SELECT count(*) FROM Items")[0], std::to_string(received_))
-      << "a row was sent twice";
 }
 
 TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
