@@ -1,5 +1,5 @@
 #include "host/QelBroadcaster/ActionBroadcaster.h"
-#include "tests/faults/Session.h"
+#include "tests/faults/Site.h"
 
 namespace qel::test {
 namespace {
