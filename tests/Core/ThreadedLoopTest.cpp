@@ -36,9 +36,10 @@ TEST(ThreadedLoopTest, RunsAtTheEdgesThatThePolicyNames) {
     int atStart;
     int atStop;
   } cases[] = {
-      {{RunPolicy::AtStart, true}, 1, 0},         {{RunPolicy::AtStop, true}, 0, 1},
-      {{RunPolicy::AtStartAndStop, true}, 1, 1},  {{RunPolicy::AtStart, false}, 0, 0},
-      {{RunPolicy::AtStartAndStop, false}, 0, 0}, {{static_cast<RunPolicy::Mode>(3), true}, 0, 0},
+      {{RunPolicy::AtStart, true}, 1, 0},
+      {{RunPolicy::AtStop, true}, 0, 1},
+      {{RunPolicy::AtStartAndStop, true}, 1, 1},
+      {{RunPolicy::AtStartAndStop, false}, 0, 0},
   };
   for (const auto& [policy, atStart, atStop] : cases) {
     Tally calls;

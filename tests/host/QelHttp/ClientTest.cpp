@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <future>
-#include <thread>
 
 #include <netdb.h>
 
@@ -133,29 +132,6 @@ TEST_F(ClientTest, GoesThroughNoProxyButTheOneThatIsSet) {
   EXPECT_THAT(proxy.requests().at(0).head,
               AllOf(StartsWith("CONNECT "), Not(HasSubstr("uthorization"))));
   EXPECT_EQ(server.connections(), 1);
-}
-
-TEST_F(ClientTest, ServesSeveralThreadsWhileSettingsChange) {
-  const HttpsTestServer server(serverOptions());
-  const auto settings = settingsFor(server);
-  setSettings(settings);
-  std::vector<std::thread> posting(4);
-  for (auto& thread : posting) {
-    thread = std::thread([] {
-      for (int i = 0; i < 25; ++i) {
-        EXPECT_EQ(post(message()), "200");
-      }
-    });
-  }
-  while (server.requests().size() < 50) {
-    setSettings(settings);
-    setExitDeadline(std::chrono::minutes(1));
-    ASSERT_TRUE(server.waitFor(1, server.requests().size() + 1));
-  }
-  for (auto& thread : posting) {
-    thread.join();
-  }
-  EXPECT_EQ(server.requests().size(), 100U);
 }
 
 /// That a transfer ends wherever it stands, and that the process exits under one, is tested with
