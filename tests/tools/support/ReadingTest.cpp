@@ -38,7 +38,7 @@ class ReadingTest : public Recorded {
   }
 };
 
-/// What the commands of a transcript say today, while the clients run.
+/// While the clients run.
 TEST_F(ReadingTest, saysWhatTheTranscriptSays) {
   const std::string marker =
       event(secondSession, "11:00:01.000", {"CIP", "Database", "CriticalLarge"});
@@ -56,16 +56,7 @@ TEST_F(ReadingTest, saysWhatTheTranscriptSays) {
   test::write(file("ItemDatabase.db.corrupt-20261120T000000Z"), "");
 
   const auto expected = test::contentOf(QEL_SOURCE_DIR "/tests/tools/support/transcript.txt");
-  std::istringstream lines(expected);
-  std::string transcript;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("$ ")) {
-      const auto [output, status, errors] = run(line.substr(2));
-      transcript += line + '\n' + output + errors;
-      transcript += status == 0 ? "" : "exit status " + std::to_string(status) + '\n';
-    }
-  }
-  EXPECT_EQ(transcript, expected);
+  EXPECT_EQ(test::replay(expected, [this](const auto& command) { return run(command); }), expected);
 }
 
 TEST_F(ReadingTest, makesDoWithTheSendingDatabase) {

@@ -14,9 +14,12 @@
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "tests/support/Process.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/tools/Transcript.h"
 
 namespace qel::support {
+
+using test::Outcome;
 
 inline const std::string firstSession = "0A1B2C3D-0000-4000-8000-000000000001";
 inline const std::string secondSession = "0A1B2C3D-0000-4000-8000-000000000002";
@@ -36,12 +39,6 @@ inline std::string environment(const std::string& session, const std::string& ti
          R"(", "Timestamp": "2026-11-21T)" + time +
          R"(Z", "IsInternal": false, "OS": {"Name": "Debian <12>"}})";
 }
-
-struct Outcome {
-  std::string output;
-  int status;
-  std::string errors;
-};
 
 /// A directory with what real clients have recorded. They stay open, as in a running program, until
 /// `endClients`.
@@ -80,8 +77,8 @@ class Recorded : public testing::Test {
   }
 
   Outcome runFreely(const std::string& command) const {
-    test::Process program(command);
-    return {named(program.readUntil(EOF)), program.join(), named(program.errors())};
+    const auto [output, status, errors] = test::outcomeOf(command);
+    return {named(output), status, named(errors)};
   }
 
   std::vector<std::string> names() const {
