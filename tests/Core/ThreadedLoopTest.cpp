@@ -106,21 +106,6 @@ TEST(ThreadedLoopTest, ReportsMisuse) {
                   "(Core/Utilities/Threads/ThreadedLoop:104): Assert: Function is empty"));
 }
 
-TEST(ThreadedLoopTest, EndsWhenItStopsItselfDuringARun) {
-  ThreadedLoop loop;
-  Tally runs;
-  loop.perform({},
-               [&] {
-                 loop.stop();
-                 runs.add();
-                 return true;
-               },
-               soon, {RunPolicy::AtStartAndStop, true});
-  EXPECT_TRUE(runs.reaches(2));
-  loop.perform({}, succeed, never, {});
-  EXPECT_EQ(runs.count(), 2);
-}
-
 /// Fails under ThreadSanitizer, or hangs, when a stop at any moment races with the worker or with
 /// `perform`.
 TEST(ThreadedLoopTest, TakesAStopAtAnyMomentFromAnyThread) {

@@ -2,7 +2,6 @@
 #include <cstdint>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -11,7 +10,7 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
-#include "host/QelBroadcaster/GeneralBroadcaster.h"
+#include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelUtilities/ExitDeadline.h"
 
@@ -26,14 +25,6 @@ class NoWebUpdates : public reports::WebUpdateReporterInterface {
   void reset() override {}
   std::uint64_t getSuccessCount() const override { return 0; }
   std::uint64_t getCorruptPackageCount() const override { return 0; }
-};
-
-class LicenseBorrowed : public qel::broadcaster::event::GeneralEventInterface {
- public:
-  std::string getCategory() const override { return "License"; }
-  std::string getSubCategory() const override { return "Network"; }
-  std::string getEvent() const override { return "Borrowed"; }
-  std::map<std::string, std::string> getDetails() const override { return {{"Days", "14"}}; }
 };
 
 std::string firstLineOf(const char* file) {
@@ -57,9 +48,9 @@ void broadcastOneEvent(const std::string& directory, const std::string& secret) 
                    .createEnvironmentItem = {},
                    .isSendingAllowed = [] { return true; },
                    .databaseCallback = [] { return true; }});
-  qel::broadcaster::GeneralBroadcaster::getInstance().notify(
-      &qel::broadcaster::GeneralListenerInterface::onGeneralAction,
-      std::make_shared<const LicenseBorrowed>());
+  qel::broadcaster::ActionBroadcaster::getInstance().notify(
+      &qel::broadcaster::ActionListenerInterface::onHelpAction,
+      qel::broadcaster::event::HelpActionEvent{{"Borrowed", {}}});
   qel::utilities::setExitDeadline(5s);
   databases.join();
 }
