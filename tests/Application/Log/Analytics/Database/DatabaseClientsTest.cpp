@@ -7,7 +7,6 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
 #include "tests/support/MemoryDatabaseClient.h"
 #include "tests/support/Query.h"
-#include "tests/support/StoredEvent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics {
@@ -22,14 +21,6 @@ constexpr auto noTable = static_cast<CipDatabaseClientInterface::Table>(2);
 const std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>> mixedBatch = {
     {"one", Items}, {"machine", Environments}, {"", Items}, {"lost", noTable}, {"two", Items}};
 
-/// The client for sending, with a file of any size.
-class SendingClient : public CipDatabaseClient {
- public:
-  std::optional<std::uint64_t> getDatabaseFileSize() override { return size; }
-
-  std::optional<std::uint64_t> size = 0;
-};
-
 class DatabaseClientsTest : public testing::Test {
  protected:
   void initialize() {
@@ -39,7 +30,7 @@ class DatabaseClientsTest : public testing::Test {
   }
 
   test::TemporaryDirectory directory_;
-  SendingClient sending_;
+  CipDatabaseClient sending_;
   SupportDatabaseClient support_{std::nullopt};
   const std::array<CipDatabaseClientInterface*, 2> both_{&sending_, &support_};
 };
@@ -75,25 +66,6 @@ TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
   }
   EXPECT_THAT(sending_.getAll(Environments).second, IsEmpty());
   EXPECT_THAT(support_.getAll(Environments).second, ElementsAre(Pair(1, "a"), Pair(2, "b")));
-}
-
-TEST_F(DatabaseClientsTest, SendingDatabaseMarksEachCrossingOfItsLimitOnce) {
-  initialize();
-  const std::string marker = "CIP|Database|CriticalLarge|";
-  const std::pair<std::optional<std::uint64_t>, std::vector<std::string>> steps[] = {
-      {30'719'999, {"row"}}, {30'720'000, {marker}}, {40'000'000, {}},
-      {std::nullopt, {}},    {0, {"row"}},           {~std::uint64_t{0}, {marker}},
-  };
-  for (const auto& [size, added] : steps) {
-    sending_.size = size;
-    sending_.insertMultiple({{"row", Items}});
-    std::vector<std::string> found;
-    for (const auto& [id, text] : sending_.getAllItems()) {
-      found.push_back(text == "row" ? text : test::summaryOf(text));
-    }
-    EXPECT_EQ(found, added) << size.value_or(1);
-    sending_.deleteItems(sending_.getAllItems());
-  }
 }
 
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
