@@ -35,20 +35,12 @@ TEST(Moment, readsTimesOfRecordsAndTheirBeginnings) {
 }
 
 TEST(PackageCount, closesAPackageWithTheRowThatReachesTheLimit) {
-  const std::vector<std::pair<std::vector<std::size_t>, int>> expectations{
-      {{}, 0},
-      {{0}, 1},
-      {{999'999, 1}, 1},
-      {{999'999, 1, 1}, 2},
-      {{1'500'000, 10, 10}, 2},
-      {{10, 1'500'000, 10}, 2}};
-  for (const auto& [rows, packages] : expectations) {
-    PackageCount count;
-    for (const auto row : rows) {
-      count.add(row);
-    }
-    EXPECT_EQ(count.packages(), packages) << testing::PrintToString(rows);
+  PackageCount count;
+  EXPECT_EQ(count.packages(), 0);
+  for (const std::size_t row : {999'999, 1, 1'500'000, 10, 10}) {
+    count.add(row);
   }
+  EXPECT_EQ(count.packages(), 3);
 }
 
 }  // namespace
