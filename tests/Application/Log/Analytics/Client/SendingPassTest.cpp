@@ -36,6 +36,7 @@ TEST_F(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllBehindIt)
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               testing::HasSubstr("warning pass: sending CIP data has not succeeded. Json sent: "
                                  R"({"version": "3.1", "events": [{"a":1},{"b":2}]})"));
+  EXPECT_EQ(connection_.packages.size(), 2U);
   EXPECT_THAT(database_.calls(), ElementsAre("vacuum", "delete 0 4"));
   connection_.accepted = 2;
   run();
