@@ -47,7 +47,9 @@ TEST_F(ReadingTest, saysWhatTheTranscriptSays) {
                     event(firstSession, "09:31:02.500", {"Command", "Started", "Draw"},
                           R"({"ID": "d\u001b[31m", "Location": "grip"})"),
                     event(firstSession, "10:35:00.000", {"Application", "Crashed", "boom"}),
-                    help(secondSession), marker, "no json", R"({"no": "session"})", "[]"});
+                    event(firstSession, "noon", {"Help", "Action", "search"}),
+                    R"({"SessionId": ")" + firstSession + R"(", "broken off)", help(secondSession),
+                    marker, "no json", R"({"no": "session"})", "[]"});
   recordForSending({event("0A1B2C3D-0000-4000-8000-000000000003", "08:00:00.000",
                           {"Application", "Stopped", "menu"}),
                     help(secondSession), marker,
