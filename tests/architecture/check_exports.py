@@ -29,41 +29,21 @@ EXPORTED = {NAMESPACE + name for name in """
 # `parameters::ActivateParameter`, `reports::WebUpdateReporterInterface` and `IssueListInformationInterface` belong to
 # the interface as well, but are complete in their headers: there is nothing of them to export.
 
-# Mangled names begin with what they are: a function, a type's description (vtable, type information), a thunk, a guard,
-# something within a function.
-KIND = r"_Z(?:T[VTIS]|Thn?\d+_|Tvn?\d+_n?\d+_|GV)?Z?"
-NESTED_NAME = re.compile(KIND + r"N[VK]*(?=\d)")
-STANDARD = re.compile(KIND + r"(?:N[VK]*)?(?:St|S[absiod]|9__gnu_cxx)|_ZT[IS]P?F")
+# What nm says of a symbol that is none of a class's operations, and of what is the standard library's alone.
+KIND = re.compile(r"(?:vtable|VTT|typeinfo|typeinfo name|guard variable|(?:non-)?virtual thunk) (?:for|to) ")
+STANDARD = re.compile(r"(?:\w+ )*(?:std|__gnu_cxx)::|[\w ]+ \(\*?\)")
 
-
-def qualified_name(symbol):
-    """The names in front of a symbol's operation, joined; empty when it is no nested name."""
-    match = NESTED_NAME.match(symbol)
-    position = match.end() if match else len(symbol)
-    names = []
-    while length := re.match(r"\d+", symbol[position:]):
-        start = position + length.end()
-        position = start + int(length[0])
-        names.append(symbol[start:position])
-    return "::".join(names)
-
-
-def main():
-    nm, library = sys.argv[1:]
-    listing = subprocess.run([nm, "-D", "--defined-only", library], check=True, capture_output=True, text=True).stdout
-    symbols = [line.split()[-1] for line in listing.splitlines()]
-    complaints = []
-    seen = set()
-    for symbol in symbols:
-        name = qualified_name(symbol)
-        owner = next((known for known in EXPORTED if (name + "::").startswith(known + "::")), None)
-        if owner:
-            seen.add(owner)
-        elif not STANDARD.match(symbol):
-            complaints.append(f"exported, but no part of the interface: {name or symbol}")
-    complaints += [f"part of the interface, but not exported: {name}" for name in sorted(EXPORTED - seen)]
-    print("\n".join(complaints) or f"{len(symbols)} symbols, of {len(seen)} classes and the standard library")
-    return 1 if complaints else 0
-
-
-sys.exit(main())
+nm, library = sys.argv[1:]
+listing = subprocess.run([nm, "-DC", "--defined-only", library], check=True, capture_output=True, text=True).stdout
+complaints = []
+seen = set()
+for line in listing.splitlines():
+    name = KIND.sub("", line.split(maxsplit=2)[2])
+    owner = next((known for known in EXPORTED if f"{name}::".startswith(f"{known}::")), None)
+    if owner:
+        seen.add(owner)
+    elif not STANDARD.match(name):
+        complaints.append(f"exported, but no part of the interface: {name}")
+complaints += [f"part of the interface, but not exported: {name}" for name in sorted(EXPORTED - seen)]
+print("\n".join(complaints) or f"the symbols of {len(seen)} classes and the standard library")
+sys.exit(1 if complaints else 0)

@@ -32,17 +32,14 @@ function(qel_add_package_tests kind build)
 export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
 "@CMAKE_CXX_COMPILER@" -std=c++20 "@consumerSource@/main.cpp" -o "@program@" \
   $(pkg-config --cflags --libs qel-analytics) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
+"@Python3_EXECUTABLE@" "@consumerSource@/check_consumer.py" "@program@" "$@"
 ]] @ONLY)
-  add_test(NAME Adoption.CompileWithPkgConfig${kind} COMMAND sh -e ${program}.sh)
-  add_test(NAME Adoption.PkgConfig${kind}
-           COMMAND Python3::Interpreter ${consumerSource}/check_consumer.py ${program}
-                   $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
+  add_test(NAME Adoption.PkgConfig${kind} COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector>
+                                                  ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 
   set_tests_properties(Adoption.Install${kind} PROPERTIES FIXTURES_SETUP Installed${kind})
-  set_tests_properties(Adoption.FindPackage${kind} PROPERTIES FIXTURES_REQUIRED Installed${kind})
-  set_tests_properties(Adoption.CompileWithPkgConfig${kind} PROPERTIES FIXTURES_REQUIRED Installed${kind}
-                                                                       FIXTURES_SETUP Compiled${kind})
-  set_tests_properties(Adoption.PkgConfig${kind} PROPERTIES FIXTURES_REQUIRED Compiled${kind})
+  set_tests_properties(Adoption.FindPackage${kind} Adoption.PkgConfig${kind} PROPERTIES FIXTURES_REQUIRED
+                                                                                        Installed${kind})
 endfunction()
 
 qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})

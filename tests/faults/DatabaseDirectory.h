@@ -16,6 +16,12 @@ class DatabaseDirectory : public testing::Test {
  protected:
   DatabaseDirectory() {
     log::LogManager::instance().configure({.standardError = false, .file = log_});
+    emptyDirectory();
+  }
+
+  void emptyDirectory() const {
+    std::filesystem::remove_all(data_);
+    std::filesystem::create_directory(data_);
   }
 
   std::string logged() const { return contentOf(log_); }
@@ -25,10 +31,7 @@ class DatabaseDirectory : public testing::Test {
     return TemporaryDirectory();
   }();
   const std::filesystem::path log_ = directory_.path() / "log";
-  const std::filesystem::path data_ = [this] {
-    std::filesystem::create_directory(directory_.path() / "data");
-    return directory_.path() / "data";
-  }();
+  const std::filesystem::path data_ = directory_.path() / "data";
 };
 
 }  // namespace qel::test

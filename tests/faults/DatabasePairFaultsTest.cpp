@@ -1,34 +1,65 @@
+#include <atomic>
 #include <chrono>
+#include <ctime>
 #include <future>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "Application/Log/Analytics/Items/CipInfoItem.h"
+#include "Application/Log/Analytics/Items/CrashReportItem.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/faults/Effort.h"
-#include "tests/faults/FaultyDisk.h"
 #include "tests/faults/OtherConnection.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/Query.h"
+#include "tests/support/Tally.h"
+
+namespace {
+
+std::atomic<time_t> ahead{0};  ///< seconds by which the wall clock is, the steady clock is not
+
+}  // namespace
+
+/// In place of the system's, for the standard library and SQLite.
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const long result = syscall(SYS_clock_gettime, clock, time);
+  time->tv_sec += clock == CLOCK_REALTIME ? ahead.load() : 0;
+  return static_cast<int>(result);
+}
+
+extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  *time = {now.tv_sec, now.tv_nsec / 1000};
+  return 0;
+}
 
 namespace qel::log::analytics {
 namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
-using test::FaultyDisk;
+using std::chrono::system_clock;
 using test::OtherConnection;
 using test::query;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
+constexpr time_t year = 365 * 24 * 3600;
+
+void insertInto(CipDatabases& pair, const std::string& event) {
+  pair.insert(std::make_unique<items::CrashReportItem>(event), Items);
+}
 
 /// The pair over real databases in the fixture's directory.
 class DatabasePairFaultsTest : public test::DatabaseDirectory {
@@ -38,38 +69,23 @@ class DatabasePairFaultsTest : public test::DatabaseDirectory {
     pair_.initialize(storage_.parameter);
   }
 
-  void insert(const std::string& message) {
-    pair_.insert(
-        std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::SendingItems,
-                                             items::CipInfoItem::Severity::Exception, message),
-        Items);
-  }
-
-  std::vector<std::string> count(const std::string& condition) const {
-    std::vector<std::string> counts;
-    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-      counts.push_back(query(data_ / file, "SELECT count(*) FROM Items WHERE " + condition)[0]);
-    }
-    return counts;
-  }
-
-  FaultyDisk disk_{data_};
   test::MemoryStorage storage_;
   CipDatabases pair_{std::make_unique<CipDatabaseClient>(),
                      std::make_unique<SupportDatabaseClient>(std::nullopt)};
+  const std::filesystem::path files_[2] = {data_ / "ItemDatabase.db", data_ / "SupportDatabase.db"};
 };
 
-TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
+TEST_F(DatabasePairFaultsTest, AFileThatAnotherProcessHoldsDelaysItsRowsButNotTheExit) {
   const std::vector<std::chrono::seconds> times =
       test::longForm() ? std::vector{1s, 10s, 60s} : std::vector{1s};
   int rows = 0;
   for (const auto held : times) {
-    for (const char* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-      const OtherConnection other(data_ / file);
+    for (const auto& file : files_) {
+      const OtherConnection other(file);
       EXPECT_TRUE(other.execute("BEGIN IMMEDIATE"));
       const auto end = steady_clock::now() + held;
       while (steady_clock::now() < end) {
-        insert("row " + std::to_string(++rows));
+        insertInto(pair_, std::to_string(++rows));
         std::this_thread::sleep_for(20ms);
       }
     }
@@ -77,15 +93,13 @@ TEST_F(DatabasePairFaultsTest, WaitForAFileThatAnotherProcessHolds) {
   pair_.join();
   EXPECT_FALSE(pair_.errorOccurred());
   test::measured() << rows << " rows stored after locks of up to " << times.back() / 1s << " s\n";
-  EXPECT_THAT(count("TRUE"), ElementsAre(std::to_string(rows), std::to_string(rows)));
-  EXPECT_EQ(logged().find("is held by another process; waiting") != std::string::npos,
-            test::longForm());
-}
+  for (const auto& file : files_) {
+    EXPECT_EQ(query(file, "SELECT count(*) FROM Items")[0], std::to_string(rows));
+  }
 
-TEST_F(DatabasePairFaultsTest, AHeldFileDoesNotKeepTheHostFromEnding) {
-  const OtherConnection other(data_ / "SupportDatabase.db");
+  const OtherConnection other(files_[1]);
   EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE"));
-  insert("lost");
+  insertInto(pair_, "lost");
   const auto begin = steady_clock::now();
   utilities::setExitDeadline(300ms);
   pair_.join();
@@ -95,30 +109,69 @@ TEST_F(DatabasePairFaultsTest, AHeldFileDoesNotKeepTheHostFromEnding) {
                                   "transaction is stored: database is locked"));
 }
 
-TEST_F(DatabasePairFaultsTest, AStalledDiskCostsTheQueueButNeverTheHost) {
-  insert("written when the disk comes back");
-  disk_.stall();
-  disk_.awaitStalledWriter();
+TEST_F(DatabasePairFaultsTest, LoopsKeepTheirPeriodsAndRetentionGoesByTheClock) {
+  setenv("TZ", "Europe/Berlin", 1);
+  tzset();
+  const auto& file = files_[1];
+  for (const auto& [jump, kept] :
+       {std::pair(year, "after"), {-year, "before after"}, {-7200, "before after"}}) {
+    SCOPED_TRACE(jump);
+    query(file, "DELETE FROM Items");
+    insertInto(pair_, "before");
+    pair_.join();
+    ahead += jump;
+    const auto jumped = steady_clock::now();
+    const auto after = std::to_string(system_clock::to_time_t(system_clock::now()));
+    insertInto(pair_, "after");
+    while (query(file, "SELECT * FROM Items").size() < 2 && steady_clock::now() - jumped < 20s) {
+      std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_LT(steady_clock::now() - jumped, 5s) << "the period is one second";
+    EXPECT_EQ(query(file, "SELECT strftime('%s', json_extract(json, '$.Timestamp')) - " + after +
+                              " BETWEEN 0 AND 5, strftime('%s', timestamp_utc) - " + after +
+                              " BETWEEN 0 AND 5 FROM Items ORDER BY ID DESC")[0],
+              "1|1");
+
+    details::DatabaseAdapterTimestampDecorator(std::make_shared<db::sql::SqlDatabaseAdapter>(file))
+        .deleteEntriesOlderThan("Items", 1h);
+    EXPECT_EQ(query(file, "SELECT group_concat(json_extract(json, '$.Event'), ' ') FROM Items")[0],
+              kept);
+  }
+  ahead = 0;
+}
+
+TEST(StalledWriterTest, CostsTheQueueButNeverTheHost) {
+  test::MemoryStorage storage;
+  auto& pair = storage.initialized();
+  test::Tally writers;
+  std::promise<void> diskComesBack;
+  const auto isBack = diskComesBack.get_future().share();
+  storage.support->beforeBatch = [&] {
+    writers.add();
+    isBack.wait();
+  };
+  insertInto(pair, "written when the disk comes back");
+  EXPECT_TRUE(writers.reaches(1));
   const auto begin = steady_clock::now();
   for (int row = 0; row < 10'000; ++row) {
-    insert("lost");
+    insertInto(pair, "lost");
   }
   test::measured() << "10,000 items added beside it in " << (steady_clock::now() - begin) / 1us
                    << " us\n";
   EXPECT_LT(steady_clock::now() - begin, 5s);
-  EXPECT_FALSE(pair_.errorOccurred());
-  auto overflowing = std::async(std::launch::async, [&] { insert("one too many"); });
-  while (!pair_.errorOccurred()) {
+  EXPECT_FALSE(pair.errorOccurred());
+  auto overflowing = std::async(std::launch::async, [&] { insertInto(pair, "one too many"); });
+  while (!pair.errorOccurred()) {
     std::this_thread::yield();
   }
-  insert("dropped");
+  insertInto(pair, "dropped");
   EXPECT_NE(overflowing.wait_for(0s), std::future_status::ready)
       << "the marker is written on the thread that adds, so it waits as long as that takes";
-  disk_.heal();
+  diskComesBack.set_value();
   overflowing.get();
-  pair_.join();
-  EXPECT_THAT(count("json LIKE '%critical level of added data%'"), ElementsAre("1", "1"));
-  EXPECT_THAT(count("TRUE"), ElementsAre("2", "2"));
+  EXPECT_THAT(storage.recorded(), testing::UnorderedElementsAre(HasSubstr("written when"),
+                                                                HasSubstr("|CriticalLarge|")));
+  EXPECT_THAT(storage.sending->texts(Items), testing::SizeIs(2));
 }
 
 }  // namespace

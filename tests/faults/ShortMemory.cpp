@@ -32,7 +32,7 @@ bool mayAllocate() {
 
 sqlite3_mem_methods memoryOfSqlite;
 
-bool letSqliteRunShort() {
+const bool canSqliteRunShort = [] {
   sqlite3_config(SQLITE_CONFIG_GETMALLOC, &memoryOfSqlite);
   auto methods = memoryOfSqlite;
   methods.xMalloc = [](int size) { return mayAllocate() ? memoryOfSqlite.xMalloc(size) : nullptr; };
@@ -40,25 +40,18 @@ bool letSqliteRunShort() {
     return mayAllocate() ? memoryOfSqlite.xRealloc(memory, size) : nullptr;
   };
   return sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK;
-}
-
-const bool canSqliteRunShort = letSqliteRunShort();
+}();
 
 }  // namespace
 
 int sweepAllocations(const std::function<void()>& attempt) {
-  if (!canSqliteRunShort) {
-    std::abort();
-  }
   int failures = 0;
   for (const auto planned : {Shortage::OneAllocation, Shortage::FromThenOn}) {
     shortage = planned;
-    for (allocationToFail = 0;; ++allocationToFail, ++failures) {
-      hasFailed = false;
-      attempt();
-      if (!hasFailed) {
-        break;
-      }
+    allocationToFail = 0;
+    for (attempt(); hasFailed.exchange(false) && canSqliteRunShort; attempt()) {
+      ++allocationToFail;
+      ++failures;
     }
   }
   return failures;
@@ -67,15 +60,15 @@ int sweepAllocations(const std::function<void()>& attempt) {
 void runShort() { untilFailure = allocationToFail; }
 
 bool runShortDuring(const std::function<void()>& action) {
+  bool threw = false;
   runShort();
   try {
     action();
   } catch (const std::bad_alloc&) {
-    untilFailure = never;
-    return true;
+    threw = true;
   }
   untilFailure = never;
-  return false;
+  return threw;
 }
 
 bool hasRunShort() { return hasFailed; }

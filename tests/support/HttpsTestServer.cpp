@@ -16,6 +16,7 @@ namespace qel::test {
 namespace {
 
 constexpr std::chrono::seconds hangingTest{30};
+constexpr std::chrono::milliseconds drip{100};
 
 void require(bool succeeded, const char* what) {
   if (!succeeded) {
@@ -189,14 +190,11 @@ bool HttpsTestServer::serveRequest(Stream& stream) {
     requests_.push_back(*request);
     changed_.notify_all();
   }
-  if (!give(stream, options_.answer(*request))) {
-    return false;
-  }
-  if (options_.answerAfter == AnswerAfter::Headers) {
+  const bool isKept = give(stream, options_.answer(*request)) && !request->head.empty();
+  if (isKept && options_.answerAfter == AnswerAfter::Headers) {
     stream.drain();
-    return false;
   }
-  return !request->head.empty();
+  return isKept && options_.answerAfter == AnswerAfter::WholeRequest;
 }
 
 std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
@@ -229,33 +227,31 @@ std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
 }
 
 bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
-  if (reply.manner == Manner::Stalled) {
-    pauseFor(hangingTest);
-    return false;
+  const std::string_view body = reply.body;
+  switch (reply.manner) {
+    case Manner::Ordinary:
+      return stream.write(headOf(reply)) && stream.write(body);
+    case Manner::Truncated:
+    case Manner::Reset:
+      stream.write(headOf(reply));
+      stream.write(body.substr(0, body.size() / 2));
+      break;
+    case Manner::Dripped:
+      stream.write(headOf(reply));
+      for (auto rest = body; !rest.empty() && pauseFor(drip); rest.remove_prefix(1)) {
+        stream.write(rest.substr(0, 1));
+      }
+      break;
+    case Manner::Stalled:
+      pauseFor(hangingTest);
+      break;
+    case Manner::ResetUnanswered:
+      break;
   }
-  if (reply.manner == Manner::ResetUnanswered) {
+  if (reply.manner == Manner::Reset || reply.manner == Manner::ResetUnanswered) {
     stream.reset();
-    return false;
   }
-  if (!stream.write(headOf(reply))) {
-    return false;
-  }
-  if (reply.manner == Manner::Dripped) {
-    return drip(stream, reply.body);
-  }
-  const bool isCut = reply.manner != Manner::Ordinary;
-  const bool isGiven =
-      stream.write(std::string_view(reply.body).substr(0, reply.body.size() / (isCut ? 2 : 1)));
-  if (reply.manner == Manner::Reset) {
-    stream.reset();
-  }
-  return isGiven && !isCut;
-}
-
-bool HttpsTestServer::drip(Stream& stream, std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [&](const char& c) {
-    return pauseFor(std::chrono::milliseconds(100)) && stream.write({&c, 1});
-  });
+  return false;
 }
 
 bool HttpsTestServer::pauseFor(std::chrono::milliseconds time) {

@@ -89,7 +89,6 @@ class HttpsTestServer {
   // False when the connection is to be closed:
   bool serveRequest(Stream& stream);
   bool give(Stream& stream, const Reply& reply);
-  bool drip(Stream& stream, std::string_view text);
   /// False when the server stops meanwhile.
   bool pauseFor(std::chrono::milliseconds time);
 

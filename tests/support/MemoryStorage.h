@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
@@ -46,7 +48,9 @@ class MemoryStorage {
   /// The events in the support database, each in one line, once all that was inserted is there.
   std::vector<std::string> recorded() const {
     databases->join();
-    return summariesOf(support->texts(MemoryDatabaseClient::Items));
+    auto events = support->texts(MemoryDatabaseClient::Items);
+    std::ranges::transform(events, events.begin(), summaryOf);
+    return events;
   }
 
   FakeWebUpdateReporter webUpdateReporter;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -19,15 +18,6 @@ inline std::string summaryOf(const std::string& stored) {
     separator = ";";
   }
   return summary;
-}
-
-inline std::vector<std::string> summariesOf(const std::vector<std::string>& stored) {
-  std::vector<std::string> summaries;
-  summaries.reserve(stored.size());
-  for (const auto& text : stored) {
-    summaries.push_back(summaryOf(text));
-  }
-  return summaries;
 }
 
 }  // namespace qel::test

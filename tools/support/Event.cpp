@@ -64,12 +64,8 @@ std::optional<Event> parse(std::string_view table, std::string_view text) {
 }
 
 std::vector<Event> rowsOf(const Session& session, const char* table) {
-  const auto mark = sessionMark(session.id);
   std::vector<Event> events;
-  session.database->forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
-    if (text.find(mark) == std::string_view::npos) {
-      return true;
-    }
+  forEachRecord(session, table, [&](std::int64_t /*id*/, std::string_view text) {
     auto event = parse(table, text);
     if (event) {
       events.push_back(std::move(*event));

@@ -1,5 +1,6 @@
 #include "tools/support/Moment.h"
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 
@@ -53,6 +54,13 @@ std::optional<std::int64_t> millisecondsOf(std::string_view text) {
   const auto seconds = (digits(text, 11, 2) * 60 + digits(text, 14, 2)) * 60 + digits(text, 17, 2);
   return duration_cast<milliseconds>(sys_days(date).time_since_epoch()).count() + seconds * 1000 +
          digits(text, 20, 3);
+}
+
+void widen(std::string& first, std::string& last, const std::string& time) {
+  if (millisecondsOf(time)) {
+    first = first.empty() ? time : std::min(first, time);
+    last = std::max(last, time);
+  }
 }
 
 std::string readableTime(std::string_view text) {

@@ -11,6 +11,10 @@ namespace qel::support {
 /// shorter form of it down to the bare date. Nothing when `text` is neither.
 std::optional<std::int64_t> millisecondsOf(std::string_view text);
 
+/// Lets the span from `first` to `last`, both empty at the beginning, include a record's time; one
+/// that is no time is passed over.
+void widen(std::string& first, std::string& last, const std::string& time);
+
 /// A record's time for people: "2026-11-21 09:30:05".
 std::string readableTime(std::string_view text);
 

@@ -1,32 +1,97 @@
 #include "tools/support/PrivateCopy.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <mutex>
+#include <set>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::support {
+namespace {
+
+struct Directories {
+  std::mutex mutex;
+  std::set<std::filesystem::path> paths;  // guarded by mutex
+};
+
+// Never destroyed: the thread that waits for signals lives as long as the process.
+Directories& directories() {
+  static auto* const instance = new Directories;
+  return *instance;
+}
+
+void removeAll(const std::filesystem::path& directory) {
+  std::error_code ignored;
+  std::filesystem::remove_all(directory, ignored);
+}
+
+std::filesystem::path placeOfCopies() {
+  std::error_code error;
+  auto place = std::filesystem::temp_directory_path(error);
+  if (error) {
+    throw qel::exception("there is no place for a private copy: TMPDIR names no directory");
+  }
+  return place;
+}
+
+void unblock(const sigset_t& signals) { pthread_sigmask(SIG_UNBLOCK, &signals, nullptr); }
+
+}  // namespace
+
+void PrivateDirectory::removeAllOnSignals() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    sigaddset(&ending, signal);
+  }
+  sigset_t blocked = ending;
+  sigaddset(&blocked, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+  std::thread([ending] {
+    int signal = 0;
+    sigwait(&ending, &signal);
+    // Held to the end, so that no directory is made behind it.
+    const std::lock_guard lock(directories().mutex);
+    for (const auto& path : directories().paths) {
+      removeAll(path);
+    }
+    unblock(ending);
+    raise(signal);
+  }).detach();
+}
+
+void PrivateDirectory::diesOfClosedPipe() {
+  sigset_t pipe;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  unblock(pipe);
+}
 
 PrivateDirectory::PrivateDirectory(const std::filesystem::path& parent) {
   std::string pattern = utilities::utf8FromPath(parent / ".qel-support-XXXXXX");
+  const std::lock_guard lock(directories().mutex);
   if (mkdtemp(pattern.data()) == nullptr) {
     throw qel::exception("cannot write in " + utilities::utf8FromPath(parent) + ": " +
                          std::system_category().message(errno));
   }
   path_ = utilities::pathFromUtf8(pattern);
+  directories().paths.insert(path_);
 }
 
 PrivateDirectory::~PrivateDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  removeAll(path_);
+  const std::lock_guard lock(directories().mutex);
+  directories().paths.erase(path_);
 }
 
 PrivateCopy::PrivateCopy(const std::filesystem::path& file)
-    : directory_(std::filesystem::temp_directory_path()),
-      file_(directory_.path() / file.filename()) {
+    : directory_(placeOfCopies()), file_(directory_.path() / file.filename()) {
   try {
     for (const char* const suffix : {"", "-journal", "-wal"}) {
       const auto original = std::filesystem::path(file) += suffix;

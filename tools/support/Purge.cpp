@@ -44,6 +44,14 @@ bool remove(const std::filesystem::path& file, std::ostream& output) {
   return true;
 }
 
+db::sql::DirectoryClaim claimed(const std::filesystem::path& directory) {
+  try {
+    return db::sql::DirectoryClaim(directory);
+  } catch (const qel::exception& failure) {
+    throw qel::exception(std::string("nothing was removed: ") + failure.what());
+  }
+}
+
 }  // namespace
 
 bool purge(const std::filesystem::path& directory, bool asked, std::ostream& output) {
@@ -63,7 +71,7 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
   }
   const auto lock = directory / db::sql::DirectoryClaim::lockFileName;
   const bool wasLockFileThere = std::filesystem::exists(lock, error);
-  const db::sql::DirectoryClaim claim(directory);
+  const auto claim = claimed(directory);
   files = recordedFiles(directory);
   const auto total = amount(files);
   if (!asked && !confirmed("Remove all that is recorded in " + place + " (" + total + ")?")) {

@@ -10,6 +10,7 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "tools/support/DisplayText.h"
 
 namespace qel::support {
 namespace {
@@ -121,7 +122,7 @@ bool ReadOnlyDatabase::needsRollback() {
   if (code != SQLITE_NOTADB && !isDamage(code)) {
     fail(code);
   }
-  whyUnreadable_ = sqlite3_errmsg(database_.get());
+  whyUnreadable_ = lastError();
   return false;
 }
 
@@ -133,20 +134,28 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
   } else if (rows.code() == SQLITE_BUSY) {
     fail(rows.code());
   } else if (mostRows(file_) > 0) {
-    found.reason = sqlite3_errmsg(database_.get());
+    found.reason = lastError();
   }
   Flaws& flaws = flaws_[table];
   flaws.unreadable = std::max(flaws.unreadable, found.unreadable);
   flaws.unintelligible = std::max(flaws.unintelligible, found.unintelligible);
+  flaws.counted = found.counted;
   flaws.reason = found.reason;
 }
 
 ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::string& table,
                                                const RowReader& reader) const {
   Flaws flaws;
-  const auto highest = highestId(table);
+  const auto known = highestId(table);
+  const auto highest = known.value_or(mostRows(file_));
+  flaws.counted = known.has_value();
   auto stepsLeft = 2 * mostRows(file_);  // A damaged file can lead in circles.
   std::int64_t position = 0;             // All rows up to this ID are done.
+  const auto report = [&] {
+    if (progress_ && stepsLeft % rowsBetweenReports == 0) {
+      progress_(static_cast<double>(position) / static_cast<double>(highest));
+    }
+  };
   for (;;) {
     rows.restart(position);
     int code = rows.step();
@@ -162,9 +171,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
       if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
         position = id;
       }
-      if (progress_ && stepsLeft % rowsBetweenReports == 0) {
-        progress_(static_cast<double>(position) / static_cast<double>(highest));
-      }
+      report();
     }
     if (code == SQLITE_DONE || code == SQLITE_ROW) {
       return flaws;
@@ -177,11 +184,12 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
       return flaws;
     }
     ++position;  // The next row, or the way to it, is damaged; the one after may lie elsewhere.
+    report();
   }
 }
 
-/// As far as the file still tells; otherwise an ID that no row can have.
-std::int64_t ReadOnlyDatabase::highestId(const std::string& table) const {
+/// As far as the file still tells.
+std::optional<std::int64_t> ReadOnlyDatabase::highestId(const std::string& table) const {
   for (const auto& question : {"SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'",
                                "SELECT max(ID) FROM " + table}) {
     Statement answer(database_.get(), question);
@@ -189,7 +197,7 @@ std::int64_t ReadOnlyDatabase::highestId(const std::string& table) const {
       return answer.number(0);
     }
   }
-  return mostRows(file_);
+  return std::nullopt;
 }
 
 std::vector<std::string> ReadOnlyDatabase::remarks() const {
@@ -204,8 +212,9 @@ std::vector<std::string> ReadOnlyDatabase::remarks() const {
       add("the table " + table + " cannot be read: " + flaws.reason);
     }
     if (flaws.unreadable > 0) {
-      add("the file is damaged: up to " + std::to_string(flaws.unreadable) + " rows of " + table +
-          " are skipped");
+      add("the file is damaged: " +
+          (flaws.counted ? "up to " + std::to_string(flaws.unreadable) : "some") + " rows of " +
+          table + " are skipped");
     }
     if (flaws.unintelligible > 0) {
       add(std::to_string(flaws.unintelligible) + " rows of " + table +
@@ -215,6 +224,11 @@ std::vector<std::string> ReadOnlyDatabase::remarks() const {
   return lines;
 }
 
+/// What SQLite says can quote a stranger's schema.
+std::string ReadOnlyDatabase::lastError() const {
+  return printable(sqlite3_errmsg(database_.get()));
+}
+
 void ReadOnlyDatabase::fail(int code) const {
   const std::string file = utilities::utf8FromPath(file_);
   if ((code & 0xff) == SQLITE_BUSY) {
@@ -222,8 +236,7 @@ void ReadOnlyDatabase::fail(int code) const {
   }
   const int systemError = database_ ? sqlite3_system_errno(database_.get()) : 0;
   throw qel::exception(
-      "cannot read " + file + ": " +
-      (database_ ? sqlite3_errmsg(database_.get()) : sqlite3_errstr(code)) +
+      "cannot read " + file + ": " + (database_ ? lastError() : sqlite3_errstr(code)) +
       (systemError == 0 ? "" : ": " + std::system_category().message(systemError)));
 }
 

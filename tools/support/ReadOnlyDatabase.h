@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,14 +50,16 @@ class ReadOnlyDatabase {
   };
   struct Flaws {
     std::int64_t unreadable = 0;
+    bool counted = true;  ///< whether that is a number of rows, and not only of attempts
     std::int64_t unintelligible = 0;
     std::string reason;  ///< why the table as a whole cannot be read
   };
 
   void open();
   bool needsRollback();
-  std::int64_t highestId(const std::string& table) const;
+  std::optional<std::int64_t> highestId(const std::string& table) const;
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
+  std::string lastError() const;
   [[noreturn]] void fail(int code) const;
 
   const std::filesystem::path file_;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::string_view asideMark = ".corrupt-";
 constexpr std::string_view logStem = "qel-sample-host";
+constexpr std::string_view installationIdName = "installation-id";  ///< made by qel-sample-host
 
 /// What follows a database's name in the file's name; nothing when it begins otherwise.
 std::string_view behindDatabaseName(std::string_view name) {
@@ -40,7 +41,7 @@ bool isLog(std::string_view name) {
     return false;
   }
   name.remove_prefix(logStem.size());
-  if (name.starts_with(".log")) {
+  if (name == ".log") {
     return true;
   }
   return name.size() > 5 && name.front() == '.' && name.ends_with(".log") &&
@@ -78,7 +79,7 @@ std::vector<std::filesystem::path> recordedFiles(const std::filesystem::path& di
     return name == db::sql::DirectoryClaim::lockFileName;
   };
   auto files = filesWhoseName(directory, [](const std::string& name) {
-    return isAside(name) || isDatabase(name) || isLog(name);
+    return isAside(name) || isDatabase(name) || isLog(name) || name == installationIdName;
   });
   const auto lock = filesWhoseName(directory, isLock);
   files.insert(files.end(), lock.begin(), lock.end());

@@ -16,9 +16,10 @@ Recordings::Recordings(std::filesystem::path place, const ReadOnlyDatabase::Prog
   if (!std::filesystem::is_directory(directory, error)) {
     throw tools::InputError("there is no directory " + name);
   }
-  const auto openIfThere = [&](const char* file, std::optional<ReadOnlyDatabase>& database) {
-    if (std::filesystem::exists(directory / file, error)) {
-      database.emplace(directory / file, progress);
+  const auto openIfThere = [&](const char* fileName, std::optional<ReadOnlyDatabase>& database) {
+    const auto file = directory / fileName;
+    if (std::filesystem::exists(file, error) && std::filesystem::is_regular_file(file, error)) {
+      database.emplace(file, progress);
     }
   };
   openIfThere(supportDatabaseName, support);

@@ -75,9 +75,12 @@ class TargetDirectory {
 
 void refuseToOverwrite(const std::filesystem::path& directory) {
   for (const char* const name : {supportDatabaseName, sendingDatabaseName}) {
-    if (std::filesystem::exists(directory / name)) {
-      throw tools::InputError("--to: there is already " +
-                              utilities::utf8FromPath(directory / name));
+    for (const char* const suffix : {"", "-journal", "-wal"}) {
+      std::error_code unknown;
+      const auto file = directory / (std::string(name) + suffix);
+      if (std::filesystem::exists(file, unknown)) {
+        throw tools::InputError("--to: there is already " + utilities::utf8FromPath(file));
+      }
     }
   }
 }
@@ -99,13 +102,16 @@ std::int64_t writeInto(const std::filesystem::path& directory, const Session& se
   const auto source = std::make_shared<SessionSource>(session);
   auto target = std::make_shared<ExportTarget>(session.events + session.environments);
   target->initialize(utilities::utf8FromPath(directory));
-  analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id, target);
+  if (!analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id,
+                                                                                target)) {
+    throw qel::exception("no record of session " + session.id + " could be read");
+  }
   const auto given = target->rows();
   target.reset();
   const auto written = countRows(directory / supportDatabaseName);
   if (written < given) {
     throw qel::exception("only " + std::to_string(written) + " of " + std::to_string(given) +
-                         " rows could be written; is the disk full?");
+                         " rows could be written: the disk may be full");
   }
   return written;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 #include "host/QelId/Guid.h"
@@ -20,22 +21,18 @@ struct Record {
   std::string session, time, category, subcategory;
 };
 
-/// Nothing when the row tells no session.
+/// What the texts of a session's rows have in common: the client's own way to tell them.
+std::string sessionMark(const std::string& id) { return R"("SessionId": ")" + id + '"'; }
+
+/// Nothing when the row tells no session, or not in the way that clients look for.
 std::optional<Record> recordOf(std::string_view text) {
   auto [verdict, columns] = tools::readRow(text);
   auto& [session, installation, time, category, subcategory, event] = columns;
-  if (verdict != tools::RowVerdict::Sound || !session) {
+  if (verdict != tools::RowVerdict::Sound || !session ||
+      text.find(sessionMark(*session)) == std::string_view::npos) {
     return std::nullopt;
   }
   return Record{*session, time.value_or(""), category.value_or(""), subcategory.value_or("")};
-}
-
-void widen(Session& session, const std::string& time) {
-  if (time.empty()) {
-    return;
-  }
-  session.first = session.first.empty() ? time : std::min(session.first, time);
-  session.last = std::max(session.last, time);
 }
 
 void addEvent(Session& session, const Record& record) {
@@ -60,7 +57,7 @@ SessionsById sessionsIn(ReadOnlyDatabase& database) {
         return false;
       }
       Session& session = sessions[record->session];
-      widen(session, record->time);
+      widen(session.first, session.last, record->time);
       add(session, *record);
       return true;
     });
@@ -74,13 +71,16 @@ SessionsById sessionsIn(ReadOnlyDatabase& database) {
   return sessions;
 }
 
-std::string normalized(const std::string& id) {
+/// In the form that clients write; nothing for what is no GUID.
+std::optional<std::string> normalized(const std::string& id) {
   try {
     return qel::Guid::parse(id).toString(false);
   } catch (const qel::exception&) {
-    throw tools::InputError("--session: " + id + R"( is neither a session's ID nor "last")");
+    return std::nullopt;
   }
 }
+
+std::int64_t records(const Session& session) { return session.events + session.environments; }
 
 }  // namespace
 
@@ -102,12 +102,27 @@ const char* nameOf(Session::End end) {
   return "unknown";
 }
 
-std::string sessionMark(const std::string& id) { return R"("SessionId": ")" + id + '"'; }
+void forEachRecord(const Session& session, const char* table,
+                   const ReadOnlyDatabase::RowReader& take) {
+  const auto mark = sessionMark(session.id);
+  session.database->forEachRow(table, [&](std::int64_t id, std::string_view text) {
+    if (text.find(mark) == std::string_view::npos) {
+      return true;
+    }
+    const auto record = recordOf(text);
+    return record && (record->session != session.id || take(id, text));
+  });
+}
 
 std::vector<Session> listSessions(Recordings& recordings) {
   SessionsById all;
   for (auto* const database : recordings.databases()) {
-    all.merge(sessionsIn(*database));
+    for (auto& [id, session] : sessionsIn(*database)) {
+      Session& known = all[id];
+      if (records(session) > records(known)) {
+        known = std::move(session);
+      }
+    }
   }
   std::vector<Session> sessions;
   sessions.reserve(all.size());
@@ -122,14 +137,18 @@ std::vector<Session> listSessions(Recordings& recordings) {
 
 Session findSession(Recordings& recordings, const std::string& idOrLast) {
   const bool last = idOrLast == "last";
-  const auto id = last ? std::string() : normalized(idOrLast);
+  const auto id = normalized(idOrLast);
+  if (!last && !id) {
+    throw tools::InputError("--session: " + idOrLast + R"( is neither a session's ID nor "last")");
+  }
   const auto sessions = listSessions(recordings);
-  const auto found = std::find_if(sessions.rbegin(), sessions.rend(),
-                                  [&](const Session& session) { return last || session.id == id; });
+  const auto found = std::find_if(sessions.rbegin(), sessions.rend(), [&](const Session& session) {
+    return last || normalized(session.id) == id;
+  });
   if (found == sessions.rend()) {
     const auto place = utilities::utf8FromPath(recordings.directory);
     throw tools::InputError(last ? "there are no sessions in " + place
-                                 : "there is no session " + id + " in " + place +
+                                 : "there is no session " + *id + " in " + place +
                                        " (the command sessions lists those there are)");
   }
   return *found;

@@ -27,11 +27,14 @@ struct Session {
 
 const char* nameOf(Session::End end);
 
-/// What the texts of a session's rows have in common: the client's own way to tell them.
-std::string sessionMark(const std::string& id);
+/// Calls `take` with ID and text of each record of the session that the table has. It returns
+/// false where the text is not what a client stores, as for `ReadOnlyDatabase::RowReader`.
+void forEachRecord(const Session& session, const char* table,
+                   const ReadOnlyDatabase::RowReader& take);
 
-/// All sessions, by the time of their first records. What the support database knows of a session
-/// counts; the sending database tells of the others, as far as their rows have not been sent.
+/// All sessions, by the time of their first records. The database that holds more of a session
+/// tells of it, the support database where both hold the same: the sending database has only what
+/// has not been sent, the other one only what may be copied, and either may be damaged.
 std::vector<Session> listSessions(Recordings& recordings);
 
 /// The session of this ID (a GUID in any form), or the last one of the list for "last". Throws

@@ -9,12 +9,12 @@ namespace qel::support {
 /// nothing.
 class SessionSource : public log::analytics::CipDatabaseClientInterface {
  public:
-  /// The session's database outlives this object.
-  explicit SessionSource(const Session& session) : database_(*session.database) {}
+  /// The session and its database outlive this object.
+  explicit SessionSource(const Session& session) : session_(session) {}
 
   std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;
-  std::pair<Table, RowMap> getAll(Table table) override;
-  RowMap getAllItems() override { return getAll(Items).second; }
+  std::pair<Table, RowMap> getAll(Table table) override { return {table, rowsOf(table)}; }
+  RowMap getAllItems() override { return rowsOf(Items); }
 
   void initialize(const std::string& /*directory*/) override {}
   void insertMultiple(const std::vector<std::string>& /*jsons*/, Table /*table*/) override {}
@@ -25,9 +25,9 @@ class SessionSource : public log::analytics::CipDatabaseClientInterface {
   void deleteByIds(Table /*table*/, std::vector<int>& /*ids*/) override {}
 
  private:
-  RowMap rowsThatHold(const std::string& text, Table table);
+  RowMap rowsOf(Table table) const;
 
-  ReadOnlyDatabase& database_;
+  const Session& session_;
 };
 
 }  // namespace qel::support

@@ -1,6 +1,5 @@
 #include "tools/support/Statistics.h"
 
-#include <algorithm>
 #include <functional>
 #include <set>
 #include <system_error>
@@ -10,17 +9,11 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/RowReader.h"
+#include "tools/support/Moment.h"
 #include "tools/support/RecordedFiles.h"
 
 namespace qel::support {
 namespace {
-
-void widen(std::string& oldest, std::string& newest, const std::string& time) {
-  if (!time.empty()) {
-    oldest = oldest.empty() ? time : std::min(oldest, time);
-    newest = std::max(newest, time);
-  }
-}
 
 std::string messageOf(std::string_view text) {
   const auto record = nlohmann::json::parse(text);
@@ -94,12 +87,12 @@ void PackageCount::add(std::size_t bytesOfRow) {
 std::string_view meaningOf(const std::string& marker) {
   if (marker == "Database / CriticalLarge") {
     return "The sending database had reached 30,720,000 bytes. Events from then on were not kept "
-           "for "
-           "sending, until some had been sent; the support database has them.";
+           "for sending, until some had been sent; the support database has them if copies were "
+           "permitted.";
   }
   if (marker == "InsertingItems / CriticalLarge") {
-    return "More happened within a second than can be stored. Nothing was recorded from then on "
-           "until the program was started again.";
+    return "10,000 events waited to be written: too many came at once, or the disk did not follow. "
+           "Nothing was recorded from then on until the program was started again.";
   }
   if (marker == "SendingItems / Exception") {
     return "Sending failed. Nothing is lost: the rows wait for the next attempt.";
@@ -112,8 +105,11 @@ Statistics gatherStatistics(Recordings& recordings) {
   Counter counter(statistics.markers);
   for (auto* const database : recordings.databases()) {
     const bool sends = recordings.sending && database == &*recordings.sending;
-    statistics.files.push_back(counter.read(*database, sends ? &statistics.waiting : nullptr));
+    const bool tells = sends && database->whyUnreadable().empty();
+    statistics.files.push_back(
+        counter.read(*database, tells ? &statistics.waiting.emplace() : nullptr));
   }
+  statistics.warnings = recordings.remarks();
   statistics.aside = filesSetAside(recordings.directory);
   return statistics;
 }

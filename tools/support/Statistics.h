@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,9 +41,10 @@ struct Marker {
 
 struct Statistics {
   std::vector<FileStatistics> files;
-  WaitingRows waiting;
+  std::optional<WaitingRows> waiting;        ///< nothing where the sending database tells nothing
   std::map<std::string, Marker> markers;     ///< by "Area / Severity"
   std::vector<std::filesystem::path> aside;  ///< corrupt files that the client set aside
+  std::vector<std::string> warnings;         ///< what could not be read
 };
 
 /// Counts the uploads of one table: a package takes rows until their texts reach a million bytes.

@@ -52,9 +52,25 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
   table.print(output, terminal);
 }
 
+std::string summaryOf(const std::optional<WaitingRows>& waiting) {
+  if (!waiting) {
+    return std::string("What waits to be sent is not known: no ") + sendingDatabaseName +
+           " can be read.";
+  }
+  if (waiting->rows == 0) {
+    return "Nothing waits to be sent.";
+  }
+  return grouped(waiting->rows) + (waiting->rows == 1 ? " row waits" : " rows wait") +
+         " to be sent, " + readableSize(static_cast<std::uintmax_t>(waiting->bytes)) + " in " +
+         grouped(waiting->packages) + (waiting->packages == 1 ? " package." : " packages.");
+}
+
 void printMarkers(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
   if (statistics.markers.empty() && statistics.aside.empty()) {
-    output << terminal.styled("No markers of loss.", Style::Good) << '\n';
+    const bool complete = statistics.waiting && statistics.warnings.empty();
+    output << (complete ? terminal.styled("No markers of loss.", Style::Good)
+                        : "No markers of loss in what could be read.")
+           << '\n';
     return;
   }
   TextTable table({{"Marker"},
@@ -85,13 +101,7 @@ void print(const Statistics& statistics, std::ostream& output, const Terminal& t
   printFiles(statistics, output, terminal);
   output << '\n';
   printCategories(statistics, output, terminal);
-  const auto& waiting = statistics.waiting;
-  std::string summary = "Nothing waits to be sent.";
-  if (waiting.rows > 0) {
-    summary = grouped(waiting.rows) + (waiting.rows == 1 ? " row waits" : " rows wait") +
-              " to be sent, " + readableSize(static_cast<std::uintmax_t>(waiting.bytes)) + " in " +
-              grouped(waiting.packages) + (waiting.packages == 1 ? " package." : " packages.");
-  }
+  const auto summary = summaryOf(statistics.waiting);
   output << '\n';
   for (const auto& line : wrapped(summary, terminal.width.value_or(summary.size()))) {
     output << line << '\n';
@@ -123,13 +133,17 @@ void printJson(const Statistics& statistics, std::ostream& output) {
   for (const auto& file : statistics.aside) {
     aside.push_back(utilities::utf8FromPath(file.filename()));
   }
-  const auto& waiting = statistics.waiting;
-  const Json all{
-      {"files", files},
-      {"waiting",
-       {{"rows", waiting.rows}, {"bytes", waiting.bytes}, {"packages", waiting.packages}}},
-      {"markers", markers},
-      {"setAside", aside}};
+  Json waiting;
+  if (statistics.waiting) {
+    waiting = {{"rows", statistics.waiting->rows},
+               {"bytes", statistics.waiting->bytes},
+               {"packages", statistics.waiting->packages}};
+  }
+  const Json all{{"files", files},
+                 {"waiting", waiting},
+                 {"markers", markers},
+                 {"setAside", aside},
+                 {"warnings", statistics.warnings}};
   output << all.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 

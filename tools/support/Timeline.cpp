@@ -29,7 +29,9 @@ std::string dayOf(const Event& event) { return event.time.substr(0, 10); }
 
 /// The time without its day, which stands above.
 std::string clockOf(const Event& event) {
-  return millisecondsOf(event.time) ? event.time.substr(11, 12) : event.time;
+  constexpr std::size_t day = 11;
+  return event.time.size() > day && millisecondsOf(event.time) ? event.time.substr(day, 12)
+                                                               : event.time;
 }
 
 }  // namespace
@@ -56,11 +58,15 @@ std::string readSince(const std::string& text) {
 void printTimeline(const Session& session, const std::vector<Event>& events, std::ostream& output,
                    const Terminal& terminal) {
   output << "Session " << terminal.styled(printable(session.id), Style::Heading) << ", "
-         << readableTime(printable(session.first)) << " UTC, "
-         << readableLength(session.lengthInMs()) << ", "
+         << (session.first.empty() ? "at no known time"
+                                   : readableTime(printable(session.first)) + " UTC")
+         << ", " << readableLength(session.lengthInMs()) << ", "
          << terminal.styled(nameOf(session.end),
                             session.end == Session::End::Crashed ? Style::Bad : Style::Plain)
          << '\n';
+  if (events.empty()) {
+    output << "\nno such records\n";
+  }
   using Kind = TextTable::Column::Kind;
   for (auto event = events.begin(); event != events.end();) {
     const auto day = dayOf(*event);

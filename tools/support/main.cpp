@@ -11,7 +11,9 @@
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/CommandLine.h"
+#include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
+#include "tools/support/PrivateCopy.h"
 #include "tools/support/Purge.h"
 #include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
@@ -106,7 +108,7 @@ int exportOne(const Arguments& arguments) {
   const auto session = findSession(reading.recordings, arguments.text("session"));
   const auto rows = exportSession(session, target);
   reading.end();
-  std::cout << "exported " << rows << " rows of session " << session.id << " to "
+  std::cout << "exported " << rows << " rows of session " << printable(session.id) << " to "
             << utilities::utf8FromPath(target / supportDatabaseName) << '\n';
   return 0;
 }
@@ -160,7 +162,8 @@ const std::vector<Command>& commands() {
        {sessionOption, {"output", "FILE", "the new file", Option::Presence::Required}},
        report},
       {"purge",
-       "Removes everything recorded: databases, journals, files set aside, the host's logs.",
+       "Removes everything recorded: databases, journals, files set aside, logs of "
+       "qel-sample-host.",
        {{"yes", "", "does not ask"}},
        removeAll}};
   return all;
@@ -200,11 +203,7 @@ int run(const std::vector<std::string>& arguments) {
   if (!parsed) {
     return 0;
   }
-  const int status = command->run(*parsed);
-  if (!std::cout.flush()) {
-    throw qel::exception("cannot write to standard output");
-  }
-  return status;
+  return command->run(*parsed);
 }
 
 }  // namespace
@@ -218,7 +217,13 @@ int main(int argc, char** argv) {
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);
+  support::PrivateDirectory::removeAllOnSignals();
   return tools::runProgram(support::programName, [&] {
-    return support::run(std::vector<std::string>(argv + 1, argv + argc));
+    const int status = support::run(std::vector<std::string>(argv + 1, argv + argc));
+    if (!std::cout.flush()) {
+      support::PrivateDirectory::diesOfClosedPipe();
+      throw exception("cannot write to standard output");
+    }
+    return status;
   });
 }

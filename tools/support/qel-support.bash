@@ -10,8 +10,9 @@ _qel_support() {
   fi
   case $previous in
     --session)
-      local sessions
-      sessions=$("${COMP_WORDS[0]}" sessions "${COMP_WORDS[2]/#\~/$HOME}" --json 2>/dev/null |
+      local sessions directory=${COMP_WORDS[2]/#\~/$HOME}
+      directory=${directory//[\"\'\\]/} # as typed, with its quoting
+      sessions=$("${COMP_WORDS[0]}" sessions "$directory" --json 2>/dev/null |
         sed -n 's/^ *"session": "\([0-9A-Fa-f-]*\)",$/\1/p')
       mapfile -t COMPREPLY < <(compgen -W "last $sessions" -- "$current")
       return

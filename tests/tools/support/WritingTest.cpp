@@ -14,39 +14,31 @@ using testing::Not;
 class WritingTest : public Recorded {
  protected:
   void recordSession() {
+    recordForSupport({environment(firstSession, "09:30:00.000")}, Table::Environments);
     recordForSupport(
-        {{environment(firstSession, "09:30:00.000"), Table::Environments},
-         {event(firstSession, "09:30:01.000", "Command|Started|<script>alert('1')</script>",
-                R"({"ID": "a&b"})"),
-          Table::Items},
-         {event(firstSession, "09:35:00.000", "MemoryUsage|Application|Runtime",
-                R"({"Max": "2048000", "Min": "1024000"})"),
-          Table::Items},
-         {event(firstSession, "09:36:00.000", "IssueListStorage|Issue|Added",
-                R"({"Id": "7", "Description": "open end"})"),
-          Table::Items},
-         {event(firstSession, "09:36:10.000", "IssueListStorage|Issue|Added", R"({"Id": "8"})"),
-          Table::Items},
-         {event(firstSession, "09:36:20.000", "IssueListStorage|Issue|Removed", R"({"Id": "8"})"),
-          Table::Items},
-         {event(firstSession, "09:37:00.000", "IssueListStorage|Issue|RemovedAll"), Table::Items},
-         {event(firstSession, "09:38:00.000", "Application|Crashed|boom"), Table::Items},
-         {event(firstSession, "09:38:00.000", "MemoryUsage|Application|Crashed",
-                R"({"1795253870": "1100000", "1795253880": "1200000"})"),
-          Table::Items},
-         {event(secondSession, "09:29:00.000", "Help|Action|search"), Table::Items}});
-  }
-
-  std::string exportTo(const std::string& name) const {
-    return "export " + place() + " --session last --to " + elsewhere(name).string();
+        {event(firstSession, "09:30:01.000", {"Command", "Started", "<script>alert('1')</script>"},
+               R"({"ID": "a&b"})"),
+         event(firstSession, "09:35:00.000", {"MemoryUsage", "Application", "Runtime"},
+               R"({"Max": "2048000", "Min": "1024000"})"),
+         event(firstSession, "09:36:00.000", {"IssueListStorage", "Issue", "Added"},
+               R"({"Id": "7", "Description": "open end"})"),
+         event(firstSession, "09:36:10.000", {"IssueListStorage", "Issue", "Added"},
+               R"({"Id": "8"})"),
+         event(firstSession, "09:36:20.000", {"IssueListStorage", "Issue", "Removed"},
+               R"({"Id": "8"})"),
+         event(firstSession, "09:37:00.000", {"IssueListStorage", "Issue", "RemovedAll"}),
+         event(firstSession, "09:38:00.000", {"Application", "Crashed", "boom"}),
+         event(firstSession, "09:38:00.000", {"MemoryUsage", "Application", "Crashed"},
+               R"({"1795253870": "1100000", "1795253880": "1200000"})"),
+         event(secondSession, "09:29:00.000", {"Help", "Action", "search"})});
   }
 };
 
 TEST_F(WritingTest, exportsASessionAsItIsStored) {
   recordSession();
-  const auto said = run(exportTo("out"));
-  EXPECT_EQ(said.status, 0) << said.errors;
-  EXPECT_THAT(said.output, HasSubstr("exported 9 rows of session " + firstSession));
+  const std::string exporting = "qel-support export $DIR --session last --to ";
+  EXPECT_EQ(run(exporting + "$OUT/out").output,
+            "exported 9 rows of session " + firstSession + " to $OUT/out/SupportDatabase.db\n");
   const auto exported = elsewhere("out") / "SupportDatabase.db";
   EXPECT_THAT(test::query(exported, "SELECT json FROM Environments"),
               ElementsAre(environment(firstSession, "09:30:00.000")));
@@ -55,38 +47,37 @@ TEST_F(WritingTest, exportsASessionAsItIsStored) {
                                                         firstSession + "%' ORDER BY ID"));
 
   const auto kept = test::contentOf(exported);
-  const auto again = run(exportTo("out"));
-  EXPECT_EQ(again.status, 2);
-  EXPECT_EQ(again.errors, "qel-support: --to: there is already " + exported.string() + '\n');
+  EXPECT_EQ(run(exporting + "$OUT/out").errors,
+            "qel-support: --to: there is already $OUT/out/SupportDatabase.db\n");
   EXPECT_EQ(test::contentOf(exported), kept);
-  EXPECT_EQ(run("export " + place() + " --session last --to " + place()).status, 2);
+  EXPECT_EQ(run(exporting + "$DIR").status, 2);
 }
 
 TEST_F(WritingTest, leavesNothingHalfWrittenOnAFullDisk) {
   recordSession();
-  recordForSupport(items(
-      std::vector<std::string>(2000, event(firstSession, "09:38:01.000", "Help|Action|search"))));
-  const std::string fullDisk = R"(sh -c 'trap "" XFSZ; ulimit -f 64; exec "$0" "$@"')";
-  auto said = run(exportTo("out"), fullDisk);
+  recordForSupport(std::vector<std::string>(
+      2000, event(firstSession, "09:38:01.000", {"Help", "Action", "search"})));
+  const std::string onFullDisk =
+      R"(sh -c 'trap "" XFSZ; ulimit -f 64; exec "$0" "$@"' qel-support )";
+  auto said = run(onFullDisk + "export $DIR --session last --to $OUT/out");
   EXPECT_EQ(said.status, 1);
-  EXPECT_THAT(said.errors, HasSubstr("rows could be written; is the disk full?\n"));
-  said =
-      run("report " + place() + " --session last --output " + elsewhere("page").string(), fullDisk);
+  EXPECT_THAT(said.errors, HasSubstr("rows could be written: the disk may be full\n"));
+  said = run(onFullDisk + "report $DIR --session last --output $OUT/page");
   EXPECT_EQ(said.status, 1);
-  EXPECT_THAT(said.errors, HasSubstr("cannot write " + elsewhere("page").string()));
+  EXPECT_THAT(said.errors, HasSubstr("cannot write $OUT/page"));
   EXPECT_TRUE(std::filesystem::is_empty(elsewhere("")));
 }
 
 TEST_F(WritingTest, reportsASessionOnOnePage) {
   recordSession();
-  std::vector<std::string> searches(2001, event(firstSession, "noon", "Help|Action|search"));
-  searches.front() = event(firstSession, "09:39:00.000", "Help|Action|search",
+  std::vector<std::string> searches(2001,
+                                    event(firstSession, "noon", {"Help", "Action", "search"}));
+  searches.front() = event(firstSession, "09:39:00.000", {"Help", "Action", "search"},
                            R"({"Text": ")" + std::string(1992, 'x') + R"(ä"})");
-  recordForSupport(items(searches));
-  const auto page = elsewhere("session.html");
-  const std::string arguments = "report " + place() + " --session last --output " + page.string();
-  EXPECT_EQ(run(arguments).status, 0);
-  const auto html = test::contentOf(page);
+  recordForSupport(searches);
+  const std::string reporting = "qel-support report $DIR --session last --output $OUT/page";
+  EXPECT_EQ(run(reporting).status, 0);
+  const auto html = test::contentOf(elsewhere("page"));
   EXPECT_THAT(html, AllOf(HasSubstr("&lt;script&gt;alert(&#39;1&#39;)&lt;/script&gt;"),
                           HasSubstr("<td>a&amp;b</td>"), HasSubstr("Debian &lt;12&gt;"),
                           Not(HasSubstr("<script")), Not(HasSubstr("http:")),
@@ -102,14 +93,13 @@ TEST_F(WritingTest, reportsASessionOnOnePage) {
   EXPECT_THAT(html, HasSubstr("2 added, 1 removed one by one; times that the list was emptied: 1"));
   EXPECT_THAT(html, AllOf(HasSubstr(">09:32</text>"), HasSubstr(std::string(1992, 'x') + "…</td>"),
                           HasSubstr("Later records that are left out: 1;")));
-  EXPECT_EQ(run(arguments).errors,
-            "qel-support: --output: there is already " + page.string() + '\n');
+  EXPECT_EQ(run(reporting).errors, "qel-support: --output: there is already $OUT/page\n");
 }
 
 TEST_F(WritingTest, purgesEverythingRecordedAndNothingElse) {
   recordSession();
-  recordForSending(items({event(firstSession, "09:30:01.000", "Help|Action|search")}));
-  const auto inUse = run("purge " + place() + " --yes");
+  recordForSending({event(firstSession, "09:30:01.000", {"Help", "Action", "search"})});
+  const auto inUse = run("qel-support purge $DIR --yes");
   EXPECT_EQ(inUse.status, 1);
   EXPECT_THAT(inUse.errors, HasSubstr("is in use by another instance of the program"));
 
@@ -117,35 +107,25 @@ TEST_F(WritingTest, purgesEverythingRecordedAndNothingElse) {
   for (const char* const name :
        {"ItemDatabase.db-journal", "SupportDatabase.db.corrupt-20261120T000000Z",
         "SupportDatabase.db.corrupt-20261120T000000Z-journal", "qel-sample-host.log",
-        "qel-sample-host.1.log", "qel-sample-host.txt", "ItemDatabase.dbx", "notes"}) {
+        "qel-sample-host.1.log", "qel-sample-host.log.txt", "ItemDatabase.dbx", "notes"}) {
     test::write(file(name), "x");
   }
-  const auto nobodyToAsk = run("purge " + place() + " </dev/null");
-  EXPECT_EQ(nobodyToAsk.status, 2);
-  EXPECT_THAT(nobodyToAsk.errors, HasSubstr("give --yes to remove 8 files"));
+  EXPECT_THAT(run("qel-support purge $DIR </dev/null").errors,
+              HasSubstr("give --yes to remove 8 files"));
 
-  const auto done = runFreely("purge " + place() + " --yes");
-  EXPECT_EQ(done.status, 0) << done.errors;
-  EXPECT_THAT(done.output, AllOf(HasSubstr("removed ItemDatabase.db-journal (1 bytes)\n"),
-                                 HasSubstr("is removed: 8 files, ")));
-  EXPECT_THAT(names(), ElementsAre("ItemDatabase.dbx", "notes", "qel-sample-host.txt"));
-  EXPECT_EQ(run("purge " + place() + " --yes").output, "nothing is recorded in " + place() + '\n');
+  EXPECT_THAT(runFreely("qel-support purge $DIR --yes").output,
+              AllOf(HasSubstr("removed ItemDatabase.db-journal (1 bytes)\n"),
+                    HasSubstr("is removed: 8 files, ")));
+  EXPECT_THAT(names(), ElementsAre("ItemDatabase.dbx", "notes", "qel-sample-host.log.txt"));
+  EXPECT_EQ(run("qel-support purge $DIR --yes").output, "nothing is recorded in $DIR\n");
 }
 
 TEST_F(WritingTest, purgesOnATerminalOnlyAfterAYes) {
   recordSession();
   endClients();
-  std::filesystem::remove(file("Databases.lock"));
-  const auto answer = [&](const std::string& text) {
-    test::Process terminal(
-        std::string("script -qec '") + QEL_SUPPORT + " purge " + place() + "' /dev/null",
-        text + '\n');
-    terminal.readUntil(EOF);
-    return terminal.join();
-  };
-  EXPECT_EQ(answer("no"), 1);
-  EXPECT_THAT(names(), ElementsAre("SupportDatabase.db"));
-  EXPECT_EQ(answer("yes"), 0);
+  const std::string purging = " | script -qec \"qel-support purge $DIR\" /dev/null'";
+  EXPECT_EQ(run("sh -c 'echo no" + purging).status, 1);
+  EXPECT_EQ(runFreely("sh -c 'echo yes" + purging).status, 0);
   EXPECT_THAT(names(), testing::IsEmpty());
 }
 

@@ -1,6 +1,3 @@
-#include <latch>
-#include <thread>
-
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Database/CipDatabases.h"
@@ -25,16 +22,6 @@ void insert(CipDatabases& databases, const std::string& event = "event") {
   databases.insert(std::make_unique<items::CrashReportItem>(event), Items);
 }
 
-/// Renders what the test says.
-class Rendered : public json::ToJsonInterface {
- public:
-  explicit Rendered(std::function<std::string()> render) : render_(std::move(render)) {}
-  std::string toJson() const override { return render_(); }
-
- private:
-  const std::function<std::string()> render_;
-};
-
 TEST(CipDatabasesTest, WritesToTheDatabasesThatTheHostAllows) {
   for (const auto& [toSending, toSupport] :
        {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
@@ -49,29 +36,6 @@ TEST(CipDatabasesTest, WritesToTheDatabasesThatTheHostAllows) {
     EXPECT_THAT(storage.support->texts(Items), SizeIs(toSupport ? 1 : 0));
     EXPECT_FALSE(databases.errorOccurred());
   }
-}
-
-TEST(CipDatabasesTest, WritesByItselfWhatItRendersOnceToTheSupportDatabaseFirst) {
-  MemoryStorage storage;
-  auto& databases = storage.initialized();
-  std::vector<std::string> inSupportBefore;
-  Tally batches;
-  Tally renderings;
-  storage.sending->beforeBatch = [&] {
-    inSupportBefore = storage.support->texts(Items);
-    batches.add();
-  };
-  databases.insert(std::make_unique<Rendered>([&] {
-                     renderings.add();
-                     return "text";
-                   }),
-                   Items);
-  EXPECT_TRUE(batches.reaches(1));
-  databases.join();
-  EXPECT_EQ(renderings.count(), 1);
-  EXPECT_THAT(inSupportBefore, ElementsAre("text"));
-  EXPECT_THAT(storage.sending->texts(Items), ElementsAre("text"));
-  EXPECT_EQ(&databases.getCipDatabase(), storage.sending);
 }
 
 TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
@@ -90,33 +54,6 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
               ElementsAre("Application|Crash Report|a|", "Application|Crash Report|b|",
                           "Application|Crash Report|meanwhile|", "Application|Crash Report|c|"));
   EXPECT_FALSE(databases.errorOccurred());
-}
-
-TEST(CipDatabasesTest, LosesAndDoublesNothingFromManyThreads) {
-  constexpr int itemsEach = 2500;
-  MemoryStorage storage;
-  auto& databases = storage.initialized();
-  std::latch begun(4);
-  std::vector<std::jthread> adders;
-  for (const std::string thread : {"a", "b", "c", "d"}) {
-    adders.emplace_back([&, thread] {
-      std::vector<std::unique_ptr<items::CrashReportItem>> items;
-      for (int i = 0; i < itemsEach; ++i) {
-        items.push_back(std::make_unique<items::CrashReportItem>(thread + std::to_string(i)));
-      }
-      begun.arrive_and_wait();
-      for (auto& item : items) {
-        databases.insert(std::move(item), Items);
-      }
-    });
-  }
-  adders.clear();
-  std::map<std::string, int> nextOf;
-  for (const auto& event : storage.recorded()) {
-    const auto name = event.substr(event.find("|Crash Report|") + 14);
-    EXPECT_EQ(name.substr(1), std::to_string(nextOf[name.substr(0, 1)]++) + '|');
-  }
-  EXPECT_THAT(nextOf, AllOf(SizeIs(4), Each(Pair(_, itemsEach))));
 }
 
 TEST(CipDatabasesTest, DiscardsAtItsEndWhatIsStillQueued) {
