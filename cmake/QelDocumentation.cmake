@@ -38,6 +38,7 @@ doxygen_add_docs(
   docs/reliability.md
   docs/security.md
   docs/performance.md
+  docs/decisions/README.md
   docs/decisions
   docs/namespaces.dox
   CONTRIBUTING.md
