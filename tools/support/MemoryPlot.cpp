@@ -130,7 +130,7 @@ class Drawing {
     for (const auto& [time, amount] : readings) {
       const auto x = coordinate(axis_.x(time));
       const auto atAmount = coordinate(y(amount));
-      points += x + ',' + atAmount + ' ';
+      points.append(x).append(",").append(atAmount).append(" ");
       dots += html::tag("circle", {{"class", "dot"}, {"cx", x}, {"cy", atAmount}, {"r", "3"}}) +
               html::element("title", text(amount)) + "</circle>\n";
     }
