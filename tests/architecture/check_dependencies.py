@@ -14,6 +14,7 @@ NAMES = {
     "Boost": ("libboost-dev", "boost-uuid", "boost"),
     "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib", "cpp-httplib"),
     "CURL": ("libcurl4-openssl-dev", "curl", "libcurl"),
+    "Doxygen": ("doxygen", None, None),
     "GTest": ("libgtest-dev", "gtest", None),
     "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json", "nlohmann_json"),
     "OpenSSL": ("libssl-dev", "openssl", "openssl"),
@@ -39,7 +40,7 @@ declared = (
     set(re.findall(r'self\.requires\("([^/]+)/', recipe)),
 )
 lists = [path for folder in ("cmake", "host", "Core", "Application", "tools", "tests", "benchmarks", "fuzz")
-         for path in (root / folder).rglob("*") if path.name in {"CMakeLists.txt", "QelTargets.cmake"}]
+         for path in (root / folder).rglob("*") if path.name == "CMakeLists.txt" or path.suffix == ".cmake"]
 looked_for = {name for path in lists if "consumer" not in path.parts
               for pattern in (r"find_package\((\w+)", r"pkg_check_modules\(.* ([\w-]+)\)")
               for name in re.findall(pattern, path.read_text(encoding="utf-8"))}

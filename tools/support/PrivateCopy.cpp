@@ -26,9 +26,17 @@ Directories& directories() {
   return *instance;
 }
 
+/// Begins anew where another thread has put something into it meanwhile.
 void removeAll(const std::filesystem::path& directory) {
-  std::error_code ignored;
-  std::filesystem::remove_all(directory, ignored);
+  std::error_code error;
+  do {
+    std::filesystem::remove_all(directory, error);
+  } while (error == std::errc::directory_not_empty);
+}
+
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 std::filesystem::path placeOfCopies() {
@@ -48,7 +56,9 @@ void PrivateDirectory::removeAllOnSignals() {
   sigset_t ending;
   sigemptyset(&ending);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    sigaddset(&ending, signal);
+    if (!isIgnored(signal)) {  // It would be waited for all the same.
+      sigaddset(&ending, signal);
+    }
   }
   sigset_t blocked = ending;
   sigaddset(&blocked, SIGPIPE);

@@ -16,9 +16,9 @@ class PrivateDirectory {
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// From now on SIGINT, SIGTERM and SIGHUP remove all such directories before they end the
-  /// program. SIGPIPE waits until `diesOfClosedPipe` lets it through. To be called once, before any
-  /// thread is started.
+  /// From now on SIGINT, SIGTERM and SIGHUP, unless they are ignored, remove all such directories
+  /// before they end the program. SIGPIPE waits until `diesOfClosedPipe` lets it through. To be
+  /// called once, before any thread is started.
   static void removeAllOnSignals();
 
   /// Ends the program, as SIGPIPE does, if something was written to a pipe that nobody reads. To be

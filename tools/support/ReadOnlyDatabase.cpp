@@ -200,11 +200,20 @@ std::optional<std::int64_t> ReadOnlyDatabase::highestId(const std::string& table
   return std::nullopt;
 }
 
+bool ReadOnlyDatabase::isReadWholly() const {
+  return std::all_of(flaws_.begin(), flaws_.end(), [](const auto& flawsOfTable) {
+    return flawsOfTable.second.reason.empty() && flawsOfTable.second.unreadable == 0;
+  });
+}
+
 std::vector<std::string> ReadOnlyDatabase::remarks() const {
   const std::string name = utilities::utf8FromPath(file_.filename());
   std::vector<std::string> lines;
   if (copy_) {
-    lines.push_back(name + " has writes that are not finished: a private copy of it was read");
+    lines.push_back(name +
+                    (isInWriteAheadMode(file_) ? " is in write-ahead mode"
+                                               : " has writes that are not finished") +
+                    ": a private copy of it was read");
   }
   const auto add = [&](const std::string& what) { lines.push_back(name + ": " + what); };
   for (const auto& [table, flaws] : flaws_) {

@@ -39,6 +39,9 @@ class ReadOnlyDatabase {
   /// unreadable. Throws as the constructor does.
   void forEachRow(const std::string& table, const RowReader& reader);
 
+  /// Whether all rows of the tables that were read could be read, whatever they hold.
+  bool isReadWholly() const;
+
   /// A line for each thing that whoever uses the rows has to know: what could not be read so far,
   /// and that a copy was read.
   std::vector<std::string> remarks() const;

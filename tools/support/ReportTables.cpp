@@ -64,7 +64,9 @@ std::string time(const std::string& text) { return element("td", readableTime(te
 
 std::vector<Issue> issuesOf(const std::vector<Event>& events) {
   std::vector<Issue> issues;
-  std::map<std::string, std::vector<std::size_t>> open;  // places of those of an ID, oldest first
+  using Places = std::map<std::string, std::vector<std::size_t>>;  // by ID, oldest first
+  Places open;
+  Places emptied;  // removed with all others; clients may still tell the removal of each
   for (const auto& event : events) {
     if (event.category != "IssueListStorage") {
       continue;
@@ -75,12 +77,13 @@ std::vector<Issue> issuesOf(const std::vector<Event>& events) {
           issues[place].removed = event.time;
         }
       }
+      emptied.merge(open);
       open.clear();
       continue;
     }
     const std::string id(event.detail("Id"));
-    auto& places = open[id];
     const bool removed = event.event == "Removed";
+    auto& places = removed && open[id].empty() ? emptied[id] : open[id];
     if (removed && !places.empty()) {
       issues[places.back()].removed = event.time;
       places.pop_back();

@@ -104,7 +104,7 @@ std::int64_t writeInto(const std::filesystem::path& directory, const Session& se
   target->initialize(utilities::utf8FromPath(directory));
   if (!analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id,
                                                                                 target)) {
-    throw qel::exception("no record of session " + session.id + " could be read");
+    throw qel::exception("no record of the session could be read");
   }
   const auto given = target->rows();
   target.reset();

@@ -109,6 +109,9 @@ Statistics gatherStatistics(Recordings& recordings) {
     statistics.files.push_back(
         counter.read(*database, tells ? &statistics.waiting.emplace() : nullptr));
   }
+  if (statistics.waiting) {
+    statistics.waiting->complete = recordings.sending->isReadWholly();
+  }
   statistics.warnings = recordings.remarks();
   statistics.aside = filesSetAside(recordings.directory);
   return statistics;

@@ -29,6 +29,7 @@ struct WaitingRows {
   std::int64_t rows = 0;
   std::int64_t bytes = 0;
   std::int64_t packages = 0;
+  bool complete = true;  ///< otherwise there may be more, which cannot be read
 };
 
 /// A record in which the client tells of its own trouble.
@@ -41,7 +42,7 @@ struct Marker {
 
 struct Statistics {
   std::vector<FileStatistics> files;
-  std::optional<WaitingRows> waiting;        ///< nothing where the sending database tells nothing
+  std::optional<WaitingRows> waiting;        ///< nothing where no sending database can be read
   std::map<std::string, Marker> markers;     ///< by "Area / Severity"
   std::vector<std::filesystem::path> aside;  ///< corrupt files that the client set aside
   std::vector<std::string> warnings;         ///< what could not be read

@@ -53,15 +53,16 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
 }
 
 std::string summaryOf(const std::optional<WaitingRows>& waiting) {
-  if (!waiting) {
+  if (!waiting || (waiting->rows == 0 && !waiting->complete)) {
     return std::string("What waits to be sent is not known: no ") + sendingDatabaseName +
-           " can be read.";
+           " can be read whole.";
   }
   if (waiting->rows == 0) {
     return "Nothing waits to be sent.";
   }
-  return grouped(waiting->rows) + (waiting->rows == 1 ? " row waits" : " rows wait") +
-         " to be sent, " + readableSize(static_cast<std::uintmax_t>(waiting->bytes)) + " in " +
+  return (waiting->complete ? "" : "At least ") + grouped(waiting->rows) +
+         (waiting->rows == 1 ? " row waits" : " rows wait") + " to be sent, " +
+         readableSize(static_cast<std::uintmax_t>(waiting->bytes)) + " in " +
          grouped(waiting->packages) + (waiting->packages == 1 ? " package." : " packages.");
 }
 
@@ -137,7 +138,8 @@ void printJson(const Statistics& statistics, std::ostream& output) {
   if (statistics.waiting) {
     waiting = {{"rows", statistics.waiting->rows},
                {"bytes", statistics.waiting->bytes},
-               {"packages", statistics.waiting->packages}};
+               {"packages", statistics.waiting->packages},
+               {"complete", statistics.waiting->complete}};
   }
   const Json all{{"files", files},
                  {"waiting", waiting},

@@ -116,6 +116,16 @@ TEST_F(ReadingTest, readsACopyWhereAWriteWasBrokenOff) {
   const auto listed = run("env TMPDIR=$OUT " + listing);
   EXPECT_EQ(eventsListed(listed), 500);
   EXPECT_THAT(listed.errors, HasSubstr("a private copy of it was read"));
+  // A copy goes with whatever ends the program; 128 and the signal's number tell of that.
+  for (const std::string ending :
+       {"head -c 1 <$OUT/pipe >$OUT/byte; wait $!; echo $((128 + 13 - $?))",
+        "exec 3<$OUT/pipe; read -r line <&3; kill -TERM $!; wait $!; echo $((128 + 15 - $?))"}) {
+    EXPECT_EQ(run("sh -c 'mkfifo $OUT/pipe; TMPDIR=$OUT qel-support show $DIR --session last "
+                  "--json 2>$OUT/errors >$OUT/pipe & " +
+                  ending + "; rm $OUT/pipe'")
+                  .output,
+              "0\n");
+  }
   for (const auto& left : std::filesystem::directory_iterator(elsewhere(""))) {
     EXPECT_FALSE(left.is_directory()) << left;
   }

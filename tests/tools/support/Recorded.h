@@ -49,6 +49,7 @@ class Recorded : public testing::Test {
     setenv("DIR", data_.text().c_str(), 1);
     setenv("OUT", other_.text().c_str(), 1);
     setenv("COLUMNS", "140", 1);
+    setenv("SHELL", "/bin/sh", 1);  // for script(1)
     setenv("PATH", (QEL_SUPPORT_DIRECTORY ":" + std::string(getenv("PATH"))).c_str(), 1);
   }
 

@@ -107,15 +107,16 @@ TEST_F(WritingTest, purgesEverythingRecordedAndNothingElse) {
   for (const char* const name :
        {"ItemDatabase.db-journal", "SupportDatabase.db.corrupt-20261120T000000Z",
         "SupportDatabase.db.corrupt-20261120T000000Z-journal", "qel-sample-host.log",
-        "qel-sample-host.1.log", "qel-sample-host.log.txt", "ItemDatabase.dbx", "notes"}) {
+        "qel-sample-host.1.log", "installation-id", "qel-sample-host.log.txt", "ItemDatabase.dbx",
+        "notes"}) {
     test::write(file(name), "x");
   }
   EXPECT_THAT(run("qel-support purge $DIR </dev/null").errors,
-              HasSubstr("give --yes to remove 8 files"));
+              HasSubstr("give --yes to remove 9 files"));
 
   EXPECT_THAT(runFreely("qel-support purge $DIR --yes").output,
               AllOf(HasSubstr("removed ItemDatabase.db-journal (1 bytes)\n"),
-                    HasSubstr("is removed: 8 files, ")));
+                    HasSubstr("is removed: 9 files, ")));
   EXPECT_THAT(names(), ElementsAre("ItemDatabase.dbx", "notes", "qel-sample-host.log.txt"));
   EXPECT_EQ(run("qel-support purge $DIR --yes").output, "nothing is recorded in $DIR\n");
 }
