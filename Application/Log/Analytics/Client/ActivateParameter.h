@@ -17,7 +17,8 @@ class EnvironmentItem;
 namespace parameters {
 
 /// What the host tells the client when it activates it. The two permissions are asked on threads of
-/// the client too, must be safe for that and must not call back into it.
+/// the client and of the host, must be safe for that, must not call back into the client and must
+/// not throw: that would end storage for good.
 struct QEL_ANALYTICS_EXPORT ActivateParameter {
   /// Outlives the client.
   reports::WebUpdateReporterInterface& webUpdateReporter;
@@ -36,7 +37,8 @@ struct QEL_ANALYTICS_EXPORT ActivateParameter {
   std::string serverUser;
   /// @}
   /// Describes the machine when sending starts, or once at activation when sending is not allowed.
-  /// It may be empty or return null: nothing is described then.
+  /// It may be empty or return null: nothing is described then. Called on the client's thread; what
+  /// it throws leaves `activate` or `startSendingItems`, with the client active.
   std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem;
   /// Whether items may be stored for sending, asked for every batch. Sending starts at activation
   /// if it says so then. Required.

@@ -26,10 +26,12 @@ class QEL_ANALYTICS_EXPORT ClientInterface {
   virtual void registerIssueListStorageListener(
       qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
       std::unique_ptr<IssueListInformationInterface> information) = 0;
-  /// After activation: starts sending, or starts it anew with a pass at once, after waiting for a
-  /// pass under way.
+  /// After activation: starts sending, or starts it anew with a pass at once. Waits for a loop that
+  /// still runs, which makes a last pass first: as long as its exchanges take, and until the exit
+  /// deadline at most.
   virtual void startSendingItems() = 0;
-  /// Lets sending end with one more pass and does not wait for it.
+  /// Lets sending end with one more pass and does not wait for it. An assertion reports that
+  /// nothing was started.
   virtual void stopSendingItems() = 0;
 };
 
