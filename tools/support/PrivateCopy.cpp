@@ -26,12 +26,14 @@ Directories& directories() {
   return *instance;
 }
 
-/// Begins anew where another thread has put something into it meanwhile.
+/// Begins anew where another thread has put something into it meanwhile, but not for ever: a
+/// network share keeps open files under other names.
 void removeAll(const std::filesystem::path& directory) {
-  std::error_code error;
-  do {
+  constexpr int mostAttempts = 100;
+  std::error_code error = std::make_error_code(std::errc::directory_not_empty);
+  for (int i = 0; i < mostAttempts && error == std::errc::directory_not_empty; ++i) {
     std::filesystem::remove_all(directory, error);
-  } while (error == std::errc::directory_not_empty);
+  }
 }
 
 bool isIgnored(int signal) {
