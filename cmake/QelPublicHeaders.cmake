@@ -9,8 +9,13 @@ set(privateHeaders
     host/QelHttp/SettingsInForce.h
     host/QelSql/BusyWait.h
     host/QelSql/Connection.h
+    host/QelSql/Database.h
     host/QelSql/DatabaseFile.h
-    host/QelSql/DirectoryClaim.h)
+    host/QelSql/DatabaseLock.h
+    host/QelSql/DatabaseLog.h
+    host/QelSql/DirectoryClaim.h
+    host/QelSql/Schema.h
+    host/QelSql/Transaction.h)
 file(GLOB_RECURSE QEL_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} Application/*.h Core/*.h
      host/*.h)
 list(REMOVE_ITEM QEL_PUBLIC_HEADERS ${privateHeaders})

@@ -28,6 +28,8 @@ class GeneralEventInterface {
 
 }  // namespace event
 
+using event::GeneralEventInterface;
+
 /// Told of events that describe themselves.
 class GeneralListenerInterface {
  public:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -71,10 +72,20 @@ JsonObject& JsonObject::addDouble(std::string_view key, double value) {
 
 JsonObject& JsonObject::addStringMap(std::string_view key,
                                      const std::map<std::string, std::string>& values) {
+  constexpr std::string_view replacement = "\xEF\xBF\xBD";
   appendKey(key);
   text_ += '{';
+  std::set<std::string> replacedNames;
   for (const auto& [name, value] : values) {
-    addString(name, value);
+    const auto begin = text_.size();
+    appendKey(name);
+    const auto written = std::string_view(text_).substr(begin);
+    if (written.find(replacement) != std::string_view::npos &&
+        !replacedNames.emplace(written.substr(written.find('"'))).second) {
+      text_.resize(begin);
+      continue;
+    }
+    appendText(text_, value);
   }
   text_ += '}';
   return *this;

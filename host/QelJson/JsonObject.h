@@ -28,7 +28,8 @@ class JsonObject {
   /// A short text that reads back as the same number, with a decimal point or an exponent ("96.0",
   /// "1e+300"); null for infinities and NaN, which JSON cannot say.
   JsonObject& addDouble(std::string_view key, double value);
-  /// A nested object with one string member per entry, in key order.
+  /// A nested object with one string member per entry, in key order. Of keys that differ in invalid
+  /// UTF-8 alone, and so are written alike, the first one stays.
   JsonObject& addStringMap(std::string_view key, const std::map<std::string, std::string>& values);
   JsonObject& addStringVector(std::string_view key, const std::vector<std::string>& values);
   JsonObject& addJsonObject(std::string_view key, const JsonObject& value);

@@ -1,21 +1,19 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
-#include <memory>
-#include <string>
 
-#include "host/QelLog/LoggerInterface.h"
+#include "host/QelSql/DatabaseLog.h"
 
 namespace qel::db::sql {
 
-/// How statements wait while another process holds the database file: the thread that made this
-/// object one second in all, other threads until the file is free, and none beyond the exit
-/// deadline (`utilities::setExitDeadline`). A wait that grows long is reported, and so is its end.
-/// Used by one thread at a time.
+/// How statements wait while another connection holds the database file: as long as the patience of
+/// their thread lasts (`utilities::Patience`), and no longer than until the exit deadline
+/// (`utilities::setExitDeadline`). Logs when a wait grows long, and when it is over. Used by one
+/// thread at a time.
 class BusyWait {
  public:
-  BusyWait(const std::string& quotedFile, std::shared_ptr<log::LoggerInterface> logger);
+  /// `log` must outlive this object.
+  explicit BusyWait(const DatabaseLog& log) : log_(log) {}
 
   /// Sleeps until the file is worth another try. False when this thread has waited long enough.
   /// Called from inside SQLite, which no exception may pass through.
@@ -27,12 +25,7 @@ class BusyWait {
  private:
   using Clock = std::chrono::steady_clock;
 
-  const std::string heldText_;
-  const std::string freeText_;
-  const std::shared_ptr<log::LoggerInterface> logger_;
-  const std::uint64_t openingThread_;
-
-  Clock::duration openingThreadMayWait_ = std::chrono::seconds(1);
+  const DatabaseLog& log_;
   Clock::duration waited_{};  ///< by the statement under way
   Clock::duration pause_ = shortestPause;
   bool reported_ = false;

@@ -22,8 +22,6 @@ int waitWhileBusy(void* busyWait, int /*attempts*/) {
   return static_cast<BusyWait*>(busyWait)->waitAgain() ? 1 : 0;
 }
 
-Outcome failed(const std::string& reason) { return {Outcome::Status::Failed, reason, reason, {}}; }
-
 /// False when SQLite ran out of memory.
 bool readRow(sqlite3_stmt& statement, int columns, std::vector<std::string>& row) {
   row.reserve(static_cast<std::size_t>(columns));
@@ -43,6 +41,10 @@ bool readRow(sqlite3_stmt& statement, int columns, std::vector<std::string>& row
 }
 
 }  // namespace
+
+Outcome failed(Outcome::Status status, const std::string& reason) {
+  return {status, reason, reason, {}};
+}
 
 void Connection::Close::operator()(sqlite3* database) const { sqlite3_close(database); }
 
@@ -73,12 +75,12 @@ Outcome Connection::check() {
   std::error_code ignored;
   const auto size = std::filesystem::file_size(file_, ignored);
   rollBack();
-  if (outcome.status != Outcome::Status::Done) {
+  if (!outcome.isDone()) {
     return outcome;
   }
   // In write-ahead mode the newest pages may stand in the log alone.
   if (journal.rows != Result::Rows{{"wal"}} && std::stoull(outcome.rows.at(0).at(0)) > size) {
-    return {Outcome::Status::FileIsCorrupt, "the file is truncated", "the file is truncated", {}};
+    return failed(Outcome::Status::FileIsCorrupt, "the file is truncated");
   }
   return {};
 }
@@ -91,10 +93,10 @@ Outcome Connection::run(const std::string& statement) {
 
 Outcome Connection::prepareAndStep(const std::string& statement) {
   if (statement.find('\0') != std::string::npos) {
-    return failed("the statement holds a NUL character");
+    return failed(Outcome::Status::Failed, "the statement holds a NUL character");
   }
   if (statement.size() >= std::numeric_limits<int>::max()) {
-    return failed("the statement is too long");
+    return failed(Outcome::Status::Failed, "the statement is too long");
   }
   // With the terminating NUL counted in, SQLite reads the text where it stands instead of copying.
   const int length = static_cast<int>(statement.size()) + 1;
@@ -106,10 +108,10 @@ Outcome Connection::prepareAndStep(const std::string& statement) {
     return failure();
   }
   if (prepared == nullptr) {
-    return failed("the statement is empty");
+    return failed(Outcome::Status::Failed, "the statement is empty");
   }
   if (std::string_view(rest).find_first_not_of(" \t\r\n\f;") != std::string_view::npos) {
-    return failed("text follows the statement");
+    return failed(Outcome::Status::Failed, "text follows the statement");
   }
   return stepToEnd(*prepared);
 }
@@ -126,6 +128,10 @@ Outcome Connection::stepToEnd(sqlite3_stmt& statement) {
   return code == SQLITE_DONE ? std::move(outcome) : failure();
 }
 
+std::int64_t Connection::lastInsertedId() const {
+  return sqlite3_last_insert_rowid(database_.get());
+}
+
 void Connection::rollBack() noexcept {
   if (sqlite3_get_autocommit(database_.get()) == 0) {
     sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -138,6 +144,10 @@ Outcome Connection::failure() const {
   Outcome outcome{Outcome::Status::Failed, sqlite3_errmsg(database), {}, {}};
   if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
     outcome.status = Outcome::Status::FileIsCorrupt;
+  }
+  if (code == SQLITE_BUSY) {
+    outcome.status = Outcome::Status::Busy;
+    outcome.reason += " by another connection for longer than this thread may wait";
   }
   const int systemError = sqlite3_system_errno(database);
   if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -14,13 +15,19 @@ namespace qel::db::sql {
 
 /// How a statement ended.
 struct Outcome {
-  enum class Status { Done, Failed, FileIsCorrupt };
+  /// Busy: others used the database for longer than the thread may wait.
+  enum class Status { Done, Failed, Busy, FileIsCorrupt };
 
   Status status = Status::Done;
   std::string reason;            ///< of a failure, in SQLite's words; may quote the statement
   std::string reasonToBeLogged;  ///< the same without anything that the statement holds
   Result::Rows rows;             ///< of a statement that is done
+
+  bool isDone() const { return status == Status::Done; }
 };
+
+/// An outcome for a reason that quotes nothing.
+Outcome failed(Outcome::Status status, const std::string& reason);
 
 /// An open SQLite database file. Used by one thread at a time.
 class Connection {
@@ -30,8 +37,8 @@ class Connection {
   /// outlive the connection.
   Connection(std::filesystem::path file, BusyWait& busyWait);
 
-  /// Reads what tells a sound database from a corrupt one at little cost: header, schema, and
-  /// whether the file is as long as it should be. An empty file is sound. Writes nothing, so that
+  /// Reads header and schema, and compares the file's length with what the header says, so that
+  /// most corrupt files are found at little cost. An empty file is sound. Writes nothing, so that
   /// `auto_vacuum` can still be chosen for a new file.
   Outcome check();
 
@@ -39,6 +46,9 @@ class Connection {
   /// empty statement, text behind the statement other than white space and semicolons, and NUL
   /// characters.
   Outcome run(const std::string& statement);
+
+  /// The ID of the last row that was inserted over this connection; 0 before the first.
+  std::int64_t lastInsertedId() const;
 
   /// Ends the transaction under way, if there still is one (SQLite ends it by itself after some
   /// failures).

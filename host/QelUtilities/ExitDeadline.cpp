@@ -9,13 +9,15 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+constexpr auto unarmed = steady_clock::time_point::max();
+
 // Trivially destroyed: worker threads may still ask while the process exits.
-constinit std::atomic<steady_clock::time_point> deadline{steady_clock::time_point::max()};
+constinit std::atomic<steady_clock::time_point> deadline{unarmed};
 
 }  // namespace
 
 void setExitDeadline(std::optional<milliseconds> fromNow) {
-  auto end = steady_clock::time_point::max();
+  auto end = unarmed;
   const auto now = steady_clock::now();
   if (fromNow && *fromNow < std::chrono::floor<milliseconds>(end - now)) {
     end = now + std::max(*fromNow, milliseconds::zero());
@@ -24,5 +26,17 @@ void setExitDeadline(std::optional<milliseconds> fromNow) {
 }
 
 steady_clock::time_point exitDeadline() { return deadline; }
+
+void DefaultExitDeadline::arm(milliseconds fromNow) {
+  auto expected = unarmed;
+  const auto end = steady_clock::now() + fromNow;
+  if (deadline.compare_exchange_strong(expected, end)) {
+    armed_ = end;
+  }
+}
+
+DefaultExitDeadline::~DefaultExitDeadline() {
+  deadline.compare_exchange_strong(armed_, unarmed);  // Without one of its own it changes nothing.
+}
 
 }  // namespace qel::utilities

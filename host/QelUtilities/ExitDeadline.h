@@ -18,4 +18,20 @@ void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 /// asks again and again, since the deadline may be armed meanwhile.
 std::chrono::steady_clock::time_point exitDeadline();
 
+/// An exit deadline for a time in which the host has armed none, such as the release of a client.
+class DefaultExitDeadline {
+ public:
+  DefaultExitDeadline() = default;
+  DefaultExitDeadline(const DefaultExitDeadline&) = delete;
+  DefaultExitDeadline& operator=(const DefaultExitDeadline&) = delete;
+  /// Disarms what `arm` has armed, unless somebody has armed another one since.
+  ~DefaultExitDeadline();
+
+  /// Does nothing when a deadline is armed. Any thread, once.
+  void arm(std::chrono::milliseconds fromNow);
+
+ private:
+  std::chrono::steady_clock::time_point armed_ = std::chrono::steady_clock::time_point::max();
+};
+
 }  // namespace qel::utilities

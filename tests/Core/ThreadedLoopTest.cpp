@@ -1,6 +1,8 @@
 #include <deque>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelUtilities/Debugger.h"
@@ -91,6 +93,41 @@ TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
       testing::MatchesRegex("(Assert in ThreadedLoop\\(.*NamedCallable\\): disk on fire\n){2}"
                             "Assert in ThreadedLoop\\(.*lambda.*\\)\n"));
   qel::utilities::debugger::Debugger::setHook({});
+}
+
+TEST(ThreadedLoopTest, GoesOnWithoutASetUpThatThrows) {
+  Tally calls;
+  ThreadedLoop loop;
+  testing::internal::CaptureStderr();
+  loop.perform([] { throw std::runtime_error("no set-up"); }, giving({}, calls), soon, {});
+  EXPECT_TRUE(calls.reaches(1));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::MatchesRegex("Assert in ThreadedLoop\\(.*\\): no set-up\n"));
+}
+
+/// Fails by its time limit when the worker waits for the pipe's reader.
+TEST(ThreadedLoopTest, DoesNotWaitForAReaderOfStandardError) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  fcntl(ends[1], F_SETFL, O_NONBLOCK);
+  const std::string text(4096, 'x');
+  while (write(ends[1], text.data(), text.size()) > 0) {
+  }
+  fcntl(ends[1], F_SETFL, 0);
+  const int standardError = dup(STDERR_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  {
+    Tally calls;
+    ThreadedLoop loop;
+    loop.perform({},
+                 [&]() -> bool {
+                   calls.add();
+                   throw 1;
+                 },
+                 soon, {});
+    EXPECT_TRUE(calls.reaches(2));
+  }
+  dup2(standardError, STDERR_FILENO);
 }
 
 TEST(ThreadedLoopTest, ReportsMisuse) {

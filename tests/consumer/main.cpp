@@ -30,7 +30,7 @@ class NoWebUpdates : public reports::WebUpdateReporterInterface {
   std::uint64_t getCorruptPackageCount() const override { return 0; }
 };
 
-class LicenseBorrowed : public qel::broadcaster::event::GeneralEventInterface {
+class LicenseBorrowed : public qel::broadcaster::GeneralEventInterface {
  public:
   std::string getCategory() const override { return "License"; }
   std::string getSubCategory() const override { return "Network"; }

@@ -1,16 +1,26 @@
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
+#include <pthread.h>
 
+#include "Application/Log/Analytics/Client/SendingPass.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Patience.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/faults/Effort.h"
 #include "tests/faults/FaultyDisk.h"
 #include "tests/faults/OtherConnection.h"
+#include "tests/support/FakeConnection.h"
 #include "tests/support/Query.h"
 
 namespace qel::log::analytics {
@@ -29,6 +39,22 @@ constexpr auto Items = CipDatabaseClientInterface::Items;
 Batch batchOf(const std::string& name) {
   return {{name + '1', Items}, {name + '2', Items}, {name + '3', Items}};
 }
+
+std::atomic<bool> hasThreads{true};
+
+}  // namespace
+}  // namespace qel::log::analytics
+
+/// In place of the system's: there may be no thread to be had.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*start)(void*), void* argument) {
+  using Create = decltype(&pthread_create);
+  static const auto systems = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
+  return qel::log::analytics::hasThreads ? systems(thread, attributes, start, argument) : EAGAIN;
+}
+
+namespace qel::log::analytics {
+namespace {
 
 class StorageFaultsTest : public test::DatabaseDirectory {
  protected:
@@ -150,10 +176,20 @@ TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndTheFileShrinks) {
                    << " bytes after the last\n";
 }
 
-TEST_F(StorageFaultsTest, FilesOfOtherProgramsAreSetAside) {
-  for (const char* const making :
-       {"CREATE TABLE Others(a)", "CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json",
-        "PRAGMA auto_vacuum = 2; CREATE TABLE items(ID INTEGER PRIMARY KEY, text)"}) {
+TEST_F(StorageFaultsTest, AFileIsKeptIfItsTablesCanBeUsedAndOtherwiseSetAside) {
+  const std::string ours = "INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT";
+  const std::string row = "INSERT INTO Items(ID, json) VALUES (7, 'old'); ";
+  const struct {
+    std::string making;
+    bool isKept;
+  } files[] = {
+      {"CREATE TABLE Items(ID " + ours + ");" + row, true},
+      {"PRAGMA auto_vacuum = 2; CREATE TABLE \"items\" (\"ID\" " + ours + ", more);" + row, true},
+      {"CREATE TABLE Others(a)", true},
+      {"CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json", false},
+      {"PRAGMA auto_vacuum = 2; CREATE TABLE items(ID INTEGER PRIMARY KEY, text)", false},
+  };
+  for (const auto& [making, isKept] : files) {
     SCOPED_TRACE(making);
     emptyDirectory();
     EXPECT_TRUE(test::OtherConnection(file_).execute(making));
@@ -161,11 +197,49 @@ TEST_F(StorageFaultsTest, FilesOfOtherProgramsAreSetAside) {
     CipDatabaseClient client;
     client.initialize(data_);
     client.insertMultiple({{"new", Items}, {"new", CipDatabaseClientInterface::Environments}});
-    EXPECT_THAT(client.getAllItems(), SizeIs(1));
+    const bool hasOldRow = making.ends_with(row);
+    EXPECT_THAT(client.getAllItems(), SizeIs(hasOldRow ? 2 : 1));
     EXPECT_THAT(client.getAll(CipDatabaseClientInterface::Environments).second, SizeIs(1));
-    EXPECT_EQ(filesSetAside(), 1);
+    EXPECT_EQ(filesSetAside(), isKept ? 0 : 1);
+    EXPECT_THAT(query(file_, "SELECT json FROM Items"), SizeIs(hasOldRow ? 2 : 1));
+    const utilities::Patience worker(utilities::Patience::unlimited);
+    client.vacuum();
+    EXPECT_THAT(query(file_, "PRAGMA auto_vacuum"), ElementsAre("2"));
   }
   EXPECT_THAT(logged(), HasSubstr("it was set aside as"));
+}
+
+TEST_F(StorageFaultsTest, WithoutAThreadForRetentionTheDatabaseIsUsedAllTheSame) {
+  std::atomic<int> breaks{0};
+  utilities::debugger::Debugger::setHook([&] { ++breaks; });
+  SupportDatabaseClient client(std::chrono::seconds(1));
+  hasThreads = false;
+  client.initialize(data_);
+  hasThreads = true;
+  utilities::debugger::Debugger::setHook({});
+  EXPECT_EQ(breaks, 1);
+  client.insertMultiple(batchOf("a"));
+  EXPECT_THAT(client.getAllItems(), SizeIs(3));
+}
+
+/// The pass has read the rows, and deletes them by their IDs once they are accepted.
+TEST_F(StorageFaultsTest, AReplacementInTheMiddleOfAPassCostsNoRowThatCameLater) {
+  CipDatabaseClient client;
+  client.initialize(data_);
+  client.insertMultiple({"1", "2"}, Items);
+  test::FakeConnection connection;
+  connection.failure = [&] {
+    if (filesSetAside() == 0) {
+      test::write(file_, std::string(8192, '\xee'));
+      client.insertMultiple(batchOf("lost"));
+      EXPECT_EQ(filesSetAside(), 1);
+    }
+    client.insertMultiple(batchOf(std::to_string(connection.packages.size()) + "new"));
+  };
+  const auto logger = LogManager::instance().getLogger("pass");
+  SendingPass(client, connection, *logger, 1).run();
+  EXPECT_THAT(connection.packages, SizeIs(2));
+  EXPECT_THAT(texts(), ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::test {
 
@@ -14,6 +15,7 @@ namespace qel::test {
 /// columns of each joined by `|`.
 inline std::vector<std::string> query(const std::filesystem::path& file,
                                       const std::string& statement) {
+  const utilities::Patience patience(utilities::Patience::unlimited);
   const auto result = db::sql::SqlDatabaseAdapter(file).execute(statement);
   EXPECT_TRUE(result.boSuccess()) << result.sErrorMessageGet();
   std::vector<std::string> rows;

@@ -8,6 +8,7 @@
 
 #include "host/QelAssert/Assert.h"
 #include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/TypeName.h"
 
 namespace qel::util {
@@ -29,10 +30,14 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// One write for the whole line, so that lines of several threads do not mix. Where there is no
-/// memory left for the line there is none.
+/// One write for the whole line, so that lines of several threads do not mix. There is no line
+/// without memory for it, or while standard error takes none: the worker must not wait for a
+/// reader.
 void writeToStandardError(const std::function<bool()>& function, std::string_view separator,
                           const char* message) noexcept try {
+  if (!utilities::standardErrorTakesLine()) {
+    return;
+  }
   std::string line = "Assert in ThreadedLoop(" + utilities::typeName(function.target_type());
   std::cerr << line.append(separator).append(message) + '\n' << std::flush;
 } catch (...) {
@@ -81,7 +86,10 @@ void ThreadedLoop::stopAndJoin() {
 
 void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
   if (work.setup) {
-    work.setup();
+    invoke([&work] {
+      work.setup();
+      return true;
+    });
   }
   if (runsAtStart(work.policy) && !invoke(work.function)) {
     return;

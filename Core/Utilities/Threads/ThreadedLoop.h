@@ -28,8 +28,9 @@ struct RunPolicy {
 /// run to the start of the next, on the steady clock.
 ///
 /// A callable fails by returning false or by throwing; an exception never leaves the worker, it is
-/// written to standard error. A failed periodic run is retried once at once; a second failure, or a
-/// failure at the start edge, ends the loop. The result at the stop edge is ignored.
+/// written to standard error, unless that would have to wait for its reader. A failed periodic run
+/// is retried once at once; a second failure, or a failure at the start edge, ends the loop. The
+/// result at the stop edge is ignored.
 ///
 /// `stop` may be called from any thread at any moment, also from within the callable and beside
 /// `perform`. `perform` and the destructor belong to one thread at a time and never to the worker.
@@ -42,9 +43,9 @@ class ThreadedLoop {
   ~ThreadedLoop();
 
   /// Starts the worker; one that runs already is stopped and waited for first. `setup`, unless
-  /// empty, runs once on the worker before anything else and must not throw. An empty `function` is
-  /// reported as an assertion and nothing starts. Throws `std::system_error` when there is no
-  /// thread to be had.
+  /// empty, runs once on the worker before anything else; what it throws is reported as an
+  /// exception of the callable, and the loop goes on. An empty `function` is reported as an
+  /// assertion and nothing starts. Throws `std::system_error` when there is no thread to be had.
   template <typename Rep, typename Period>
   void perform(std::function<void()> setup, std::function<bool()> function,
                std::chrono::duration<Rep, Period> interval, const RunPolicy& policy) {

@@ -40,5 +40,16 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
   }
 }
 
+TEST(JsonObjectTest, KeepsTheFirstOfKeysThatAreRepairedAlike) {
+  EXPECT_EQ(JsonObject()
+                .addStringMap("m", {{"a\xE4", "first"},
+                                    {"a\xE4\"", "other"},
+                                    {"a\xF6", "second"},
+                                    {"a\uFFFD", "third"},
+                                    {"ä", "plain"}})
+                .toString(),
+            "{\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\", \"ä\": \"plain\"}}");
+}
+
 }  // namespace
 }  // namespace qel::json

@@ -11,6 +11,7 @@
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -24,15 +25,19 @@ using std::chrono::steady_clock;
 using test::contentOf;
 using test::write;
 using namespace testing;
+using utilities::Patience;
 using Rows = Result::Rows;
+
+const std::string creation =
+    "CREATE TABLE IF NOT EXISTS T (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)";
+const std::string inUse = "another thread used the database for longer than this one may wait";
 
 /// A database with a table T.
 class Database : public SqlDatabaseAdapter {
  public:
   explicit Database(const fs::path& file) : SqlDatabaseAdapter(file) {
     EXPECT_EQ("", errorOf("PRAGMA auto_vacuum = INCREMENTAL;"));
-    EXPECT_EQ("", errorOf("CREATE TABLE IF NOT EXISTS T "
-                          "(ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)"));
+    EXPECT_EQ("", errorOf(creation));
   }
 
   std::string errorOf(const std::string& statement) {
@@ -52,9 +57,10 @@ class SqlDatabaseAdapterTest : public testing::Test {
 
   std::string logged() const { return contentOf(logFile_); }
 
-  std::vector<fs::path> asideFiles() const {
+  std::vector<fs::path> asideFiles() const { return asideFiles(directory_); }
+  static std::vector<fs::path> asideFiles(const fs::path& directory) {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(directory_)) {
+    for (const auto& entry : fs::directory_iterator(directory)) {
       if (entry.path().filename().string().starts_with("T.db.corrupt-")) {
         files.push_back(entry.path());
       }
@@ -143,8 +149,13 @@ TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
       EXPECT_THAT(asideFiles(), SizeIs(1)) << "a transaction is not disturbed";
     }
     EXPECT_THAT(asideFiles(), SizeIs(timesBefore + 1));
-    EXPECT_TRUE(database.insert("a"));
-    EXPECT_EQ((Rows{{"1", "a"}}), database.rows());
+    const auto id = std::to_string(timesBefore + 2);
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_TRUE(database.insert("a"));
+      EXPECT_EQ((Rows{{id, "a"}}), database.rows()) << "above the IDs of the file before";
+      EXPECT_TRUE(database.deleteIds("T", id).boSuccess());
+      EXPECT_EQ("", database.errorOf("DELETE FROM sqlite_sequence WHERE name = 'T'"));
+    }
     EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
     EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA synchronous").result());
   }
@@ -234,33 +245,79 @@ TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
             database.execute("SELECT count(*) FROM T WHERE json = 'paired'").result());
 }
 
-TEST_F(SqlDatabaseAdapterTest, WaitsOneSecondInAllOnTheOpeningThread) {
+TEST_F(SqlDatabaseAdapterTest, OpensAFileThatIsHeldAndMakesUpForItsSchemaLater) {
+  SqlDatabaseAdapter other(file_);
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
+  const Patience none(Patience::none);
+  SqlDatabaseAdapter database(file_);
+  EXPECT_FALSE(database.execute("PRAGMA auto_vacuum = INCREMENTAL;").boSuccess());
+  EXPECT_FALSE(database.execute(creation).boSuccess());
+  EXPECT_THAT(logged(), EndsWith("is held by another process; it is checked when it is free\n"));
+  EXPECT_TRUE(other.execute("COMMIT").boSuccess());
+  EXPECT_TRUE(database.execute("INSERT into T(json) VALUES ('a')").boSuccess());
+
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
+  SqlDatabaseAdapter later(file_);
+  EXPECT_TRUE(other.execute("COMMIT").boSuccess());
+  write(file_, "no database");
+  EXPECT_FALSE(later.selectAll("T").boSuccess());
+  EXPECT_THAT(asideFiles(), SizeIs(1)) << "it was not checked before";
+}
+
+TEST_F(SqlDatabaseAdapterTest, AThreadWaitsInOneCallAsLongAsItsPatienceLasts) {
   Database database(file_);
   SqlDatabaseAdapter other(file_);
   EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
-  const auto start = steady_clock::now();
-  EXPECT_EQ("database is locked", database.errorOf("SELECT * FROM T"));
-  const auto middle = steady_clock::now();
-  EXPECT_GE(middle - start, 1s);
-  {
-    const auto guard = database.beginTransaction();
-    EXPECT_TRUE(other.execute("COMMIT").boSuccess());
-    EXPECT_EQ("not run, since the transaction has failed: database is locked",
-              database.errorOf("INSERT into T(json) VALUES ('a')"));
-  }
-  EXPECT_LT(steady_clock::now() - middle, 500ms);
-  EXPECT_THAT(logged(), HasSubstr("\": BEGIN failed, so nothing of its transaction is stored: "
-                                  "database is locked\n"));
-  EXPECT_TRUE(database.insert("b"));
-  EXPECT_EQ((Rows{{"1", "b"}}), database.rows());
+  const auto timeOf = [](const auto& call) {
+    const auto begin = steady_clock::now();
+    call();
+    return steady_clock::now() - begin;
+  };
+  const auto statement = [&] {
+    EXPECT_THAT(database.errorOf("SELECT * FROM T"),
+                "database is locked by another connection for longer than this thread may wait");
+  };
+  const auto quarter = AllOf(Ge(250ms), Lt(450ms));
+  EXPECT_THAT(timeOf(statement), quarter) << "without any said";
+  EXPECT_THAT(timeOf([&] {
+                const Patience patience(Patience::ofHost);
+                const Patience inner(Patience::unlimited);
+                statement();
+                statement();
+              }),
+              quarter);
+
+  auto worker = std::async(std::launch::async, [&] {
+    const Patience patience(Patience::unlimited);
+    EXPECT_TRUE(database.insert("a"));
+  });
+  EXPECT_EQ(std::future_status::timeout, worker.wait_for(500ms));
+  EXPECT_THAT(timeOf([&] {
+                const Patience patience(Patience::ofHost);
+                EXPECT_EQ(inUse, database.errorOf("SELECT * FROM T"));
+                const auto guard = database.beginTransaction();
+                const auto inner = database.beginTransaction();
+                EXPECT_TRUE(other.execute("COMMIT").boSuccess());
+                worker.get();
+                EXPECT_EQ("not run, since the transaction has failed: " + inUse,
+                          database.errorOf("INSERT into T(json) VALUES ('b')"));
+              }),
+              quarter);
+  EXPECT_TRUE(database.insert("c"));
+  EXPECT_EQ((Rows{{"1", "a"}, {"2", "c"}}), database.rows());
+  EXPECT_THAT(logged(), AllOf(HasSubstr("\": a statement was given up: database is locked"),
+                              HasSubstr("\": a statement was given up: another thread used"),
+                              HasSubstr("\": BEGIN failed, so nothing of its transaction is "
+                                        "stored: another thread used")));
 }
 
-TEST_F(SqlDatabaseAdapterTest, WaitsUntilTheFileIsFreeOnOtherThreads) {
+TEST_F(SqlDatabaseAdapterTest, AWorkerWaitsUntilTheFileIsFree) {
   Database database(file_);
   SqlDatabaseAdapter other(file_);
   EXPECT_TRUE(other.execute("BEGIN").boSuccess());
   EXPECT_TRUE(other.selectAll("T").boSuccess());
   auto batch = std::async(std::launch::async, [&] {
+    const Patience patience(Patience::unlimited);
     const auto guard = database.beginTransaction();
     EXPECT_TRUE(database.insert("a"));
     EXPECT_TRUE(database.insert("b"));
@@ -272,6 +329,48 @@ TEST_F(SqlDatabaseAdapterTest, WaitsUntilTheFileIsFreeOnOtherThreads) {
   EXPECT_THAT(logged(),
               MatchesRegex("[^\n]*\" is held by another process; waiting until it is free\n"
                            "[^\n]*\" is free again\n"));
+}
+
+TEST_F(SqlDatabaseAdapterTest, KeepsAFileThatRowsCanBeStoredIn) {
+  const std::string key = "(ID INTEGER PRIMARY KEY AUTOINCREMENT, ";
+  const struct {
+    std::string creation;
+    bool serves;
+  } files[] = {
+      {"TABLE \"t\" (\"id\" integer primary key, 'JSON')", true},
+      {"TABLE T" + key + "json TEXT, more TEXT, written DATETIME NOT NULL DEFAULT 0)", true},
+      {"TABLE T" + key + "text TEXT)", false},
+      {"TABLE T" + key + "other TEXT, json TEXT)", false},
+      {"TABLE T(ID INTEGER, json TEXT)", false},
+      {"TABLE T(ID INTEGER, json TEXT, PRIMARY KEY(ID, json))", false},
+      {"TABLE T(ID INT PRIMARY KEY, json TEXT)", false},
+      {"TABLE T" + key + "json TEXT, more TEXT NOT NULL)", false},
+      {"VIEW T AS SELECT 1 AS ID, 'x' AS json", false},
+  };
+  for (const auto& [making, serves] : files) {
+    const test::TemporaryDirectory directory;
+    const fs::path file = directory.path() / "T.db";
+    SqlDatabaseAdapter(file).execute("CREATE " + making);
+    SqlDatabaseAdapter(file).execute("INSERT INTO T(ID, json) VALUES (7, 'old')");
+    SqlDatabaseAdapter database(file);
+    EXPECT_EQ(serves, database.execute(creation).boSuccess()) << making;
+    EXPECT_TRUE(database.execute("INSERT into T(json) VALUES ('new')").boSuccess()) << making;
+    EXPECT_EQ(serves ? (Rows{{"old"}, {"new"}}) : (Rows{{"new"}}),
+              database.execute("SELECT json FROM T ORDER BY ID").result())
+        << making;
+    EXPECT_THAT(asideFiles(directory.path()), SizeIs(serves ? 0 : 1)) << making;
+  }
+}
+
+TEST_F(SqlDatabaseAdapterTest, MakesAFileShrinkableOnceAWorkerHasTime) {
+  SqlDatabaseAdapter(file_).execute("CREATE TABLE T(ID INTEGER PRIMARY KEY AUTOINCREMENT, json)");
+  SqlDatabaseAdapter(file_).execute("INSERT INTO T(ID, json) VALUES (7, 'old')");
+  Database database(file_);
+  EXPECT_TRUE(database.insert("new"));
+  EXPECT_EQ((Rows{{"0"}}), database.execute("PRAGMA auto_vacuum").result());
+  const Patience worker(Patience::unlimited);
+  EXPECT_EQ((Rows{{"7", "old"}, {"8", "new"}}), database.rows());
+  EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
 }
 
 }  // namespace

@@ -23,6 +23,7 @@
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 namespace {
@@ -30,6 +31,8 @@ namespace {
 using namespace qel::broadcaster;
 using IssueListUserActionBroadcaster = qel::log::issue::ui::UserActionBroadcaster;
 using qel::util::RunPolicy;
+
+constexpr std::chrono::seconds longestRelease{30};
 
 /// Creates the listener in its place among the client's members, releasing an earlier one, and
 /// registers it.
@@ -68,6 +71,7 @@ Client::Client(std::unique_ptr<CipDatabases> databases) : databases_(std::move(d
 }
 
 Client::~Client() {
+  releaseDeadline_.arm(longestRelease);
   memoryUsageObserver_.reset();
   unregister<ActionBroadcaster>(actionListener_);
   unregister<ApplicationBroadcaster>(applicationListener_);
@@ -148,6 +152,7 @@ void Client::insertEnvironmentItem() {
 /// The logger is shared, since the last pass comes after the client has let go of it.
 std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
+    const utilities::Patience patience(utilities::Patience::unlimited);
     try {
       SendingPass(databases_->getCipDatabase(), *serverConnection_, *logger, packageSizeLimit_)
           .run();

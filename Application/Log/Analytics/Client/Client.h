@@ -7,6 +7,7 @@
 
 #include "Application/Log/Analytics/Client/ClientInterface.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
+#include "host/QelUtilities/ExitDeadline.h"
 
 namespace qel::log {
 class LoggerInterface;
@@ -41,7 +42,9 @@ class DbToServerConnection;
 /// Made with the database pair, it does nothing until `activate`. From then on it records what the
 /// host broadcasts, samples memory, and sends what is stored: at once, every ten minutes, and once
 /// more when it is destroyed. Destruction takes the listeners off the broadcasters and waits for
-/// that last pass; what is queued by then is lost unless the host calls `CipDatabases::join` first.
+/// that last pass, for 30 seconds at most unless the host has armed an exit deadline
+/// (`utilities::setExitDeadline`). What is queued by then is lost unless the host calls
+/// `CipDatabases::join` first.
 /// All operations belong to one thread, the one that broadcasters are registered on.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
  public:
@@ -69,6 +72,7 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   std::function<bool()> sendItemsFunc();
 
   // In the order in which they must come to life; they go in the reverse order.
+  utilities::DefaultExitDeadline releaseDeadline_;  ///< armed while the others go
   bool active_ = false;
   bool sendingStarted_ = false;
   std::size_t packageSizeLimit_ = 1'000'000;  ///< bytes of row text

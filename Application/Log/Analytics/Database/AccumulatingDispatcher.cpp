@@ -2,11 +2,13 @@
 
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelAssert/Assert.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 
 using qel::json::ToJsonInterface;
 using qel::util::RunPolicy;
+using utilities::Patience;
 
 AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
                                                std::chrono::duration<double> period,
@@ -55,6 +57,7 @@ void AccumulatingDispatcher::join() {
 }
 
 bool AccumulatingDispatcher::drain() {
+  const Patience patience(Patience::unlimited);
   for (;;) {
     working_.clear();
     if (!failed_) {
@@ -76,6 +79,7 @@ bool AccumulatingDispatcher::drain() {
 /// The mutex is held all along: whoever adds meanwhile waits and then finds the dispatcher failed.
 /// The worker does not wait for it once it sees the failure, so stopping it here is safe.
 void AccumulatingDispatcher::fail() {
+  const Patience patience(Patience::ofHost);
   failed_ = true;
   pending_.clear();
   loop_.stop();

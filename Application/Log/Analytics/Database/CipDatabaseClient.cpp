@@ -8,6 +8,7 @@
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 namespace {
@@ -17,6 +18,7 @@ constexpr std::uint64_t sizeLimit = 30'720'000;
 }  // namespace
 
 void CipDatabaseClient::initialize(const std::string& directory) {
+  const utilities::Patience none(utilities::Patience::none);
   auto path = utilities::pathFromUtf8(directory) / "ItemDatabase.db";
   auto adapter = std::make_shared<details::DatabaseAdapter>(
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));

@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 
+#include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
 
 namespace qel::log::analytics {
@@ -16,9 +17,11 @@ CipDatabases::CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDataba
 void CipDatabases::initialize(const parameters::ActivateParameter& parameter) {
   cipDatabase_->initialize(parameter.databasePath);
   supportDatabase_->initialize(parameter.databasePath);
+  Permission toSending = std::make_shared<std::function<bool()>>(parameter.isSendingAllowed);
+  Permission toSupport = std::make_shared<std::function<bool()>>(parameter.databaseCallback);
   const std::lock_guard lock(permissionMutex_);
-  writeToCipDatabaseFunc_ = parameter.isSendingAllowed;
-  writeToSupportDatabaseFunc_ = parameter.databaseCallback;
+  writeToCipDatabaseFunc_.swap(toSending);
+  writeToSupportDatabaseFunc_.swap(toSupport);
 }
 
 void CipDatabases::insert(std::unique_ptr<qel::json::ToJsonInterface> item,
@@ -26,14 +29,13 @@ void CipDatabases::insert(std::unique_ptr<qel::json::ToJsonInterface> item,
   dispatcher_.add(std::move(item), table);
 }
 
-bool CipDatabases::getWriteToCipDatabaseFunc() const {
-  return permissionTo(writeToCipDatabaseFunc_)();
-}
+bool CipDatabases::getWriteToCipDatabaseFunc() const { return isAllowed(writeToCipDatabaseFunc_); }
 
 bool CipDatabases::errorOccurred() const { return dispatcher_.hasFailed(); }
 
 void CipDatabases::join() { dispatcher_.join(); }
 
+/// Once the dispatcher has failed, what is still written is the marker of the full queue.
 void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch) {
   try {
     std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>> rows;
@@ -41,10 +43,15 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
     for (const auto& [item, table] : batch) {
       rows.emplace_back(item->toJson(), table);
     }
-    if (permissionTo(writeToSupportDatabaseFunc_)()) {
+    if (errorOccurred()) {
+      LogManager::instance()
+          .getLogger("qel.log.analytics.CipDatabases")
+          ->log(Level::Error, "the queue is full, so storage has ended: " + rows.front().first);
+    }
+    if (isAllowed(writeToSupportDatabaseFunc_)) {
       supportDatabase_->insertMultiple(rows);
     }
-    if (permissionTo(writeToCipDatabaseFunc_)()) {
+    if (isAllowed(writeToCipDatabaseFunc_)) {
       cipDatabase_->insertMultiple(rows);
     }
   } catch (...) {
@@ -53,10 +60,17 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
   }
 }
 
-/// A copy, so that the host is asked without the mutex.
-CipDatabases::Permission CipDatabases::permissionTo(const Permission& which) const {
-  const std::lock_guard lock(permissionMutex_);
-  return which;
+/// The host is asked without the mutex.
+bool CipDatabases::isAllowed(const Permission& which) const {
+  Permission permission;
+  {
+    const std::lock_guard lock(permissionMutex_);
+    permission = which;
+  }
+  if (!permission) {
+    throw std::bad_function_call();
+  }
+  return (*permission)();
 }
 
 }  // namespace qel::log::analytics

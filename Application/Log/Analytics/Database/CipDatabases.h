@@ -49,10 +49,11 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   void join();
 
  private:
-  using Permission = std::function<bool()>;
+  /// Shared with the threads that ask: the host is asked on this one object, which may have state.
+  using Permission = std::shared_ptr<const std::function<bool()>>;
 
   void write(const std::vector<AccumulatingDispatcher::Entry>& batch);
-  Permission permissionTo(const Permission& which) const;
+  bool isAllowed(const Permission& which) const;
 
   const std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;
   const std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;

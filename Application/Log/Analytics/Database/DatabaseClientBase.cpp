@@ -1,7 +1,11 @@
 #include "Application/Log/Analytics/Database/DatabaseClientBase.h"
 
+#include "host/QelUtilities/Patience.h"
+
 namespace qel::log::analytics::details {
 namespace {
+
+using utilities::Patience;
 
 // Never destroyed: the retention thread may still run while the process exits.
 const std::string& itemsTable = *new std::string("Items");
@@ -59,6 +63,7 @@ void DatabaseClientBase::vacuum() {
 }
 
 void DatabaseClientBase::deleteByIds(Table table, std::vector<int>& ids) {
+  const Patience patience(Patience::ofHost);
   const auto open = adapter();
   const auto* const name = tableName(table);
   if (open != nullptr && name != nullptr) {
@@ -83,6 +88,7 @@ std::shared_ptr<DatabaseAdapterInterface> DatabaseClientBase::adapter() const {
 
 void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,
                                         const std::vector<std::pair<std::string, Table>>& rows) {
+  const Patience patience(Patience::ofHost);
   const auto transaction = adapter.createTransaction();
   for (const auto& [json, table] : rows) {
     const auto* const name = tableName(table);
@@ -95,6 +101,7 @@ void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,
 void DatabaseClientBase::insertEach(DatabaseAdapterInterface& adapter,
                                     const std::vector<std::string>& jsons,
                                     const std::string& table) {
+  const Patience patience(Patience::ofHost);
   for (const auto& json : jsons) {
     if (!json.empty()) {
       adapter.insert(json, table);

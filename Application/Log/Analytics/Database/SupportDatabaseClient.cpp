@@ -7,24 +7,33 @@
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 namespace {
 
 using details::DatabaseAdapterTimestampDecorator;
+using utilities::Patience;
+
+void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seconds age) {
+  const Patience patience(Patience::unlimited);
+  try {
+    adapter.deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Items), age);
+    adapter.deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Environments),
+                                   age);
+  } catch (...) {
+    utilities::debugger::Debugger::vBreak();
+  }
+}
 
 /// The thread is detached: it shares the adapter, so it outlives the client if it must.
 void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
                     std::chrono::seconds age) {
-  std::thread([adapter = std::move(adapter), age] {
-    try {
-      adapter->deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Items), age);
-      adapter->deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Environments),
-                                      age);
-    } catch (...) {
-      utilities::debugger::Debugger::vBreak();
-    }
-  }).detach();
+  try {
+    std::thread([adapter = std::move(adapter), age] { deleteOldRows(*adapter, age); }).detach();
+  } catch (...) {  // There is no thread to be had.
+    utilities::debugger::Debugger::vBreak();
+  }
 }
 
 }  // namespace
@@ -33,6 +42,7 @@ SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds>
     : retention_(retention) {}
 
 void SupportDatabaseClient::initialize(const std::string& directory) {
+  const Patience none(Patience::none);
   auto adapter = std::make_shared<DatabaseAdapterTimestampDecorator>(
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(utilities::pathFromUtf8(directory) /
                                                          "SupportDatabase.db"));
@@ -57,6 +67,7 @@ void SupportDatabaseClient::insertMultiple(const std::vector<std::pair<std::stri
 
 std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
 SupportDatabaseClient::getAllFromSession(std::string sessionId) {
+  const Patience patience(Patience::ofHost);
   std::map<Table, RowMap> rows;
   if (const auto open = adapter()) {
     for (const auto table : {Items, Environments}) {

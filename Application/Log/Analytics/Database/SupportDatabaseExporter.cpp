@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/QelUtilities/Patience.h"
+
 namespace qel::log::analytics {
 
 using Table = CipDatabaseClientInterface::Table;
@@ -29,6 +31,7 @@ SupportDatabaseExporter::SupportDatabaseExporter(
 
 bool SupportDatabaseExporter::exportLastSessionToSqliteFile(
     const std::string& sessionId, const std::shared_ptr<CipDatabaseClientInterface>& target) {
+  const utilities::Patience patience(utilities::Patience::ofExport);
   auto session = source_->getAllFromSession(sessionId);
   if (session.empty() ||
       (rowsOf(session, Table::Environments).empty() && rowsOf(session, Table::Items).empty())) {

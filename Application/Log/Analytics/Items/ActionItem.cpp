@@ -13,7 +13,7 @@ constexpr std::array<std::string_view, 5> areaTexts{"BCF", "Help", "Start Page",
 // NOLINTNEXTLINE(modernize-pass-by-value): the exported signature is fixed.
 ActionItem::ActionItem(const ActionArea& area, const std::string& event,
                        const std::map<std::string, std::string>& details)
-    : BaseEventItemWithDetail(details), area_(area), event_(event) {}
+    : BaseEventItemWithDetail(typeid(ActionItem), details), area_(area), event_(event) {}
 
 std::string ActionItem::getCategory() const { return textOf(areaTexts, area_, "Unknown"); }
 

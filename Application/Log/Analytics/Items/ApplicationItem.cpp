@@ -12,12 +12,12 @@ constexpr std::array<std::string_view, 4> typeTexts{"Started", "Stopped", "Crash
 
 // NOLINTBEGIN(modernize-pass-by-value): the exported signatures are fixed.
 ApplicationItem::ApplicationItem(const std::string& event, const Type& type, int exceptionCode)
-    : event_(event), type_(type) {
+    : BaseEventItemWithDetail(typeid(ApplicationItem)), event_(event), type_(type) {
   addDetail("Exception Code", std::to_string(static_cast<std::uint32_t>(exceptionCode)));
 }
 
 ApplicationItem::ApplicationItem(const std::string& event, const assert::AssertInfo& info)
-    : event_(event), type_(Type::Asserted) {
+    : BaseEventItemWithDetail(typeid(ApplicationItem)), event_(event), type_(Type::Asserted) {
   const auto addUnlessEmpty = [this](const std::string& key, const std::string& value) {
     if (!value.empty()) {
       addDetail(key, value);

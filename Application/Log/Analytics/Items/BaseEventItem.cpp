@@ -14,6 +14,13 @@ void addUnlessEmpty(json::JsonObject& json, std::string_view key, const std::str
   }
 }
 
+void addUnlessEmpty(json::JsonObject& json, std::string_view key,
+                    const std::map<std::string, std::string>& values) {
+  if (!values.empty()) {
+    json.addStringMap(key, values);
+  }
+}
+
 }  // namespace
 
 std::string BaseEventItem::toJson() const {
@@ -22,17 +29,12 @@ std::string BaseEventItem::toJson() const {
   addUnlessEmpty(json, "Subcategory", getSubCategory());
   addUnlessEmpty(json, "Event", getEvent());
   addOrigin(json);
-  addDetailsTo(json);
-  return std::move(json).toString();
-}
-
-void BaseEventItem::addDetailsTo(json::JsonObject& json) const { addDetails(json, getDetails()); }
-
-void BaseEventItem::addDetails(json::JsonObject& json,
-                               const std::map<std::string, std::string>& details) {
-  if (!details.empty()) {
-    json.addStringMap("Details", details);
+  if (const auto* const stored = storedDetails()) {
+    addUnlessEmpty(json, "Details", *stored);
+  } else {
+    addUnlessEmpty(json, "Details", getDetails());
   }
+  return std::move(json).toString();
 }
 
 }  // namespace qel::log::analytics::items

@@ -16,11 +16,9 @@ class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterfac
   /// "Details", in this order. "Subcategory", "Event" and "Details" are left out when empty.
   std::string toJson() const override;
 
- protected:
-  /// Adds the member "Details" with what `getDetails` returns, unless that is empty.
-  virtual void addDetailsTo(json::JsonObject& json) const;
-  /// Adds the member "Details", unless there are none.
-  static void addDetails(json::JsonObject& json, const std::map<std::string, std::string>& details);
+ private:
+  /// What `getDetails` returns a copy of, if that is known.
+  virtual const std::map<std::string, std::string>* storedDetails() const { return nullptr; }
 };
 
 }  // namespace qel::log::analytics::items

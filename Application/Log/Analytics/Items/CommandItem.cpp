@@ -13,7 +13,9 @@ constexpr std::array<std::string_view, 3> stateTexts{"Started", "Accepted", "Can
 
 CommandItem::CommandItem(std::string command, State state,
                          std::map<std::string, std::string> details)
-    : BaseEventItemWithDetail(std::move(details)), command_(std::move(command)), state_(state) {}
+    : BaseEventItemWithDetail(typeid(CommandItem), std::move(details)),
+      command_(std::move(command)),
+      state_(state) {}
 
 std::string CommandItem::getCategory() const { return "Command"; }
 

@@ -15,7 +15,7 @@ namespace qel::log::analytics::items {
 class QEL_ANALYTICS_EXPORT GeneralEventItem : public BaseEventItem {
  public:
   /// What the host broadcasts: it names its own category, subcategory, event and details.
-  using HostEvent = broadcaster::event::GeneralEventInterface;
+  using HostEvent = broadcaster::GeneralEventInterface;
 
   /// `event` may be null. Whoever lets go of it last destroys it, which may be the thread that
   /// renders.

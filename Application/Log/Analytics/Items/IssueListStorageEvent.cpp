@@ -9,7 +9,8 @@ constexpr std::array<std::string_view, 3> changeTexts{"Added", "Removed", "Remov
 
 }  // namespace
 
-IssueListStorageEvent::IssueListStorageEvent(Change change) : change_(change) {}
+IssueListStorageEvent::IssueListStorageEvent(Change change)
+    : BaseEventItemWithDetail(typeid(IssueListStorageEvent)), change_(change) {}
 
 std::string IssueListStorageEvent::getCategory() const { return "IssueListStorage"; }
 

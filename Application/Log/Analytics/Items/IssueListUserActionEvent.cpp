@@ -12,7 +12,7 @@ constexpr std::array<std::string_view, 5> controlTexts{
 }  // namespace
 
 IssueListUserActionEvent::IssueListUserActionEvent(List list, Control control)
-    : list_(list), control_(control) {}
+    : BaseEventItemWithDetail(typeid(IssueListUserActionEvent)), list_(list), control_(control) {}
 
 std::string IssueListUserActionEvent::getCategory() const { return "IssueListAction"; }
 

@@ -43,6 +43,4 @@ std::map<std::string, std::string> MemoryUsageItem::getDetails() const {
   return details;
 }
 
-void MemoryUsageItem::addDetailsTo(json::JsonObject& json) const { addDetails(json, getDetails()); }
-
 }  // namespace qel::log::analytics::items

@@ -34,10 +34,6 @@ class QEL_ANALYTICS_EXPORT MemoryUsageItem : public BaseEventItemWithDetail {
   /// under the second's number. Keys are texts, so "1000" stands before "999".
   std::map<std::string, std::string> getDetails() const override;
 
- protected:
-  /// The readings too.
-  void addDetailsTo(json::JsonObject& json) const override;
-
  private:
   Scope scope_;
   Phase phase_;

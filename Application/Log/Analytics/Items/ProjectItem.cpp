@@ -12,7 +12,7 @@ constexpr std::array<std::string_view, 3> eventTexts{"Opened", "Closed", "Restor
 }  // namespace
 
 ProjectItem::ProjectItem(Event event, std::string project)
-    : event_(event), project_(std::move(project)) {}
+    : BaseEventItemWithDetail(typeid(ProjectItem)), event_(event), project_(std::move(project)) {}
 
 std::string ProjectItem::getCategory() const { return "Project"; }
 

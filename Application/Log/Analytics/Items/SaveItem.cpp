@@ -5,7 +5,7 @@
 namespace qel::log::analytics::items {
 
 SaveItem::SaveItem(std::string kind, std::string event)
-    : kind_(std::move(kind)), event_(std::move(event)) {}
+    : BaseEventItemWithDetail(typeid(SaveItem)), kind_(std::move(kind)), event_(std::move(event)) {}
 
 std::string SaveItem::getCategory() const { return "Save"; }
 

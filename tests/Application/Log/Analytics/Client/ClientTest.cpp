@@ -5,6 +5,7 @@
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/Tally.h"
@@ -102,6 +103,27 @@ TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
   client_->stopSendingItems();
   client_.reset();
   EXPECT_EQ(reads.count(), 4);
+}
+
+TEST_F(ClientTest, ItsReleaseHasHalfAMinuteUnlessTheHostSaysOtherwise) {
+  using std::chrono::seconds;
+  constexpr auto unarmed = std::chrono::steady_clock::time_point::max();
+  for (const auto& [set, expected] : {std::pair(std::optional<seconds>(), seconds(30)),
+                                      std::pair(std::optional(seconds(100)), seconds(100))}) {
+    test::MemoryStorage storage;
+    std::atomic<seconds> atTheLastPass{};
+    storage.sending->beforeRead = [&] {
+      atTheLastPass =
+          std::chrono::round<seconds>(utilities::exitDeadline() - std::chrono::steady_clock::now());
+    };
+    auto client = std::make_unique<Client>(std::move(storage.owned));
+    client->activate(storage.parameter);
+    utilities::setExitDeadline(set);
+    client.reset();
+    EXPECT_EQ(atTheLastPass.load(), expected);
+    EXPECT_EQ(utilities::exitDeadline() == unarmed, !set);
+  }
+  utilities::setExitDeadline(std::nullopt);
 }
 
 TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {

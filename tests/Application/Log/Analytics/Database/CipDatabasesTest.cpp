@@ -38,6 +38,17 @@ TEST(CipDatabasesTest, WritesToTheDatabasesThatTheHostAllows) {
   }
 }
 
+TEST(CipDatabasesTest, AsksTheHostOnOneObjectThatKeepsItsState) {
+  MemoryStorage storage;
+  storage.parameter.databaseCallback = [asked = 0]() mutable { return ++asked == 2; };
+  auto& databases = storage.initialized();
+  for (const auto* const event : {"first", "second", "third"}) {
+    insert(databases, event);
+    databases.join();
+  }
+  EXPECT_THAT(storage.recorded(), ElementsAre("Application|Crash Report|second|"));
+}
+
 TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   MemoryStorage storage;
   auto& databases = storage.initialized();

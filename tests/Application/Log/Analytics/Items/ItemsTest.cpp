@@ -40,6 +40,22 @@ TEST(BaseEventItemTest, RendersTheEnvelopeInFixedOrderWithTheIdsThatWereSetFirst
                                  sparse.getDateTimeAsString() + "\"}");
 }
 
+TEST(BaseEventItemTest, RendersTheDetailsThatADerivedClassReturns) {
+  class Renamed : public ProjectItem {
+   public:
+    using ProjectItem::ProjectItem;
+    std::map<std::string, std::string> getDetails() const override {
+      auto details = ProjectItem::getDetails();
+      details["b"] = "changed";
+      return details;
+    }
+  };
+  Renamed item(ProjectItem::Event::Opened, "Depot");
+  item.addDetail("a", "1");
+  item.addDetail("b", "2");
+  EXPECT_EQ(summaryOf(item.toJson()), "Project|Opened|Depot|a=1;b=changed");
+}
+
 TEST(UserInfoItemTest, TellsTheLoginName) {
   EXPECT_EQ(summaryOf(UserInfoItem().toJson()),
             "User|||Username=" + platform::windows::SystemInformation::getUserName());

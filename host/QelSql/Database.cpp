@@ -1,0 +1,151 @@
+#include "host/QelSql/Database.h"
+
+#include <chrono>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+#include "host/QelSql/DatabaseFile.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
+
+namespace qel::db::sql {
+namespace {
+
+using Status = Outcome::Status;
+
+/// Whether the calling thread may begin something long.
+bool hasTime() {
+  using utilities::Patience;
+  return Patience::left() == Patience::unlimited &&
+         utilities::exitDeadline() == std::chrono::steady_clock::time_point::max();
+}
+
+}  // namespace
+
+Database::Database(std::filesystem::path file, const DatabaseLog& log)
+    : file_(std::move(file)), log_(log) {
+  open();
+}
+
+Outcome Database::addToSchema(const std::string& statement) {
+  schema_.add(statement);
+  return applySchema();
+}
+
+/// While the schema of a new file is made, the host's thread waits for no disk.
+Outcome Database::prepare() {
+  Outcome outcome = applySchema();
+  if (outcome.isDone() && isNew_) {
+    outcome = run("PRAGMA synchronous = FULL");
+    isNew_ = !outcome.isDone();
+  }
+  if (outcome.isDone() && hasTime()) {
+    schema_.makeShrinkable(*connection_);
+  }
+  return outcome;
+}
+
+Outcome Database::run(const std::string& statement) {
+  if (!connection_) {
+    return failed(Status::Failed, "the corrupt database file could not be replaced");
+  }
+  Outcome outcome = connection_->run(statement);
+  if (outcome.status == Status::FileIsCorrupt) {
+    corruption_ = outcome.reason;
+  }
+  schema_.noteId(connection_->lastInsertedId());
+  return outcome;
+}
+
+void Database::rollBack() noexcept {
+  if (connection_) {
+    connection_->rollBack();
+  }
+}
+
+void Database::replaceIfCorrupt() {
+  if (!corruption_) {
+    return;
+  }
+  try {
+    setAside(*std::exchange(corruption_, std::nullopt));
+    open();
+    if (const Outcome outcome = applySchema(); !outcome.isDone()) {
+      throw qel::exception(outcome.reasonToBeLogged);
+    }
+  } catch (const std::exception& failure) {
+    connection_.reset();
+    corruption_.reset();
+    log_.error([&] {
+      return std::string(
+                 " is corrupt and could not be replaced, so nothing more is stored in it: ") +
+             failure.what();
+    });
+  }
+}
+
+void Database::open() {
+  try {
+    Outcome outcome = connect();
+    if (outcome.status == Status::FileIsCorrupt) {
+      setAside(outcome.reason);
+      outcome = connect();
+    }
+    if (outcome.status == Status::Busy) {
+      log_.warn(" is held by another process; it is checked when it is free");
+    } else if (!outcome.isDone()) {
+      throw qel::exception(outcome.reason);
+    }
+  } catch (const qel::exception& failure) {
+    throw qel::exception("cannot open the database \"" + utilities::utf8FromPath(file_) +
+                         "\": " + failure.what());
+  }
+}
+
+Outcome Database::connect() {
+  createForOwnerAlone(file_);
+  connection_.emplace(file_, busyWait_);
+  isChecked_ = false;
+  return check();
+}
+
+Outcome Database::check() {
+  if (isChecked_) {
+    return {};
+  }
+  Outcome outcome = connection_->check();
+  isChecked_ = outcome.isDone();
+  std::error_code ignored;
+  isNew_ = isChecked_ && std::filesystem::file_size(file_, ignored) == 0;
+  if (isNew_) {
+    run("PRAGMA synchronous = OFF");
+  }
+  return outcome;
+}
+
+Outcome Database::applySchema() {
+  Outcome outcome = connection_ ? check() : run({});
+  if (outcome.isDone()) {
+    outcome = schema_.apply(*connection_);
+  }
+  if (outcome.status == Status::FileIsCorrupt) {
+    corruption_ = outcome.reason;
+  }
+  return outcome;
+}
+
+void Database::setAside(const std::string& reason) {
+  schema_.noteHighestId(*connection_);
+  connection_.reset();
+  const auto name = sql::setAside(file_, std::chrono::system_clock::now());
+  schema_.restart();
+  log_.error([&] {
+    return " is corrupt (" + reason + "); it was set aside as \"" + utilities::utf8FromPath(name) +
+           "\" and a fresh one is begun";
+  });
+}
+
+}  // namespace qel::db::sql
