@@ -115,7 +115,7 @@ class Server::Implementation {
       setUpTls(context, settings_.certificate, settings_.key);
       watch_.attachTo(context);
       return true;
-    } catch (const tools::InputError&) {
+    } catch (const std::exception&) {
       setUpFailure_ = std::current_exception();
       return false;
     }

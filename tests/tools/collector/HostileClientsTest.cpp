@@ -52,6 +52,8 @@ class RawConnection {
                  &shorterThanIdle, sizeof(shorterThanIdle));
   }
 
+  bool shakesHands() { return BIO_do_handshake(chain_.get()) == 1; }
+
   void send(const std::string& bytes) {
     EXPECT_EQ(BIO_write(chain_.get(), bytes.data(), static_cast<int>(bytes.size())),
               std::ssize(bytes));
@@ -84,6 +86,7 @@ TEST_F(CollectorTest, takesNoBytesOfARefusedRequestForTheNextOne) {
   const std::vector<std::pair<std::string, std::string>> attempts{
       {"416", stranger + "Range: bytes=zz\r\n" + tail},
       {"416", validHead + "Range: bytes=2-1\r\n" + tail},
+      {"416", validHead + "Range: bytes=\r\n\r\n"},
       {"414", "POST /" + longText + " HTTP/1.1\r\n" + host + tail},
       {"400", "BAD / HTTP/1.1\r\n" + tail},
       {"400", "POST / HTTP/2.0\r\n" + tail},
@@ -124,6 +127,30 @@ TEST_F(CollectorTest, takesNoBytesOfARefusedRequestForTheNextOne) {
   EXPECT_THAT(honest.read(),
               AllOf(StartsWith("HTTP/1.1 204 "), ContainsRegex("\r\n\r\nHTTP/1.1 204 ")));
   EXPECT_THAT(query(store_, "SELECT text FROM events"), SizeIs(1));
+}
+
+TEST_F(CollectorTest, agreesOnKeysOfCheapGroupsAlone) {
+  struct Case {
+    const char* groups;
+    int version;
+    bool isTaken;
+  };
+  for (const auto& [groups, version, isTaken] : std::vector<Case>{
+           {"X25519:P-256", TLS1_2_VERSION, true},
+           {"X25519", TLS1_3_VERSION, true},
+           {"P-256", TLS1_3_VERSION, true},
+           {"P-384", TLS1_3_VERSION, true},
+           {"ffdhe8192:X25519", TLS1_3_VERSION, true},
+           {"ffdhe8192", TLS1_3_VERSION, false},
+           {"ffdhe2048", TLS1_3_VERSION, false},
+           {"P-521:X448", TLS1_3_VERSION, false},
+       }) {
+    const Tls tls = makeTls();
+    SSL_CTX_set_max_proto_version(tls.get(), version);
+    ASSERT_EQ(SSL_CTX_set1_groups_list(tls.get(), groups), 1);
+    EXPECT_EQ(RawConnection(port_, tls.get()).shakesHands(), isTaken) << groups;
+  }
+  EXPECT_THAT(collector_.errors(), HasSubstr("no TLS connection: no suitable key share, from"));
 }
 
 }  // namespace
