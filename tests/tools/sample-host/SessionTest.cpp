@@ -96,7 +96,7 @@ TEST_F(SessionTest, LeavesADirectoryInUseToItsUser) {
   const auto before = rows();
   EXPECT_THAT(before, SizeIs(Gt(4)));
   const qel::db::sql::SqlDatabaseAdapter user(data("ItemDatabase.db"));
-  const auto second = play(inData() + "--retention 0", started);
+  const auto second = play(inData() + deadServer + "--retention 0", started);
   EXPECT_EQ(second.status, 1);
   EXPECT_EQ(second.errors, "qel-sample-host: \"" + directory_.text() +
                                "\" is in use by another instance of the program\n");
