@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>

@@ -1,6 +1,10 @@
 // Sends the program what no HTTP client would.
 
+#include <algorithm>
 #include <array>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <openssl/ssl.h>
