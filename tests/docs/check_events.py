@@ -25,13 +25,17 @@ def rows_under(heading):
 
 
 class Row:
-    """A row of the table of events, and which of its details and combinations were not seen yet."""
+    """A row of the table of events, and what was not seen yet: of its combinations, its details, and of those in
+    parentheses a record without them."""
 
     def __init__(self, cells):
+        self.name = "|".join(cells[:3])
         self.is_made = not cells[4].startswith("*nothing today*")
         self.details = set(re.findall("`(.*?)`", cells[3]))
         self.is_open = "*" in cells[3]
+        self.optional = set(re.findall(r"\(`(.*?)`\)", cells[3]))
         self.unseen_details = set(self.details)
+        self.always_seen = set(self.optional)
         self.unseen = {(category, subcategory, event) for category in cells[0].split(" or ")
                        for subcategory in cells[1].split(" or ") for event in cells[2].split(" or ")}
 
@@ -57,7 +61,10 @@ def note(record, is_made):
         keys = {detail.split("=")[0] for detail in details.split(";") if detail}
         row.unseen.discard(combination)
         row.unseen_details -= keys
+        row.always_seen &= keys
         complaints.extend(f"lacks {key} of {record}" for key in keys - row.details if not row.is_open)
+        complaints.extend(f"has {key} without parentheses, which {record} lacks"
+                          for key in row.details - row.optional - keys)
 
 
 # What a session with every notification stores, and what the client reports of itself.
@@ -67,6 +74,7 @@ for line in ["User|||Username=u", "Application|Crash Report|e|", *read("docs/kin
     note(line, False)
 for row in rows:
     complaints += [f"nothing makes {unseen}" for unseen in row.unseen | row.unseen_details]
+    complaints += [f"has {key} in parentheses, which every record of {row.name} has" for key in row.always_seen]
 
 
 def members(value, path=""):

@@ -21,7 +21,7 @@ Answer storedAnswer(const Package& package) {
                    ", refused texts " + total(package.refused)};
 }
 
-void give(httplib::Response& response, const Answer& answer, Afterwards afterwards) {
+void give(httplib::Response& response, const Answer& answer) {
   response.status = answer.status;
   if (answer.status == 401) {
     response.set_header("WWW-Authenticate", R"(Basic realm="analytics", charset="UTF-8")");
@@ -29,19 +29,7 @@ void give(httplib::Response& response, const Answer& answer, Afterwards afterwar
     response.set_header("Allow", "POST");
   }
   const bool clientAtFault = answer.status >= 400 && answer.status < 500;
-  const std::string text = clientAtFault ? answer.text + '\n' : "";
-  if (afterwards == Afterwards::KeepConnection) {
-    response.set_content(text, "text/plain");
-    return;
-  }
-  // The library ends a connection when a provider fails, here only after it has given all it has.
-  response.set_header("Connection", "close");
-  response.set_content_provider(
-      text.size(), "text/plain",
-      [text](std::size_t /*offset*/, std::size_t /*length*/, httplib::DataSink& sink) {
-        sink.write(text.data(), text.size());
-        return false;
-      });
+  response.set_content(clientAtFault ? answer.text + '\n' : "", "text/plain");
 }
 
 void logAnswer(const Answer& answer, const std::string& peer,

@@ -18,9 +18,7 @@ struct Answer {
 /// The answer to a package that was stored.
 Answer storedAnswer(const Package& package);
 
-enum class Afterwards { KeepConnection, CloseConnection };
-
-void give(httplib::Response& response, const Answer& answer, Afterwards afterwards);
+void give(httplib::Response& response, const Answer& answer);
 
 /// Writes the line about a request to the log.
 void logAnswer(const Answer& answer, const std::string& peer,

@@ -120,6 +120,7 @@ void ConnectionWatch::add(SSL* ssl) {
   const std::lock_guard lock(mutex_);
   Connection& connection = connections_.emplace_back();
   connection.watch = this;
+  connection.ssl = ssl;
   connection.socket = SSL_get_fd(ssl);
   connection.worker = std::this_thread::get_id();
   connection.peer = peerOf(connection.socket);
@@ -176,13 +177,23 @@ void ConnectionWatch::awaitHead(const SSL* ssl) {
   beginHead(find(ssl));
 }
 
+ConnectionWatch::Connection& ConnectionWatch::findOfThisWorker() {
+  return *std::find_if(connections_.begin(), connections_.end(), [](const Connection& connection) {
+    return connection.worker == std::this_thread::get_id();
+  });
+}
+
 std::string ConnectionWatch::peerOfThisWorker() {
   const std::lock_guard lock(mutex_);
-  return std::find_if(connections_.begin(), connections_.end(),
-                      [](const Connection& connection) {
-                        return connection.worker == std::this_thread::get_id();
-                      })
-      ->peer;
+  return findOfThisWorker().peer;
+}
+
+void ConnectionWatch::endConnectionOfThisWorker() {
+  const std::lock_guard lock(mutex_);
+  const Connection& connection = findOfThisWorker();
+  // The first is for what was decrypted already, the second for what waits in the socket.
+  SSL_set_shutdown(connection.ssl, SSL_RECEIVED_SHUTDOWN);
+  ::shutdown(connection.socket, SHUT_RD);
 }
 
 void ConnectionWatch::stop() {

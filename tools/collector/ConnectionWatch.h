@@ -59,6 +59,9 @@ class ConnectionWatch {
   /// The other end, as "address:port", of the connection that this worker serves.
   std::string peerOfThisWorker();
 
+  /// Nothing more is read from the connection that this worker serves; the library then closes it.
+  void endConnectionOfThisWorker();
+
   /// Cuts every connection but those with a known sender's request under way, and these after
   /// that or when their last time is over, so that a server that is to stop need not wait for them.
   void stop();
@@ -68,6 +71,7 @@ class ConnectionWatch {
   enum class Phase { Head, BodyOfUnknown, BodyOfKnown, Answer, Cut };
   struct Connection {
     ConnectionWatch* watch = nullptr;
+    SSL* ssl = nullptr;
     int socket = -1;
     std::thread::id worker;
     std::string peer;
@@ -87,6 +91,7 @@ class ConnectionWatch {
 
   static void cut(Connection& connection, const std::string& reason);
   static Connection& find(const SSL* ssl);
+  Connection& findOfThisWorker();
   void add(SSL* ssl);
   void beginHead(Connection& connection);
   void count(Connection& connection, std::size_t bytes) const;

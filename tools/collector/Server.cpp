@@ -42,11 +42,20 @@ bool isPlainJson(const httplib::Request& request) {
   return type == "application/json" && !request.has_header("Content-Encoding");
 }
 
+/// Whether another request may follow. After any other answer some of the request may not have been
+/// read, which must not become a request.
+bool keepsConnection(const httplib::Response& response) { return response.status == 204; }
+
 /// Whether it does so in the one way that every program on the way to here understands alike.
 bool tellsLength(const httplib::Request& request) {
   const std::string length = request.get_header_value("Content-Length");
-  return request.get_header_value_count("Content-Length") == 1 && !length.empty() &&
-         length.find_first_not_of("0123456789") == std::string::npos &&
+  // To some programs "Transfer-Encoding : chunked" is the header, to others none.
+  const bool namesArePlain =
+      std::none_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
+        return header.first.find_first_of(" \t\r\v\f") != std::string::npos;
+      });
+  return namesArePlain && request.get_header_value_count("Content-Length") == 1 &&
+         !length.empty() && length.find_first_not_of("0123456789") == std::string::npos &&
          !request.has_header("Transfer-Encoding");
 }
 
@@ -106,7 +115,7 @@ class Server::Implementation {
       setUpTls(context, settings_.certificate, settings_.key);
       watch_.attachTo(context);
       return true;
-    } catch (const tools::InputError&) {
+    } catch (const std::exception&) {
       setUpFailure_ = std::current_exception();
       return false;
     }
@@ -138,15 +147,26 @@ class Server::Implementation {
     http_.set_exception_handler(
         [this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
           const Answer answer{503, "could not be served"};
-          give(response, answer, Afterwards::CloseConnection);
+          give(response, answer);
           logAnswer(answer, watch_.peerOfThisWorker(), {});
         });
+    http_.set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
+      if (!keepsConnection(response)) {
+        response.headers.erase("Keep-Alive");
+        response.headers.erase("Connection");
+        response.set_header("Connection", "close");
+      }
+    });
+    // The library calls it after every answer, its own included.
     http_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
       // Only what the library answers by itself comes before it has told which connection it is.
       if (request.ssl == nullptr) {
         logAnswer({response.status, "malformed request"}, watch_.peerOfThisWorker(), {});
-      } else {
+      }
+      if (keepsConnection(response)) {
         watch_.awaitHead(request.ssl);
+      } else {
+        watch_.endConnectionOfThisWorker();
       }
     });
   }
@@ -176,7 +196,7 @@ class Server::Implementation {
 
   void refuse(const httplib::Request& request, httplib::Response& response) {
     const Answer answer = objection(request).value();
-    give(response, answer, Afterwards::CloseConnection);
+    give(response, answer);
     logAnswer(answer, watch_.peerOfThisWorker(), {});
   }
 
@@ -196,7 +216,7 @@ class Server::Implementation {
       watch_.awaitAnswer(request.ssl);
       answer = whole ? store(body) : Answer{400, "the body broke off"};
     }
-    give(response, *answer, whole ? Afterwards::KeepConnection : Afterwards::CloseConnection);
+    give(response, *answer);
     logAnswer(*answer, watch_.peerOfThisWorker(), steady_clock::now() - begin);
   }
 

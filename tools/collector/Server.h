@@ -33,8 +33,9 @@ struct ServerSettings {
 ///   and 405 for anything else,
 /// - 503 while the store takes nothing,
 ///
-/// and writes a line for every request to standard error that holds nothing of body, name or
-/// secret. Constructed, bound, run; `stop` from any thread.
+/// ends the connection after every answer but 204, and writes a line for every request to standard
+/// error that holds nothing of body, name or secret. Constructed, bound, run; `stop` from any
+/// thread.
 class Server {
  public:
   /// Throws `tools::InputError` for a certificate or key that cannot be used.

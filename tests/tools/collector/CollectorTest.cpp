@@ -1,15 +1,11 @@
-// Runs the program itself.
+#include "tests/tools/collector/CollectorTest.h"
 
-#include <csignal>
 #include <semaphore>
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <httplib.h>
 
-#include "tests/support/Process.h"
 #include "tests/support/Query.h"
-#include "tests/support/TestCertificates.h"
 
 namespace qel::collector {
 namespace {
@@ -18,13 +14,7 @@ using std::chrono::steady_clock;
 using test::query;
 using namespace testing;
 
-constexpr const char* path = "/authenticated/customer-care.php";
-constexpr const char* json = "application/json; charset=utf-8";
-constexpr const char* package = R"({"version": "3.1", "events": [{"Category":"canary"},bad]})";
 constexpr std::size_t limit = std::size_t{64} * 1024 * 1024;
-
-/// The status of the answer, or -1 without one.
-int statusOf(const httplib::Result& result) { return result ? result->status : -1; }
 
 /// A connection that never says anything.
 int connectSilently(int port) {
@@ -39,31 +29,6 @@ int connectSilently(int port) {
   ::close(socket);
   return -1;
 }
-
-/// A running collector, and a client that verifies its certificate and has valid credentials.
-class CollectorTest : public testing::Test {
- protected:
-  CollectorTest() {
-    std::signal(SIGPIPE, SIG_IGN);  // the collector cuts connections that this client writes to
-    client_.set_ca_cert_path(certificates_.caFile());
-    client_.set_tcp_nodelay(true);
-    client_.set_read_timeout(std::chrono::seconds(60));  // the largest bodies, under sanitizers
-    client_.set_basic_auth("ada", "open:sesame");
-  }
-
-  const test::TemporaryDirectory directory_;
-  const std::filesystem::path users_ =
-      test::write(directory_.path() / "users", "ada:open:sesame\n");
-  const std::filesystem::path store_ = directory_.path() / "store.db";
-  test::TestCertificates certificates_;
-  const test::ServerIdentity identity_ = certificates_.issue("localhost");
-  test::Process collector_{
-      COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users_.string() +
-      " --store=" + store_.string() + " --certificate=" + identity_.certificate.string() +
-      " --key=" + identity_.key.string()};
-  const int port_ = std::stoi(collector_.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
-  httplib::SSLClient client_{"localhost", port_};
-};
 
 TEST_F(CollectorTest, storesPackagesAndSaysWhatItRefuses) {
   EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
@@ -188,7 +153,8 @@ TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
   httplib::SSLClient idle("127.0.0.1", port_);
   idle.enable_server_certificate_verification(false);
   idle.set_keep_alive(true);
-  EXPECT_EQ(statusOf(idle.Post("/", "", json)), 404);
+  idle.set_basic_auth("ada", "open:sesame");
+  EXPECT_EQ(statusOf(idle.Post(path, R"({"version": "3.1", "events": [{}]})", json)), 204);
 
   const std::string body(limit, 'x');
   // More than the buffers between client and server hold: the server is in the midst of it.

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/Query.h"
 #include "tests/tools/Transcript.h"
 
@@ -78,6 +79,28 @@ TEST_F(SessionTest, SaysThatTheSendingDatabaseIsFull) {
   const auto run = play(inData() + deadServer);
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.errors, HasSubstr("ItemDatabase.db has reached its largest size"));
+}
+
+TEST_F(SessionTest, LeavesADirectoryInUseToItsUser) {
+  play(inData() + deadServer, started);
+  const auto rows = [this] {
+    std::vector<std::string> all;
+    for (const char* database : {"ItemDatabase.db", "SupportDatabase.db"}) {
+      for (const char* table : {"Items", "Environments"}) {
+        const auto some = query(database, std::string("SELECT * FROM ") + table);
+        all.insert(all.end(), some.begin(), some.end());
+      }
+    }
+    return all;
+  };
+  const auto before = rows();
+  EXPECT_THAT(before, SizeIs(Gt(4)));
+  const qel::db::sql::SqlDatabaseAdapter user(data("ItemDatabase.db"));
+  const auto second = play(inData() + deadServer + "--retention 0", started);
+  EXPECT_EQ(second.status, 1);
+  EXPECT_EQ(second.errors, "qel-sample-host: \"" + directory_.text() +
+                               "\" is in use by another instance of the program\n");
+  EXPECT_EQ(rows(), before);
 }
 
 TEST_F(SessionTest, SaysWhatTheTranscriptSaysWhereItCannotBegin) {
