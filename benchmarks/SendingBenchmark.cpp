@@ -25,7 +25,6 @@ using log::analytics::serverconnection::DbToServerConnection;
 using RowMap = CipDatabaseClient::RowMap;
 
 constexpr std::size_t packageSize = 1'000'000;
-constexpr int rowsToPack = 80'000;  // for 24 packages
 constexpr int packagesToUpload = 30;
 
 RowMap rowsOf(int count) {
@@ -66,25 +65,12 @@ void copy(const std::string& package) {
 }
 
 void pack(benchmark::State& state) {
-  const auto rows = rowsOf(rowsToPack);
+  const auto rows = rowsOf(rowsOfFullDatabase);
   for (auto _ : state) {
     packAll(rows, [](const std::string& package) { benchmark::DoNotOptimize(package.data()); });
   }
 }
-BENCHMARK(pack)->Name("pack/ours")->Iterations(5)->Unit(benchmark::kMillisecond);
-
-void packLimit(benchmark::State& state) {
-  const auto packages = packagesOf(rowsOf(rowsToPack));
-  if (packages.size() != 24) {
-    state.SkipWithError("the rows do not make 24 packages");
-  }
-  for (auto _ : state) {
-    for (const auto& package : packages) {
-      copy(package);
-    }
-  }
-}
-BENCHMARK(packLimit)->Name("pack/limit")->Iterations(5)->Unit(benchmark::kMillisecond);
+BENCHMARK(pack)->Name("pack")->Iterations(5)->Unit(benchmark::kMillisecond);
 
 /// On a connection that is there already.
 void upload(benchmark::State& state) {

@@ -17,11 +17,15 @@ constexpr auto plainCharacters = [] {
   return plain;
 }();
 
-bool isPlain(char character) { return plainCharacters[static_cast<unsigned char>(character)]; }
+bool isPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char character) {
+    return plainCharacters[static_cast<unsigned char>(character)];
+  });
+}
 
 /// Most texts are plain and need no more than quotes; for the rest the library knows the rules.
 void appendText(std::string& out, std::string_view text) {
-  if (!std::all_of(text.begin(), text.end(), isPlain)) {
+  if (!isPlain(text)) {
     constexpr int oneLine = -1;
     constexpr bool ensureAscii = false;
     out += nlohmann::json(text).dump(oneLine, ' ', ensureAscii,
@@ -31,6 +35,12 @@ void appendText(std::string& out, std::string_view text) {
   out += '"';
   out += text;
   out += '"';
+}
+
+std::string jsonText(std::string_view text) {
+  std::string out;
+  appendText(out, text);
+  return out;
 }
 
 template <typename Elements, typename AppendElement>
@@ -53,6 +63,10 @@ JsonObject::JsonObject() {
 }
 
 JsonObject& JsonObject::addString(std::string_view key, std::string_view value) {
+  if (isPlain(key) && isPlain(value)) {
+    appendPlainMember(key, value);
+    return *this;
+  }
   appendKey(key);
   appendText(text_, value);
   return *this;
@@ -72,20 +86,13 @@ JsonObject& JsonObject::addDouble(std::string_view key, double value) {
 
 JsonObject& JsonObject::addStringMap(std::string_view key,
                                      const std::map<std::string, std::string>& values) {
-  constexpr std::string_view replacement = "\xEF\xBF\xBD";
   appendKey(key);
   text_ += '{';
-  std::set<std::string> replacedNames;
+  std::set<std::string> unusualNames;
   for (const auto& [name, value] : values) {
-    const auto begin = text_.size();
-    appendKey(name);
-    const auto written = std::string_view(text_).substr(begin);
-    if (written.find(replacement) != std::string_view::npos &&
-        !replacedNames.emplace(written.substr(written.find('"'))).second) {
-      text_.resize(begin);
-      continue;
+    if (isPlain(name) || unusualNames.insert(jsonText(name)).second) {
+      addString(name, value);
     }
-    appendText(text_, value);
   }
   text_ += '}';
   return *this;
@@ -120,6 +127,20 @@ std::string JsonObject::toString() const& { return text_ + '}'; }
 std::string JsonObject::toString() && {
   text_ += '}';
   return std::move(text_);
+}
+
+/// One step of growth for the whole member, since most members are short.
+void JsonObject::appendPlainMember(std::string_view key, std::string_view value) {
+  constexpr std::string_view between = "\": \"";
+  const std::string_view before = text_.back() == '{' ? "\"" : ", \"";
+  const auto begin = text_.size();
+  text_.resize(begin + before.size() + key.size() + between.size() + value.size() + 1);
+  char* out = text_.data() + begin;
+  out += before.copy(out, before.size());
+  out += key.copy(out, key.size());
+  out += between.copy(out, between.size());
+  out += value.copy(out, value.size());
+  *out = '"';
 }
 
 void JsonObject::appendKey(std::string_view key) {

@@ -42,6 +42,7 @@ class JsonObject {
   std::string toString() &&;
 
  private:
+  void appendPlainMember(std::string_view key, std::string_view value);
   void appendKey(std::string_view key);
 
   std::string text_;  ///< everything but the closing brace

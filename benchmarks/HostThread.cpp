@@ -1,0 +1,108 @@
+// Measures the longest calls on a host's thread while another connection holds both databases for
+// twenty seconds, and the queue overflows meanwhile. Prints "kind of call: milliseconds" lines.
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "benchmarks/Storage.h"
+#include "benchmarks/Workload.h"
+#include "host/QelBroadcaster/ActionBroadcaster.h"
+#include "host/QelLog/LogManager.h"
+
+namespace qel::benchmarks {
+namespace {
+
+using namespace log::analytics;
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+class Longest {
+ public:
+  template <typename Call>
+  void measure(Call call) {
+    const auto begin = steady_clock::now();
+    call();
+    time_ = std::max(time_, steady_clock::now() - begin);
+  }
+
+  void print(const std::string& name) const {
+    std::cout << name << ": " << std::chrono::duration<double, std::milli>(time_).count() << '\n';
+  }
+
+ private:
+  steady_clock::duration time_{};
+};
+
+void notifyListener() {
+  broadcaster::ActionBroadcaster::getInstance().notify(
+      &broadcaster::ActionListenerInterface::onHelpAction,
+      broadcaster::event::HelpActionEvent{{"topic", {}}});
+}
+
+void measureHostThread() {
+  const test::TemporaryDirectory directory;
+  NoWebUpdates webUpdates;
+  const auto parameter = activation(webUpdates, directory.text(), true);
+  CipDatabaseClient().initialize(directory.text());
+  const auto support = std::make_shared<SupportDatabaseClient>(std::nullopt);
+  support->initialize(directory.text());
+
+  RawDatabase sendingHolder(directory.path(), RawDatabase::sending);
+  RawDatabase supportHolder(directory.path(), RawDatabase::support);
+  const auto end = steady_clock::now() + 20s;
+  sendingHolder.run("BEGIN EXCLUSIVE");
+  supportHolder.run("BEGIN EXCLUSIVE");
+
+  auto owned = std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
+                                              std::make_unique<SupportDatabaseClient>(1h));
+  CipDatabases& databases = *owned;
+  Client client(std::move(owned));
+  Longest activate;
+  Longest initialize;
+  Longest listener;
+  Longest insert;
+  Longest exporting;
+  activate.measure([&] { client.activate(parameter); });
+  initialize.measure([&] { SupportDatabaseClient(1h).initialize(directory.text()); });
+  exporting.measure(
+      [&] { SupportDatabaseExporter(support).exportLastSessionToSqliteFile("S", support); });
+  while (steady_clock::now() < end - 10s) {
+    listener.measure(notifyListener);
+    std::this_thread::sleep_for(1ms);
+  }
+  for (int number = 0; !databases.errorOccurred(); ++number) {
+    auto item = makeItem(number);
+    insert.measure([&] { databases.insert(std::move(item), CipDatabaseClientInterface::Items); });
+  }
+  while (steady_clock::now() < end) {
+    listener.measure(notifyListener);
+    std::this_thread::sleep_for(1ms);
+  }
+  supportHolder.run("COMMIT");
+  sendingHolder.run("COMMIT");
+
+  activate.print("activate");
+  initialize.print("initialize");
+  listener.print("listener");
+  insert.print("insert");
+  exporting.print("export");
+}
+
+}  // namespace
+}  // namespace qel::benchmarks
+
+int main() {
+  qel::log::LogSettings silent;
+  silent.standardError = false;
+  qel::log::LogManager::instance().configure(silent);
+  qel::benchmarks::measureHostThread();
+  return 0;
+}
