@@ -19,7 +19,8 @@ namespace qel::benchmarks {
 namespace {
 
 using log::analytics::CipDatabaseClient;
-using log::analytics::PackageBatch;
+using log::analytics::details::PackageBatch;
+using log::analytics::details::SendingPass;
 using log::analytics::items::ItemWrapper;
 using log::analytics::serverconnection::DbToServerConnection;
 using RowMap = CipDatabaseClient::RowMap;
@@ -126,8 +127,7 @@ void pass(benchmark::State& state, int rows) {
       state.SkipWithError("the client does not take the database for its own");
     }
     DbToServerConnection connection;
-    measure(state,
-            [&] { log::analytics::SendingPass(database, connection, *logger, packageSize).run(); });
+    measure(state, [&] { SendingPass(database, connection, *logger, packageSize).run(); });
     if (!database.getAllItems().empty()) {
       state.SkipWithError("rows are left");
     }

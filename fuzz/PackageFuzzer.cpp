@@ -95,7 +95,7 @@ void checkPass(Table table, const Texts& rows, std::size_t limit, std::size_t ac
   test::FakeConnection server;
   server.accepted = static_cast<int>(accepted);
   SilentLogger logger;
-  SendingPass(database, server, logger, limit).run();
+  details::SendingPass(database, server, logger, limit).run();
 
   const auto batches = batchesOf(rows, limit);
   const std::string list = table == Table::Items ? "events" : "environments";

@@ -237,7 +237,7 @@ TEST_F(StorageFaultsTest, AReplacementInTheMiddleOfAPassCostsNoRowThatCameLater)
     client.insertMultiple(batchOf(std::to_string(connection.packages.size()) + "new"));
   };
   const auto logger = LogManager::instance().getLogger("pass");
-  SendingPass(client, connection, *logger, 1).run();
+  details::SendingPass(client, connection, *logger, 1).run();
   EXPECT_THAT(connection.packages, SizeIs(2));
   EXPECT_THAT(texts(), ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
 }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/QelSql/SqlDatabaseAdapter.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::samplehost {
 namespace {
@@ -27,6 +28,7 @@ std::int64_t countInBoth(SqlDatabaseAdapter& database, const std::string& condit
 }  // namespace
 
 StoredRows countStoredRows(const std::filesystem::path& directory, const qel::Guid& session) {
+  const utilities::Patience patience(utilities::Patience::ofExport);
   SqlDatabaseAdapter sending(directory / "ItemDatabase.db");
   SqlDatabaseAdapter support(directory / "SupportDatabase.db");
   StoredRows rows;

@@ -154,7 +154,8 @@ std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
     const utilities::Patience patience(utilities::Patience::unlimited);
     try {
-      SendingPass(databases_->getCipDatabase(), *serverConnection_, *logger, packageSizeLimit_)
+      details::SendingPass(databases_->getCipDatabase(), *serverConnection_, *logger,
+                           packageSizeLimit_)
           .run();
       return true;
     } catch (const std::exception& failure) {

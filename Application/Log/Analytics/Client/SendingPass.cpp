@@ -4,7 +4,7 @@
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
 #include "host/QelLog/LoggerInterface.h"
 
-namespace qel::log::analytics {
+namespace qel::log::analytics::details {
 
 using Table = CipDatabaseClientInterface::Table;
 
@@ -61,4 +61,4 @@ SendingPass::Outcome SendingPass::send(Table table, PackageBatch& batch) {
   return Outcome::Accepted;
 }
 
-}  // namespace qel::log::analytics
+}  // namespace qel::log::analytics::details

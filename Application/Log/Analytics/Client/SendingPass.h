@@ -16,6 +16,8 @@ namespace serverconnection {
 class DbToServerConnectionInterface;
 }
 
+namespace details {
+
 /// Rows of one table on their way into one package: references to their texts, and their IDs.
 class PackageBatch {
  public:
@@ -62,5 +64,7 @@ class SendingPass {
   LoggerInterface& logger_;
   const std::size_t packageSizeLimit_;
 };
+
+}  // namespace details
 
 }  // namespace qel::log::analytics

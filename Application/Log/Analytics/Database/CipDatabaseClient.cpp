@@ -23,11 +23,7 @@ void CipDatabaseClient::initialize(const std::string& directory) {
   auto adapter = std::make_shared<details::DatabaseAdapter>(
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);
-  {
-    const std::lock_guard lock(pathMutex_);
-    path_ = std::move(path);
-  }
-  use(std::move(adapter));
+  use(std::move(adapter), std::move(path));
 }
 
 void CipDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {
@@ -61,9 +57,8 @@ CipDatabaseClient::getAllFromSession(std::string /*sessionId*/) {
 }
 
 std::optional<std::uint64_t> CipDatabaseClient::getDatabaseFileSize() {
-  const std::lock_guard lock(pathMutex_);
   std::error_code unreadable;  // the size then is all ones, which counts as full
-  return std::filesystem::file_size(path_, unreadable);
+  return std::filesystem::file_size(file(), unreadable);
 }
 
 void CipDatabaseClient::reportCriticalLevel(details::DatabaseAdapterInterface& adapter) {

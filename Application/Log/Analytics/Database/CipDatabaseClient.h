@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <filesystem>
-#include <mutex>
 #include <optional>
 
 #include "Application/Log/Analytics/Database/DatabaseClientBase.h"
@@ -30,8 +28,6 @@ class QEL_ANALYTICS_EXPORT CipDatabaseClient : public details::DatabaseClientBas
  private:
   void reportCriticalLevel(details::DatabaseAdapterInterface& adapter);
 
-  std::mutex pathMutex_;
-  std::filesystem::path path_;  ///< guarded by pathMutex_
   std::atomic<bool> criticalLevelReported_{false};
 };
 

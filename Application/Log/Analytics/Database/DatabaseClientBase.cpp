@@ -76,14 +76,21 @@ void DatabaseClientBase::addTables(DatabaseAdapterInterface& adapter) {
   adapter.addTableIfNotExists(environmentsTable);
 }
 
-void DatabaseClientBase::use(std::shared_ptr<DatabaseAdapterInterface> adapter) {
+void DatabaseClientBase::use(std::shared_ptr<DatabaseAdapterInterface> adapter,
+                             std::filesystem::path file) {
   const std::lock_guard lock(mutex_);
-  adapter_ = std::move(adapter);
+  adapter_.swap(adapter);
+  file_.swap(file);
 }
 
 std::shared_ptr<DatabaseAdapterInterface> DatabaseClientBase::adapter() const {
   const std::lock_guard lock(mutex_);
   return adapter_;
+}
+
+std::filesystem::path DatabaseClientBase::file() const {
+  const std::lock_guard lock(mutex_);
+  return file_;
 }
 
 void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -25,10 +26,12 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
  protected:
   /// Creates both tables through the adapter.
   static void addTables(DatabaseAdapterInterface& adapter);
-  /// Takes the adapter into use, in place of an earlier one.
-  void use(std::shared_ptr<DatabaseAdapterInterface> adapter);
+  /// Takes the adapter and its database file into use, in place of earlier ones.
+  void use(std::shared_ptr<DatabaseAdapterInterface> adapter, std::filesystem::path file);
   /// The adapter, null before there is one.
   std::shared_ptr<DatabaseAdapterInterface> adapter() const;
+  /// The database file, empty before there is one.
+  std::filesystem::path file() const;
   /// Inserts the texts that are not empty, of known tables, in one transaction.
   static void insertTogether(DatabaseAdapterInterface& adapter,
                              const std::vector<std::pair<std::string, Table>>& rows);
@@ -39,6 +42,7 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
  private:
   mutable std::mutex mutex_;
   std::shared_ptr<DatabaseAdapterInterface> adapter_;  ///< guarded by mutex_
+  std::filesystem::path file_;                         ///< guarded by mutex_
 };
 
 /// The SQL table's name; null for a value that is no table.

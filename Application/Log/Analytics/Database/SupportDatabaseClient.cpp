@@ -43,14 +43,14 @@ SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds>
 
 void SupportDatabaseClient::initialize(const std::string& directory) {
   const Patience none(Patience::none);
+  auto path = utilities::pathFromUtf8(directory) / "SupportDatabase.db";
   auto adapter = std::make_shared<DatabaseAdapterTimestampDecorator>(
-      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(utilities::pathFromUtf8(directory) /
-                                                         "SupportDatabase.db"));
+      std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);
   if (retention_) {
     startRetention(adapter, *retention_);
   }
-  use(std::move(adapter));
+  use(std::move(adapter), std::move(path));
 }
 
 void SupportDatabaseClient::insertMultiple(const std::vector<std::string>& jsons, Table table) {

@@ -7,7 +7,7 @@
 
 #include "host/QelIssueUi/IssueInstance.h"
 
-namespace qel::log::analytics::listeners {
+namespace qel::log::analytics::listeners::details {
 
 /// What tells one issue from another, ordered member by member as they stand here. A missing
 /// message comes first; a message's category tells nothing apart.
@@ -45,4 +45,4 @@ struct IssueKey {
   /// @}
 };
 
-}  // namespace qel::log::analytics::listeners
+}  // namespace qel::log::analytics::listeners::details

@@ -57,7 +57,7 @@ void IssueListStorageListener::issueAdded(const std::shared_ptr<IssueInstance>& 
     return;
   }
   auto item = createStorageItem(*issue);
-  if (item && recorded_.try_emplace(IssueKey(*issue), *item).second) {
+  if (item && recorded_.try_emplace(details::IssueKey(*issue), *item).second) {
     insertItem(databases_, std::move(item));
   }
 }
@@ -68,7 +68,7 @@ void IssueListStorageListener::issuesRemoved(
     if (!issue) {
       continue;
     }
-    const auto found = recorded_.find(IssueKey(*issue));
+    const auto found = recorded_.find(details::IssueKey(*issue));
     if (found == recorded_.end()) {
       report("Assert: Information about issue not found in cache.\n", "issuesRemoved", 57);
       continue;

@@ -51,7 +51,7 @@ class QEL_ANALYTICS_EXPORT IssueListStorageListener
 
   CipDatabases& databases_;
   const std::unique_ptr<IssueListInformationInterface> information_;
-  std::map<IssueKey, items::IssueListStorageEvent> recorded_;
+  std::map<details::IssueKey, items::IssueListStorageEvent> recorded_;
 };
 
 }  // namespace qel::log::analytics::listeners

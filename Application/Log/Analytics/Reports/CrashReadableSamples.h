@@ -8,7 +8,7 @@
 
 #include "host/QelDateTime/DateTime.h"
 
-namespace qel::log::analytics::reports {
+namespace qel::log::analytics::reports::details {
 
 /// Memory readings in KB by the time they were taken.
 using MemorySamples = std::map<qel::datetime::DateTime, unsigned long long>;
@@ -70,4 +70,4 @@ class CrashReadableSamples {
   std::atomic<std::size_t> current_{0};
 };
 
-}  // namespace qel::log::analytics::reports
+}  // namespace qel::log::analytics::reports::details

@@ -15,7 +15,7 @@ using qel::util::RunPolicy;
 
 std::unique_ptr<MemoryUsageItem> itemWithMinMax(MemoryUsageItem::Scope scope,
                                                 MemoryUsageItem::Phase phase,
-                                                const MemorySamples& samples) {
+                                                const details::MemorySamples& samples) {
   const auto [smallest, largest] = std::minmax_element(
       samples.begin(), samples.end(),
       [](const auto& left, const auto& right) { return left.second < right.second; });
@@ -94,7 +94,7 @@ void MemoryUsageObserver::reportDetailedMemoryUsageOfSystemForCrash() const {
 }
 
 void MemoryUsageObserver::reportMinMax(MemoryUsageItem::Scope scope,
-                                       const MemorySamples& samples) const {
+                                       const details::MemorySamples& samples) const {
   if (samples.empty()) {
     return;
   }
@@ -103,7 +103,7 @@ void MemoryUsageObserver::reportMinMax(MemoryUsageItem::Scope scope,
 }
 
 void MemoryUsageObserver::reportForCrash(MemoryUsageItem::Scope scope,
-                                         const MemorySamples& samples) const {
+                                         const details::MemorySamples& samples) const {
   if (samples.empty()) {
     return;
   }

@@ -57,16 +57,18 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
     void add(std::uint64_t kilobytes);
     void clear();
 
-    MemorySamples samples;
-    CrashReadableSamples forCrash;
+    details::MemorySamples samples;
+    details::CrashReadableSamples forCrash;
   };
 
   void observeMemoryUsage();
   void reportMinMaxMemoryUsageOfCurrentProcess() const;
   void reportMinMaxMemoryUsageOfSystem() const;
   void clearStoredMemoryValues();
-  void reportMinMax(items::MemoryUsageItem::Scope scope, const MemorySamples& samples) const;
-  void reportForCrash(items::MemoryUsageItem::Scope scope, const MemorySamples& samples) const;
+  void reportMinMax(items::MemoryUsageItem::Scope scope,
+                    const details::MemorySamples& samples) const;
+  void reportForCrash(items::MemoryUsageItem::Scope scope,
+                      const details::MemorySamples& samples) const;
 
   CipDatabases& databases_;
   const MemoryUsageOptions options_;

@@ -17,7 +17,7 @@ constexpr auto Items = CipDatabaseClientInterface::Items;
 class SendingPassTest : public testing::Test {
  protected:
   void run() {
-    SendingPass(database_, connection_, *logger_, 14).run();  // the bytes of two rows
+    details::SendingPass(database_, connection_, *logger_, 14).run();  // the bytes of two rows
   }
 
   MemoryDatabaseClient database_;

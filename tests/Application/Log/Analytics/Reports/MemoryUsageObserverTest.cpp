@@ -84,14 +84,14 @@ TEST_F(MemoryUsageObserverTest, TellsACrashEveryReadingAndKeepsThem) {
 }
 
 TEST(CrashReadableSamplesTest, HoldsTheFirstUpToItsCapacitySinceTheLastClear) {
-  CrashReadableSamples samples;
+  details::CrashReadableSamples samples;
   samples.add(DateTime(-1), 10);
   samples.clear();
   EXPECT_THAT(samples.read(), IsEmpty());
-  for (std::size_t i = 0; i < CrashReadableSamples::capacity + 5; ++i) {
+  for (std::size_t i = 0; i < details::CrashReadableSamples::capacity + 5; ++i) {
     samples.add(DateTime(static_cast<double>(i)), i);
   }
-  EXPECT_THAT(samples.read(), SizeIs(CrashReadableSamples::capacity));
+  EXPECT_THAT(samples.read(), SizeIs(details::CrashReadableSamples::capacity));
 }
 
 }  // namespace
