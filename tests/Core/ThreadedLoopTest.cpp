@@ -89,7 +89,7 @@ TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
   EXPECT_THAT(
       testing::internal::GetCapturedStderr(),
       testing::MatchesRegex("(Assert in ThreadedLoop\\(.*NamedCallable\\): disk on fire\n){2}"
-                            "Assert in ThreadedLoop\\(.*lambda.*\\)\n"));
+                            "Assert in ThreadedLoop\\(.*(lambda|\\$_).*\\)\n"));
   qel::utilities::debugger::Debugger::setHook({});
 }
 
