@@ -1,6 +1,7 @@
 // Runs the program itself.
 
 #include <csignal>
+#include <future>
 #include <semaphore>
 #include <thread>
 
@@ -9,6 +10,7 @@
 
 #include "tests/support/Process.h"
 #include "tests/support/Query.h"
+#include "tests/support/StalledPipe.h"
 #include "tests/support/TestCertificates.h"
 
 namespace qel::collector {
@@ -101,8 +103,8 @@ TEST_F(CollectorTest, storesNothingOfAPackageWhileTheStoreIsFull) {
   const auto answer = client_.Post(path, text, json);
   ASSERT_EQ(statusOf(answer), 503);
   EXPECT_EQ(answer->body, "") << "the client has no business with the reason";
-  EXPECT_THAT(collector_.errors(),
-              HasSubstr("503: cannot use the store " + store_.string() + ": disk full"));
+  const std::string full = "503: cannot use the store " + store_.string() + ": disk full";
+  EXPECT_THAT(collector_.errorsWith(full), HasSubstr(full));
   EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre());
   query(store_, "DROP TRIGGER full");
   EXPECT_EQ(statusOf(client_.Post(path, text, json)), 204);
@@ -151,7 +153,8 @@ TEST_F(CollectorTest, servesOthersBesideKnownSendersThatHoldTheirBodiesBack) {
   client_.set_connection_timeout(std::chrono::seconds(5));
   client_.set_read_timeout(std::chrono::seconds(5));
   EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
-  EXPECT_THAT(collector_.errors(), HasSubstr("cut: makes room for others, from 127.0.0.1:"));
+  const std::string cut = "cut: makes room for others, from 127.0.0.1:";
+  EXPECT_THAT(collector_.errorsWith(cut), HasSubstr(cut));
   served = true;
   served.notify_all();
 }
@@ -179,9 +182,9 @@ TEST_F(CollectorTest, refusesWhatProgramsUnderstandDifferentlyAndSaysWhoSentIt) 
   for (char answer = 0; ::recv(plain, &answer, 1, 0) > 0;) {
   }
   ::close(plain);
-  EXPECT_THAT(collector_.errors(),
-              AllOf(HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"),
-                    HasSubstr("no TLS connection: http request, from 127.0.0.1:")));
+  const std::string noTls = "no TLS connection: http request, from 127.0.0.1:";
+  EXPECT_THAT(collector_.errorsWith(noTls),
+              AllOf(HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"), HasSubstr(noTls)));
 }
 
 TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
@@ -208,6 +211,28 @@ TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
   EXPECT_EQ(collector_.join(), 0);
   EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5)) << "an idle client held it up";
   EXPECT_THAT(query(store_, "SELECT length(text) FROM refused"), ElementsAre("67108864"));
+}
+
+TEST_F(CollectorTest, servesAndStopsAlthoughNobodyReadsItsLog) {
+  const test::StalledPipe log;
+  test::Process collector(
+      "sh -c 'exec " COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users_.string() +
+      " --store=" + (directory_.path() / "other.db").string() +
+      " --certificate=" + identity_.certificate.string() + " --key=" + identity_.key.string() +
+      " 2>" + log.path().string() + "'");
+  const int port = std::stoi(collector.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
+  httplib::SSLClient client("localhost", port);
+  client.set_ca_cert_path(certificates_.caFile());
+  client.set_read_timeout(std::chrono::seconds(10));
+  EXPECT_EQ(statusOf(client.Get("/")), 404);
+  collector.terminate();
+  auto end = std::async(std::launch::async, [&] { return collector.join(); });
+  const bool isInTime = end.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  EXPECT_TRUE(isInTime);
+  if (!isInTime) {
+    kill(collector.id(), SIGKILL);
+  }
+  EXPECT_EQ(end.get(), 0);
 }
 
 }  // namespace
