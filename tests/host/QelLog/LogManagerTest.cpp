@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -32,8 +34,9 @@ void logNumbers(int count) {
   }
 }
 
-/// From now on standard error goes there. The process ends when it waits for that nevertheless.
-void sendErrorsTo(const test::StalledPipe& pipe) {
+/// From now on the log goes there. The process ends when it waits for that nevertheless.
+void sendLogTo(const test::StalledPipe& pipe) {
+  LogManager::instance().configure({});
   const int end = ::open(pipe.path().c_str(), O_WRONLY | O_CLOEXEC);
   ::dup2(end, STDERR_FILENO);
   ::close(end);
@@ -42,7 +45,7 @@ void sendErrorsTo(const test::StalledPipe& pipe) {
 
 [[noreturn]] void exitWithAStalledLog() {
   const test::StalledPipe pipe;  // stays stalled while the process exits
-  sendErrorsTo(pipe);
+  sendLogTo(pipe);
   std::filesystem::remove_all(pipe.path().parent_path());
   const auto begin = steady_clock::now();
   logNumbers(10'000);
@@ -58,11 +61,11 @@ TEST(LogManagerTest, AStalledLogHoldsUpNeitherThoseWhoLogNorTheExit) {
   EXPECT_LT(steady_clock::now() - begin, 15s);
 }
 
-TEST(LogManagerTest, SaysHowManyMessagesWereDroppedWhereTheyAreMissing) {
+TEST(LogManagerTest, SaysHowManyMessagesWereDropped) {
   constexpr int count = 5000;
   const test::StalledPipe pipe;
   const int errors = ::dup(STDERR_FILENO);
-  sendErrorsTo(pipe);
+  sendLogTo(pipe);
   logNumbers(count);
   EXPECT_FALSE(LogManager::instance().flush(50ms));
   std::istringstream lines(pipe.readUntil("number " + std::to_string(count - 1) + '\n'));
@@ -71,20 +74,21 @@ TEST(LogManagerTest, SaysHowManyMessagesWereDroppedWhereTheyAreMissing) {
   ::close(errors);
   alarm(0);
 
-  int next = 0;
-  int gaps = 0;
+  int last = -1;
+  int written = 0;
+  int dropped = 0;
   for (std::string line; std::getline(lines, line);) {
     const auto text = line.substr(std::min(line.size(), line.find("Z warning ") + 1));
     int number = 0;
     if (std::sscanf(text.c_str(), " warning qel.log: %d log messages were dropped", &number) == 1) {
-      next += number;
-      ++gaps;
+      dropped += number;
     } else if (std::sscanf(text.c_str(), " warning test: number %d", &number) == 1) {
-      EXPECT_EQ(number, next++);
+      EXPECT_LT(std::exchange(last, number), number);
+      ++written;
     }
   }
-  EXPECT_EQ(next, count);
-  EXPECT_EQ(gaps, 1);
+  EXPECT_EQ(written + dropped, count);
+  EXPECT_GT(dropped, count / 2);
 }
 
 TEST(LogManagerTest, AnOrderlyExitWritesWhatWasLogged) {
