@@ -7,6 +7,7 @@ set(privateHeaders
     host/QelHttp/Connection.h
     host/QelHttp/ConnectionPool.h
     host/QelHttp/SettingsInForce.h
+    host/QelLog/LogQueue.h
     host/QelSql/BusyWait.h
     host/QelSql/Connection.h
     host/QelSql/Database.h

@@ -16,7 +16,7 @@ packages=(
   clang-format clang-tidy valgrind
   # the documentation's site
   doxygen
-  # fuzzing; llvm names the places in its reports
+  # fuzzing and the address sanitizer; llvm names the places in their reports
   clang libclang-rt-dev llvm
   # the demonstration, and what tests compare with
   ca-certificates openssl sqlite3 curl python3

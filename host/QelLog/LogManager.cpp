@@ -1,40 +1,59 @@
 #include "host/QelLog/LogManager.h"
 
-#include <algorithm>
+#include <chrono>
 #include <map>
 #include <mutex>
+#include <string_view>
 #include <utility>
-#include <vector>
 
-#include <spdlog/logger.h>
+#include <spdlog/details/null_mutex.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/dist_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
-#include <spdlog/sinks/stdout_sinks.h>
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <spdlog/sinks/stdout_sinks.h>
+#else
+#include <cerrno>
+
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 #endif
 
+#include "host/QelLog/LogQueue.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::log {
 namespace {
 
-spdlog::level::level_enum severityOf(int level) {
-  switch (std::clamp<int>(level, Level::Debug, Level::Error)) {
-    case Level::Debug:
-      return spdlog::level::debug;
-    case Level::Info:
-      return spdlog::level::info;
-    case Level::Warning:
-      return spdlog::level::warn;
-    default:
-      return spdlog::level::err;
+constexpr std::chrono::seconds patienceWithOldSinks{1};
+
+#ifdef _WIN32
+using StandardErrorSink = spdlog::sinks::stderr_sink_st;
+#else
+/// Writes past the C library's stream. A write that stalls would hold that one's lock, which the
+/// end of the process waits for.
+class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    for (std::string_view rest(line.data(), line.size()); !rest.empty();) {
+      const auto count = ::write(STDERR_FILENO, rest.data(), rest.size());
+      if (count >= 0) {
+        rest.remove_prefix(static_cast<std::size_t>(count));
+      } else if (errno == EAGAIN) {
+        pollfd writable{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+        ::poll(&writable, 1, -1);
+      } else if (errno != EINTR) {
+        return;
+      }
+    }
   }
-}
+  void flush_() override {}
+};
+#endif
 
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers forOwnerAlone;
@@ -44,7 +63,7 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   };
 #endif
   try {
-    return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+    return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
         settings.file.string(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
@@ -52,16 +71,15 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   }
 }
 
-std::vector<spdlog::sink_ptr> makeSinks(const LogSettings& settings) {
-  std::vector<spdlog::sink_ptr> sinks;
+LogQueue::Sinks makeSinks(const LogSettings& settings) {
+  LogQueue::Sinks sinks;
   if (settings.standardError) {
-    sinks.push_back(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+    sinks.push_back(std::make_shared<StandardErrorSink>());
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
   }
   for (const auto& sink : sinks) {
-    sink->set_level(severityOf(settings.lowestLevel));
     sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc));
   }
@@ -70,40 +88,42 @@ std::vector<spdlog::sink_ptr> makeSinks(const LogSettings& settings) {
 
 class Logger : public LoggerInterface {
  public:
-  Logger(const std::string& name, const spdlog::sink_ptr& sink) : logger_(name, sink) {
-    logger_.set_level(spdlog::level::trace);
-    logger_.flush_on(spdlog::level::info);
-    logger_.set_error_handler([](const std::string&) {});
-  }
+  explicit Logger(std::string name) : name_(std::move(name)) {}
 
   void log(int level, const std::string& message) override {
-    logger_.log(severityOf(level), spdlog::string_view_t(message));
+    try {
+      LogQueue::instance().add(name_, level, message);
+    } catch (const std::exception&) {
+      return;  // There is no memory, or no thread, for it.
+    }
   }
 
  private:
-  spdlog::logger logger_;
+  const std::string name_;
 };
 
 }  // namespace
 
 class LogManager::Implementation {
  public:
-  Implementation() { target_->set_sinks(makeSinks({})); }
+  Implementation() { setSinks({}); }
 
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name) {
     const std::lock_guard lock(mutex_);
     auto& logger = loggers_[name];
     if (!logger) {
-      logger = std::make_shared<Logger>(name, target_);
+      logger = std::make_shared<Logger>(name);
     }
     return logger;
   }
 
-  void configure(const LogSettings& settings) { target_->set_sinks(makeSinks(settings)); }
+  static void setSinks(const LogSettings& settings) {
+    auto sinks = makeSinks(settings);
+    LogQueue::instance().flush(patienceWithOldSinks);
+    LogQueue::instance().setSinks(std::move(sinks), settings.lowestLevel);
+  }
 
  private:
-  const std::shared_ptr<spdlog::sinks::dist_sink_mt> target_ =
-      std::make_shared<spdlog::sinks::dist_sink_mt>();  ///< locks for itself
   std::mutex mutex_;
   std::map<std::string, std::shared_ptr<LoggerInterface>> loggers_;  ///< guarded by mutex_
 };
@@ -122,6 +142,10 @@ std::shared_ptr<LoggerInterface> LogManager::getLogger(const std::string& name) 
   return implementation_->getLogger(name);
 }
 
-void LogManager::configure(const LogSettings& settings) { implementation_->configure(settings); }
+void LogManager::configure(const LogSettings& settings) { Implementation::setSinks(settings); }
+
+bool LogManager::flush(std::chrono::milliseconds patience) {
+  return LogQueue::instance().flush(patience);
+}
 
 }  // namespace qel::log

@@ -13,8 +13,9 @@ class LoggerInterface {
  public:
   virtual ~LoggerInterface() = default;
 
-  /// Writes `message` as it is (it is no format string). A level above 3 counts as 3, one below 0
-  /// as 0. Must not throw: it is also called where nothing may be thrown.
+  /// Writes `message` as it is (it is no format string), soon and without waiting for it. A level
+  /// above 3 counts as 3, one below 0 as 0. Must not throw: it is also called where nothing may be
+  /// thrown.
   virtual void log(int level, const std::string& message) = 0;
 };
 

@@ -29,20 +29,28 @@ EXPORTED = {NAMESPACE + name for name in """
 # `parameters::ActivateParameter`, `reports::WebUpdateReporterInterface` and `IssueListInformationInterface` belong to
 # the interface as well, but are complete in their headers: there is nothing of them to export.
 
-# What nm says of a symbol that is none of a class's operations, and of what is the standard library's alone.
+# What nm says of a symbol that is none of a class's operations, and what is the standard library's alone.
 KIND = re.compile(r"(?:vtable|VTT|typeinfo|typeinfo name|guard variable|(?:non-)?virtual thunk) (?:for|to) ")
-STANDARD = re.compile(r"(?:\w+ )*(?:std|__gnu_cxx)::|[\w ]+ \(\*?\)")
+# The latter shows in the mangled names: demangled ones may begin with a return type.
+STANDARD = re.compile(r"_Z(?:T[VTIS]|GV)?(?:Z?N?K?(?:S[tabsiod]|9__gnu_cxx)|P?F)")
 
 nm, library = sys.argv[1:]
-listing = subprocess.run([nm, "-DC", "--defined-only", library], check=True, capture_output=True, text=True).stdout
+
+
+def symbols(*options):
+    command = [nm, "-Dp", "--defined-only", *options, library]
+    lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
+    return [line.split(maxsplit=2)[2] for line in lines]
+
+
 complaints = []
 seen = set()
-for line in listing.splitlines():
-    name = KIND.sub("", line.split(maxsplit=2)[2])
+for mangled, demangled in zip(symbols(), symbols("-C")):
+    name = KIND.sub("", demangled)
     owner = next((known for known in EXPORTED if f"{name}::".startswith(f"{known}::")), None)
     if owner:
         seen.add(owner)
-    elif not STANDARD.match(name):
+    elif not STANDARD.match(mangled):
         complaints.append(f"exported, but no part of the interface: {name}")
 complaints += [f"part of the interface, but not exported: {name}" for name in sorted(EXPORTED - seen)]
 print("\n".join(complaints) or f"the symbols of {len(seen)} classes and the standard library")

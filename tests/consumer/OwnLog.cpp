@@ -1,3 +1,4 @@
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -33,5 +34,9 @@ std::shared_ptr<LoggerInterface> LogManager::getLogger(const std::string&) {
 }
 
 void LogManager::configure(const LogSettings&) {}
+
+bool LogManager::flush(std::chrono::milliseconds) {
+  return true;  // Nothing waits to be written.
+}
 
 }  // namespace qel::log

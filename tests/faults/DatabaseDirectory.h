@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "host/QelLog/LogManager.h"
-#include "tests/support/Files.h"
+#include "tests/support/Logged.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
@@ -24,7 +24,7 @@ class DatabaseDirectory : public testing::Test {
     std::filesystem::create_directory(data_);
   }
 
-  std::string logged() const { return contentOf(log_); }
+  std::string logged() const { return loggedIn(log_); }
 
   const TemporaryDirectory directory_ = [] {
     keepTemporaryDirectoriesInMemory();

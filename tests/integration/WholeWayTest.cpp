@@ -1,5 +1,6 @@
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "tests/faults/Site.h"
+#include "tests/support/Logged.h"
 
 namespace qel::test {
 namespace {
@@ -88,7 +89,7 @@ TEST_F(WholeWayTest, RowsThatWereNotAcceptedStayAndLeaveWithTheNextRun) {
       graphicAction("kept", "v");
       session.databases.join();
     }
-    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+    EXPECT_THAT(endCaptureOfErrors(),
                 AllOf(HasSubstr("qel.log.analytics.Client: sending CIP data has "),
                       Not(HasSubstr("secret"))));
   }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include <sys/wait.h>
@@ -47,6 +49,16 @@ class Process {
 
   /// What it has written to standard error.
   std::string errors() const { return contentOf(directory_.path() / "errors"); }
+  /// The same once it holds this text, which a log writes soon, or after ten seconds without it.
+  std::string errorsWith(const std::string& text) const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    std::string written = errors();
+    while (written.find(text) == std::string::npos && std::chrono::steady_clock::now() < end) {
+      std::this_thread::yield();
+      written = errors();
+    }
+    return written;
+  }
 
  private:
   static FILE* start(const std::string& commandLine, const std::filesystem::path& input) {

@@ -13,6 +13,7 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 #include "tests/support/Files.h"
+#include "tests/support/Logged.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::db::sql {
@@ -55,7 +56,7 @@ class SqlDatabaseAdapterTest : public testing::Test {
     log::LogManager::instance().configure({.standardError = false, .file = logFile_});
   }
 
-  std::string logged() const { return contentOf(logFile_); }
+  std::string logged() const { return test::loggedIn(logFile_); }
 
   std::vector<fs::path> asideFiles() const { return asideFiles(directory_); }
   static std::vector<fs::path> asideFiles(const fs::path& directory) {
@@ -92,8 +93,8 @@ TEST_F(SqlDatabaseAdapterTest, TellsWhyItCannotBeOpened) {
       {"plain", open + "/plain\": the file is not writable"},
   };
   for (const auto& [name, reason] : reasons) {
-    EXPECT_THAT([&] { SqlDatabaseAdapter{directory_ / name}; },
-                ThrowsMessage<qel::exception>(reason));
+    const fs::path file = directory_ / name;
+    EXPECT_THAT([&file] { SqlDatabaseAdapter{file}; }, ThrowsMessage<qel::exception>(reason));
   }
   EXPECT_EQ(0, asRoot ? seteuid(0) : 0);
 }
@@ -141,7 +142,7 @@ TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
   EXPECT_TRUE(database.insert(std::string(100'000, 'x')));
   const std::string header = contentOf(file_).substr(0, 24);
   const auto damage = [&] { write(file_, header + std::string(100'000, '\xee')); };
-  for (const std::size_t timesBefore : {0, 1}) {
+  for (const std::size_t timesBefore : {0U, 1U}) {
     damage();
     {
       const auto guard = timesBefore == 0 ? ScopeGuard() : database.beginTransaction();

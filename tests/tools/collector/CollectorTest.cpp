@@ -1,11 +1,13 @@
 #include "tests/tools/collector/CollectorTest.h"
 
+#include <future>
 #include <semaphore>
 #include <thread>
 
 #include <gmock/gmock.h>
 
 #include "tests/support/Query.h"
+#include "tests/support/StalledPipe.h"
 
 namespace qel::collector {
 namespace {
@@ -66,8 +68,8 @@ TEST_F(CollectorTest, storesNothingOfAPackageWhileTheStoreIsFull) {
   const auto answer = client_.Post(path, text, json);
   ASSERT_EQ(statusOf(answer), 503);
   EXPECT_EQ(answer->body, "") << "the client has no business with the reason";
-  EXPECT_THAT(collector_.errors(),
-              HasSubstr("503: cannot use the store " + store_.string() + ": disk full"));
+  const std::string full = "503: cannot use the store " + store_.string() + ": disk full";
+  EXPECT_THAT(collector_.errorsWith(full), HasSubstr(full));
   EXPECT_THAT(query(store_, "SELECT text FROM events"), ElementsAre());
   query(store_, "DROP TRIGGER full");
   EXPECT_EQ(statusOf(client_.Post(path, text, json)), 204);
@@ -116,7 +118,8 @@ TEST_F(CollectorTest, servesOthersBesideKnownSendersThatHoldTheirBodiesBack) {
   client_.set_connection_timeout(std::chrono::seconds(5));
   client_.set_read_timeout(std::chrono::seconds(5));
   EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
-  EXPECT_THAT(collector_.errors(), HasSubstr("cut: makes room for others, from 127.0.0.1:"));
+  const std::string cut = "cut: makes room for others, from 127.0.0.1:";
+  EXPECT_THAT(collector_.errorsWith(cut), HasSubstr(cut));
   served = true;
   served.notify_all();
 }
@@ -144,9 +147,9 @@ TEST_F(CollectorTest, refusesWhatProgramsUnderstandDifferentlyAndSaysWhoSentIt) 
   for (char answer = 0; ::recv(plain, &answer, 1, 0) > 0;) {
   }
   ::close(plain);
-  EXPECT_THAT(collector_.errors(),
-              AllOf(HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"),
-                    HasSubstr("no TLS connection: http request, from 127.0.0.1:")));
+  const std::string noTls = "no TLS connection: http request, from 127.0.0.1:";
+  EXPECT_THAT(collector_.errorsWith(noTls),
+              AllOf(HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"), HasSubstr(noTls)));
 }
 
 TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
@@ -174,6 +177,28 @@ TEST_F(CollectorTest, finishesARequestUnderWayWhenItIsStopped) {
   EXPECT_EQ(collector_.join(), 0);
   EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5)) << "an idle client held it up";
   EXPECT_THAT(query(store_, "SELECT length(text) FROM refused"), ElementsAre("67108864"));
+}
+
+TEST_F(CollectorTest, servesAndStopsAlthoughNobodyReadsItsLog) {
+  const test::StalledPipe log;
+  test::Process collector(
+      "sh -c 'exec " COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users_.string() +
+      " --store=" + (directory_.path() / "other.db").string() +
+      " --certificate=" + identity_.certificate.string() + " --key=" + identity_.key.string() +
+      " 2>" + log.path().string() + "'");
+  const int port = std::stoi(collector.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
+  httplib::SSLClient client("localhost", port);
+  client.set_ca_cert_path(certificates_.caFile());
+  client.set_read_timeout(std::chrono::seconds(10));
+  EXPECT_EQ(statusOf(client.Get("/")), 404);
+  collector.terminate();
+  auto end = std::async(std::launch::async, [&] { return collector.join(); });
+  const bool isInTime = end.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  EXPECT_TRUE(isInTime);
+  if (!isInTime) {
+    kill(collector.id(), SIGKILL);
+  }
+  EXPECT_EQ(end.get(), 0);
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ TEST(TimeAxis, tellsDatesAtMidnight) {
 TEST(PackageCount, closesAPackageWithTheRowThatReachesTheLimit) {
   PackageCount count;
   EXPECT_EQ(count.packages(), 0);
-  for (const std::size_t row : {999'999, 1, 1'500'000, 10, 10}) {
+  for (const std::size_t row : {999'999U, 1U, 1'500'000U, 10U, 10U}) {
     count.add(row);
   }
   EXPECT_EQ(count.packages(), 3);

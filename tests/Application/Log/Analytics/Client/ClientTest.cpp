@@ -7,6 +7,7 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/AssertionRecorder.h"
+#include "tests/support/Logged.h"
 #include "tests/support/MemoryStorage.h"
 #include "tests/support/Tally.h"
 
@@ -141,7 +142,7 @@ TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
   EXPECT_THAT(storage_.recorded(),
               ElementsAre("CIP|SendingItems|Exception|Message=no row",
                           "CIP|SendingItems|Exception|Message=Unknown Exception"));
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+  EXPECT_THAT(test::endCaptureOfErrors(),
               HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: no row\n"));
 }
 

@@ -3,6 +3,7 @@
 #include "Application/Log/Analytics/Client/SendingPass.h"
 #include "host/QelLog/LogManager.h"
 #include "tests/support/FakeConnection.h"
+#include "tests/support/Logged.h"
 #include "tests/support/MemoryDatabaseClient.h"
 
 namespace qel::log::analytics {
@@ -33,7 +34,7 @@ TEST_F(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllBehindIt)
   connection_.accepted = 1;
   testing::internal::CaptureStderr();
   run();
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+  EXPECT_THAT(test::endCaptureOfErrors(),
               testing::HasSubstr("warning pass: sending CIP data has not succeeded. Json sent: "
                                  R"({"version": "3.1", "events": [{"a":1},{"b":2}]})"));
   EXPECT_EQ(connection_.packages.size(), 2U);

@@ -4,6 +4,7 @@
 #include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/AssertionRecorder.h"
+#include "tests/support/Logged.h"
 #include "tests/support/Query.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -96,7 +97,7 @@ TEST_F(DatabaseAdapterTest, LogsAFailedDeletionAndKeepsCounting) {
       "CREATE TRIGGER keep BEFORE DELETE ON Items BEGIN SELECT RAISE(ABORT, 'kept'); END");
   testing::internal::CaptureStderr();
   plain_.deleteByIds({1}, "Items");
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+  EXPECT_THAT(test::endCaptureOfErrors(),
               HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
                         "delete all entries by id from Items database. Error: kept\n"));
   EXPECT_THAT(query("SELECT seq FROM sqlite_sequence"), ElementsAre("1"));

@@ -23,7 +23,7 @@ class MemoryUsageObserverTest : public testing::Test {
     options.reportingInterval = never;
     options.samplingInterval = 1ms;
     options.usedBySystemInKB = [this, values] {
-      return values.at(std::min<std::size_t>(samples_.count(), values.size() - 1));
+      return values.at(std::min(std::size_t(samples_.count()), values.size() - 1));
     };
     options.usedByProcessInKB = [this, bySystem = options.usedBySystemInKB] {
       const auto value = 1000 * bySystem();

@@ -1,0 +1,181 @@
+#include "host/QelLog/LogQueue.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include <spdlog/async_logger.h>
+#include <spdlog/details/null_mutex.h>
+#include <spdlog/details/thread_pool.h>
+#include <spdlog/sinks/base_sink.h>
+
+#ifndef _WIN32
+#include <csignal>
+
+#include <pthread.h>
+#endif
+
+#include "host/QelLog/LoggerInterface.h"
+#include "host/QelUtilities/ScopeGuard.h"
+
+namespace qel::log {
+namespace {
+
+using spdlog::details::log_msg;
+using std::chrono::milliseconds;
+
+/// Bursts of lines fit, and little memory is taken for ever. A message can be a refused package of
+/// a megabyte, but a client logs only one of them in ten minutes.
+constexpr std::size_t capacity = 1000;
+constexpr milliseconds patienceAtExit{1000};
+
+int withinLevels(int level) { return std::clamp<int>(level, Level::Debug, Level::Error); }
+
+spdlog::level::level_enum severityOf(int level) {
+  switch (withinLevels(level)) {
+    case Level::Debug:
+      return spdlog::level::debug;
+    case Level::Info:
+      return spdlog::level::info;
+    case Level::Warning:
+      return spdlog::level::warn;
+    default:
+      return spdlog::level::err;
+  }
+}
+
+/// Keeps the program's signals away from the threads that are started while it lives. Those of
+/// faults stay: they come to the thread that is at fault.
+class SignalBlock {
+ public:
+#ifndef _WIN32
+  SignalBlock() {
+    sigset_t signals;
+    sigfillset(&signals);
+    for (const int fault : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
+      sigdelset(&signals, fault);
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, &before_);
+  }
+  ~SignalBlock() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalBlock(const SignalBlock&) = delete;
+  SignalBlock& operator=(const SignalBlock&) = delete;
+
+ private:
+  sigset_t before_{};
+#endif
+};
+
+void write(const LogQueue::Sinks& sinks, const log_msg& message) {
+  for (const auto& sink : sinks) {
+    try {
+      sink->log(message);
+      sink->flush();
+    } catch (const std::exception&) {
+      continue;  // There is no other place to report it.
+    }
+  }
+}
+
+/// Made before, and so destroyed after, all that uses the log from other libraries.
+const struct AtExit {
+  AtExit() = default;
+  AtExit(const AtExit&) = delete;
+  AtExit& operator=(const AtExit&) = delete;
+  ~AtExit() { LogQueue::instance().flush(patienceAtExit); }
+} atExit;
+
+}  // namespace
+
+/// Runs on the thread that writes.
+class LogQueue::Writer final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  explicit Writer(LogQueue& queue) : queue_(queue) {}
+
+ private:
+  void sink_it_(const log_msg& message) override {
+    const auto [sinks, dropped] = queue_.beginWriting();
+    const ScopeGuard end([this] { queue_.endWriting(); });
+    if (dropped > 0) {
+      write(*sinks, log_msg("qel.log", spdlog::level::warn,
+                            std::to_string(dropped) + " log messages were dropped because the log "
+                                                      "could not be written fast enough"));
+    }
+    write(*sinks, message);
+  }
+  void flush_() override {}
+
+  LogQueue& queue_;
+};
+
+LogQueue& LogQueue::instance() {
+  static auto* const queue = new LogQueue;
+  return *queue;
+}
+
+LogQueue::LogQueue()
+    : worker_(std::make_shared<spdlog::async_logger>(
+          "", std::make_shared<Writer>(*this), std::weak_ptr<spdlog::details::thread_pool>())),
+      sinks_(std::make_shared<Sinks>()) {
+  worker_->set_error_handler([](const std::string&) {});  // which would go to standard error
+#ifndef _WIN32
+  // A forked child has no thread that writes, and begins anew with its first message.
+  pthread_atfork([] { instance().mutex_.lock(); }, [] { instance().mutex_.unlock(); },
+                 [] {
+                   auto& queue = instance();
+                   queue.threads_ = nullptr;
+                   queue.messagesAdded_ = 0;
+                   queue.messagesWritten_ = 0;
+                   queue.dropsReported_ = 0;
+                   queue.mutex_.unlock();
+                 });
+#endif
+}
+
+void LogQueue::setSinks(Sinks sinks, int lowestLevel) {
+  auto shared = std::make_shared<const Sinks>(std::move(sinks));
+  const std::lock_guard lock(mutex_);
+  sinks_.swap(shared);
+  lowestLevel_ = withinLevels(lowestLevel);
+}
+
+void LogQueue::add(const std::string& name, int level, const std::string& message) {
+  if (withinLevels(level) < lowestLevel_) {
+    return;
+  }
+  const std::lock_guard lock(mutex_);
+  if (threads_ == nullptr) {
+    start();
+  }
+  threads_->post_log(std::shared_ptr(worker_), log_msg(name, severityOf(level), message),
+                     spdlog::async_overflow_policy::overrun_oldest);
+  ++messagesAdded_;
+}
+
+bool LogQueue::flush(milliseconds patience) {
+  std::unique_lock lock(mutex_);
+  return written_.wait_for(lock, std::min<milliseconds>(patience, std::chrono::hours(24)),
+                           [this, last = messagesAdded_] {
+                             return threads_ == nullptr ||
+                                    messagesWritten_ + threads_->overrun_counter() >= last;
+                           });
+}
+
+void LogQueue::start() {
+  [[maybe_unused]] const SignalBlock block;
+  threads_ = new spdlog::details::thread_pool(capacity, 1);
+}
+
+LogQueue::Writing LogQueue::beginWriting() {
+  const std::lock_guard lock(mutex_);
+  const std::size_t dropped = threads_->overrun_counter();
+  return {sinks_, dropped - std::exchange(dropsReported_, dropped)};
+}
+
+void LogQueue::endWriting() {
+  const std::lock_guard lock(mutex_);
+  ++messagesWritten_;
+  written_.notify_all();
+}
+
+}  // namespace qel::log

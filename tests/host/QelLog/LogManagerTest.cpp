@@ -1,0 +1,152 @@
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "host/QelLog/LogManager.h"
+#include "tests/support/Logged.h"
+#include "tests/support/StalledPipe.h"
+
+namespace qel::log {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+using testing::Not;
+
+void log(const std::string& message) {
+  LogManager::instance().getLogger("test")->log(Level::Warning, message);
+}
+
+void logNumbers(int count) {
+  for (int number = 0; number < count; ++number) {
+    log("number " + std::to_string(number));
+  }
+}
+
+/// From now on the log goes there. The process ends when it waits for that nevertheless.
+void sendLogTo(const test::StalledPipe& pipe) {
+  LogManager::instance().configure({});
+  const int end = ::open(pipe.path().c_str(), O_WRONLY | O_CLOEXEC);
+  ::dup2(end, STDERR_FILENO);
+  ::close(end);
+  alarm(20);
+}
+
+[[noreturn]] void exitWithAStalledLog() {
+  const test::StalledPipe pipe;  // stays stalled while the process exits
+  sendLogTo(pipe);
+  std::filesystem::remove_all(pipe.path().parent_path());
+  const auto begin = steady_clock::now();
+  logNumbers(10'000);
+  const bool isPrompt = steady_clock::now() - begin < 5s;
+  LogManager::instance().configure({});
+  std::exit(isPrompt ? 7 : 1);
+}
+
+TEST(LogManagerTest, AStalledLogHoldsUpNeitherThoseWhoLogNorTheExit) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto begin = steady_clock::now();
+  EXPECT_EXIT(exitWithAStalledLog(), ExitedWithCode(7), "");
+  EXPECT_LT(steady_clock::now() - begin, 15s);
+}
+
+TEST(LogManagerTest, SaysHowManyMessagesWereDropped) {
+  constexpr int count = 5000;
+  const test::StalledPipe pipe;
+  const int errors = ::dup(STDERR_FILENO);
+  sendLogTo(pipe);
+  logNumbers(count);
+  EXPECT_FALSE(LogManager::instance().flush(50ms));
+  std::istringstream lines(pipe.readUntil("number " + std::to_string(count - 1) + '\n'));
+  EXPECT_TRUE(LogManager::instance().flush(10s));
+  ::dup2(errors, STDERR_FILENO);
+  ::close(errors);
+  alarm(0);
+
+  int last = -1;
+  int written = 0;
+  int dropped = 0;
+  for (std::string line; std::getline(lines, line);) {
+    const auto text = line.substr(std::min(line.size(), line.find("Z warning ") + 1));
+    int number = 0;
+    if (std::sscanf(text.c_str(), " warning qel.log: %d log messages were dropped", &number) == 1) {
+      dropped += number;
+    } else if (std::sscanf(text.c_str(), " warning test: number %d", &number) == 1) {
+      EXPECT_LT(std::exchange(last, number), number);
+      ++written;
+    }
+  }
+  EXPECT_EQ(written + dropped, count);
+  EXPECT_GT(dropped, count / 2);
+}
+
+TEST(LogManagerTest, AnOrderlyExitWritesWhatWasLogged) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto exit = [] {
+    logNumbers(1000);
+    std::exit(7);
+  };
+  EXPECT_EXIT(exit(), ExitedWithCode(7), "number 0\n(.|\n)*number 999\n");
+}
+
+TEST(LogManagerTest, WritesWhatWasLoggedBeforeToWhereItWentThen) {
+  const test::TemporaryDirectory directory;
+  const auto first = directory.path() / "first";
+  const auto second = directory.path() / "second";
+  LogManager::instance().configure({.standardError = false, .file = first});
+  log("early");
+  LogManager::instance().configure(
+      {.lowestLevel = Level::Error, .standardError = false, .file = second});
+  log("too low");
+  LogManager::instance().getLogger("test")->log(Level::Error, "late");
+  EXPECT_THAT(test::loggedIn(first), HasSubstr(" warning test: early\n"));
+  EXPECT_THAT(test::loggedIn(second),
+              testing::AllOf(HasSubstr(" error test: late\n"), Not(HasSubstr("too low"))));
+}
+
+TEST(LogManagerTest, ItsThreadTakesNoSignals) {
+  log("begun");
+  test::waitForTheLog();
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGUSR1);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  kill(getpid(), SIGUSR1);  // ends the process when another thread takes it
+  int signal = 0;
+  EXPECT_EQ(sigwait(&signals, &signal), 0);
+  EXPECT_EQ(signal, SIGUSR1);
+}
+
+#ifndef QEL_NO_THREADS_AFTER_FORK
+TEST(LogManagerTest, AForkedChildLogsToo) {
+  const test::TemporaryDirectory directory;
+  LogManager::instance().configure({.standardError = false, .file = directory.path() / "log"});
+  log("parent");
+  test::waitForTheLog();
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);
+    log("child");
+    std::exit(LogManager::instance().flush(10s) ? 7 : 1);
+  }
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);
+  EXPECT_THAT(test::loggedIn(directory.path() / "log"),
+              testing::AllOf(HasSubstr("test: parent\n"), HasSubstr("test: child\n")));
+}
+#endif
+
+}  // namespace
+}  // namespace qel::log

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "host/QelLog/LogManager.h"
+#include "tests/support/Files.h"
+
+/// The log is written by a thread of its own; these wait for it.
+namespace qel::test {
+
+inline void waitForTheLog() {
+  EXPECT_TRUE(log::LogManager::instance().flush(std::chrono::seconds(10)));
+}
+
+/// What stands in a log file.
+inline std::string loggedIn(const std::filesystem::path& file) {
+  waitForTheLog();
+  return contentOf(file);
+}
+
+/// Ends a capture of standard error, and returns it with what was logged.
+inline std::string endCaptureOfErrors() {
+  waitForTheLog();
+  return testing::internal::GetCapturedStderr();
+}
+
+}  // namespace qel::test
