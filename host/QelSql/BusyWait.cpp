@@ -22,6 +22,7 @@ bool BusyWait::waitAgain() noexcept {
   const auto mayWait = std::min(utilities::exitDeadline() - start, Patience::left());
   if (mayWait <= Clock::duration::zero()) {
     reported_ = false;  // The file is not free.
+    Patience::giveUp();
     return false;
   }
   std::this_thread::sleep_for(std::min(pause_, mayWait));
@@ -31,7 +32,7 @@ bool BusyWait::waitAgain() noexcept {
   waited_ += slept;
   if (!reported_ && waited_ >= longWait) {
     reported_ = true;
-    log_.warn(" is held by another process; waiting until it is free");
+    log_.warn(" is held by another connection; waiting until it is free");
   }
   return true;
 }

@@ -147,7 +147,7 @@ Outcome Connection::failure() const {
   }
   if (code == SQLITE_BUSY) {
     outcome.status = Outcome::Status::Busy;
-    outcome.reason += " by another connection for longer than this thread may wait";
+    outcome.reason += " by another connection, and this thread waits no longer";
   }
   const int systemError = sqlite3_system_errno(database);
   if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {

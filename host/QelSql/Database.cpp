@@ -35,28 +35,41 @@ Outcome Database::addToSchema(const std::string& statement) {
   return applySchema();
 }
 
-/// While the schema of a new file is made, the host's thread waits for no disk.
 Outcome Database::prepare() {
+  Outcome outcome = tryToPrepare();
+  if (outcome.status == Status::FileIsCorrupt) {
+    replaceIfCorrupt();
+    outcome = tryToPrepare();
+  }
+  return outcome;
+}
+
+/// While the schema of a new file is made, the host's thread waits for no disk.
+Outcome Database::tryToPrepare() {
   Outcome outcome = applySchema();
   if (outcome.isDone() && isNew_) {
     outcome = run("PRAGMA synchronous = FULL");
     isNew_ = !outcome.isDone();
   }
   if (outcome.isDone() && hasTime()) {
-    schema_.makeShrinkable(*connection_);
+    outcome = noted(schema_.makeShrinkable(*connection_));
   }
   return outcome;
 }
 
 Outcome Database::run(const std::string& statement) {
   if (!connection_) {
-    return failed(Status::Failed, "the corrupt database file could not be replaced");
+    return failed(Status::Failed, "the database file cannot be used");
   }
-  Outcome outcome = connection_->run(statement);
+  Outcome outcome = noted(connection_->run(statement));
+  schema_.noteId(connection_->lastInsertedId());
+  return outcome;
+}
+
+Outcome Database::noted(Outcome outcome) {
   if (outcome.status == Status::FileIsCorrupt) {
     corruption_ = outcome.reason;
   }
-  schema_.noteId(connection_->lastInsertedId());
   return outcome;
 }
 
@@ -67,23 +80,23 @@ void Database::rollBack() noexcept {
 }
 
 void Database::replaceIfCorrupt() {
-  if (!corruption_) {
+  if (connection_ && !corruption_) {
     return;
   }
   try {
-    setAside(*std::exchange(corruption_, std::nullopt));
-    open();
-    if (const Outcome outcome = applySchema(); !outcome.isDone()) {
-      throw qel::exception(outcome.reasonToBeLogged);
+    if (corruption_) {
+      setAside(*corruption_);
+      corruption_.reset();
     }
+    open();
+    applySchema();
+    isOutOfReach_ = false;
   } catch (const std::exception& failure) {
     connection_.reset();
-    corruption_.reset();
-    log_.error([&] {
-      return std::string(
-                 " is corrupt and could not be replaced, so nothing more is stored in it: ") +
-             failure.what();
-    });
+    if (!std::exchange(isOutOfReach_, true)) {
+      log_.error(
+          [&] { return std::string(" is corrupt and cannot be replaced yet: ") + failure.what(); });
+    }
   }
 }
 
@@ -95,7 +108,7 @@ void Database::open() {
       outcome = connect();
     }
     if (outcome.status == Status::Busy) {
-      log_.warn(" is held by another process; it is checked when it is free");
+      log_.warn(" is held by another connection; it is checked when it is free");
     } else if (!outcome.isDone()) {
       throw qel::exception(outcome.reason);
     }
@@ -127,21 +140,23 @@ Outcome Database::check() {
 }
 
 Outcome Database::applySchema() {
-  Outcome outcome = connection_ ? check() : run({});
+  if (!connection_) {
+    return failed(Status::FileIsCorrupt, "the corrupt database file cannot be replaced");
+  }
+  Outcome outcome = check();
   if (outcome.isDone()) {
     outcome = schema_.apply(*connection_);
   }
-  if (outcome.status == Status::FileIsCorrupt) {
-    corruption_ = outcome.reason;
-  }
-  return outcome;
+  return noted(std::move(outcome));
 }
 
 void Database::setAside(const std::string& reason) {
-  schema_.noteHighestId(*connection_);
   connection_.reset();
-  const auto name = sql::setAside(file_, std::chrono::system_clock::now());
   schema_.restart();
+  if (!std::filesystem::exists(file_)) {
+    return;  // Whatever took it away has set it aside.
+  }
+  const auto name = sql::setAside(file_, std::chrono::system_clock::now());
   log_.error([&] {
     return " is corrupt (" + reason + "); it was set aside as \"" + utilities::utf8FromPath(name) +
            "\" and a fresh one is begun";

@@ -28,8 +28,8 @@ class Database {
   Outcome addToSchema(const std::string& statement);
 
   /// To be called outside a transaction, before statements are run: checks the file and applies
-  /// what its schema lacks. On a thread with unlimited patience, a file that cannot shrink is also
-  /// made to (`Schema::makeShrinkable`).
+  /// what its schema lacks, also after replacing a corrupt file. On a thread with unlimited
+  /// patience, a file that cannot shrink is also made to (`Schema::makeShrinkable`).
   Outcome prepare();
 
   /// Runs one statement.
@@ -39,24 +39,27 @@ class Database {
   void rollBack() noexcept;
 
   /// To be called outside a transaction: if a statement has found the file corrupt, sets it aside
-  /// and begins a fresh one with the same schema.
+  /// and begins a fresh one with the same schema. What cannot be done is tried again by `prepare`.
   void replaceIfCorrupt();
 
  private:
   void open();
   Outcome connect();
+  Outcome tryToPrepare();
   Outcome check();
   Outcome applySchema();
+  Outcome noted(Outcome outcome);
   void setAside(const std::string& reason);
 
   const std::filesystem::path file_;
   const DatabaseLog& log_;
   BusyWait busyWait_{log_};
-  std::optional<Connection> connection_;  ///< none once a corrupt file could not be replaced
+  std::optional<Connection> connection_;  ///< none while a corrupt file cannot be replaced
   bool isChecked_ = false;                ///< the file was found sound
   bool isNew_ = false;                    ///< the file has nothing that a loss of power could take
   Schema schema_{file_, log_};
   std::optional<std::string> corruption_;  ///< why the file is to be replaced, if it is
+  bool isOutOfReach_ = false;              ///< it was logged that the file cannot be replaced
 };
 
 }  // namespace qel::db::sql

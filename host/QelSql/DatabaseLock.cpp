@@ -45,7 +45,7 @@ bool DatabaseLock::waitForTurn(std::unique_lock<std::mutex>& lock) {
   }
   queue_.erase(place);
   if (!isTaken) {
-    changed_.notify_all();  // The next in the queue may now be the first.
+    Patience::giveUp();
   }
   return isTaken;
 }

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/QelUtilities/ScopeGuard.h"
+
 namespace qel::db::sql {
 namespace {
 
@@ -31,18 +33,19 @@ std::string tableIn(const std::string& creation) {
   return definition.substr(0, definition.find_first_of(" ("));
 }
 
-/// Yields 1 if rows can be kept in what the file has under the name, 0 if not, and no row if it has
-/// nothing there.
+/// Yields 1 if what the file has under the name serves as our table, which stands in the schema
+/// "ours", and 0 if not. Ours come first, in their order; the key is not one of an index.
 std::string questionWhetherServes(const std::string& table) {
-  return "WITH columns AS (SELECT * FROM pragma_table_info('" + table +
-         "')) SELECT type = 'table'"
-         " AND EXISTS (SELECT * FROM columns WHERE cid = 0 AND name = 'ID' COLLATE NOCASE"
-         " AND upper(type) = 'INTEGER' AND pk)"
-         " AND EXISTS (SELECT * FROM columns WHERE cid = 1 AND name = 'json' COLLATE NOCASE)"
-         " AND NOT EXISTS (SELECT * FROM columns WHERE cid > 0 AND pk)"
-         " AND NOT EXISTS"
-         " (SELECT * FROM columns WHERE cid > 1 AND \"notnull\" AND dflt_value IS NULL)"
-         " FROM sqlite_schema WHERE name = '" +
+  const std::string ours = "pragma_table_info('" + table + "', 'ours')";
+  const std::string file = "pragma_table_info('" + table + "', 'main')";
+  return "SELECT type = 'table' AND NOT EXISTS (SELECT * FROM " + ours + " AS ours LEFT JOIN " +
+         file +
+         " AS file ON file.cid = ours.cid AND file.name = ours.name COLLATE NOCASE"
+         " AND file.pk = ours.pk WHERE file.name IS NULL)"
+         " AND NOT EXISTS (SELECT * FROM pragma_index_list('" +
+         table + "', 'main') WHERE origin = 'pk') AND NOT EXISTS (SELECT * FROM " + file +
+         " WHERE cid >= (SELECT count(*) FROM " + ours +
+         ") AND \"notnull\" AND dflt_value IS NULL) FROM main.sqlite_schema WHERE name = '" +
          table + "' COLLATE NOCASE AND type <> 'trigger'";
 }
 
@@ -79,19 +82,37 @@ Outcome Schema::applyStatement(Connection& connection, const std::string& statem
 
 Outcome Schema::createTable(Connection& connection, const std::string& statement) {
   const std::string table = tableIn(statement);
-  Outcome outcome = connection.run(questionWhetherServes(table));
+  Outcome outcome = connection.run("SELECT 1 FROM sqlite_schema WHERE name = '" + table +
+                                   "' COLLATE NOCASE AND type <> 'trigger'");
   if (!outcome.isDone()) {
     return outcome;
   }
-  const bool exists = !outcome.rows.empty();
-  if (exists && outcome.rows != Result::Rows{{"1"}}) {
-    return failed(Outcome::Status::FileIsCorrupt,
-                  "it has something else in place of the table " + table);
+  if (outcome.rows.empty()) {
+    outcome = connection.run(statement);
+  } else if (outcome = compare(connection, statement); outcome.isDone()) {
+    outcome = connection.run("SELECT max(ID) FROM " + table);
+    noteId(outcome.isDone() ? std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10) : 0);
   }
-  outcome =
-      exists ? noteIdFrom(connection, "SELECT max(ID) FROM " + table) : connection.run(statement);
   if (outcome.isDone() && statement.find("AUTOINCREMENT") != std::string::npos) {
     countedTables_.push_back(table);
+  }
+  return outcome;
+}
+
+/// SQLite itself knows what columns the statement means: it makes the table in memory.
+Outcome Schema::compare(Connection& connection, const std::string& statement) {
+  Outcome outcome = connection.run("ATTACH ':memory:' AS ours");
+  const ScopeGuard detach([&] { connection.run("DETACH ours"); });
+  if (outcome.isDone()) {
+    outcome = connection.run(std::string(tableCreation) + "ours." +
+                             statement.substr(tableCreation.size()));
+  }
+  if (outcome.isDone()) {
+    outcome = connection.run(questionWhetherServes(tableIn(statement)));
+  }
+  if (outcome.isDone() && outcome.rows != Result::Rows{{"1"}}) {
+    return failed(Outcome::Status::FileIsCorrupt,
+                  "it has something else in place of the table " + tableIn(statement));
   }
   return outcome;
 }
@@ -128,14 +149,14 @@ Outcome Schema::keepIdsAbove(Connection& connection, std::int64_t id) const {
   return {};
 }
 
-void Schema::makeShrinkable(Connection& connection) {
+Outcome Schema::makeShrinkable(Connection& connection) {
   const auto now = Clock::now();
   if (!cannotShrink_ || now < nextVacuum_) {
-    return;
+    return {};
   }
   nextVacuum_ = now + vacuumInterval;
   if (!hasRoomForVacuum()) {
-    return;
+    return {};
   }
   Outcome outcome = connection.run("PRAGMA auto_vacuum = INCREMENTAL");
   if (outcome.isDone()) {
@@ -145,8 +166,10 @@ void Schema::makeShrinkable(Connection& connection) {
   if (cannotShrink_) {
     log_.warn(" cannot be made to shrink yet: " + outcome.reasonToBeLogged);
   }
+  return outcome.status == Outcome::Status::FileIsCorrupt ? outcome : Outcome{};
 }
 
+/// SQLite's temporary copy lies in the directory for temporary files, the journal beside the file.
 bool Schema::hasRoomForVacuum() const {
   std::error_code error;
   const auto size = std::filesystem::file_size(file_, error);
@@ -161,18 +184,6 @@ void Schema::noteId(std::int64_t id) {
   if (id <= highestUsableId) {
     highestId_ = std::max(highestId_, id);
   }
-}
-
-void Schema::noteHighestId(Connection& connection) {
-  noteIdFrom(connection, "SELECT max(seq) FROM sqlite_sequence");
-}
-
-Outcome Schema::noteIdFrom(Connection& connection, const std::string& question) {
-  Outcome outcome = connection.run(question);
-  if (outcome.isDone()) {
-    noteId(std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10));
-  }
-  return outcome;
 }
 
 void Schema::restart() {

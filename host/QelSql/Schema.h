@@ -30,26 +30,23 @@ class Schema {
   /// Adds such a statement unless it is known.
   void add(const std::string& statement);
 
-  /// Applies what is pending. A table that the file has serves if its first columns are `ID`, the
-  /// key that SQLite assigns, and `json`, and if rows can be inserted with `json` alone. Anything
-  /// else under its name makes the outcome `FileIsCorrupt`. Runs no statement that the file does
-  /// not need, and so does not write to a file that has the schema.
+  /// Applies what is pending. A table that the file has serves if its first columns are those of
+  /// ours, in their order and with the same key, and if further ones need no value. Anything else
+  /// under its name makes the outcome `FileIsCorrupt`. Writes nothing to a file that has the
+  /// schema.
   Outcome apply(Connection& connection);
 
   /// Makes a file shrinkable that was created without `auto_vacuum`, by VACUUM, if that is due.
-  /// Only for a thread that may wait for long, and outside a transaction. A failure changes
-  /// nothing, and the next attempt comes ten minutes later.
-  void makeShrinkable(Connection& connection);
+  /// Only for a thread that may wait for long, and outside a transaction. A failure is logged and
+  /// tried again ten minutes later; only a corrupt file is an outcome.
+  Outcome makeShrinkable(Connection& connection);
 
-  /// Remembers the highest ID that the tables have held: one of an inserted row, and what the file
-  /// itself says before it is set aside, if it can still be read.
-  /// @{
+  /// Remembers the ID of an inserted row.
   void noteId(std::int64_t id);
-  void noteHighestId(Connection& connection);
-  /// @}
 
   /// The file is a fresh one, in place of the one before: everything is pending. IDs in it begin
-  /// above those of the earlier file, so that a deletion by an earlier ID meets no newer row.
+  /// above the highest ID that is known of the earlier file, so that a deletion by an earlier ID
+  /// meets no newer row.
   void restart();
 
  private:
@@ -57,8 +54,8 @@ class Schema {
 
   Outcome applyStatement(Connection& connection, const std::string& statement);
   Outcome createTable(Connection& connection, const std::string& statement);
+  Outcome compare(Connection& connection, const std::string& statement);
   Outcome chooseVacuum(Connection& connection, const std::string& statement);
-  Outcome noteIdFrom(Connection& connection, const std::string& question);
   Outcome keepIdsAbove(Connection& connection, std::int64_t id) const;
   bool hasRoomForVacuum() const;
 

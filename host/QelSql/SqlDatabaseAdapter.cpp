@@ -19,7 +19,7 @@ namespace {
 using utilities::Patience;
 using Status = Outcome::Status;
 
-constexpr const char* inUse = "another thread used the database for longer than this one may wait";
+constexpr const char* inUse = "another thread uses the database, and this one waits no longer";
 
 Outcome notRun(const std::string& reason) {
   return failed(Status::Failed, "not run, since the transaction has failed: " + reason);
@@ -51,7 +51,7 @@ class SqlDatabaseAdapter::Implementation {
   Outcome addToSchema(const std::string& statement);
   Outcome executeAlone(const std::string& statement);
   Outcome executeInTransaction(const std::string& statement);
-  Outcome givenUp(Outcome outcome) const;
+  Outcome logged(Outcome outcome, bool hadGivenUp) const;
   void begin();
   void endTransaction() noexcept;
   void commit() noexcept;
@@ -74,12 +74,13 @@ Database SqlDatabaseAdapter::Implementation::openAtOnce(const std::filesystem::p
 }
 
 Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement) {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   if (refused_.isUnderWay()) {
     return resultOf(notRun(inUse));
   }
+  const bool hadGivenUp = Patience::hasGivenUp();
   if (!lock_.lock()) {
-    return resultOf(givenUp(failed(Status::Busy, inUse)));
+    return resultOf(logged(failed(Status::Busy, inUse), hadGivenUp));
   }
   const std::lock_guard lock(lock_, std::adopt_lock);
   if (transaction_.isUnderWay()) {
@@ -88,12 +89,12 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   if (Schema::isMadeBy(statement)) {
     return resultOf(addToSchema(statement));
   }
-  return resultOf(givenUp(executeAlone(statement)));
+  return resultOf(logged(executeAlone(statement), hadGivenUp));
 }
 
-/// Logs that the thread has waited long enough, if that is the outcome.
-Outcome SqlDatabaseAdapter::Implementation::givenUp(Outcome outcome) const {
-  if (outcome.status == Status::Busy) {
+/// Logs that the thread could wait no longer, once in a call.
+Outcome SqlDatabaseAdapter::Implementation::logged(Outcome outcome, bool hadGivenUp) const {
+  if (outcome.status == Status::Busy && !hadGivenUp) {
     log_.warn(": a statement was given up: " + outcome.reason);
   }
   return outcome;
@@ -129,7 +130,7 @@ Outcome SqlDatabaseAdapter::Implementation::executeInTransaction(const std::stri
 }
 
 ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   if (refused_.isUnderWay() || !lock_.lock()) {
     refused_.begin();
     logFailure("BEGIN", inUse);
@@ -157,7 +158,7 @@ void SqlDatabaseAdapter::Implementation::begin() {
 }
 
 void SqlDatabaseAdapter::Implementation::endTransaction() noexcept {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   const std::lock_guard lock(lock_, std::adopt_lock);
   if (!transaction_.isOutermost()) {
     transaction_.end();

@@ -5,31 +5,40 @@
 namespace qel::utilities {
 namespace {
 
-/// The outermost object of this thread. Trivially destroyed, so readable to the thread's end.
-constinit thread_local Patience* outermost = nullptr;
+/// Of this thread. Trivially destroyed, so readable to the thread's end.
+constinit thread_local Patience* innermost = nullptr;
 
 }  // namespace
 
-Patience::Patience(Duration limit) : left_(limit) {
-  if (outermost == nullptr) {
-    outermost = this;
-  }
+Patience::Patience(Duration limit)
+    : outer_(innermost),
+      left_(outer_ == nullptr ? limit : std::min(limit, outer_->left_)),
+      hasGivenUp_(hasGivenUp()) {
+  innermost = this;
 }
 
-Patience::~Patience() {
-  if (outermost == this) {
-    outermost = nullptr;
-  }
-}
+Patience::Patience() : Patience(innermost == nullptr ? ofHost : unlimited) {}
+
+Patience::~Patience() { innermost = outer_; }
 
 Patience::Duration Patience::left() {
-  return outermost == nullptr ? Duration::zero() : outermost->left_;
+  return innermost == nullptr ? Duration::zero() : innermost->left_;
 }
 
 void Patience::spend(Duration waited) {
-  if (outermost != nullptr && outermost->left_ != unlimited) {
-    outermost->left_ -= std::min(waited, outermost->left_);
+  for (auto* patience = innermost; patience != nullptr; patience = patience->outer_) {
+    if (patience->left_ != unlimited) {
+      patience->left_ -= std::min(waited, patience->left_);
+    }
   }
 }
+
+void Patience::giveUp() {
+  for (auto* patience = innermost; patience != nullptr; patience = patience->outer_) {
+    patience->hasGivenUp_ = patience->left_ == Duration::zero();
+  }
+}
+
+bool Patience::hasGivenUp() { return innermost != nullptr && innermost->hasGivenUp_; }
 
 }  // namespace qel::utilities

@@ -8,8 +8,8 @@ namespace qel::utilities {
 /// such as a database file. All waits together count, not each by itself.
 ///
 /// A thread without patience is never kept waiting, so a worker declares its patience where its
-/// work begins. The outermost object of a thread counts: inside it, others change nothing. Objects
-/// end in the reverse order of their construction, on the thread that made them.
+/// work begins. Inside another object, one can only shorten what that one leaves. Objects end in
+/// the reverse order of their construction, on the thread that made them.
 class Patience {
  public:
   /// How long waits take.
@@ -24,8 +24,11 @@ class Patience {
   /// Of a call that leaves what it cannot do at once to a later one.
   static constexpr Duration none = Duration::zero();
 
-  /// Declares that the thread may wait for so long, unless an outer object says otherwise.
+  /// Declares that the thread may wait for so long.
   explicit Patience(Duration limit);
+  /// Leaves it at what the thread has declared. A thread that has declared nothing is one of the
+  /// host's: for operations that a host may call.
+  Patience();
   ~Patience();
 
   Patience(const Patience&) = delete;
@@ -36,8 +39,15 @@ class Patience {
   /// Counts a wait of the calling thread.
   static void spend(Duration waited);
 
+  /// The calling thread needed something and could wait no longer for it.
+  static void giveUp();
+  /// Whether it has given up in this call, so that the rest of the call is not worth trying.
+  static bool hasGivenUp();
+
  private:
+  Patience* const outer_;
   Duration left_;
+  bool hasGivenUp_;
 };
 
 }  // namespace qel::utilities

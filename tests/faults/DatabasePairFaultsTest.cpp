@@ -17,6 +17,7 @@
 #include "Application/Log/Analytics/Items/CrashReportItem.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/Patience.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/faults/Effort.h"
 #include "tests/faults/OtherConnection.h"
@@ -138,6 +139,55 @@ TEST_F(DatabasePairFaultsTest, LoopsKeepTheirPeriodsAndRetentionGoesByTheClock) 
               kept);
   }
   ahead = 0;
+}
+
+/// Renders only when it may.
+class BlockedItem : public json::ToJsonInterface {
+ public:
+  BlockedItem(test::Tally& renderings, std::shared_future<void> mayRender)
+      : renderings_(renderings), mayRender_(std::move(mayRender)) {}
+  std::string toJson() const override {
+    renderings_.add();
+    mayRender_.wait();
+    return "what a customer typed";
+  }
+
+ private:
+  test::Tally& renderings_;
+  const std::shared_future<void> mayRender_;
+};
+
+TEST_F(DatabasePairFaultsTest, OnlyTheReportOfAFullQueueIsLogged) {
+  test::Tally renderings;
+  std::promise<void> mayRender;
+  pair_.insert(std::make_unique<BlockedItem>(renderings, mayRender.get_future().share()), Items);
+  EXPECT_TRUE(renderings.reaches(1));
+  while (!pair_.errorOccurred()) {
+    insertInto(pair_, "lost");
+  }
+  mayRender.set_value();
+  pair_.join();
+  EXPECT_THAT(logged(), testing::MatchesRegex("[^\n]*the queue is full, so storage has ended: "
+                                              "\\{\"Category\": \"CIP\"[^\n]*\n"));
+}
+
+/// With its mutex held, so that no thread of the host may add meanwhile.
+TEST_F(DatabasePairFaultsTest, AWorkerThatMeetsTheFullQueueWaitsNoLongerThanTheHost) {
+  const OtherConnection other(files_[1]);
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE"));
+  std::promise<void> mayRender;
+  test::Tally renderings;
+  pair_.insert(std::make_unique<BlockedItem>(renderings, mayRender.get_future().share()), Items);
+  EXPECT_TRUE(renderings.reaches(1));
+  for (int row = 0; row < 10'000; ++row) {
+    insertInto(pair_, "lost");
+  }
+  const utilities::Patience worker(utilities::Patience::unlimited);
+  const auto begin = steady_clock::now();
+  insertInto(pair_, "one too many");
+  EXPECT_LT(steady_clock::now() - begin, 1s);
+  EXPECT_TRUE(other.execute("COMMIT"));
+  mayRender.set_value();
 }
 
 TEST(StalledWriterTest, CostsTheQueueButNeverTheHost) {

@@ -96,17 +96,29 @@ TEST_F(HeldFileTest, AnOverflowKeepsTheHostWaitingForAQuarterOfASecond) {
 }
 
 TEST_F(HeldFileTest, AnExportWaitsForFiveSeconds) {
-  const auto source = std::make_shared<SupportDatabaseClient>(std::nullopt);
-  source->initialize(data_);
-  source->insertMultiple({R"({"SessionId": "S"})"}, SupportDatabaseClient::Items);
-  const auto target = std::make_shared<MemoryDatabaseClient>();
-  SupportDatabaseExporter exporter(source);
-  hold();
-  EXPECT_THAT(timeOf([&] { EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("S", target)); }),
-              AllOf(Ge(5s), Lt(5s + longestCall)));
-  EXPECT_THAT(logged(), HasSubstr("a statement was given up: database is locked"));
-  release();
-  EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
+  const auto held = std::make_shared<SupportDatabaseClient>(std::nullopt);
+  held->initialize(data_);
+  const auto free = std::make_shared<MemoryDatabaseClient>();
+  const std::vector<std::string> rows(100, R"({"SessionId": "S"})");
+  held->insertMultiple(rows, SupportDatabaseClient::Items);
+  free->insertMultiple(rows, SupportDatabaseClient::Items);
+  for (const bool isSourceHeld : {true, false}) {
+    using Client = std::shared_ptr<log::analytics::CipDatabaseClientInterface>;
+    SupportDatabaseExporter exporter(isSourceHeld ? Client(held) : Client(free));
+    hold();
+    EXPECT_THAT(timeOf([&] {
+                  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile(
+                      "S", isSourceHeld ? Client(free) : Client(held)));
+                }),
+                AllOf(Ge(5s), Lt(5s + longestCall)));
+    release();
+    EXPECT_THAT(held->getAllItems(), testing::SizeIs(rows.size())) << "none was added";
+    EXPECT_THAT(free->texts(SupportDatabaseClient::Items), testing::SizeIs(rows.size()));
+  }
+  EXPECT_THAT(logged(),
+              testing::MatchesRegex("[^\n]*a statement was given up: database is locked[^\n]*\n"
+                                    "[^\n]*a statement was given up: database is locked[^\n]*\n"
+                                    "[^\n]*the export of session S is incomplete[^\n]*\n"));
 }
 
 /// In its short form the file is free again before the thirty seconds are over.

@@ -70,7 +70,11 @@ class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
     note("delete " + std::to_string(table) + " " + list);
   }
   RowMap getAllItems() override { return {}; }
-  std::map<Table, RowMap> getAllFromSession(std::string) override { return {}; }
+  /// All that there is, whatever the session.
+  std::map<Table, RowMap> getAllFromSession(std::string) override {
+    const std::lock_guard lock(mutex_);
+    return {{Items, rows_[Items]}, {Environments, rows_[Environments]}};
+  }
   void deleteItems(const RowMap&) override {}
   void deleteEnvironments(RowMap) override {}
 

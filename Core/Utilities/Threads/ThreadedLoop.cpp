@@ -33,12 +33,12 @@ bool runsAtStop(const RunPolicy& policy) {
 /// One write for the whole line, so that lines of several threads do not mix. There is no line
 /// without memory for it, or while standard error takes none: the worker must not wait for a
 /// reader.
-void writeToStandardError(const std::function<bool()>& function, std::string_view separator,
+void writeToStandardError(const std::type_info& type, std::string_view separator,
                           const char* message) noexcept try {
   if (!utilities::standardErrorTakesLine()) {
     return;
   }
-  std::string line = "Assert in ThreadedLoop(" + utilities::typeName(function.target_type());
+  std::string line = "Assert in ThreadedLoop(" + utilities::typeName(type);
   std::cerr << line.append(separator).append(message) + '\n' << std::flush;
 } catch (...) {
   return;
@@ -86,35 +86,35 @@ void ThreadedLoop::stopAndJoin() {
 
 void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
   if (work.setup) {
-    invoke([&work] {
+    invoke(work.setup.target_type(), [&work] {
       work.setup();
       return true;
     });
   }
-  if (runsAtStart(work.policy) && !invoke(work.function)) {
+  if (runsAtStart(work.policy) && !invoke(work.function.target_type(), work.function)) {
     return;
   }
   while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
          Sleeper::Outcome::TimedOut) {
-    if (!invoke(work.function)) {
-      const bool retrySucceeded = invoke(work.function);
+    if (!invoke(work.function.target_type(), work.function)) {
+      const bool retrySucceeded = invoke(work.function.target_type(), work.function);
       if (!retrySucceeded) {
         return;
       }
     }
   }
   if (runsAtStop(work.policy)) {
-    invoke(work.function);
+    invoke(work.function.target_type(), work.function);
   }
 }
 
-bool ThreadedLoop::invoke(const std::function<bool()>& function) {
+bool ThreadedLoop::invoke(const std::type_info& type, const std::function<bool()>& function) {
   try {
     return function();
   } catch (const std::exception& failure) {
-    writeToStandardError(function, "): ", failure.what());
+    writeToStandardError(type, "): ", failure.what());
   } catch (...) {
-    writeToStandardError(function, ")", "");
+    writeToStandardError(type, ")", "");
   }
   debuggerBreak();
   return false;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <typeinfo>
 
 #include "Core/Utilities/Threads/Sleeper.h"
 
@@ -67,7 +68,7 @@ class ThreadedLoop {
   void start(Work work);
   void stopAndJoin();
   static void run(const Work& work, Sleeper& sleeper);
-  static bool invoke(const std::function<bool()>& function);
+  static bool invoke(const std::type_info& type, const std::function<bool()>& function);
   static void debuggerBreak();
 
   std::mutex sleeperMutex_;

@@ -1,6 +1,8 @@
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <future>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -10,6 +12,7 @@
 #include "host/QelSql/DatabaseFile.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 #include "tests/support/Files.h"
@@ -31,12 +34,12 @@ using Rows = Result::Rows;
 
 const std::string creation =
     "CREATE TABLE IF NOT EXISTS T (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)";
-const std::string inUse = "another thread used the database for longer than this one may wait";
+const std::string inUse = "another thread uses the database, and this one waits no longer";
 
 /// A database with a table T.
-class Database : public SqlDatabaseAdapter {
+class TestDatabase : public SqlDatabaseAdapter {
  public:
-  explicit Database(const fs::path& file) : SqlDatabaseAdapter(file) {
+  explicit TestDatabase(const fs::path& file) : SqlDatabaseAdapter(file) {
     EXPECT_EQ("", errorOf("PRAGMA auto_vacuum = INCREMENTAL;"));
     EXPECT_EQ("", errorOf(creation));
   }
@@ -53,6 +56,7 @@ class Database : public SqlDatabaseAdapter {
 class SqlDatabaseAdapterTest : public testing::Test {
  protected:
   SqlDatabaseAdapterTest() {
+    fs::create_directory(directory_);
     log::LogManager::instance().configure({.standardError = false, .file = logFile_});
   }
 
@@ -70,12 +74,13 @@ class SqlDatabaseAdapterTest : public testing::Test {
   }
 
   const test::TemporaryDirectory temporary_;
-  const fs::path& directory_ = temporary_.path();
-  const fs::path logFile_ = directory_ / "log.txt";
+  const fs::path logFile_ = temporary_.path() / "log.txt";
+  const fs::path directory_ = temporary_.path() / "data";
   const fs::path file_ = directory_ / "T.db";
 };
 
 TEST_F(SqlDatabaseAdapterTest, TellsWhyItCannotBeOpened) {
+  fs::permissions(temporary_.path(), fs::perms::all);
   fs::permissions(directory_, fs::perms::all);
   fs::create_directories(directory_ / "sub.db");
   write(directory_ / "plain", "");
@@ -104,7 +109,7 @@ TEST_F(SqlDatabaseAdapterTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
   fs::current_path(directory_);
   for (const std::string name :
        {"T.db", "file:x.db?mode=memory", "Bürö 図面 %20#.db", ":memory:"}) {
-    Database database(utilities::pathFromUtf8(name));
+    TestDatabase database(utilities::pathFromUtf8(name));
     const auto guard = database.beginTransaction();
     EXPECT_TRUE(database.insert("a"));
     for (const auto& file : {directory_ / name, directory_ / (name + "-journal")}) {
@@ -114,7 +119,7 @@ TEST_F(SqlDatabaseAdapterTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, SetsACorruptFileAsideOnOpening) {
-  EXPECT_TRUE(Database(file_).insert(std::string(100'000, 'x')));
+  EXPECT_TRUE(TestDatabase(file_).insert(std::string(100'000, 'x')));
   const std::string sound = contentOf(file_);
   const std::size_t size = sound.size();
   const std::vector<std::pair<std::string, std::string>> reasons = {
@@ -125,7 +130,7 @@ TEST_F(SqlDatabaseAdapterTest, SetsACorruptFileAsideOnOpening) {
   };
   for (const auto& [damaged, reason] : reasons) {
     write(file_, damaged);
-    EXPECT_THAT(Database(file_).rows(), IsEmpty());
+    EXPECT_THAT(TestDatabase(file_).rows(), IsEmpty());
     const auto aside = asideFiles();
     ASSERT_THAT(aside, SizeIs(1)) << reason;
     EXPECT_TRUE(damaged == contentOf(aside[0])) << reason;
@@ -138,35 +143,67 @@ TEST_F(SqlDatabaseAdapterTest, SetsACorruptFileAsideOnOpening) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileWhenItsOwnTurnsOutCorrupt) {
-  Database database(file_);
-  EXPECT_TRUE(database.insert(std::string(100'000, 'x')));
-  const std::string header = contentOf(file_).substr(0, 24);
-  const auto damage = [&] { write(file_, header + std::string(100'000, '\xee')); };
-  for (const std::size_t timesBefore : {0U, 1U}) {
+  const fs::path moved = temporary_.path() / "moved";
+  for (const bool inTransaction : {false, true}) {
+    fs::remove_all(directory_);
+    fs::create_directory(directory_);
+    EXPECT_TRUE(TestDatabase(file_).insert(std::string(100'000, 'x')));
+    EXPECT_TRUE(TestDatabase(file_).insert("old"));
+    const std::string header = contentOf(file_).substr(0, 24);
+    const auto damage = [&] { write(file_, header + std::string(100'000, '\xee')); };
+
+    TestDatabase database(file_);
+    EXPECT_THAT(database.rows(), SizeIs(2));
     damage();
     {
-      const auto guard = timesBefore == 0 ? ScopeGuard() : database.beginTransaction();
+      const auto guard = inTransaction ? database.beginTransaction() : ScopeGuard();
       EXPECT_FALSE(database.insert("lost"));
-      EXPECT_THAT(asideFiles(), SizeIs(1)) << "a transaction is not disturbed";
+      EXPECT_THAT(asideFiles(), SizeIs(inTransaction ? 0 : 1)) << "a transaction is not disturbed";
     }
-    EXPECT_THAT(asideFiles(), SizeIs(timesBefore + 1));
-    const auto id = std::to_string(timesBefore + 2);
+    EXPECT_THAT(asideFiles(), SizeIs(1));
     for (int times = 0; times < 2; ++times) {
       EXPECT_TRUE(database.insert("a"));
-      EXPECT_EQ((Rows{{id, "a"}}), database.rows()) << "above the IDs of the file before";
-      EXPECT_TRUE(database.deleteIds("T", id).boSuccess());
+      EXPECT_EQ((Rows{{"3", "a"}}), database.rows()) << "above the IDs of the file before";
+      EXPECT_TRUE(database.deleteIds("T", "3").boSuccess());
       EXPECT_EQ("", database.errorOf("DELETE FROM sqlite_sequence WHERE name = 'T'"));
     }
     EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
     EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA synchronous").result());
-  }
 
-  damage();
-  fs::rename(file_, directory_ / "out of reach");
+    damage();
+    fs::rename(directory_, moved);
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_FALSE(database.insert("lost"));
+    }
+    EXPECT_EQ("the corrupt database file cannot be replaced", database.errorOf("SELECT 1"));
+    EXPECT_THAT(logged(),
+                EndsWith("is corrupt and cannot be replaced yet: cannot open the database \"" +
+                         file_.string() + "\": No such file or directory\n"));
+    fs::rename(moved, directory_);
+    EXPECT_TRUE(database.insert("b"));
+    EXPECT_EQ((Rows{{"4", "b"}}), database.rows());
+    EXPECT_THAT(asideFiles(), SizeIs(2));
+  }
+}
+
+/// A scanner, for example, that looks at each new file.
+TEST_F(SqlDatabaseAdapterTest, GoesOnWithAFreshFileThatIsHeldAtOnce) {
+  TestDatabase database(file_);
+  EXPECT_TRUE(database.insert("a"));
+  write(file_, contentOf(file_).substr(0, 24) + std::string(100'000, '\xee'));
+  std::atomic<bool> isOver{false};
+  std::jthread scanner([&] {
+    while (asideFiles().empty() && !isOver) {
+    }
+    SqlDatabaseAdapter other(file_);
+    other.execute("BEGIN EXCLUSIVE");
+    std::this_thread::sleep_for(500ms);
+    other.execute("COMMIT");
+  });
   EXPECT_FALSE(database.insert("lost"));
-  EXPECT_EQ("the corrupt database file could not be replaced", database.errorOf("SELECT 1"));
-  EXPECT_THAT(logged(), EndsWith("so nothing more is stored in it: the corrupt file cannot be "
-                                 "renamed: No such file or directory\n"));
+  isOver = true;
+  scanner.join();
+  EXPECT_TRUE(database.insert("b"));
 }
 
 TEST_F(SqlDatabaseAdapterTest, FindsAnUnusedNameForACorruptFileAndItsJournal) {
@@ -181,7 +218,7 @@ TEST_F(SqlDatabaseAdapterTest, FindsAnUnusedNameForACorruptFileAndItsJournal) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, RunsOneStatementAndYieldsRowsAsTexts) {
-  Database database(file_);
+  TestDatabase database(file_);
   EXPECT_EQ((Rows{{"a\0b"s, "", "", "1.5", "-7"}, {"2", "c", "d", "e", "f"}}),
             database
                 .execute("VALUES ('a' || char(0) || 'b', NULL, '', 1.5, -7),"
@@ -202,7 +239,7 @@ TEST_F(SqlDatabaseAdapterTest, RunsOneStatementAndYieldsRowsAsTexts) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, StoresATransactionWholeOrNotAtAll) {
-  Database database(file_);
+  TestDatabase database(file_);
   {
     const auto guard = database.beginTransaction();
     EXPECT_TRUE(database.insert("first"));
@@ -229,7 +266,7 @@ TEST_F(SqlDatabaseAdapterTest, StoresATransactionWholeOrNotAtAll) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
-  Database database(file_);
+  TestDatabase database(file_);
   auto batches = std::async(std::launch::async, [&] {
     for (int i = 0; i < 40; ++i) {
       const auto guard = database.beginTransaction();
@@ -253,7 +290,7 @@ TEST_F(SqlDatabaseAdapterTest, OpensAFileThatIsHeldAndMakesUpForItsSchemaLater) 
   SqlDatabaseAdapter database(file_);
   EXPECT_FALSE(database.execute("PRAGMA auto_vacuum = INCREMENTAL;").boSuccess());
   EXPECT_FALSE(database.execute(creation).boSuccess());
-  EXPECT_THAT(logged(), EndsWith("is held by another process; it is checked when it is free\n"));
+  EXPECT_THAT(logged(), EndsWith("is held by another connection; it is checked when it is free\n"));
   EXPECT_TRUE(other.execute("COMMIT").boSuccess());
   EXPECT_TRUE(database.execute("INSERT into T(json) VALUES ('a')").boSuccess());
 
@@ -266,7 +303,7 @@ TEST_F(SqlDatabaseAdapterTest, OpensAFileThatIsHeldAndMakesUpForItsSchemaLater) 
 }
 
 TEST_F(SqlDatabaseAdapterTest, AThreadWaitsInOneCallAsLongAsItsPatienceLasts) {
-  Database database(file_);
+  TestDatabase database(file_);
   SqlDatabaseAdapter other(file_);
   EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
   const auto timeOf = [](const auto& call) {
@@ -276,17 +313,19 @@ TEST_F(SqlDatabaseAdapterTest, AThreadWaitsInOneCallAsLongAsItsPatienceLasts) {
   };
   const auto statement = [&] {
     EXPECT_THAT(database.errorOf("SELECT * FROM T"),
-                "database is locked by another connection for longer than this thread may wait");
+                "database is locked by another connection, and this thread waits no longer");
   };
   const auto quarter = AllOf(Ge(250ms), Lt(450ms));
   EXPECT_THAT(timeOf(statement), quarter) << "without any said";
   EXPECT_THAT(timeOf([&] {
+                const Patience worker(Patience::unlimited);
                 const Patience patience(Patience::ofHost);
                 const Patience inner(Patience::unlimited);
                 statement();
                 statement();
               }),
-              quarter);
+              quarter)
+      << "the shortest counts";
 
   auto worker = std::async(std::launch::async, [&] {
     const Patience patience(Patience::unlimited);
@@ -307,13 +346,13 @@ TEST_F(SqlDatabaseAdapterTest, AThreadWaitsInOneCallAsLongAsItsPatienceLasts) {
   EXPECT_TRUE(database.insert("c"));
   EXPECT_EQ((Rows{{"1", "a"}, {"2", "c"}}), database.rows());
   EXPECT_THAT(logged(), AllOf(HasSubstr("\": a statement was given up: database is locked"),
-                              HasSubstr("\": a statement was given up: another thread used"),
+                              HasSubstr("\": a statement was given up: another thread uses"),
                               HasSubstr("\": BEGIN failed, so nothing of its transaction is "
-                                        "stored: another thread used")));
+                                        "stored: another thread uses")));
 }
 
 TEST_F(SqlDatabaseAdapterTest, AWorkerWaitsUntilTheFileIsFree) {
-  Database database(file_);
+  TestDatabase database(file_);
   SqlDatabaseAdapter other(file_);
   EXPECT_TRUE(other.execute("BEGIN").boSuccess());
   EXPECT_TRUE(other.selectAll("T").boSuccess());
@@ -328,7 +367,7 @@ TEST_F(SqlDatabaseAdapterTest, AWorkerWaitsUntilTheFileIsFree) {
   batch.get();
   EXPECT_THAT(database.rows(), SizeIs(2));
   EXPECT_THAT(logged(),
-              MatchesRegex("[^\n]*\" is held by another process; waiting until it is free\n"
+              MatchesRegex("[^\n]*\" is held by another connection; waiting until it is free\n"
                            "[^\n]*\" is free again\n"));
 }
 
@@ -345,6 +384,8 @@ TEST_F(SqlDatabaseAdapterTest, KeepsAFileThatRowsCanBeStoredIn) {
       {"TABLE T(ID INTEGER, json TEXT)", false},
       {"TABLE T(ID INTEGER, json TEXT, PRIMARY KEY(ID, json))", false},
       {"TABLE T(ID INT PRIMARY KEY, json TEXT)", false},
+      {"TABLE T(ID INTEGER PRIMARY KEY DESC, json TEXT)", false},
+      {"TABLE T(ID INTEGER PRIMARY KEY, json TEXT) WITHOUT ROWID", false},
       {"TABLE T" + key + "json TEXT, more TEXT NOT NULL)", false},
       {"VIEW T AS SELECT 1 AS ID, 'x' AS json", false},
   };
@@ -366,10 +407,13 @@ TEST_F(SqlDatabaseAdapterTest, KeepsAFileThatRowsCanBeStoredIn) {
 TEST_F(SqlDatabaseAdapterTest, MakesAFileShrinkableOnceAWorkerHasTime) {
   SqlDatabaseAdapter(file_).execute("CREATE TABLE T(ID INTEGER PRIMARY KEY AUTOINCREMENT, json)");
   SqlDatabaseAdapter(file_).execute("INSERT INTO T(ID, json) VALUES (7, 'old')");
-  Database database(file_);
+  TestDatabase database(file_);
   EXPECT_TRUE(database.insert("new"));
   EXPECT_EQ((Rows{{"0"}}), database.execute("PRAGMA auto_vacuum").result());
   const Patience worker(Patience::unlimited);
+  utilities::setExitDeadline(1h);
+  EXPECT_EQ((Rows{{"0"}}), database.execute("PRAGMA auto_vacuum").result()) << "there is no time";
+  utilities::setExitDeadline(std::nullopt);
   EXPECT_EQ((Rows{{"7", "old"}, {"8", "new"}}), database.rows());
   EXPECT_EQ((Rows{{"2"}}), database.execute("PRAGMA auto_vacuum").result());
 }

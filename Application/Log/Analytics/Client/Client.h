@@ -43,9 +43,9 @@ class DbToServerConnection;
 /// host broadcasts, samples memory, and sends what is stored: at once, every ten minutes, and once
 /// more when it is destroyed. Destruction takes the listeners off the broadcasters and waits for
 /// that last pass, for 30 seconds at most unless the host has armed an exit deadline
-/// (`utilities::setExitDeadline`). What is queued by then is lost unless the host calls
-/// `CipDatabases::join` first.
-/// All operations belong to one thread, the one that broadcasters are registered on.
+/// (`utilities::setExitDeadline`); only a disk that hangs can take longer. What is queued by then
+/// is lost unless the host calls `CipDatabases::join` first. All operations belong to one thread,
+/// the one that broadcasters are registered on.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
  public:
   /// Throws `std::invalid_argument` when `databases` is null.

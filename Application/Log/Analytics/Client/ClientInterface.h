@@ -27,8 +27,8 @@ class QEL_ANALYTICS_EXPORT ClientInterface {
       qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
       std::unique_ptr<IssueListInformationInterface> information) = 0;
   /// After activation: starts sending, or starts it anew with a pass at once. Waits for a loop that
-  /// still runs, which makes a last pass first: as long as its exchanges take, and until the exit
-  /// deadline at most.
+  /// still runs, which makes a last pass first: as long as its exchanges take or a database is
+  /// held, and until the exit deadline at most.
   virtual void startSendingItems() = 0;
   /// Lets sending end with one more pass and does not wait for it. An assertion reports that
   /// nothing was started.

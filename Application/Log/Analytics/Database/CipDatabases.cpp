@@ -1,9 +1,20 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 
+#include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
 
 namespace qel::log::analytics {
+
+namespace {
+
+/// Nobody but the dispatcher makes such an item, when it ends storage.
+bool reportsFullQueue(const std::vector<AccumulatingDispatcher::Entry>& batch) {
+  const auto* const info = dynamic_cast<const items::CipInfoItem*>(batch.front().first.get());
+  return info != nullptr && info->getSubCategory() == "InsertingItems";
+}
+
+}  // namespace
 
 CipDatabases::CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDatabase,
                            std::unique_ptr<CipDatabaseClientInterface> supportDatabase)
@@ -35,7 +46,6 @@ bool CipDatabases::errorOccurred() const { return dispatcher_.hasFailed(); }
 
 void CipDatabases::join() { dispatcher_.join(); }
 
-/// Once the dispatcher has failed, what is still written is the marker of the full queue.
 void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch) {
   try {
     std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>> rows;
@@ -43,7 +53,7 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
     for (const auto& [item, table] : batch) {
       rows.emplace_back(item->toJson(), table);
     }
-    if (errorOccurred()) {
+    if (reportsFullQueue(batch)) {
       LogManager::instance()
           .getLogger("qel.log.analytics.CipDatabases")
           ->log(Level::Error, "the queue is full, so storage has ended: " + rows.front().first);

@@ -63,7 +63,7 @@ void DatabaseClientBase::vacuum() {
 }
 
 void DatabaseClientBase::deleteByIds(Table table, std::vector<int>& ids) {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   const auto open = adapter();
   const auto* const name = tableName(table);
   if (open != nullptr && name != nullptr) {
@@ -95,7 +95,7 @@ std::filesystem::path DatabaseClientBase::file() const {
 
 void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,
                                         const std::vector<std::pair<std::string, Table>>& rows) {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   const auto transaction = adapter.createTransaction();
   for (const auto& [json, table] : rows) {
     const auto* const name = tableName(table);
@@ -108,9 +108,9 @@ void DatabaseClientBase::insertTogether(DatabaseAdapterInterface& adapter,
 void DatabaseClientBase::insertEach(DatabaseAdapterInterface& adapter,
                                     const std::vector<std::string>& jsons,
                                     const std::string& table) {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   for (const auto& json : jsons) {
-    if (!json.empty()) {
+    if (!json.empty() && !Patience::hasGivenUp()) {
       adapter.insert(json, table);
     }
   }

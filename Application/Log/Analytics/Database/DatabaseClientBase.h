@@ -35,7 +35,7 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
   /// Inserts the texts that are not empty, of known tables, in one transaction.
   static void insertTogether(DatabaseAdapterInterface& adapter,
                              const std::vector<std::pair<std::string, Table>>& rows);
-  /// Inserts each text that is not empty.
+  /// Inserts each text that is not empty, until the calling thread can wait no longer.
   static void insertEach(DatabaseAdapterInterface& adapter, const std::vector<std::string>& jsons,
                          const std::string& table);
 

@@ -67,7 +67,7 @@ void SupportDatabaseClient::insertMultiple(const std::vector<std::pair<std::stri
 
 std::map<CipDatabaseClientInterface::Table, CipDatabaseClientInterface::RowMap>
 SupportDatabaseClient::getAllFromSession(std::string sessionId) {
-  const Patience patience(Patience::ofHost);
+  const Patience patience;
   std::map<Table, RowMap> rows;
   if (const auto open = adapter()) {
     for (const auto table : {Items, Environments}) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
@@ -46,6 +47,13 @@ bool SupportDatabaseExporter::exportLastSessionToSqliteFile(
     if (!texts.empty()) {
       target->insertMultiple(texts, table);
     }
+  }
+  if (utilities::Patience::hasGivenUp()) {
+    LogManager::instance()
+        .getLogger("qel.log.analytics.SupportDatabaseExporter")
+        ->log(Level::Error, "the export of session " + sessionId +
+                                " is incomplete, since the databases were held for too long");
+    return false;
   }
   return true;
 }

@@ -14,9 +14,11 @@ class QEL_ANALYTICS_EXPORT SupportDatabaseExporter {
   /// `source` is shared for as long as the exporter lives.
   explicit SupportDatabaseExporter(const std::shared_ptr<CipDatabaseClientInterface>& source);
 
-  /// Whether there were rows to copy. The caller has opened `target`; rows get new IDs there and
-  /// keep their texts. Throws `std::out_of_range` when the source knows the session but leaves out
-  /// a table that has to be looked at.
+  /// Whether there were rows to copy, and all were copied. The caller has opened `target`; rows get
+  /// new IDs there and keep their texts. Waits for five seconds at most while others hold the
+  /// databases; what is missing then is logged, and the next try needs an empty target. Throws
+  /// `std::out_of_range` when the source knows the session but leaves out a table that has to be
+  /// looked at.
   bool exportLastSessionToSqliteFile(const std::string& sessionId,
                                      const std::shared_ptr<CipDatabaseClientInterface>& target);
 
