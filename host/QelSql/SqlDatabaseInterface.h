@@ -10,7 +10,8 @@ namespace qel::db::sql {
 /// One SQL database in SQLite's dialect, used by several threads at once. The dialect includes
 /// AUTOINCREMENT with `sqlite_sequence`, `PRAGMA auto_vacuum` and `incremental_vacuum`, `instr` and
 /// `STRFTIME`; a table's name is one plain word. No operation throws for an SQL failure: results
-/// carry it. `std::bad_alloc` may be thrown, and dooms a transaction like a failed statement.
+/// carry it. `std::bad_alloc` may be thrown, and makes a transaction fail as a failed statement
+/// does.
 class SqlDatabaseInterface {
  public:
   virtual ~SqlDatabaseInterface() = default;
