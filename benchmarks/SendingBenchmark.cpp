@@ -28,18 +28,23 @@ using RowMap = CipDatabaseClient::RowMap;
 constexpr std::size_t packageSize = 1'000'000;
 constexpr int packagesToUpload = 30;
 
+/// As a pass has them in memory.
 RowMap rowsOf(int count) {
   const test::TemporaryDirectory directory;
   copyDatabase(count, directory.path());
-  return RawDatabase(directory.path(), RawDatabase::sending).rows("Items");
+  CipDatabaseClient database;
+  database.initialize(directory.text());
+  return database.getAllItems();
 }
 
 /// Packs the rows as a pass does and hands each package's text to `take`.
 template <typename Take>
 void packAll(const RowMap& rows, Take take) {
   PackageBatch batch(packageSize);
+  std::string package;
   const auto finish = [&] {
-    take(ItemWrapper(batch.texts(), CipDatabaseClient::Items).toJson());
+    ItemWrapper(batch.texts(), CipDatabaseClient::Items).writeTo(package);
+    take(package);
     batch.clear();
   };
   for (const auto& [id, json] : rows) {
@@ -55,7 +60,7 @@ void packAll(const RowMap& rows, Take take) {
 
 std::vector<std::string> packagesOf(const RowMap& rows) {
   std::vector<std::string> packages;
-  packAll(rows, [&](std::string package) { packages.push_back(std::move(package)); });
+  packAll(rows, [&](const std::string& package) { packages.push_back(package); });
   return packages;
 }
 

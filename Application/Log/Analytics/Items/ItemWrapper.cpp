@@ -15,12 +15,15 @@ void appendMerged(std::string& out, const std::vector<const std::string*>& list)
     size += text != nullptr ? text->size() + 1 : 0;
   }
   out.reserve(size);
-  std::string_view prefix;
+  bool isFirst = true;
   for (const std::string* text : list) {
-    if (text != nullptr) {
-      out += std::exchange(prefix, ",");
-      out += *text;
+    if (text == nullptr) {
+      continue;
     }
+    if (!std::exchange(isFirst, false)) {
+      out.push_back(',');
+    }
+    out.append(*text);
   }
 }
 
@@ -51,7 +54,13 @@ void ItemWrapper::mergeList(const std::vector<const std::string*>& list,
 }
 
 std::string ItemWrapper::toJson() const {
-  std::string text = R"({"version": ")" + version_ + '"';
+  std::string text;
+  writeTo(text);
+  return text;
+}
+
+void ItemWrapper::writeTo(std::string& text) const {
+  text.assign(R"({"version": ")").append(version_).push_back('"');
   const auto addList = [&](std::string_view name, const std::vector<const std::string*>* list) {
     if (list != nullptr && !list->empty()) {
       text.append(", \"").append(name).append("\": [");
@@ -62,7 +71,6 @@ std::string ItemWrapper::toJson() const {
   addList("environments", environments_);
   addList("events", events_);
   text += '}';
-  return text;
 }
 
 }  // namespace qel::log::analytics::items

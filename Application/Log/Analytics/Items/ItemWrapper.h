@@ -35,6 +35,8 @@ class QEL_ANALYTICS_EXPORT ItemWrapper {
   /// `{"version": "3.1", "environments": [...], "events": [...]}`, with the list that is set and
   /// not empty.
   std::string toJson() const;
+  /// The same in place of what `text` holds, in its memory if that is large enough.
+  void writeTo(std::string& text) const;
 
  private:
   std::string version_ = "3.1";

@@ -28,7 +28,7 @@ bool DbToServerConnection::send(items::ItemWrapper& package) {
   if (package.isNullOrEmpty()) {
     return false;
   }
-  message_.body = package.toJson();
+  package.writeTo(message_.body);
   protocol::https::Client client;
   return accepts(client.post(message_).statusCode);
 }
