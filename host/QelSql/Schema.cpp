@@ -80,18 +80,24 @@ Outcome Schema::applyStatement(Connection& connection, const std::string& statem
                                                       : chooseVacuum(connection, statement);
 }
 
+/// A table that this program made has the text of its creation, which SQLite keeps from the name
+/// on.
 Outcome Schema::createTable(Connection& connection, const std::string& statement) {
   const std::string table = tableIn(statement);
-  Outcome outcome = connection.run("SELECT 1 FROM sqlite_schema WHERE name = '" + table +
+  Outcome outcome = connection.run("SELECT sql FROM sqlite_schema WHERE name = '" + table +
                                    "' COLLATE NOCASE AND type <> 'trigger'");
   if (!outcome.isDone()) {
     return outcome;
   }
   if (outcome.rows.empty()) {
     outcome = connection.run(statement);
-  } else if (outcome = compare(connection, statement); outcome.isDone()) {
-    outcome = connection.run("SELECT max(ID) FROM " + table);
-    noteId(outcome.isDone() ? std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10) : 0);
+  } else {
+    const Result::Rows ours{{"CREATE TABLE " + statement.substr(tableCreation.size())}};
+    outcome = outcome.rows == ours ? Outcome{} : compare(connection, statement);
+    if (outcome.isDone()) {
+      outcome = connection.run("SELECT max(ID) FROM " + table);
+      noteId(outcome.isDone() ? std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10) : 0);
+    }
   }
   if (outcome.isDone() && statement.find("AUTOINCREMENT") != std::string::npos) {
     countedTables_.push_back(table);
