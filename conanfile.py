@@ -30,6 +30,7 @@ class QelAnalytics(ConanFile):
         if self.settings.os != "Windows" or self.options.tools:
             self.requires("openssl/[>=3]")
         if self.options.tools:
+            self.requires("cli11/[>=2.1.2]")
             self.requires("cpp-httplib/[>=0.11]")
 
     def layout(self):

@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "fuzz/Check.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/sample-host/SessionScript.h"
 
 namespace qel::samplehost {

@@ -12,6 +12,7 @@ root = pathlib.Path(sys.argv[1])
 NAMES = {
     "benchmark": ("libbenchmark-dev", "benchmark", None),
     "Boost": ("libboost-dev", "boost-uuid", "boost"),
+    "CLI11": ("libcli11-dev", "cli11", "cli11"),
     "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib", "cpp-httplib"),
     "CURL": ("libcurl4-openssl-dev", "curl", "libcurl"),
     "Doxygen": ("doxygen", None, None),

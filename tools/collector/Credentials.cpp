@@ -10,7 +10,7 @@
 #include <openssl/evp.h>
 
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "tools/collector/Credentials.h"
 #include "tools/collector/Store.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/Endpoint.h"
 
 namespace qel::collector {
 

@@ -6,7 +6,7 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 namespace {

@@ -2,8 +2,8 @@
 #include <iostream>
 #include <string>
 #include <thread>
-#include <vector>
 
+#include <CLI/CLI.hpp>
 #include <pthread.h>
 #include <sys/stat.h>
 
@@ -13,23 +13,23 @@
 #include "tools/collector/Credentials.h"
 #include "tools/collector/Server.h"
 #include "tools/collector/Store.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/Endpoint.h"
+#include "tools/common/Program.h"
 
 namespace {
 
 using namespace qel;
-using tools::Option;
+using utilities::pathFromUtf8;
 
-const tools::ProgramDescription program{
-    "qel-collector",
-    "Receives analytics packages over HTTPS and stores them in an SQLite file.",
-    {{"listen", "ADDRESS:PORT", "where to listen; port 0 picks a free one and prints it",
-      Option::Presence::Optional, "127.0.0.1:8443"},
-     {"certificate", "FILE", "the server's certificate and its chain (PEM)",
-      Option::Presence::Required},
-     {"key", "FILE", "the certificate's private key (PEM)", Option::Presence::Required},
-     {"credentials", "FILE", "who may send: lines user:secret", Option::Presence::Required},
-     {"store", "FILE", "what was received (SQLite)", Option::Presence::Required}}};
+constexpr const char* programName = "qel-collector";
+
+struct Options {
+  std::string listen = "127.0.0.1:8443";
+  std::string certificate;
+  std::string key;
+  std::string credentials;
+  std::string store;
+};
 
 /// SIGINT and SIGTERM, held back for every thread that is started later.
 class StopSignals {
@@ -50,21 +50,18 @@ class StopSignals {
   sigset_t signals_{};
 };
 
-int collect(const tools::Arguments& arguments) {
-  const auto file = [&](const char* option) {
-    return utilities::pathFromUtf8(arguments.text(option));
-  };
+int collect(const Options& options) {
   // What customers send is for the owner's eyes alone.
   ::umask(S_IRWXG | S_IRWXO);
   log::LogSettings logging;
   logging.lowestLevel = log::Level::Info;
   log::LogManager::instance().configure(logging);
   const StopSignals signals;
-  tools::Endpoint endpoint = arguments.endpoint("listen", 0);
-  auto credentials = collector::Credentials::fromFile(file("credentials"));
-  collector::Store store(file("store"));
-  collector::Server server({endpoint, file("certificate"), file("key")}, std::move(credentials),
-                           store);
+  tools::Endpoint endpoint = tools::parseEndpoint("--listen", options.listen, 0);
+  auto credentials = collector::Credentials::fromFile(pathFromUtf8(options.credentials));
+  collector::Store store(pathFromUtf8(options.store));
+  collector::Server server({endpoint, pathFromUtf8(options.certificate), pathFromUtf8(options.key)},
+                           std::move(credentials), store);
   endpoint.port = static_cast<std::uint16_t>(server.bind());
 
   std::thread stopper;
@@ -84,12 +81,26 @@ int collect(const tools::Arguments& arguments) {
   return 0;
 }
 
+int run(int count, const char* const* values) {
+  Options options;
+  CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
+                   programName);
+  program
+      .add_option("--listen", options.listen,
+                  "where to listen; port 0 picks a free one and prints it")
+      ->type_name("ADDRESS:PORT");
+  const auto addFile = [&](const char* name, std::string& file, const char* help) {
+    program.add_option(name, file, help)->type_name("FILE")->required();
+  };
+  addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
+  addFile("--key", options.key, "the certificate's private key (PEM)");
+  addFile("--credentials", options.credentials, "who may send: lines user:secret");
+  addFile("--store", options.store, "what was received (SQLite)");
+  return tools::readCommandLine(program, count, values) ? collect(options) : 0;
+}
+
 }  // namespace
 
 int main(int count, char** values) {
-  return tools::runProgram(program.name, [&] {
-    const auto arguments = tools::parseCommandLine(
-        program, std::vector<std::string>(values + 1, values + count), std::cout);
-    return arguments ? collect(*arguments) : 0;
-  });
+  return tools::runProgram(programName, [&] { return run(count, values); });
 }

@@ -13,7 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/QelId/Guid.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 
 namespace qel::samplehost {
 

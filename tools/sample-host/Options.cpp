@@ -3,142 +3,143 @@
 #include <fstream>
 #include <sstream>
 
+#include <CLI/CLI.hpp>
+
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/Endpoint.h"
+#include "tools/common/Number.h"
+#include "tools/common/Program.h"
 
 namespace qel::samplehost {
 namespace {
 
-using tools::Arguments;
 using tools::InputError;
-using tools::Option;
 using utilities::pathFromUtf8;
 
 constexpr long long secondsOfHundredYears = 3'155'760'000;
 
-const tools::ProgramDescription program{
-    "qel-sample-host",
-    "Plays the part of the CAD program: owns an analytics client and broadcasts the notifications\n"
-    "of a session script.",
-    {
-        {"directory", "DIR", "existing directory of the databases and the log file",
-         Option::Presence::Required},
-        {"session", "FILE", "session script, - for standard input", Option::Presence::Optional,
-         "-"},
-        {"server", "HOST:PORT", "where the analytics server's name is reached"},
-        {"ca", "FILE", "trusted certificates (PEM) instead of the system's"},
-        {"user", "NAME", "user to send as"},
-        {"secret-file", "FILE", "file that holds the user's secret"},
-        {"installation-id", "TEXT", "installation to record (default: made once, kept in DIR)"},
-        {"session-id", "GUID", "session to record (default: a new one)"},
-        {"no-sending", "", "withholds the permission to store items for sending"},
-        {"no-support", "", "withholds the permission to store items for support"},
-        {"retention", "SECONDS", "age at which stored support items go (default: never)"},
-        {"speed", "N", "divides the script's waits", Option::Presence::Optional, "1"},
-        {"exit-deadline", "SECONDS", "how long sending may go on at the end",
-         Option::Presence::Optional, "5"},
-    }};
-
-std::string contentOf(const Arguments& arguments, const std::string& option) {
-  const auto file = arguments.text(option);
+std::string contentOf(const std::string& option, const std::string& file) {
   std::ifstream stream(pathFromUtf8(file), std::ios::binary);
   std::ostringstream content;
   content << stream.rdbuf();
   if (!stream.is_open() || stream.bad() || content.str().empty()) {
-    throw InputError("--" + option + ": cannot read " + file + ", or it is empty");
+    throw InputError(option + ": cannot read " + file + ", or it is empty");
   }
   return content.str();
 }
 
-std::string caBundle(const Arguments& arguments) {
-  if (arguments.has("ca") &&
-      contentOf(arguments, "ca").find("BEGIN CERTIFICATE") == std::string::npos) {
-    throw InputError("--ca: " + arguments.text("ca") + " holds no certificate (PEM)");
+void checkCaBundle(const std::string& file) {
+  if (contentOf("--ca", file).find("BEGIN CERTIFICATE") == std::string::npos) {
+    throw InputError("--ca: " + file + " holds no certificate (PEM)");
   }
-  return arguments.text("ca");
 }
 
-std::string user(const Arguments& arguments) {
-  if (arguments.text("user").find(':') != std::string::npos) {
-    throw InputError("--user: a name with a colon cannot be sent");
-  }
-  if (arguments.has("user") != arguments.has("secret-file")) {
-    throw InputError("--user and --secret-file go together");
-  }
-  return arguments.text("user");
+std::string complaintAboutUser(const std::string& name) {
+  return name.find(':') == std::string::npos ? "" : "a name with a colon cannot be sent";
 }
 
 /// What the file holds, but for the end of its last line.
-std::string secret(const Arguments& arguments) {
-  if (!arguments.has("secret-file")) {
-    return {};
-  }
-  auto secret = contentOf(arguments, "secret-file");
+std::string secretFrom(const std::string& file) {
+  auto secret = contentOf("--secret-file", file);
   for (const char lineEnd : {'\n', '\r'}) {
     if (secret.ends_with(lineEnd)) {
       secret.pop_back();
     }
   }
   if (secret.find_first_of(std::string("\r\n\0", 3)) != std::string::npos) {
-    throw InputError("--secret-file: " + arguments.text("secret-file") +
-                     " holds more than one line, or a NUL");
+    throw InputError("--secret-file: " + file + " holds more than one line, or a NUL");
   }
   return secret;
 }
 
-std::filesystem::path existingDirectory(const Arguments& arguments) {
-  auto directory = pathFromUtf8(arguments.text("directory"));
+std::filesystem::path existingDirectory(const std::string& name) {
+  auto directory = pathFromUtf8(name);
   std::error_code unreadable;
   if (!std::filesystem::is_directory(directory, unreadable)) {
-    throw InputError("--directory: there is no directory " + arguments.text("directory"));
+    throw InputError("--directory: there is no directory " + name);
   }
   return directory;
 }
 
-/// As it was given: the option's form is the one that the connection takes.
-std::string checkedServer(const Arguments& arguments) {
-  if (arguments.has("server")) {
-    arguments.endpoint("server", 1);
+qel::Guid parseSessionId(const std::string& text) {
+  try {
+    return qel::Guid::parse(text);
+  } catch (const qel::exception&) {
+    throw InputError("--session-id: \"" + text + "\" is not a GUID");
   }
-  return arguments.text("server");
 }
 
-qel::Guid sessionId(const Arguments& arguments) {
-  if (!arguments.has("session-id")) {
-    return qel::Guid::create();
-  }
-  try {
-    return qel::Guid::parse(arguments.text("session-id"));
-  } catch (const qel::exception&) {
-    throw InputError("--session-id: \"" + arguments.text("session-id") + "\" is not a GUID");
-  }
+/// The texts that still have to be read, as they were given.
+struct Texts {
+  std::string directory;
+  std::string secretFile;
+  std::string sessionId;
+  std::string retention;
+  std::string speed = "1";
+  std::string exitDeadline = "5";
+};
+
+bool readTexts(int count, const char* const* values, Options& options, Texts& texts) {
+  CLI::App program(
+      "Plays the part of the CAD program: owns an analytics client and broadcasts the\n"
+      "notifications of a session script.",
+      "qel-sample-host");
+  const auto add = [&](const char* name, const char* kind, std::string& text, const char* help) {
+    return program.add_option(name, text, help)->type_name(kind);
+  };
+  add("--directory", "DIR", texts.directory, "existing directory of the databases and the log file")
+      ->required();
+  add("--session", "FILE", options.session, "session script, - for standard input");
+  add("--server", "HOST:PORT", options.server, "where the analytics server's name is reached");
+  add("--ca", "FILE", options.caBundle, "trusted certificates (PEM) instead of the system's");
+  auto* user = add("--user", "NAME", options.user, "user to send as")->check(complaintAboutUser);
+  auto* secret =
+      add("--secret-file", "FILE", texts.secretFile, "file that holds the user's secret");
+  user->needs(secret);
+  secret->needs(user);
+  add("--installation-id", "TEXT", options.installationId,
+      "installation to record (default: made once, kept in DIR)");
+  add("--session-id", "GUID", texts.sessionId, "session to record (default: a new one)");
+  program.add_flag_callback(
+      "--no-sending", [&] { options.sendingAllowed = false; },
+      "withholds the permission to store items for sending");
+  program.add_flag_callback(
+      "--no-support", [&] { options.supportAllowed = false; },
+      "withholds the permission to store items for support");
+  add("--retention", "SECONDS", texts.retention,
+      "age at which stored support items go (default: never)");
+  add("--speed", "N", texts.speed, "divides the script's waits");
+  add("--exit-deadline", "SECONDS", texts.exitDeadline, "how long sending may go on at the end");
+  return tools::readCommandLine(program, count, values);
 }
 
 }  // namespace
 
-std::optional<Options> readOptions(const std::vector<std::string>& commandLine,
-                                   std::ostream& output) {
-  const auto arguments = tools::parseCommandLine(program, commandLine, output);
-  if (!arguments) {
+std::optional<Options> readOptions(int count, const char* const* values) {
+  Options options;
+  Texts texts;
+  if (!readTexts(count, values, options, texts)) {
     return std::nullopt;
   }
-  Options options;
-  options.directory = existingDirectory(*arguments);
-  options.session = arguments->text("session");
-  options.server = checkedServer(*arguments);
-  options.caBundle = caBundle(*arguments);
-  options.user = user(*arguments);
-  options.secret = secret(*arguments);
-  options.installationId = arguments->text("installation-id");
-  options.sessionId = sessionId(*arguments);
-  options.sendingAllowed = !arguments->has("no-sending");
-  options.supportAllowed = !arguments->has("no-support");
-  if (arguments->has("retention")) {
-    options.retention =
-        std::chrono::seconds(arguments->integer("retention", 0, secondsOfHundredYears));
+  options.directory = existingDirectory(texts.directory);
+  if (!options.server.empty()) {
+    tools::parseEndpoint("--server", options.server, 1);
   }
-  options.speed = arguments->number("speed", 0.001, 1e6);
-  options.exitDeadline = std::chrono::duration<double>(arguments->number("exit-deadline", 0, 3600));
+  if (!options.caBundle.empty()) {
+    checkCaBundle(options.caBundle);
+  }
+  if (!texts.secretFile.empty()) {
+    options.secret = secretFrom(texts.secretFile);
+  }
+  options.sessionId =
+      texts.sessionId.empty() ? qel::Guid::create() : parseSessionId(texts.sessionId);
+  if (!texts.retention.empty()) {
+    options.retention = std::chrono::seconds(tools::parseNumber(
+        "--retention", texts.retention, 0LL, secondsOfHundredYears, "a whole number"));
+  }
+  options.speed = tools::parseNumber("--speed", texts.speed, 0.001, 1e6, "a number");
+  options.exitDeadline = std::chrono::duration<double>(
+      tools::parseNumber("--exit-deadline", texts.exitDeadline, 0., 3600., "a number"));
   return options;
 }
 

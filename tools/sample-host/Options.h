@@ -2,10 +2,8 @@
 
 #include <chrono>
 #include <filesystem>
-#include <iosfwd>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "host/QelId/Guid.h"
 
@@ -14,7 +12,7 @@ namespace qel::samplehost {
 /// What the user asks of one run.
 struct Options {
   std::filesystem::path directory;  ///< of the databases; it exists
-  std::string session;              ///< script file (UTF-8); "-": standard input
+  std::string session = "-";        ///< script file (UTF-8); "-": standard input
   std::string server;               ///< "host:port" that stands in for the server; empty: none
   std::string caBundle;             ///< trusted certificates; empty: the system's
   std::string user;
@@ -28,9 +26,8 @@ struct Options {
   std::chrono::duration<double> exitDeadline{0};
 };
 
-/// Reads the arguments behind the program's own name, and the secret from its file. Nothing when
-/// help or version was asked for, which is then printed to `output`. Throws `tools::InputError`
-/// otherwise.
-std::optional<Options> readOptions(const std::vector<std::string>& arguments, std::ostream& output);
+/// Reads `main`'s arguments, and the secret from its file. Nothing when help or version was asked
+/// for, which is then printed. Throws `tools::InputError` otherwise.
+std::optional<Options> readOptions(int count, const char* const* values);
 
 }  // namespace qel::samplehost

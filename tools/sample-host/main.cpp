@@ -5,7 +5,8 @@
 
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
+#include "tools/common/Program.h"
 #include "tools/sample-host/Interruption.h"
 #include "tools/sample-host/Options.h"
 #include "tools/sample-host/SampleHost.h"
@@ -28,8 +29,8 @@ std::vector<Step> readScript(const std::string& file) {
   return readSessionScript(script, file);
 }
 
-int run(const std::vector<std::string>& arguments) {
-  const auto options = readOptions(arguments, std::cout);
+int run(int count, const char* const* values) {
+  const auto options = readOptions(count, values);
   if (!options) {
     return 0;
   }
@@ -50,9 +51,7 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace
 }  // namespace qel::samplehost
 
-int main(int argc, char** argv) {
+int main(int count, char** values) {
   using namespace qel;
-  return tools::runProgram(samplehost::programName, [&] {
-    return samplehost::run(std::vector<std::string>(argv + 1, argv + argc));
-  });
+  return tools::runProgram(samplehost::programName, [&] { return samplehost::run(count, values); });
 }

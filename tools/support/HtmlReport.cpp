@@ -11,7 +11,7 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/support/CategoryLanes.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/Html.h"

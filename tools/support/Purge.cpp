@@ -8,7 +8,7 @@
 
 #include "host/QelSql/DirectoryClaim.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/RecordedFiles.h"
 #include "tools/support/Terminal.h"

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 
 namespace qel::support {
 

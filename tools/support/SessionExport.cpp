@@ -9,7 +9,7 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/support/PrivateCopy.h"
 #include "tools/support/SessionSource.h"
 #include "tools/support/Terminal.h"

@@ -8,7 +8,7 @@
 
 #include "host/QelId/Guid.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/common/RowReader.h"
 #include "tools/support/Moment.h"
 

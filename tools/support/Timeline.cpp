@@ -4,7 +4,7 @@
 #include <cctype>
 #include <ostream>
 
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/Moment.h"
 #include "tools/support/TextTable.h"

@@ -1,16 +1,16 @@
-#include <algorithm>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <sys/stat.h>
 
 #include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/Program.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
 #include "tools/support/PrivateCopy.h"
@@ -25,18 +25,22 @@
 namespace qel::support {
 namespace {
 
-using tools::Arguments;
-using tools::Operand;
-using tools::Option;
-
 constexpr const char* programName = "qel-support";
 
-const Operand directoryOperand{"DIR", "directory of the databases"};
-const Option sessionOption{"session", "ID|last", "which session", Option::Presence::Required};
-const Option jsonOption{"json", "", "prints JSON, for scripts"};
+/// What the user gave the command; empty or false where it was not given.
+struct Arguments {
+  std::string directory;
+  std::string session;
+  std::string category;
+  std::string since;
+  std::string to;
+  std::string output;
+  bool json = false;
+  bool yes = false;
+};
 
 std::filesystem::path directoryOf(const Arguments& arguments) {
-  return utilities::pathFromUtf8(arguments.text(directoryOperand.name));
+  return utilities::pathFromUtf8(arguments.directory);
 }
 
 /// A directory's databases, with a progress bar while they are read.
@@ -67,7 +71,7 @@ int showSessions(const Arguments& arguments) {
   Reading reading(arguments);
   const auto sessions = listSessions(reading.recordings);
   reading.end();
-  if (arguments.has("json")) {
+  if (arguments.json) {
     printJson(sessions, std::cout);
   } else {
     print(sessions, std::cout, Terminal::ofStandardOutput());
@@ -76,13 +80,13 @@ int showSessions(const Arguments& arguments) {
 }
 
 int showSession(const Arguments& arguments) {
-  const TimelineFilter filter{arguments.text("category"), readSince(arguments.text("since"))};
+  const TimelineFilter filter{arguments.category, readSince(arguments.since)};
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.text("session"));
+  const auto session = findSession(reading.recordings, arguments.session);
   auto events = eventsOf(session);
   reading.end();
   std::erase_if(events, [&](const Event& event) { return !filter.admits(event); });
-  if (arguments.has("json")) {
+  if (arguments.json) {
     printJson(events, std::cout);
   } else {
     printTimeline(session, events, std::cout, Terminal::ofStandardOutput());
@@ -94,7 +98,7 @@ int showStatistics(const Arguments& arguments) {
   Reading reading(arguments);
   const auto statistics = gatherStatistics(reading.recordings);
   reading.end();
-  if (arguments.has("json")) {
+  if (arguments.json) {
     printJson(statistics, std::cout);
   } else {
     print(statistics, std::cout, Terminal::ofStandardOutput());
@@ -103,9 +107,9 @@ int showStatistics(const Arguments& arguments) {
 }
 
 int exportOne(const Arguments& arguments) {
-  const auto target = utilities::pathFromUtf8(arguments.text("to"));
+  const auto target = utilities::pathFromUtf8(arguments.to);
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.text("session"));
+  const auto session = findSession(reading.recordings, arguments.session);
   const auto rows = exportSession(session, target);
   reading.end();
   std::cout << "exported " << rows << " rows of session " << printable(session.id) << " to "
@@ -114,9 +118,9 @@ int exportOne(const Arguments& arguments) {
 }
 
 int report(const Arguments& arguments) {
-  const auto file = utilities::pathFromUtf8(arguments.text("output"));
+  const auto file = utilities::pathFromUtf8(arguments.output);
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.text("session"));
+  const auto session = findSession(reading.recordings, arguments.session);
   const auto events = eventsOf(session);
   reading.end();
   writeNewFile(file, htmlReport(session, events));
@@ -125,91 +129,69 @@ int report(const Arguments& arguments) {
 }
 
 int removeAll(const Arguments& arguments) {
-  return purge(directoryOf(arguments), arguments.has("yes"), std::cout) ? 0 : 1;
+  return purge(directoryOf(arguments), arguments.yes, std::cout) ? 0 : 1;
 }
 
-struct Command {
-  std::string name;
-  std::string summary;
-  std::vector<Option> options;
-  std::function<int(const Arguments&)> run;
-};
+int run(int count, const char* const* values) {
+  CLI::App program("Reads what an analytics client has recorded in the directory DIR.",
+                   programName);
+  program.require_subcommand(1);
+  Arguments arguments;
+  int (*chosen)(const Arguments&) = nullptr;
+  const auto addCommand = [&](const char* name, const char* summary, auto action) {
+    auto* command = program.add_subcommand(name, summary);
+    command->callback([&chosen, action] { chosen = action; });
+    command->add_option("DIR", arguments.directory, "directory of the databases")
+        ->type_name("")
+        ->required();
+    return command;
+  };
+  const auto addSession = [&](CLI::App* command) {
+    command->add_option("--session", arguments.session, "which session")
+        ->type_name("ID|last")
+        ->required();
+  };
+  const auto addJson = [&](CLI::App* command) {
+    command->add_flag("--json", arguments.json, "prints JSON, for scripts");
+  };
 
-const std::vector<Command>& commands() {
-  static const std::vector<Command> all{
-      {"sessions",
-       "Lists the sessions that a directory's databases tell of.",
-       {jsonOption},
-       showSessions},
-      {"show",
-       "Tells what happened in a session.",
-       {sessionOption,
-        {"category", "NAME", "only records of this category"},
-        {"since", "TIME", "only from then on, such as \"2026-11-21 09:30\" (UTC)"},
-        jsonOption},
-       showSession},
-      {"stats",
-       "Tells what the databases hold, what waits to be sent and whether anything was lost.",
-       {jsonOption},
-       showStatistics},
-      {"export",
-       "Copies a session into a database of its own.",
-       {sessionOption,
-        {"to", "DIR", "directory of the new SupportDatabase.db", Option::Presence::Required}},
-       exportOne},
-      {"report",
-       "Writes a page (HTML) about a session.",
-       {sessionOption, {"output", "FILE", "the new file", Option::Presence::Required}},
-       report},
-      {"purge",
-       "Removes everything recorded: databases, journals, files set aside, logs of "
-       "qel-sample-host.",
-       {{"yes", "", "does not ask"}},
-       removeAll}};
-  return all;
-}
-
-void printHelp() {
-  std::cout << "Usage: " << programName << " COMMAND DIR [options]\n"
-            << "Reads what an analytics client has recorded in the directory DIR.\n\n";
-  for (const auto& command : commands()) {
-    std::cout << "  " << command.name << std::string(10 - command.name.size(), ' ')
-              << command.summary << '\n';
-  }
-  std::cout << "\n\"" << programName << " COMMAND --help\" lists a command's options.\n";
-}
-
-int run(const std::vector<std::string>& arguments) {
-  if (arguments.empty()) {
-    throw tools::InputError("a command is missing (--help lists them)");
-  }
-  const auto& name = arguments.front();
-  if (name == "--help") {
-    printHelp();
-    return 0;
-  }
-  if (name == "--version") {
-    tools::parseCommandLine({programName, "", {}}, arguments, std::cout);
-    return 0;
-  }
-  const auto command = std::find_if(commands().begin(), commands().end(),
-                                    [&](const Command& known) { return known.name == name; });
-  if (command == commands().end()) {
-    throw tools::InputError("unknown command \"" + name + "\" (--help lists them)");
-  }
-  const auto parsed = tools::parseCommandLine(
-      {programName + (' ' + name), command->summary, command->options, {directoryOperand}},
-      {arguments.begin() + 1, arguments.end()}, std::cout);
-  if (!parsed) {
-    return 0;
-  }
-  return command->run(*parsed);
+  addJson(addCommand("sessions", "Lists the sessions that a directory's databases tell of.",
+                     showSessions));
+  auto* show = addCommand("show", "Tells what happened in a session.", showSession);
+  addSession(show);
+  show->add_option("--category", arguments.category, "only records of this category")
+      ->type_name("NAME");
+  show->add_option("--since", arguments.since,
+                   "only from then on, such as \"2026-11-21 09:30\" (UTC)")
+      ->type_name("TIME");
+  addJson(show);
+  addJson(addCommand(
+      "stats",
+      "Tells what the databases hold, what waits to be sent and whether anything was lost.",
+      showStatistics));
+  auto* exporting = addCommand("export", "Copies a session into a database of its own.", exportOne);
+  addSession(exporting);
+  exporting->add_option("--to", arguments.to, "directory of the new SupportDatabase.db")
+      ->type_name("DIR")
+      ->required();
+  auto* reporting = addCommand("report", "Writes a page (HTML) about a session.", report);
+  addSession(reporting);
+  reporting->add_option("--output", arguments.output, "the new file")
+      ->type_name("FILE")
+      ->required();
+  addCommand("purge",
+             "Removes everything recorded: databases, journals, files set aside, logs of "
+             "qel-sample-host.",
+             removeAll)
+      ->add_flag("--yes", arguments.yes, "does not ask");
+  program.footer("\"qel-support COMMAND --help\" lists a command's options.");
+  return tools::readCommandLine(program, count, values) ? chosen(arguments) : 0;
 }
 
 }  // namespace
 }  // namespace qel::support
 
-int main(int argc, char** argv) {
+int main(int count, char** values) {
   using namespace qel;
   // What customers recorded is for the owner's eyes alone.
   ::umask(S_IRWXG | S_IRWXO);
@@ -219,7 +201,7 @@ int main(int argc, char** argv) {
   log::LogManager::instance().configure(logging);
   support::PrivateDirectory::removeAllOnSignals();
   return tools::runProgram(support::programName, [&] {
-    const int status = support::run(std::vector<std::string>(argv + 1, argv + argc));
+    const int status = support::run(count, values);
     if (!std::cout.flush()) {
       support::PrivateDirectory::diesOfClosedPipe();
       throw exception("cannot write to standard output");

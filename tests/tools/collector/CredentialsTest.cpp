@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "tools/collector/Credentials.h"
-#include "tools/common/CommandLine.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 namespace {

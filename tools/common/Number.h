@@ -1,0 +1,28 @@
+#pragma once
+
+#include <charconv>
+#include <sstream>
+#include <string>
+
+#include "tools/common/InputError.h"
+
+namespace qel::tools {
+
+/// The decimal number that is the value of `option`. Throws `InputError` unless it lies within
+/// `lowest` and `highest`; `kind` says in the message what was expected.
+template <typename Number>
+Number parseNumber(const std::string& option, const std::string& text, Number lowest,
+                   Number highest, const char* kind) {
+  Number number{};
+  const auto* end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stopped != end || !(number >= lowest && number <= highest)) {
+    std::ostringstream message;
+    message << option << ": \"" << text << "\" is not " << kind << " from " << lowest << " to "
+            << highest;
+    throw InputError(message.str());
+  }
+  return number;
+}
+
+}  // namespace qel::tools

@@ -1,0 +1,91 @@
+#include "tools/common/Program.h"
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/common/InputError.h"
+
+namespace qel::tools {
+namespace {
+
+std::string complaintAboutValue(const std::string& value) {
+  return value.empty() || value.starts_with("--") ? "a value is missing" : "";
+}
+
+std::string complaintAboutFlag(const std::string& value) {
+  return value == "true" ? "" : "takes no value";
+}
+
+void complete(CLI::App& program, const std::string& version) {
+  for (CLI::Option* option : program.get_options({})) {
+    const bool flag = option->get_items_expected_max() == 0;
+    option->check(flag ? complaintAboutFlag : complaintAboutValue)
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw)
+        ->capture_default_str();
+  }
+  program.set_help_flag("--help", "prints this text");
+  program.set_version_flag("--version", version, "prints the program's version");
+  for (CLI::App* command : program.get_subcommands({})) {
+    complete(*command, version);
+  }
+}
+
+/// The library would take the next argument for the value of `--name=`.
+void refuseEmptyValue(const std::string& argument) {
+  if (argument.starts_with("--") && argument.find('=') + 1 == argument.size()) {
+    throw InputError(argument + ": a value is missing");
+  }
+}
+
+/// The first argument that nothing takes, without its value and what follows: these may be secret.
+std::optional<std::string> firstUnexpected(const CLI::App& program) {
+  for (const std::string& argument : program.remaining(true)) {
+    if (argument != "--") {
+      return argument.substr(0, argument.find('='));
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool readCommandLine(CLI::App& program, int count, const char* const* values) {
+  complete(program, program.get_name() + " " QEL_VERSION);
+  std::for_each(values + 1, values + count, refuseEmptyValue);
+  try {
+    program.parse(count, values);
+    return true;
+  } catch (const CLI::Success& request) {
+    program.exit(request);
+    return false;
+  } catch (const CLI::ValidationError& error) {
+    throw InputError(error.what());
+  } catch (const CLI::ParseError& error) {
+    const auto unexpected = firstUnexpected(program);
+    throw InputError(unexpected ? "unexpected argument \"" + *unexpected +
+                                      "\" (--help lists what there is)"
+                                : error.what());
+  }
+}
+
+int runProgram(const std::string& name, const std::function<int()>& body) {
+  const auto failed = [&](const std::string& message, int status) {
+    std::cerr << name + ": " + message + '\n' << std::flush;
+    return status;
+  };
+  try {
+    return body();
+  } catch (const InputError& error) {
+    return failed(error.what(), 2);
+  } catch (const std::exception& error) {
+    return failed(error.what(), 1);
+  } catch (...) {
+    return failed("unknown failure", 1);
+  }
+}
+
+}  // namespace qel::tools
