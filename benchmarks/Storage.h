@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "tests/support/MemoryDatabaseClient.h"

@@ -7,12 +7,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "tools/collector/PackageSplitter.h"
 
 namespace qel::collector {
 namespace {
 
-constexpr const char* packageVersion = "3.1";
+using log::analytics::format::packageVersion;
 
 /// Longest frame worth reading; a client's has 60 bytes.
 constexpr std::size_t longestFrame = 4096;

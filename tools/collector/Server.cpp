@@ -11,6 +11,7 @@
 
 #include <httplib.h>
 
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "tools/collector/Answer.h"
 #include "tools/collector/ConnectionWatch.h"
 #include "tools/collector/PackageReader.h"
@@ -22,7 +23,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr const char* packagePath = "/authenticated/customer-care.php";
 constexpr const char* anyPath = R"([\s\S]*)";
 
 constexpr int waitingConnections = 128;
@@ -173,7 +173,7 @@ class Server::Implementation {
 
   /// What is to be said against a request, from its head alone.
   std::optional<Answer> objection(const httplib::Request& request) const {
-    if (request.path != packagePath) {
+    if (request.path != log::analytics::format::uploadPath) {
       return Answer{404, "unknown path"};
     }
     if (request.method != "POST") {

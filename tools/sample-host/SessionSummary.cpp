@@ -3,8 +3,12 @@
 #include <iomanip>
 #include <ostream>
 
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
+
 namespace qel::samplehost {
 namespace {
+
+namespace format = qel::log::analytics::format;
 
 void printLine(std::ostream& output, const std::string& label, std::int64_t number,
                const std::string& meaning) {
@@ -30,10 +34,13 @@ std::vector<std::string> storageFailures(const SessionSummary& summary) {
         "written, or writing failed. What was waiting then, and every item since, is lost.");
   }
   if (summary.after.fullMarkers > summary.before.fullMarkers) {
-    failures.emplace_back("ItemDatabase.db has reached its largest size: rows were dropped.");
+    failures.push_back(std::string(format::sendingDatabase) +
+                       " has reached its largest size: rows were dropped.");
   }
-  addMissing(failures, "ItemDatabase.db", summary.storedForSending(), summary.handedForSending);
-  addMissing(failures, "SupportDatabase.db", summary.storedForSupport(), summary.handedForSupport);
+  addMissing(failures, format::sendingDatabase, summary.storedForSending(),
+             summary.handedForSending);
+  addMissing(failures, format::supportDatabase, summary.storedForSupport(),
+             summary.handedForSupport);
   return failures;
 }
 

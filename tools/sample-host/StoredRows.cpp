@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Patience.h"
 
@@ -9,6 +10,7 @@ namespace qel::samplehost {
 namespace {
 
 using qel::db::sql::SqlDatabaseAdapter;
+namespace format = qel::log::analytics::format;
 
 /// None while there is no such table.
 std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
@@ -22,21 +24,21 @@ std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
 std::string holds(const std::string& text) { return "instr(json, '" + text + "') > 0"; }
 
 std::int64_t countInBoth(SqlDatabaseAdapter& database, const std::string& condition) {
-  return count(database, "Items", condition) + count(database, "Environments", condition);
+  return count(database, format::itemsTable, condition) +
+         count(database, format::environmentsTable, condition);
 }
 
 }  // namespace
 
 StoredRows countStoredRows(const std::filesystem::path& directory, const qel::Guid& session) {
   const utilities::Patience patience(utilities::Patience::ofExport);
-  SqlDatabaseAdapter sending(directory / "ItemDatabase.db");
-  SqlDatabaseAdapter support(directory / "SupportDatabase.db");
+  SqlDatabaseAdapter sending(directory / format::sendingDatabase);
+  SqlDatabaseAdapter support(directory / format::supportDatabase);
   StoredRows rows;
   rows.forSending = countInBoth(sending, "TRUE");
-  rows.forSupport =
-      countInBoth(support, holds(R"("SessionId": ")" + session.toString(false) + '"'));
+  rows.forSupport = countInBoth(support, holds(format::sessionMark(session.toString(false))));
   rows.fullMarkers =
-      count(sending, "Items",
+      count(sending, format::itemsTable,
             holds(R"("Category": "CIP", "Subcategory": "Database", "Event": "CriticalLarge")"));
   return rows;
 }

@@ -5,14 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "tools/support/ReadOnlyDatabase.h"
 
 namespace qel::support {
 
-inline constexpr const char* itemsTable = "Items";
-inline constexpr const char* environmentsTable = "Environments";
-inline constexpr const char* sendingDatabaseName = "ItemDatabase.db";
-inline constexpr const char* supportDatabaseName = "SupportDatabase.db";
+using log::analytics::format::environmentsTable;
+using log::analytics::format::itemsTable;
+inline constexpr const char* sendingDatabaseName = log::analytics::format::sendingDatabase;
+inline constexpr const char* supportDatabaseName = log::analytics::format::supportDatabase;
 
 /// What a client has recorded in one directory: its databases, as far as they are there.
 struct Recordings {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Application/Log/Analytics/Client/ClientInterface.h"
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelUtilities/ExitDeadline.h"
 
@@ -75,7 +76,7 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   utilities::DefaultExitDeadline releaseDeadline_;  ///< armed while the others go
   bool active_ = false;
   bool sendingStarted_ = false;
-  std::size_t packageSizeLimit_ = 1'000'000;  ///< bytes of row text
+  std::size_t packageSizeLimit_ = format::packageSizeLimit;
   std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem_;
   std::unique_ptr<CipDatabases> databases_;
   std::shared_ptr<serverconnection::DbToServerConnection> serverConnection_;

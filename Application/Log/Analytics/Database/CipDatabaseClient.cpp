@@ -5,21 +5,16 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
-namespace {
-
-constexpr std::uint64_t sizeLimit = 30'720'000;
-
-}  // namespace
-
 void CipDatabaseClient::initialize(const std::string& directory) {
   const utilities::Patience none(utilities::Patience::none);
-  auto path = utilities::pathFromUtf8(directory) / "ItemDatabase.db";
+  auto path = utilities::pathFromUtf8(directory) / format::sendingDatabase;
   auto adapter = std::make_shared<details::DatabaseAdapter>(
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);
@@ -43,7 +38,7 @@ void CipDatabaseClient::insertMultiple(const std::vector<std::pair<std::string, 
   if (!size) {
     return;
   }
-  if (*size >= sizeLimit) {
+  if (*size >= format::sendingDatabaseLimit) {
     reportCriticalLevel(*open);
     return;
   }

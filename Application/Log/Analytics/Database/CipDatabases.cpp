@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 
+#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"

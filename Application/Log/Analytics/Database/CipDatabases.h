@@ -7,11 +7,14 @@
 #include <utility>
 #include <vector>
 
-#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
 
 namespace qel::log::analytics {
+
+namespace parameters {
+struct ActivateParameter;
+}
 
 /// The pair of databases, and the one way for items to reach them.
 ///

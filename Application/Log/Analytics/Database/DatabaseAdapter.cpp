@@ -8,6 +8,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/TypeName.h"
@@ -123,8 +124,8 @@ std::map<int, std::string> DatabaseAdapter::getAll(const std::string& table) {
 
 std::map<int, std::string> DatabaseAdapter::getAllFromSession(const std::string& table,
                                                               const std::string& sessionId) {
-  return rowMapFrom(execute("SELECT * FROM " + table + R"( WHERE instr(json, '"SessionId": ")" +
-                            sessionId + R"("') > 0)"));
+  return rowMapFrom(execute("SELECT * FROM " + table + " WHERE instr(json, '" +
+                            format::sessionMark(sessionId) + "') > 0"));
 }
 
 void DatabaseAdapter::deleteByIds(const std::vector<int>& ids, const std::string& table) {

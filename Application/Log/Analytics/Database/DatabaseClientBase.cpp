@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Database/DatabaseClientBase.h"
 
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics::details {
@@ -8,8 +9,8 @@ namespace {
 using utilities::Patience;
 
 // Never destroyed: the retention thread may still run while the process exits.
-const std::string& itemsTable = *new std::string("Items");
-const std::string& environmentsTable = *new std::string("Environments");
+const std::string& itemsTable = *new std::string(format::itemsTable);
+const std::string& environmentsTable = *new std::string(format::environmentsTable);
 
 std::vector<int> idsOf(const CipDatabaseClientInterface::RowMap& rows) {
   std::vector<int> ids;

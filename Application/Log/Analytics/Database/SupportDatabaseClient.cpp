@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
+#include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/PathText.h"
@@ -43,7 +44,7 @@ SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds>
 
 void SupportDatabaseClient::initialize(const std::string& directory) {
   const Patience none(Patience::none);
-  auto path = utilities::pathFromUtf8(directory) / "SupportDatabase.db";
+  auto path = utilities::pathFromUtf8(directory) / format::supportDatabase;
   auto adapter = std::make_shared<DatabaseAdapterTimestampDecorator>(
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);

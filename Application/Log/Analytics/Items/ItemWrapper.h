@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "QelAnalyticsExport.h"
 
 namespace qel::log::analytics::items {
@@ -39,7 +40,7 @@ class QEL_ANALYTICS_EXPORT ItemWrapper {
   void writeTo(std::string& text) const;
 
  private:
-  std::string version_ = "3.1";
+  std::string version_ = format::packageVersion;
   const std::vector<const std::string*>* environments_ = nullptr;
   const std::vector<const std::string*>* events_ = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
 
+#include "Application/Log/Analytics/Client/ActivateParameter.h"
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "host/QelHttp/Client.h"
 
 namespace qel::log::analytics::serverconnection {
@@ -12,8 +14,8 @@ bool accepts(int statusCode) { return static_cast<unsigned int>(statusCode) < 40
 
 DbToServerConnection::DbToServerConnection()
     : message_{.host = QEL_ANALYTICS_SERVER_HOST,
-               .path = "/authenticated/customer-care.php",
-               .contentType = "application/json; charset=utf-8",
+               .path = format::uploadPath,
+               .contentType = format::uploadContentType,
                .body = {},
                .user = {},
                .secret = {},

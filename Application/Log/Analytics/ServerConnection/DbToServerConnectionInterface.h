@@ -1,8 +1,11 @@
 #pragma once
 
-#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::parameters {
+struct ActivateParameter;
+}
 
 namespace qel::log::analytics::serverconnection {
 
