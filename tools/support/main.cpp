@@ -13,7 +13,6 @@
 #include "tools/common/CommandLine.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
-#include "tools/support/PrivateCopy.h"
 #include "tools/support/Purge.h"
 #include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
@@ -217,11 +216,9 @@ int main(int argc, char** argv) {
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);
-  support::PrivateDirectory::removeAllOnSignals();
   return tools::runProgram(support::programName, [&] {
     const int status = support::run(std::vector<std::string>(argv + 1, argv + argc));
     if (!std::cout.flush()) {
-      support::PrivateDirectory::diesOfClosedPipe();
       throw exception("cannot write to standard output");
     }
     return status;
