@@ -31,6 +31,7 @@ class QelAnalytics(ConanFile):
             self.requires("openssl/[>=3]")
         if self.options.tools:
             self.requires("cpp-httplib/[>=0.11]")
+            self.requires("utf8proc/[>=2.8]")
 
     def layout(self):
         cmake_layout(self)
