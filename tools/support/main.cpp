@@ -13,6 +13,7 @@
 #include "tools/common/CommandLine.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
+#include "tools/support/NewFile.h"
 #include "tools/support/Purge.h"
 #include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
