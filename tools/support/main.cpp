@@ -17,10 +17,10 @@
 #include "tools/support/Purge.h"
 #include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
-#include "tools/support/SessionTable.h"
-#include "tools/support/Statistics.h"
+#include "tools/support/SessionListOutput.h"
+#include "tools/support/StatisticsOutput.h"
 #include "tools/support/Terminal.h"
-#include "tools/support/Timeline.h"
+#include "tools/support/TimelineOutput.h"
 
 namespace qel::support {
 namespace {
@@ -78,14 +78,13 @@ int showSessions(const Arguments& arguments) {
 int showSession(const Arguments& arguments) {
   const TimelineFilter filter{arguments.text("category"), readSince(arguments.text("since"))};
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.text("session"));
-  auto events = eventsOf(session);
+  const auto timeline =
+      timelineOf(findSession(reading.recordings, arguments.text("session")), filter);
   reading.end();
-  std::erase_if(events, [&](const Event& event) { return !filter.admits(event); });
   if (arguments.has("json")) {
-    printJson(events, std::cout);
+    printJson(timeline, std::cout);
   } else {
-    printTimeline(session, events, std::cout, Terminal::ofStandardOutput());
+    print(timeline, std::cout, Terminal::ofStandardOutput());
   }
   return 0;
 }
