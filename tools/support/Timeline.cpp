@@ -1,7 +1,8 @@
 #include "tools/support/Timeline.h"
 
-#include <algorithm>
-#include <cctype>
+#include <vector>
+
+#include <strings.h>
 
 #include "tools/common/CommandLine.h"
 #include "tools/support/Moment.h"
@@ -9,15 +10,9 @@
 namespace qel::support {
 namespace {
 
-bool equalInAnyCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) ==
-           std::tolower(static_cast<unsigned char>(b));
-  });
-}
-
 bool admits(const TimelineFilter& filter, const Event& event) {
-  return (filter.category.empty() || equalInAnyCase(event.category, filter.category)) &&
+  return (filter.category.empty() ||
+          strcasecmp(event.category.c_str(), filter.category.c_str()) == 0) &&
          event.time >= filter.since;
 }
 
