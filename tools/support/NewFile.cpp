@@ -27,10 +27,10 @@ void writeNewFile(const std::filesystem::path& file, const std::string& content)
   const int error = errno;
   const bool closed = std::fclose(stream) == 0;
   if (!written || !closed) {
-    const auto reason = failure(written ? errno : error);
+    const int reason = written ? errno : error;
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
-    throw reason;
+    throw failure(reason);
   }
 }
 

@@ -5,8 +5,8 @@
 
 namespace qel::support {
 
-/// A new directory for its owner alone, removed with all that is in it at the end. SIGINT, SIGTERM
-/// and SIGHUP wait until then, so that only SIGKILL or a crash leaves it behind.
+/// A new directory for its owner alone, removed with all that is in it at the end. In a program of
+/// one thread SIGINT, SIGTERM and SIGHUP wait until then: only SIGKILL or a crash leaves it behind.
 class PrivateDirectory {
  public:
   /// Makes it in `parent`. Throws `qel::exception` with the reason.
