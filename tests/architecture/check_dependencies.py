@@ -17,6 +17,7 @@ NAMES = {
     "CURL": ("libcurl4-openssl-dev", "curl", "libcurl"),
     "Doxygen": ("doxygen", None, None),
     "GTest": ("libgtest-dev", "gtest", None),
+    "libutf8proc": ("libutf8proc-dev", "utf8proc", "utf8proc"),
     "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json", "nlohmann_json"),
     "OpenSSL": ("libssl-dev", "openssl", "openssl"),
     "PkgConfig": ("pkg-config", None, None),

@@ -11,7 +11,7 @@ cpack, build, work = sys.argv[1:]
 DEPENDENCIES = {
     r"libqelanalytics\d+": ["libc6", "libcurl4", "libspdlog", "libsqlite3-0", "libssl3", "libstdc++6"],
     r"libqelanalytics-dev": ["libqelanalytics"],
-    r"qel-analytics-tools": ["libcpp-httplib", "libqelanalytics", "libsqlite3-0"],
+    r"qel-analytics-tools": ["libcpp-httplib", "libqelanalytics", "libsqlite3-0", "libutf8proc"],
 }
 
 

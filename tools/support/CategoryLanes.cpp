@@ -4,8 +4,8 @@
 #include <map>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Html.h"
 #include "tools/support/Moment.h"
+#include "tools/support/Svg.h"
 
 namespace qel::support {
 namespace {
@@ -45,23 +45,18 @@ std::string nameOf(const std::string& category) {
 std::string categoryLanes(const std::vector<Event>& events, const TimeAxis& axis) {
   const auto lanes = lanesOf(events, axis);
   const double bottom = top + laneHeight * static_cast<double>(lanes.size());
-  std::string svg = beginDrawing("Events by category", bottom + 26) + axis.grid(top, bottom);
+  std::string drawing = svg::begin("Events by category", TimeAxis::width, bottom + 26);
+  drawing += axis.grid(top, bottom);
   double y = top;
   for (const auto& [category, lane] : lanes) {
-    svg +=
-        label("amount", TimeAxis::left - 8, y + 15, nameOf(category) + ' ' + grouped(lane.events));
+    drawing += svg::label("amount", TimeAxis::left - 8, y + 15,
+                          nameOf(category) + ' ' + grouped(lane.events));
     for (const auto& [x, title] : lane.strokes) {
-      svg += html::tag("rect", {{"class", "stroke"},
-                                {"x", std::to_string(x)},
-                                {"y", coordinate(y + 3)},
-                                {"width", "2"},
-                                {"height", "16"}}) +
-             html::element("title", title) + "</rect>";
+      drawing += svg::rectangle("stroke", {static_cast<double>(x), y + 3, 2, 16}, title);
     }
-    svg += '\n';
     y += laneHeight;
   }
-  return svg + "</svg>\n";
+  return drawing + "</svg>\n";
 }
 
 }  // namespace qel::support

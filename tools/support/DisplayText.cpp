@@ -1,65 +1,38 @@
 #include "tools/support/DisplayText.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
+
+#include <utf8proc.h>
 
 namespace qel::support {
 namespace {
 
 struct Character {
-  char32_t code;
+  utf8proc_int32_t code;
   std::size_t length;  ///< in bytes
 };
 
-constexpr char32_t replacement = 0xFFFD;
+constexpr utf8proc_int32_t replacement = 0xFFFD;
 
 /// The character that the text begins with; a byte that begins none counts as the replacement.
 Character firstOf(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text.front());
-  if (lead < 0x80) {
-    return {lead, 1};
-  }
-  const std::size_t length = lead < 0xC0 || lead > 0xF7 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  if (length == 0 || length > text.size()) {
-    return {replacement, 1};
-  }
-  char32_t code = lead & (0xFFU >> (length + 1));
-  for (const char byte : text.substr(1, length - 1)) {
-    const auto bits = static_cast<unsigned char>(byte);
-    if ((bits & 0xC0U) != 0x80) {
-      return {replacement, 1};
-    }
-    code = code << 6 | (bits & 0x3FU);
-  }
-  return {code, length};
+  utf8proc_int32_t code = 0;
+  const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                       static_cast<utf8proc_ssize_t>(text.size()), &code);
+  return length < 1 ? Character{replacement, 1} : Character{code, static_cast<std::size_t>(length)};
 }
 
-bool commandsTerminal(char32_t code) {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x200E && code <= 0x200F) ||
+bool commandsTerminal(utf8proc_int32_t code) {
+  return utf8proc_category(code) == UTF8PROC_CATEGORY_CC || (code >= 0x200E && code <= 0x200F) ||
          (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
-std::size_t columnsOf(char32_t code) {
-  if ((code >= 0x300 && code < 0x370) || code == 0x200B || code == 0x200D ||
-      (code >= 0xFE00 && code <= 0xFE0F)) {
-    return 0;
-  }
-  constexpr std::array<std::pair<char32_t, char32_t>, 8> wide{{{0x1100, 0x115F},
-                                                               {0x2E80, 0xA4CF},
-                                                               {0xAC00, 0xD7A3},
-                                                               {0xF900, 0xFAFF},
-                                                               {0xFE30, 0xFE6F},
-                                                               {0xFF00, 0xFF60},
-                                                               {0x1F300, 0x1FAFF},
-                                                               {0x20000, 0x3FFFD}}};
-  return std::any_of(wide.begin(), wide.end(),
-                     [&](const auto& range) { return code >= range.first && code <= range.second; })
-             ? 2
-             : 1;
+std::size_t columnsOf(utf8proc_int32_t code) {
+  return static_cast<std::size_t>(utf8proc_charwidth(code));
 }
 
-std::string escaped(char32_t code) {
+std::string escaped(utf8proc_int32_t code) {
   switch (code) {
     case U'\n':
       return "\\n";

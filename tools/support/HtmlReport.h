@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -10,9 +9,5 @@ namespace qel::support {
 
 /// The session as one page that needs nothing but itself: no network, no script.
 std::string htmlReport(const Session& session, const std::vector<Event>& events);
-
-/// Writes a new file for its owner alone. Throws `tools::InputError` when there is one already, and
-/// `qel::exception` when it cannot be written.
-void writeNewFile(const std::filesystem::path& file, const std::string& content);
 
 }  // namespace qel::support

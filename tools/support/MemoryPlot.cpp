@@ -10,6 +10,7 @@
 #include "tools/support/DisplayText.h"
 #include "tools/support/Html.h"
 #include "tools/support/Moment.h"
+#include "tools/support/Svg.h"
 
 namespace qel::support {
 namespace {
@@ -105,8 +106,8 @@ class Drawing {
     std::string marks;
     for (int step = 0; step <= static_cast<int>(steps_); ++step) {
       const double amount = step_ * step;
-      marks += line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount));
-      marks += label("amount", TimeAxis::left - 8, y(amount) + 4, text(amount));
+      marks += svg::line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount));
+      marks += svg::label("amount", TimeAxis::left - 8, y(amount) + 4, text(amount));
     }
     return marks;
   }
@@ -116,20 +117,16 @@ class Drawing {
     const double left = std::min(axis_.x(band.from), TimeAxis::right - leastSize);
     const double width = std::max(axis_.x(band.to) - left, leastSize);
     const double size = std::max(y(band.low) - y(band.high), leastSize);
-    return html::tag("rect", {{"class", "band"},
-                              {"x", coordinate(left)},
-                              {"y", coordinate(y(band.high))},
-                              {"width", coordinate(width)},
-                              {"height", coordinate(size)}}) +
-           html::element("title", text(band.low) + " to " + text(band.high)) + "</rect>\n";
+    return svg::rectangle("band", {left, y(band.high), width, size},
+                          text(band.low) + " to " + text(band.high));
   }
 
   std::string readings(const std::map<std::int64_t, double>& readings) const {
     std::string points;
     std::string dots;
     for (const auto& [time, amount] : readings) {
-      const auto x = coordinate(axis_.x(time));
-      const auto atAmount = coordinate(y(amount));
+      const auto x = svg::coordinate(axis_.x(time));
+      const auto atAmount = svg::coordinate(y(amount));
       points.append(x).append(",").append(atAmount).append(" ");
       dots += html::tag("circle", {{"class", "dot"}, {"cx", x}, {"cy", atAmount}, {"r", "3"}}) +
               html::element("title", text(amount)) + "</circle>\n";
@@ -146,10 +143,11 @@ class Drawing {
     double labelled = -labelWidth;
     for (const auto time : times) {
       const double x = axis_.x(time);
-      marks += line("crash", x, x, top, bottom);
+      marks += svg::line("crash", x, x, top, bottom);
       if (x - labelled >= labelWidth) {
         const bool atEnd = x > TimeAxis::right - labelWidth;
-        marks += label(atEnd ? "crash before" : "crash", x + (atEnd ? -5 : 5), top + 10, "crash");
+        marks +=
+            svg::label(atEnd ? "crash before" : "crash", x + (atEnd ? -5 : 5), top + 10, "crash");
         labelled = x;
       }
     }
@@ -158,7 +156,7 @@ class Drawing {
 
  private:
   std::string text(double amount) const {
-    return (step_ < 1 ? coordinate(amount) : grouped(std::llround(amount))) + " MB";
+    return (step_ < 1 ? svg::coordinate(amount) : grouped(std::llround(amount))) + " MB";
   }
   double y(double amount) const { return bottom - amount / (step_ * steps_) * (bottom - top); }
 
@@ -178,14 +176,15 @@ std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
   const auto title =
       scope == "Total" ? "Memory in use on the whole machine" : "Memory used by the program";
   const Drawing drawing(axis, std::max(memory.highest, 1.0));
-  std::string svg = beginDrawing(title, height) + drawing.amounts() + axis.grid(top, bottom);
+  std::string plot = svg::begin(title, TimeAxis::width, height);
+  plot += drawing.amounts() + axis.grid(top, bottom);
   for (const auto& band : memory.bands) {
-    svg += drawing.band(band);
+    plot += drawing.band(band);
   }
   for (const auto& readings : memory.lines) {
-    svg += drawing.readings(readings);
+    plot += drawing.readings(readings);
   }
-  return svg + drawing.crashes(memory.crashes) + "</svg>\n";
+  return plot + drawing.crashes(memory.crashes) + "</svg>\n";
 }
 
 }  // namespace qel::support

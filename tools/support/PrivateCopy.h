@@ -1,10 +1,12 @@
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 
 namespace qel::support {
 
-/// A new directory for this program alone, removed with all that is in it at the end.
+/// A new directory for its owner alone, removed with all that is in it at the end. In a program of
+/// one thread SIGINT, SIGTERM and SIGHUP wait until then: only SIGKILL or a crash leaves it behind.
 class PrivateDirectory {
  public:
   /// Makes it in `parent`. Throws `qel::exception` with the reason.
@@ -16,21 +18,13 @@ class PrivateDirectory {
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// From now on SIGINT, SIGTERM and SIGHUP, unless they are ignored, remove all such directories
-  /// before they end the program. SIGPIPE waits until `diesOfClosedPipe` lets it through. To be
-  /// called once, before any thread is started.
-  static void removeAllOnSignals();
-
-  /// Ends the program, as SIGPIPE does, if something was written to a pipe that nobody reads. To be
-  /// called when no such directory is left.
-  static void diesOfClosedPipe();
-
  private:
   std::filesystem::path path_;
+  sigset_t signalsBefore_;
 };
 
-/// A copy of a database file with its journals in the system's place for temporary files, removed
-/// at the end.
+/// A copy of a database file with its journals in the system's place for temporary files. Whoever
+/// has opened the file can go on reading it after this object has removed its name.
 class PrivateCopy {
  public:
   /// Throws `qel::exception` when the file cannot be copied.
@@ -39,8 +33,8 @@ class PrivateCopy {
   const std::filesystem::path& file() const { return file_; }
 
  private:
-  PrivateDirectory directory_;
-  std::filesystem::path file_;
+  const PrivateDirectory directory_;
+  const std::filesystem::path file_;
 };
 
 }  // namespace qel::support

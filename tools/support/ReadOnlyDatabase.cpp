@@ -11,6 +11,7 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/DisplayText.h"
+#include "tools/support/PrivateCopy.h"
 
 namespace qel::support {
 namespace {
@@ -80,21 +81,31 @@ void ReadOnlyDatabase::Close::operator()(sqlite3* database) const { sqlite3_clos
 
 ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress)
     : file_(std::move(file)), progress_(std::move(progress)) {
-  if (isInWriteAheadMode(file_)) {
-    copy_ = std::make_unique<PrivateCopy>(file_);
+  readsCopy_ = isInWriteAheadMode(file_);
+  if (!readsCopy_) {
+    open(file_, SQLITE_OPEN_READONLY);
+    readsCopy_ = !readSchema();
   }
-  open();
-  if (!copy_ && needsRollback()) {
-    copy_ = std::make_unique<PrivateCopy>(file_);
-    open();
+  if (readsCopy_) {
+    openCopy();
   }
 }
 
-void ReadOnlyDatabase::open() {
+/// The copy keeps no name, so nothing of it is left however the program ends.
+void ReadOnlyDatabase::openCopy() {
+  const PrivateCopy copy(file_);
+  open(copy.file(), SQLITE_OPEN_READWRITE);
+  // With the lock kept, SQLite looks for journals only once, in the first reading.
+  sqlite3_exec(database_.get(), "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
+  if (!readSchema()) {
+    fail(SQLITE_READONLY);
+  }
+}
+
+void ReadOnlyDatabase::open(const std::filesystem::path& file, int mode) {
   sqlite3* database = nullptr;
-  const int code = sqlite3_open_v2(
-      utilities::utf8FromPath(copy_ ? copy_->file() : file_).c_str(), &database,
-      (copy_ ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int code = sqlite3_open_v2(utilities::utf8FromPath(file).c_str(), &database,
+                                   mode | SQLITE_OPEN_NOMUTEX, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) {
     fail(code);
@@ -110,20 +121,21 @@ void ReadOnlyDatabase::open() {
   sqlite3_exec(database, "PRAGMA cell_size_check = ON", nullptr, nullptr, nullptr);
 }
 
-/// Whether a transaction that was broken off has to be rolled back before anybody can read.
-bool ReadOnlyDatabase::needsRollback() {
+/// The first reading. False where a transaction that was broken off has to be rolled back before.
+bool ReadOnlyDatabase::readSchema() {
   const int code = Statement(database_.get(), "SELECT count(*) FROM sqlite_schema").step();
-  if ((code & 0xff) == SQLITE_READONLY) {
-    return true;
-  }
-  if (code == SQLITE_ROW) {
+  const int kind = code & 0xff;
+  if (kind == SQLITE_READONLY) {
     return false;
   }
-  if (code != SQLITE_NOTADB && !isDamage(code)) {
-    fail(code);
+  if (code != SQLITE_ROW) {
+    const bool rollbackFailed = readsCopy_ && kind == SQLITE_IOERR;
+    if (rollbackFailed || (code != SQLITE_NOTADB && !isDamage(code))) {
+      fail(code);
+    }
+    whyUnreadable_ = lastError();
   }
-  whyUnreadable_ = lastError();
-  return false;
+  return true;
 }
 
 void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& reader) {
@@ -209,7 +221,7 @@ bool ReadOnlyDatabase::isReadWholly() const {
 std::vector<std::string> ReadOnlyDatabase::remarks() const {
   const std::string name = utilities::utf8FromPath(file_.filename());
   std::vector<std::string> lines;
-  if (copy_) {
+  if (readsCopy_) {
     lines.push_back(name +
                     (isInWriteAheadMode(file_) ? " is in write-ahead mode"
                                                : " has writes that are not finished") +

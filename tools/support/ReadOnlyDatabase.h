@@ -10,8 +10,6 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/support/PrivateCopy.h"
-
 struct sqlite3;
 
 namespace qel::support {
@@ -58,8 +56,9 @@ class ReadOnlyDatabase {
     std::string reason;  ///< why the table as a whole cannot be read
   };
 
-  void open();
-  bool needsRollback();
+  void open(const std::filesystem::path& file, int mode);
+  void openCopy();
+  bool readSchema();
   std::optional<std::int64_t> highestId(const std::string& table) const;
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
   std::string lastError() const;
@@ -67,9 +66,9 @@ class ReadOnlyDatabase {
 
   const std::filesystem::path file_;
   const Progress progress_;
-  std::unique_ptr<PrivateCopy> copy_;
   std::unique_ptr<sqlite3, Close> database_;
   std::string whyUnreadable_;
+  bool readsCopy_ = false;
   std::map<std::string, Flaws> flaws_;  ///< by table, the most that any reading has met
 };
 

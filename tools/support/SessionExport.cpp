@@ -1,9 +1,9 @@
 #include "tools/support/SessionExport.h"
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
@@ -12,40 +12,33 @@
 #include "tools/common/InputError.h"
 #include "tools/support/PrivateCopy.h"
 #include "tools/support/SessionSource.h"
-#include "tools/support/Terminal.h"
 
 namespace qel::support {
 namespace {
 
 namespace analytics = log::analytics;
 
-/// Writes each list of texts in one transaction, and shows how far it is.
+/// Writes each list of texts in one transaction.
 class ExportTarget : public analytics::SupportDatabaseClient {
  public:
-  explicit ExportTarget(std::int64_t rowsToCome)
-      : SupportDatabaseClient({}), rowsToCome_(rowsToCome) {}
+  ExportTarget() : SupportDatabaseClient({}) {}
 
   /// How many rows it was given.
   std::int64_t rows() const { return rows_; }
 
   using SupportDatabaseClient::insertMultiple;
   void insertMultiple(const std::vector<std::string>& jsons, Table table) override {
-    constexpr std::size_t rowsAtOnce = 500;
-    const auto transaction = adapter()->createTransaction();
-    for (std::size_t row = 0; row < jsons.size(); row += rowsAtOnce) {
-      const auto begin = jsons.begin() + static_cast<std::ptrdiff_t>(row);
-      const auto end =
-          begin + static_cast<std::ptrdiff_t>(std::min(rowsAtOnce, jsons.size() - row));
-      SupportDatabaseClient::insertMultiple(std::vector<std::string>(begin, end), table);
-      rows_ += end - begin;
-      progress_.show(static_cast<double>(rows_) / static_cast<double>(rowsToCome_));
+    std::vector<std::pair<std::string, Table>> rows;
+    rows.reserve(jsons.size());
+    for (const auto& json : jsons) {
+      rows.emplace_back(json, table);
     }
+    SupportDatabaseClient::insertMultiple(rows);
+    rows_ += static_cast<std::int64_t>(rows.size());
   }
 
  private:
-  const std::int64_t rowsToCome_;
   std::int64_t rows_ = 0;
-  ProgressBar progress_{"exporting"};
 };
 
 /// A directory that was made if need be, and goes again unless something is put into it.
@@ -100,7 +93,7 @@ std::int64_t countRows(const std::filesystem::path& file) {
 /// SQL failures are silent, so what was written is looked at.
 std::int64_t writeInto(const std::filesystem::path& directory, const Session& session) {
   const auto source = std::make_shared<SessionSource>(session);
-  auto target = std::make_shared<ExportTarget>(session.events + session.environments);
+  auto target = std::make_shared<ExportTarget>();
   target->initialize(utilities::utf8FromPath(directory));
   if (!analytics::SupportDatabaseExporter(source).exportLastSessionToSqliteFile(session.id,
                                                                                 target)) {

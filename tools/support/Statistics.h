@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <iosfwd>
 #include <map>
 #include <optional>
 #include <string>
@@ -10,7 +9,6 @@
 #include <vector>
 
 #include "tools/support/Recordings.h"
-#include "tools/support/Terminal.h"
 
 namespace qel::support {
 
@@ -65,8 +63,5 @@ class PackageCount {
 std::string_view meaningOf(const std::string& marker);
 
 Statistics gatherStatistics(Recordings& recordings);
-
-void print(const Statistics& statistics, std::ostream& output, const Terminal& terminal);
-void printJson(const Statistics& statistics, std::ostream& output);
 
 }  // namespace qel::support

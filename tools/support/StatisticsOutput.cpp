@@ -1,3 +1,5 @@
+#include "tools/support/StatisticsOutput.h"
+
 #include <ostream>
 
 #include <nlohmann/json.hpp>
@@ -5,7 +7,6 @@
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/Moment.h"
-#include "tools/support/Statistics.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {

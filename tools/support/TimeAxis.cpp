@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 
-#include "tools/support/Html.h"
+#include "tools/support/Svg.h"
 
 namespace qel::support {
 namespace {
@@ -58,40 +57,10 @@ std::string TimeAxis::grid(double top, double bottom) const {
   const auto step = stepFor(last_ - first_);
   std::string marks;
   for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
-    marks += line("grid", x(time), x(time), top, bottom);
-    marks += label("mark", x(time), bottom + 16, markOf(time, step < 60'000));
+    marks += svg::line("grid", x(time), x(time), top, bottom);
+    marks += svg::label("mark", x(time), bottom + 16, markOf(time, step < 60'000));
   }
   return marks;
-}
-
-std::string beginDrawing(const std::string& title, double height) {
-  return html::tag("svg",
-                   {{"role", "img"},
-                    {"aria-label", title},
-                    {"viewBox", "0 0 " + coordinate(TimeAxis::width) + ' ' + coordinate(height)}}) +
-         '\n';
-}
-
-std::string line(const std::string& style, double x1, double x2, double y1, double y2) {
-  return html::element("line", "",
-                       html::Attributes{{"class", style},
-                                        {"x1", coordinate(x1)},
-                                        {"x2", coordinate(x2)},
-                                        {"y1", coordinate(y1)},
-                                        {"y2", coordinate(y2)}});
-}
-
-std::string label(const std::string& style, double x, double y, const std::string& text) {
-  return html::element(
-             "text", text,
-             html::Attributes{{"class", style}, {"x", coordinate(x)}, {"y", coordinate(y)}}) +
-         '\n';
-}
-
-std::string coordinate(double value) {
-  const auto tenths = std::llround(value * 10);
-  return (tenths < 0 ? "-" : "") + std::to_string(std::llabs(tenths) / 10) + '.' +
-         std::to_string(std::llabs(tenths) % 10);
 }
 
 }  // namespace qel::support

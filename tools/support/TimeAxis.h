@@ -24,13 +24,4 @@ class TimeAxis {
   const std::int64_t last_;
 };
 
-/// The beginning (SVG) of a drawing of `TimeAxis::width` by `height`.
-std::string beginDrawing(const std::string& title, double height);
-
-std::string line(const std::string& style, double x1, double x2, double y1, double y2);
-std::string label(const std::string& style, double x, double y, const std::string& text);
-
-/// A coordinate with one decimal, whatever the locale.
-std::string coordinate(double value);
-
 }  // namespace qel::support

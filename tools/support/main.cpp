@@ -13,14 +13,14 @@
 #include "tools/common/Program.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
-#include "tools/support/PrivateCopy.h"
+#include "tools/support/NewFile.h"
 #include "tools/support/Purge.h"
 #include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
-#include "tools/support/SessionTable.h"
-#include "tools/support/Statistics.h"
+#include "tools/support/SessionListOutput.h"
+#include "tools/support/StatisticsOutput.h"
 #include "tools/support/Terminal.h"
-#include "tools/support/Timeline.h"
+#include "tools/support/TimelineOutput.h"
 
 namespace qel::support {
 namespace {
@@ -82,14 +82,12 @@ int showSessions(const Arguments& arguments) {
 int showSession(const Arguments& arguments) {
   const TimelineFilter filter{arguments.category, readSince(arguments.since)};
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.session);
-  auto events = eventsOf(session);
+  const auto timeline = timelineOf(findSession(reading.recordings, arguments.session), filter);
   reading.end();
-  std::erase_if(events, [&](const Event& event) { return !filter.admits(event); });
   if (arguments.json) {
-    printJson(events, std::cout);
+    printJson(timeline, std::cout);
   } else {
-    printTimeline(session, events, std::cout, Terminal::ofStandardOutput());
+    print(timeline, std::cout, Terminal::ofStandardOutput());
   }
   return 0;
 }
@@ -199,11 +197,9 @@ int main(int count, char** values) {
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);
-  support::PrivateDirectory::removeAllOnSignals();
   return tools::runProgram(support::programName, [&] {
     const int status = support::run(count, values);
     if (!std::cout.flush()) {
-      support::PrivateDirectory::diesOfClosedPipe();
       throw exception("cannot write to standard output");
     }
     return status;

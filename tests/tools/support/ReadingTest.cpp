@@ -119,7 +119,8 @@ TEST_F(ReadingTest, readsACopyWhereAWriteWasBrokenOff) {
   // A copy goes with whatever ends the program; 128 and the signal's number tell of that.
   for (const std::string ending :
        {"head -c 1 <$OUT/pipe >$OUT/byte; wait $!; echo $((128 + 13 - $?))",
-        "exec 3<$OUT/pipe; read -r line <&3; kill -TERM $!; wait $!; echo $((128 + 15 - $?))"}) {
+        "exec 3<$OUT/pipe; read -r line <&3; kill -TERM $!; wait $!; echo $((128 + 15 - $?))",
+        "exec 3<$OUT/pipe; read -r line <&3; kill -KILL $!; wait $!; echo $((128 + 9 - $?))"}) {
     EXPECT_EQ(run("sh -c 'mkfifo $OUT/pipe; TMPDIR=$OUT qel-support show $DIR --session last "
                   "--json 2>$OUT/errors >$OUT/pipe & " +
                   ending + "; rm $OUT/pipe'")

@@ -22,6 +22,8 @@ TEST(DisplayText, wrapsByColumnsAndNotByBytes) {
   EXPECT_THAT(wrapped("äöüß", 2), ElementsAre("äö", "üß"));
   EXPECT_THAT(wrapped("配管図", 4), ElementsAre("配管", "図"));
   EXPECT_THAT(wrapped("配", 1), ElementsAre("配"));
+  EXPECT_THAT(wrapped("⌚⌚", 2), ElementsAre("⌚", "⌚"));
+  EXPECT_THAT(wrapped("\u05e9\u05b8\u05dc", 1), ElementsAre("\u05e9\u05b8", "\u05dc"));
 }
 
 TEST(Moment, readsTimesOfRecordsAndTheirBeginnings) {

@@ -1,4 +1,4 @@
-#include "tools/support/SessionTable.h"
+#include "tools/support/SessionListOutput.h"
 
 #include <ostream>
 
