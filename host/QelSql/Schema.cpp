@@ -6,8 +6,6 @@
 #include <system_error>
 #include <utility>
 
-#include "host/QelUtilities/ScopeGuard.h"
-
 namespace qel::db::sql {
 namespace {
 
@@ -91,15 +89,19 @@ Outcome Schema::createTable(Connection& connection, const std::string& statement
   }
   if (outcome.rows.empty()) {
     outcome = connection.run(statement);
-  } else {
-    const Result::Rows ours{{"CREATE TABLE " + statement.substr(tableCreation.size())}};
-    outcome = outcome.rows == ours ? Outcome{} : compare(connection, statement);
-    if (outcome.isDone()) {
-      outcome = connection.run("SELECT max(ID) FROM " + table);
-      noteId(outcome.isDone() ? std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10) : 0);
-    }
+  } else if (outcome.rows !=
+             Result::Rows{{"CREATE TABLE " + statement.substr(tableCreation.size())}}) {
+    outcome = compare(connection, statement);
   }
-  if (outcome.isDone() && statement.find("AUTOINCREMENT") != std::string::npos) {
+  const bool hasCounter = statement.find("AUTOINCREMENT") != std::string::npos;
+  return outcome.isDone() && hasCounter ? noteCounted(connection, table) : outcome;
+}
+
+/// A table with AUTOINCREMENT has its key as `rowid`, whatever the column's name.
+Outcome Schema::noteCounted(Connection& connection, const std::string& table) {
+  Outcome outcome = connection.run("SELECT max(rowid) FROM " + table);
+  if (outcome.isDone()) {
+    noteId(std::strtoll(outcome.rows.at(0).at(0).c_str(), nullptr, 10));
     countedTables_.push_back(table);
   }
   return outcome;
@@ -107,8 +109,8 @@ Outcome Schema::createTable(Connection& connection, const std::string& statement
 
 /// SQLite itself knows what columns the statement means: it makes the table in memory.
 Outcome Schema::compare(Connection& connection, const std::string& statement) {
+  connection.run("DETACH ours");  // what an attempt that ran out of memory has left
   Outcome outcome = connection.run("ATTACH ':memory:' AS ours");
-  const ScopeGuard detach([&] { connection.run("DETACH ours"); });
   if (outcome.isDone()) {
     outcome = connection.run(std::string(tableCreation) + "ours." +
                              statement.substr(tableCreation.size()));
@@ -116,6 +118,7 @@ Outcome Schema::compare(Connection& connection, const std::string& statement) {
   if (outcome.isDone()) {
     outcome = connection.run(questionWhetherServes(tableIn(statement)));
   }
+  connection.run("DETACH ours");
   if (outcome.isDone() && outcome.rows != Result::Rows{{"1"}}) {
     return failed(Outcome::Status::FileIsCorrupt,
                   "it has something else in place of the table " + tableIn(statement));

@@ -54,6 +54,7 @@ class Schema {
 
   Outcome applyStatement(Connection& connection, const std::string& statement);
   Outcome createTable(Connection& connection, const std::string& statement);
+  Outcome noteCounted(Connection& connection, const std::string& table);
   Outcome compare(Connection& connection, const std::string& statement);
   Outcome chooseVacuum(Connection& connection, const std::string& statement);
   Outcome keepIdsAbove(Connection& connection, std::int64_t id) const;

@@ -161,6 +161,24 @@ TEST_F(OutOfMemoryTest, WhatAFailedPassHasLeftALaterOneSends) {
   EXPECT_TRUE(accepted == numbersBelow(rows));
 }
 
+TEST_F(OutOfMemoryTest, AFileOfAnotherShapeIsUsedWhenThereIsMemoryAgain) {
+  const TemporaryDirectory directory;
+  int files = 0;
+  const int failures = sweepAllocations([&] {
+    const auto file = directory.path() / (std::to_string(files++) + ".db");
+    db::sql::SqlDatabaseAdapter(file).execute(
+        "CREATE TABLE \"Items\" (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT, more TEXT)");
+    db::sql::SqlDatabaseAdapter database(file);
+    runShortDuring([&] {
+      database.execute(
+          "CREATE TABLE IF NOT EXISTS Items (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)");
+    });
+    EXPECT_TRUE(database.execute("INSERT INTO Items(json) VALUES ('x')").boSuccess());
+    EXPECT_EQ(database.selectAll("Items").result().size(), 1U);
+  });
+  EXPECT_GT(failures, 20);
+}
+
 TEST_F(OutOfMemoryTest, ReplacingACorruptFileFailsWithoutEndingTheProcess) {
   const TemporaryDirectory directory;
   int files = 0;

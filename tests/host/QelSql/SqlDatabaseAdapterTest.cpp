@@ -404,6 +404,18 @@ TEST_F(SqlDatabaseAdapterTest, KeepsAFileThatRowsCanBeStoredIn) {
   }
 }
 
+TEST_F(SqlDatabaseAdapterTest, KeepsTablesWhoseKeyHasAnotherNameOrThatHaveNone) {
+  for (const std::string columns : {"(number INTEGER PRIMARY KEY AUTOINCREMENT, t)", "(t)"}) {
+    const std::string table = "Other" + std::to_string(columns.size());
+    for (int opening = 0; opening < 2; ++opening) {
+      SqlDatabaseAdapter database(file_);
+      EXPECT_TRUE(
+          database.execute("CREATE TABLE IF NOT EXISTS " + table + ' ' + columns).boSuccess());
+      EXPECT_TRUE(database.execute("INSERT INTO " + table + "(t) VALUES (1)").boSuccess());
+    }
+  }
+}
+
 TEST_F(SqlDatabaseAdapterTest, MakesAFileShrinkableOnceAWorkerHasTime) {
   SqlDatabaseAdapter(file_).execute("CREATE TABLE T(ID INTEGER PRIMARY KEY AUTOINCREMENT, json)");
   SqlDatabaseAdapter(file_).execute("INSERT INTO T(ID, json) VALUES (7, 'old')");
