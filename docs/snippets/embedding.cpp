@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 void runWithAnalytics(Program& program) {
   auto pair = std::make_unique<CipDatabases>(
-      std::make_unique<CipDatabaseClient>(),           // what waits to be sent
+      std::make_unique<CipDatabaseClient>(),           // rows that wait to be sent
       std::make_unique<SupportDatabaseClient>(720h));  // a copy for support, kept for a month
   CipDatabases& databases = *pair;
   Client client(std::move(pair));
@@ -26,7 +26,7 @@ void runWithAnalytics(Program& program) {
                    .createEnvironmentItem = [&] { return program.describeMachine(); },
                    .isSendingAllowed = [&] { return program.customerTakesPart(); },
                    .databaseCallback = [&] { return program.supportCopyAllowed(); }});
-  program.run();                        // broadcasts as it always did
+  program.run();                        // broadcasts its events as before
   qel::utilities::setExitDeadline(5s);  // no exit waits longer for a disk or the network
   databases.join();                     // writes what is still queued
-}  // the client sends once more and is gone
+}  // the client's destructor makes one last sending pass
