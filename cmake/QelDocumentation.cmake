@@ -27,8 +27,8 @@ set(DOXYGEN_HAVE_DOT NO)
 doxygen_add_docs(
   QelDocumentation
   docs/index.md
-  docs/embedding.md
-  docs/host-framework.md
+  docs/embed-it.md
+  docs/own-host-framework.md
   docs/settings.md
   docs/events.md
   docs/data-format.md
