@@ -1,6 +1,3 @@
-// Measures the longest calls on a host's thread while another connection holds both databases for
-// twenty seconds, and the queue overflows meanwhile. Prints "kind of call: milliseconds" lines.
-
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -12,6 +9,8 @@
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "benchmarks/Figures.h"
+#include "benchmarks/RawDatabase.h"
 #include "benchmarks/Storage.h"
 #include "benchmarks/Workload.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
@@ -47,10 +46,18 @@ void notifyListener() {
       broadcaster::event::HelpActionEvent{{"topic", {}}});
 }
 
+void silenceLog() {
+  log::LogSettings silent;
+  silent.standardError = false;
+  log::LogManager::instance().configure(silent);
+}
+
+}  // namespace
+
 void measureHostThread() {
+  silenceLog();
   const test::TemporaryDirectory directory;
-  NoWebUpdates webUpdates;
-  const auto parameter = activation(webUpdates, directory.text(), true);
+  const auto parameter = activation(directory.text(), true);
   CipDatabaseClient().initialize(directory.text());
   const auto support = std::make_shared<SupportDatabaseClient>(std::nullopt);
   support->initialize(directory.text());
@@ -96,13 +103,4 @@ void measureHostThread() {
   exporting.print("export");
 }
 
-}  // namespace
 }  // namespace qel::benchmarks
-
-int main() {
-  qel::log::LogSettings silent;
-  silent.standardError = false;
-  qel::log::LogManager::instance().configure(silent);
-  qel::benchmarks::measureHostThread();
-  return 0;
-}
