@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# The main job for real: sets this machine up, builds, starts a collector that stands for the analytics server,
-# lets the sample host play a working day in a CAD program, and shows what has arrived.
-# Leaves nothing behind but build/release.
+# Demonstrates the client with a real server: installs missing packages, builds, starts a collector as the analytics
+# server, plays a working day of a CAD program with the sample host, and shows the received items.
+# Keeps only build/release.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-speed=200 # times as fast as in life
+speed=200 # times real time
 
 bold=''
 plain=''
@@ -23,12 +23,12 @@ announce() {
 umask 077
 work=$(mktemp --directory)
 
-# Ends what still runs, whatever the reason is for which this script ends.
+# Stops the jobs that still run, whatever ends this script.
 clean_up() {
   local status=$?
   trap '' INT TERM
   local job
-  for job in $(jobs -p | sort -rn); do # what was started last goes first
+  for job in $(jobs -p | sort -rn); do # the last started job first
     kill -TERM -- "-$job" 2>/dev/null || true
     wait "$job" 2>/dev/null || true
   done
@@ -36,7 +36,7 @@ clean_up() {
     echo "demo.sh: interrupted at this step: $step" >&2
   elif [[ $status -ne 0 ]]; then
     if [[ -s $work/collector.log ]]; then
-      echo "What the collector said last:" >&2
+      echo "Last messages of the collector:" >&2
       tail -n 5 "$work/collector.log" >&2
     fi
     echo "demo.sh: failed at this step: $step" >&2
@@ -47,8 +47,8 @@ trap clean_up EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# Runs a command to its end, as a job with a process group of its own, so that all of it can be stopped and an
-# interruption need not wait for it.
+# Runs a command as a job with its own process group. So all its processes can be stopped, and an interruption does not
+# wait for them.
 run() {
   set -m
   "$@" &
@@ -56,14 +56,14 @@ run() {
   wait "$!"
 }
 
-announce "Setting up and building (the first time takes some minutes)"
+announce "Installing missing packages and building (the first build takes some minutes)"
 cmake/set-up.sh
 run cmake --preset release >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
 run cmake --build --preset release --target qel-sample-host qel-collector
 bin=build/release/bin
 server_name=$(sed -n 's/^QEL_ANALYTICS_SERVER_HOST:STRING=//p' build/release/CMakeCache.txt)
 
-announce "Making a certificate authority for this demonstration, and a certificate for $server_name"
+announce "Making a temporary certificate authority, and a certificate for $server_name"
 new_key=(-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2)
 openssl req -x509 "${new_key[@]}" -subj "/CN=Demonstration CA" \
   -keyout "$work/ca.key" -out "$work/ca.pem" 2>/dev/null
@@ -85,13 +85,13 @@ read -r -t 20 -u "$collector_output" listening
 echo "qel-collector: $listening"
 address=${listening##* }
 
-announce "Playing samples/session.jsonl, $speed times as fast"
+announce "Playing samples/session.jsonl at $speed times real time"
 mkdir "$work/data"
 run "$bin/qel-sample-host" --directory "$work/data" --session samples/session.jsonl --speed "$speed" \
   --server "$address" --ca "$work/ca.pem" --user demo --secret-file "$work/secret" >"$work/summary"
 cat "$work/summary"
 
-announce "What the collector has received, by category"
+announce "Items that the collector received, by category"
 received() { sqlite3 -readonly "$@"; }
 received -box "$work/received.db" "
   SELECT category, subcategory, SUM(count) AS items, COUNT(DISTINCT session) AS sessions,
@@ -100,7 +100,7 @@ received -box "$work/received.db" "
   UNION ALL
   SELECT '(environment)', '', SUM(count), COUNT(DISTINCT session), '' FROM environments"
 
-announce "Some of it in full"
+announce "Some of the items in full"
 received "$work/received.db" "
   SELECT text FROM environments LIMIT 1;
   SELECT text FROM events WHERE subcategory = 'Asserted' LIMIT 1;
@@ -108,13 +108,13 @@ received "$work/received.db" "
   SELECT text FROM events WHERE category = 'IssueListStorage' AND event = 'Removed' LIMIT 1" |
   python3 -m json.tool --json-lines --no-ensure-ascii
 
-announce "Comparing"
+announce "Comparing the counts"
 sent=$(awk '$1 == "sent" { print $2 }' "$work/summary")
 left=$(awk '$1 == "left" && $2 != "before" { print $2 }' "$work/summary")
 arrived=$(received "$work/received.db" \
   "SELECT (SELECT SUM(count) FROM events) + (SELECT SUM(count) FROM environments)")
-echo "The sample host has sent $sent rows and keeps $left; the collector has $arrived."
+echo "The sample host sent $sent rows and still stores $left; the collector received $arrived."
 if [[ $sent -eq 0 || $left -ne 0 || $sent -ne $arrived ]]; then
-  echo "These do not agree." >&2
+  echo "The counts differ." >&2
   exit 1
 fi

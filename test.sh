@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Sets this machine up, builds everything and runs the tests. Arguments go to ctest, for example "-R Session".
+# Installs missing packages, builds everything and runs the tests. Passes its arguments to ctest, such as "-R Session".
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 

@@ -1,8 +1,6 @@
-// Measures the longest calls on a host's thread while another connection holds both databases for
-// twenty seconds, and the queue overflows meanwhile. Prints "kind of call: milliseconds" lines.
-
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -12,6 +10,8 @@
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "benchmarks/Figures.h"
+#include "benchmarks/RawDatabase.h"
 #include "benchmarks/Storage.h"
 #include "benchmarks/Workload.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
@@ -41,26 +41,61 @@ class Longest {
   steady_clock::duration time_{};
 };
 
-void notifyListener() {
-  broadcaster::ActionBroadcaster::getInstance().notify(
-      &broadcaster::ActionListenerInterface::onHelpAction,
-      broadcaster::event::HelpActionEvent{{"topic", {}}});
+/// Holds both databases of a client.
+class Holder {
+ public:
+  explicit Holder(const std::filesystem::path& directory)
+      : sending_(directory, RawDatabase::sending), support_(directory, RawDatabase::support) {
+    sending_.run("BEGIN EXCLUSIVE");
+    support_.run("BEGIN EXCLUSIVE");
+  }
+
+  void release() {
+    support_.run("COMMIT");
+    sending_.run("COMMIT");
+  }
+
+ private:
+  RawDatabase sending_;
+  RawDatabase support_;
+};
+
+void notifyListenerUntil(steady_clock::time_point end, Longest& listener) {
+  while (steady_clock::now() < end) {
+    listener.measure([] {
+      broadcaster::ActionBroadcaster::getInstance().notify(
+          &broadcaster::ActionListenerInterface::onHelpAction,
+          broadcaster::event::HelpActionEvent{{"topic", {}}});
+    });
+    std::this_thread::sleep_for(1ms);
+  }
 }
 
+void overflow(CipDatabases& databases, Longest& insert) {
+  for (int number = 0; !databases.errorOccurred(); ++number) {
+    auto item = makeItem(number);
+    insert.measure([&] { databases.insert(std::move(item), CipDatabaseClientInterface::Items); });
+  }
+}
+
+void silenceLog() {
+  log::LogSettings silent;
+  silent.standardError = false;
+  log::LogManager::instance().configure(silent);
+}
+
+}  // namespace
+
 void measureHostThread() {
+  silenceLog();
   const test::TemporaryDirectory directory;
-  NoWebUpdates webUpdates;
-  const auto parameter = activation(webUpdates, directory.text(), true);
+  const auto parameter = activation(directory.text(), true);
   CipDatabaseClient().initialize(directory.text());
   const auto support = std::make_shared<SupportDatabaseClient>(std::nullopt);
   support->initialize(directory.text());
 
-  RawDatabase sendingHolder(directory.path(), RawDatabase::sending);
-  RawDatabase supportHolder(directory.path(), RawDatabase::support);
   const auto end = steady_clock::now() + 20s;
-  sendingHolder.run("BEGIN EXCLUSIVE");
-  supportHolder.run("BEGIN EXCLUSIVE");
-
+  Holder holder(directory.path());
   auto owned = std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
                                               std::make_unique<SupportDatabaseClient>(1h));
   CipDatabases& databases = *owned;
@@ -74,20 +109,10 @@ void measureHostThread() {
   initialize.measure([&] { SupportDatabaseClient(1h).initialize(directory.text()); });
   exporting.measure(
       [&] { SupportDatabaseExporter(support).exportLastSessionToSqliteFile("S", support); });
-  while (steady_clock::now() < end - 10s) {
-    listener.measure(notifyListener);
-    std::this_thread::sleep_for(1ms);
-  }
-  for (int number = 0; !databases.errorOccurred(); ++number) {
-    auto item = makeItem(number);
-    insert.measure([&] { databases.insert(std::move(item), CipDatabaseClientInterface::Items); });
-  }
-  while (steady_clock::now() < end) {
-    listener.measure(notifyListener);
-    std::this_thread::sleep_for(1ms);
-  }
-  supportHolder.run("COMMIT");
-  sendingHolder.run("COMMIT");
+  notifyListenerUntil(end - 10s, listener);
+  overflow(databases, insert);
+  notifyListenerUntil(end, listener);
+  holder.release();
 
   activate.print("activate");
   initialize.print("initialize");
@@ -96,13 +121,4 @@ void measureHostThread() {
   exporting.print("export");
 }
 
-}  // namespace
 }  // namespace qel::benchmarks
-
-int main() {
-  qel::log::LogSettings silent;
-  silent.standardError = false;
-  qel::log::LogManager::instance().configure(silent);
-  qel::benchmarks::measureHostThread();
-  return 0;
-}

@@ -1,13 +1,6 @@
-// Measures what a client costs that is active while nothing happens. A second memory observer on
-// the same databases passes the given number of minutes at the given speed, sixty times that of
-// time unless told otherwise, so that a minute's run takes all samples and makes all reports of an
-// hour.
-
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <thread>
@@ -16,32 +9,34 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "Application/Log/Analytics/Items/EnvironmentItem.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
+#include "benchmarks/Figures.h"
 #include "benchmarks/Storage.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
 #include "tests/support/TemporaryDirectory.h"
 
+namespace qel::benchmarks {
 namespace {
 
-using namespace qel::log::analytics;
+using namespace log::analytics;
 using Clock = std::chrono::steady_clock;
 
 std::uint64_t residentKilobytes() {
-  return qel::platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
+  return platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
 }
 
 /// Of all threads of the process.
 double cpuSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-void measure(int simulatedMinutes, int speed) {
-  const qel::test::TemporaryDirectory directory;
+}  // namespace
+
+void measureIdleClient(int simulatedMinutes, int speed) {
+  const test::TemporaryDirectory directory;
   auto pair = std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
                                              std::make_unique<SupportDatabaseClient>(std::nullopt));
   CipDatabases& databases = *pair;
   Client client(std::move(pair));
-  qel::benchmarks::NoWebUpdates webUpdates;
-  client.activate(qel::benchmarks::activation(webUpdates, directory.text(), false));
+  client.activate(activation(directory.text(), false));
   reports::MemoryUsageOptions options;
   std::atomic<int> samples{0};
   options.samplingInterval /= speed;
@@ -57,7 +52,7 @@ void measure(int simulatedMinutes, int speed) {
   observer.start();
   std::cout << "simulated minute, resident KB\n";
   for (int minute = 0; minute <= simulatedMinutes; ++minute) {
-    std::this_thread::sleep_until(begin + std::chrono::minutes(minute) / speed);
+    std::this_thread::sleep_until(begin + Clock::duration(std::chrono::minutes(minute)) / speed);
     if (minute % 10 == 0 || minute == simulatedMinutes) {
       std::cout << minute << ", " << residentKilobytes() << std::endl;
     }
@@ -72,10 +67,4 @@ void measure(int simulatedMinutes, int speed) {
             << "share over the simulated time: " << cpu / (wall.count() * speed) * 100 << " %\n";
 }
 
-}  // namespace
-
-int main(int argumentCount, char** arguments) {
-  measure(argumentCount > 1 ? std::atoi(arguments[1]) : 60,
-          argumentCount > 2 ? std::atoi(arguments[2]) : 60);
-  return 0;
-}
+}  // namespace qel::benchmarks

@@ -20,10 +20,10 @@ using std::chrono::microseconds;
 constexpr auto Items = log::analytics::CipDatabaseClientInterface::Items;
 constexpr std::chrono::duration<double> period{1.0};
 
-/// So few that memory is taken up again from one iteration to the next, as it is in a host.
+/// Small enough that each iteration reuses the memory of the one before, as in a host.
 constexpr int batchSize = 1'000;
 
-/// The time of building one item and adding it. The worker is not started.
+/// Builds and adds one item. The worker is not started.
 void insert(benchmark::State& state) {
   for (auto _ : state) {
     AccumulatingDispatcher dispatcher([](const auto&) {}, period, batchSize);
@@ -63,7 +63,7 @@ void insertLimit(benchmark::State& state) {
 }
 BENCHMARK(insertLimit)->Name("insert/limit")->Iterations(100)->UseManualTime();
 
-/// In microseconds, of each building and adding by a thread that does so every `interval`.
+/// Builds and adds an item every `interval`, and returns the time of each in microseconds.
 std::vector<double> latencies(AccumulatingDispatcher& dispatcher, int count,
                               microseconds interval) {
   std::vector<double> times;
@@ -78,7 +78,7 @@ std::vector<double> latencies(AccumulatingDispatcher& dispatcher, int count,
   return times;
 }
 
-/// Four threads at 20,000 a second each for two seconds, while the worker renders what they add.
+/// Four threads add 20,000 items a second each for two seconds, while the worker renders them.
 void insertContended(benchmark::State& state) {
   constexpr int threadCount = 4;
   constexpr int addsOfEach = 40'000;

@@ -46,8 +46,8 @@ Messages makeMessages() {
   return messages;
 }
 
-/// Issues as a check of a large model finds them: of a few kinds of message, about two objects
-/// each, so that many agree in all but their ids, which are compared last.
+/// Issues like those of a large model: few kinds of message, two objects each. Many differ only in
+/// their ids, which are compared last.
 Issues makeIssues(std::size_t count, const Messages& messages) {
   Issues issues;
   for (std::size_t number = 0; number < count; ++number) {
@@ -63,10 +63,9 @@ Issues makeIssues(std::size_t count, const Messages& messages) {
   return issues;
 }
 
-/// The time of one `issueAdded` for a new issue, with as many issues recorded before as the
-/// argument says. Each iteration measures a batch of additions and then, unmeasured, takes the
-/// batch away again and waits until all queued items are rendered, so that neither the cache nor
-/// the queue grows from one iteration to the next.
+/// The time of one `issueAdded` for a new issue. The argument is the number of issues recorded
+/// before. Each iteration measures a batch of additions. Then it removes the batch and waits until
+/// the queue is empty, so that neither the cache nor the queue grows.
 void issueAdded(benchmark::State& state) {
   constexpr std::size_t batchSize = 50;
   constexpr std::size_t emptiedEvery = 2'500;  // a quarter of what the queue holds
@@ -103,5 +102,5 @@ void issueAdded(benchmark::State& state) {
 
 }  // namespace
 
-// The number of iterations is given, since the library would choose it by the measured part alone.
+// The library would choose the number of iterations by the measured part alone.
 BENCHMARK(issueAdded)->RangeMultiplier(10)->Range(100, 100'000)->Iterations(2'000)->UseManualTime();

@@ -3,8 +3,8 @@
 
 namespace {
 
-/// Like a host, the process that measures has more than one thread, since every lock is dearer then
-/// than in a process of one thread: on our side, and on that of the limits as well.
+/// A host has several threads, and locks cost more there than in a process with one thread. So the
+/// benchmarks and their limits run in a process with a second thread.
 class OtherThread {
  public:
   OtherThread() = default;

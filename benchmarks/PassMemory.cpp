@@ -1,9 +1,5 @@
-// Measures how much memory a pass over a full sending database takes beyond what the idle client
-// has, in a process that does nothing else. Prints that and the size of the rows in bytes.
-
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -16,16 +12,18 @@
 #include <unistd.h>
 
 #include "Application/Log/Analytics/Client/Client.h"
+#include "benchmarks/Figures.h"
 #include "benchmarks/RawDatabase.h"
 #include "benchmarks/ServerProcess.h"
 #include "benchmarks/Storage.h"
+#include "benchmarks/Workload.h"
 
+namespace qel::benchmarks {
 namespace {
 
-using namespace qel::benchmarks;
-using namespace qel::log::analytics;
+using namespace log::analytics;
 
-/// In bytes, as the process's status has it under this name.
+/// A value of the process's status, in bytes.
 long statusValue(const std::string& name) {
   std::ifstream status("/proc/self/status");
   std::string word;
@@ -36,13 +34,13 @@ long statusValue(const std::string& name) {
       return kilobytes * 1024;
     }
   }
-  throw std::runtime_error("the system does not tell " + name);
+  throw std::runtime_error("the process's status lacks " + name);
 }
 
-/// Lets the highest resident size be that from now on.
+/// Resets the recorded peak of the resident size.
 void forgetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
 
-/// Runs the work in a process of its own, so that this one's memory stays as it is.
+/// Runs the work in its own process, so that the memory of this process does not change.
 template <typename Work>
 void elsewhere(Work work) {
   const pid_t child = ::fork();
@@ -53,7 +51,7 @@ void elsewhere(Work work) {
   ::waitpid(child, nullptr, 0);
 }
 
-/// Tells when the vacuum that ends a pass is done.
+/// Reports when the vacuum that ends a pass is done.
 class WatchedDatabaseClient : public CipDatabaseClient {
  public:
   explicit WatchedDatabaseClient(std::atomic<bool>& passed) : passed_(passed) {}
@@ -67,8 +65,10 @@ class WatchedDatabaseClient : public CipDatabaseClient {
   std::atomic<bool>& passed_;
 };
 
-void measure() {
-  const qel::test::TemporaryDirectory directory;
+}  // namespace
+
+void measurePassMemory() {
+  const test::TemporaryDirectory directory;
   const auto sizeFile = directory.path() / "size";
   elsewhere([&] {
     makeDatabase(directory.path(), rowsOfFullDatabase);
@@ -84,11 +84,10 @@ void measure() {
   const ServerProcess server;
 
   std::atomic<bool> passed = false;
-  NoWebUpdates webUpdates;
   Client client(
       std::make_unique<CipDatabases>(std::make_unique<WatchedDatabaseClient>(passed),
                                      std::make_unique<SupportDatabaseClient>(std::nullopt)));
-  client.activate(activation(webUpdates, directory.text(), false));
+  client.activate(activation(directory.text(), false));
   std::this_thread::sleep_for(std::chrono::seconds(2));  // until the dispatcher has run
   forgetPeak();
   const long idle = statusValue("VmRSS");
@@ -97,9 +96,4 @@ void measure() {
   std::cout << statusValue("VmHWM") - idle << ' ' << size << '\n';
 }
 
-}  // namespace
-
-int main() {
-  measure();
-  return 0;
-}
+}  // namespace qel::benchmarks

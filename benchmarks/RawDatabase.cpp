@@ -64,11 +64,15 @@ void RawDatabase::run(const std::string& statement) {
   sqlite3_finalize(prepared);
 }
 
-void RawDatabase::runTogether(const std::vector<std::string>& statements) {
-  run("BEGIN IMMEDIATE");
+void RawDatabase::runAll(const std::vector<std::string>& statements) {
   for (const auto& statement : statements) {
     run(statement);
   }
+}
+
+void RawDatabase::runTogether(const std::vector<std::string>& statements) {
+  run("BEGIN IMMEDIATE");
+  runAll(statements);
   run("COMMIT");
 }
 

@@ -11,8 +11,8 @@ struct sqlite3;
 
 namespace qel::benchmarks {
 
-/// A database file of the client's, used through nothing but SQLite's C interface: the same
-/// statements under the same settings. What fails ends the program.
+/// A database file of the client, used only through SQLite's C interface, with the client's
+/// statements and settings. A failure ends the program.
 class RawDatabase {
  public:
   using Table = log::analytics::CipDatabaseClientInterface::Table;
@@ -22,11 +22,12 @@ class RawDatabase {
   static constexpr const char* sending = "ItemDatabase.db";
   static constexpr const char* support = "SupportDatabase.db";
 
-  /// Opens or creates the file. A new one has the tables of that name's.
+  /// Opens or creates the file. A new file gets the tables that belong to its name.
   RawDatabase(const std::filesystem::path& directory, const std::string& name);
 
-  /// Runs the statement to its end; rows that it yields are discarded.
+  /// Runs the statement to its end and discards its rows.
   void run(const std::string& statement);
+  void runAll(const std::vector<std::string>& statements);
   /// Runs the statements in one transaction.
   void runTogether(const std::vector<std::string>& statements);
   RowMap rows(const std::string& table);
@@ -38,20 +39,19 @@ class RawDatabase {
   std::unique_ptr<sqlite3, Close> database_;
 };
 
-/// The statements that insert the rows of so many typical items.
+/// The statements that insert `count` typical items.
 std::vector<std::string> insertStatements(int count);
 
-/// The statements that delete the first so many items of a database in batches of 3,300, which is
-/// what a package holds.
+/// The statements that delete the first `count` items in batches of 3,300, the rows of a package.
 std::vector<std::string> deleteStatements(int count);
-/// The ids that they delete.
+/// The ids that these statements delete, by batch.
 std::vector<std::vector<int>> deletedIds(int count);
 
-/// Makes a sending database of so many typical items, written to the disk.
+/// Makes a sending database of typical items and flushes it to the disk.
 void makeDatabase(const std::filesystem::path& directory, int rows);
 
-/// Copies the sending database that `makeDatabase` made once for that many rows, and has the copy
-/// written to the disk, so that its first user does not pay for that.
+/// Copies a database that `makeDatabase` makes once per number of rows. Flushes the copy to the
+/// disk, so that its first user does not wait for that.
 void copyDatabase(int rows, const std::filesystem::path& directory);
 
 }  // namespace qel::benchmarks

@@ -7,8 +7,8 @@
 
 namespace qel::benchmarks {
 
-/// One handle of libcurl's, set up once and kept, that posts bodies as the client's packages are
-/// posted. What fails ends the program.
+/// One libcurl handle that is reused to post bodies as the client posts its packages. A failure
+/// ends the program.
 class RawUpload {
  public:
   explicit RawUpload(const ServerProcess& server);

@@ -3,17 +3,15 @@
 #include <vector>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
-#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
-#include "benchmarks/RawDatabase.h"
+#include "benchmarks/FilledDatabase.h"
 #include "benchmarks/RawUpload.h"
 #include "benchmarks/ServerProcess.h"
 #include "benchmarks/Timing.h"
 #include "benchmarks/Workload.h"
 #include "host/QelHttp/Client.h"
 #include "host/QelLog/LogManager.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::benchmarks {
 namespace {
@@ -28,16 +26,10 @@ using RowMap = CipDatabaseClient::RowMap;
 constexpr std::size_t packageSize = 1'000'000;
 constexpr int packagesToUpload = 30;
 
-/// As a pass has them in memory.
-RowMap rowsOf(int count) {
-  const test::TemporaryDirectory directory;
-  copyDatabase(count, directory.path());
-  CipDatabaseClient database;
-  database.initialize(directory.text());
-  return database.getAllItems();
-}
+/// The rows of a database, as a pass holds them in memory.
+RowMap rowsOf(int count) { return FilledDatabase(count).client.getAllItems(); }
 
-/// Packs the rows as a pass does and hands each package's text to `take`.
+/// Packs the rows as a pass does and passes the text of each package to `take`.
 template <typename Take>
 void packAll(const RowMap& rows, Take take) {
   PackageBatch batch(packageSize);
@@ -78,7 +70,7 @@ void pack(benchmark::State& state) {
 }
 BENCHMARK(pack)->Name("pack")->Iterations(5)->Unit(benchmark::kMillisecond);
 
-/// On a connection that is there already.
+/// On a connection that is already open.
 void upload(benchmark::State& state) {
   const ServerProcess server;
   protocol::https::Message message{.host = ServerProcess::host,
@@ -88,9 +80,7 @@ void upload(benchmark::State& state) {
                                    .user = {},
                                    .secret = {}};
   const auto post = [&] {
-    if (protocol::https::Client().post(message).statusCode != 204) {
-      state.SkipWithError("refused");
-    }
+    expect(state, protocol::https::Client().post(message).statusCode == 204, "refused");
   };
   post();
   for (auto _ : state) {
@@ -118,24 +108,15 @@ void uploadLimit(benchmark::State& state) {
 }
 BENCHMARK(uploadLimit)->Name("upload/limit")->Apply(once);
 
-/// A database sent and emptied, with the connection to be made.
+/// Sends and empties a database, on a new connection.
 void pass(benchmark::State& state, int rows) {
   const ServerProcess server;
   const auto logger = log::LogManager::instance().getLogger("benchmark");
   for (auto _ : state) {
-    const test::TemporaryDirectory directory;
-    copyDatabase(rows, directory.path());
-    const auto size = file_size(directory.path() / RawDatabase::sending);
-    CipDatabaseClient database;
-    database.initialize(directory.text());
-    if (database.getDatabaseFileSize() != size) {
-      state.SkipWithError("the client does not take the database for its own");
-    }
+    FilledDatabase database(rows);
     DbToServerConnection connection;
-    measure(state, [&] { SendingPass(database, connection, *logger, packageSize).run(); });
-    if (!database.getAllItems().empty()) {
-      state.SkipWithError("rows are left");
-    }
+    measure(state, [&] { SendingPass(database.client, connection, *logger, packageSize).run(); });
+    expect(state, database.client.getAllItems().empty(), "rows are left");
   }
 }
 BENCHMARK_CAPTURE(pass, full, rowsOfFullDatabase)->Name("whole pass/ours")->Apply(once);
@@ -146,24 +127,18 @@ void passLimit(benchmark::State& state) {
   const auto packages = packagesOf(rowsOf(rowsOfFullDatabase));
   const auto statements = deleteStatements(rowsOfFullDatabase);
   for (auto _ : state) {
-    const test::TemporaryDirectory directory;
-    copyDatabase(rowsOfFullDatabase, directory.path());
-    RawDatabase database(directory.path(), RawDatabase::sending);
+    FilledRawDatabase database(rowsOfFullDatabase);
     measure(state, [&] {
       RawUpload connection(server);
-      benchmark::DoNotOptimize(database.rows("Environments"));
-      const auto rows = database.rows("Items");
+      benchmark::DoNotOptimize(database.raw.rows("Environments"));
+      const auto rows = database.raw.rows("Items");
       for (const auto& package : packages) {
         copy(package);
         connection.post(package);
       }
-      for (const auto& statement : statements) {
-        database.run(statement);
-      }
+      database.raw.runAll(statements);
     });
-    if (!database.rows("Items").empty()) {
-      state.SkipWithError("rows are left");
-    }
+    expect(state, database.raw.rows("Items").empty(), "rows are left");
   }
 }
 BENCHMARK(passLimit)->Name("whole pass/limit")->Apply(once);

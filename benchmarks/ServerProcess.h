@@ -6,11 +6,11 @@
 
 namespace qel::benchmarks {
 
-/// A web server that reads requests and answers 204, in a process of its own, so that its work and
-/// its memory are not the measured process's. One at a time.
+/// A web server that reads requests and answers 204. It has its own process, so that its work and
+/// memory are not measured. Only one exists at a time.
 class ServerProcess {
  public:
-  /// Starts it and lets what this process posts to `host` reach it.
+  /// Starts the server and directs this process's requests for `host` to it.
   ServerProcess();
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
@@ -21,7 +21,7 @@ class ServerProcess {
   static constexpr const char* contentType = "application/json; charset=utf-8";
 
   const std::string& address() const { return address_; }
-  /// The authority (PEM) that has certified it.
+  /// The file (PEM) of the authority that issued the server's certificate.
   static std::string caFile();
 
  private:

@@ -6,8 +6,7 @@
 
 namespace qel::benchmarks {
 
-/// Runs the work as the iteration's measured part; with `count`, the time is that of one of so many
-/// equal steps of it.
+/// Runs the measured part of an iteration. Work of `count` equal steps yields the time of one step.
 template <typename Work>
 void measure(benchmark::State& state, Work work, int count = 1) {
   const auto begin = std::chrono::steady_clock::now();
@@ -16,12 +15,19 @@ void measure(benchmark::State& state, Work work, int count = 1) {
   state.SetIterationTime(elapsed.count() / count);
 }
 
-/// For a work of milliseconds whose preparation is not measured: one iteration a repetition.
+/// Fails the benchmark with the message unless the condition holds.
+inline void expect(benchmark::State& state, bool condition, const char* message) {
+  if (!condition) {
+    state.SkipWithError(message);
+  }
+}
+
+/// For work of milliseconds whose preparation is not measured: one iteration per repetition.
 inline void once(benchmark::internal::Benchmark* work) {
   work->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 }
 
-/// The same for each number of rows that shows how the work's cost grows.
+/// The same for increasing numbers of rows, which show how the cost grows.
 inline void growing(benchmark::internal::Benchmark* work) {
   once(work);
   for (int rows = 10'000; rows <= 160'000; rows *= 2) {

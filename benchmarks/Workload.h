@@ -10,12 +10,12 @@ namespace qel::benchmarks {
 
 using Details = std::map<std::string, std::string>;
 
-/// As many rows as make a sending database of the largest size that it grows to.
+/// The number of rows that fill a sending database up to its largest size.
 constexpr int rowsOfFullDatabase = 97'500;
 
 inline std::string commandText() { return "CreatePipeOnRoute"; }
 
-/// The six details of a typical command; the number tells one command from the next.
+/// The six details of a typical command. The number makes each command different.
 inline Details commandDetails(int number) {
   Details details;
   details.emplace("No", std::to_string(100'000 + number));
@@ -27,8 +27,7 @@ inline Details commandDetails(int number) {
   return details;
 }
 
-/// What a host's thread makes of a command: about 300 bytes when rendered, with six texts beside
-/// the details.
+/// The item of a typical command. Rendered, it has about 300 bytes: six texts and the details.
 inline std::unique_ptr<log::analytics::items::CommandItem> makeItem(int number) {
   using log::analytics::items::CommandItem;
   return std::make_unique<CommandItem>(commandText(), CommandItem::State::Started,

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws how the cost of storing, sending and deleting grows with the number of rows, as an SVG."""
+"""Draws an SVG of the cost of storing, sending and deleting by the number of rows."""
 
 import argparse
 import json
@@ -8,7 +8,7 @@ from pathlib import Path
 
 WIDTH, HEIGHT = 720, 440
 LEFT, RIGHT, TOP, BOTTOM = 76, 124, 56, 56
-# All colours, those of the texts too, stand out on white as on black; each series has a mark of its own.
+# All colours are visible on white and on black. Each series has its own mark.
 SERIES = {"store": "#2f81c7", "pass": "#c9601f", "delete": "#2f9e62"}
 STYLE = """
   text { font: 13px sans-serif; fill: #737b84; }
@@ -20,7 +20,7 @@ STYLE = """
 
 
 def nice_steps(low, high):
-    """1, 2 and 5 times the powers of ten that enclose the values."""
+    """The multiples 1, 2 and 5 of powers of ten that enclose the values."""
     steps = [base * 10.0**power for power in range(-3, 7) for base in (1, 2, 5)]
     first = max(index for index, step in enumerate(steps) if step <= low)
     last = min(index for index, step in enumerate(steps) if step >= high)
@@ -69,7 +69,7 @@ def mark(work, x, y, colour):
 
 
 def heights_apart(heights, distance=17):
-    """The same heights, moved down where two would be too close for their labels."""
+    """Moves heights down where two labels would be too close."""
     placed, previous = {}, -math.inf
     for work in sorted(heights, key=heights.get):
         previous = placed[work] = max(heights[work], previous + distance)
@@ -101,7 +101,7 @@ def picture(series, exponents):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("json", type=Path, metavar="JSON", help="what benchmarks/run --json has written")
+    parser.add_argument("json", type=Path, metavar="JSON", help="the file that benchmarks/run --json wrote")
     parser.add_argument("svg", type=Path, metavar="OUT.svg")
     options = parser.parse_args()
     stages = json.loads(options.json.read_text())["stages"]

@@ -1,11 +1,11 @@
-# The target QelDocumentation makes the documentation's site, documentation/html in the build's folder: the pages under
-# docs/ and the reference of all public headers. A public class or operation without a comment fails it.
+# The target QelDocumentation generates the documentation site in documentation/html of the build directory: the pages
+# of docs/ and the reference of all public headers. It fails if a public class or operation has no comment.
 
 find_package(Doxygen 1.9.4 REQUIRED)
 
 set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/documentation)
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
-set(DOXYGEN_WARN_NO_PARAMDOC NO) # comments name parameters where they have something to say about them
+set(DOXYGEN_WARN_NO_PARAMDOC NO) # comments describe only parameters that need it
 set(DOXYGEN_QUIET YES)
 
 set(DOXYGEN_USE_MDFILE_AS_MAINPAGE docs/index.md)
@@ -13,7 +13,7 @@ set(DOXYGEN_HTML_EXTRA_FILES ${PROJECT_SOURCE_DIR}/docs/growth.svg)
 set(DOXYGEN_TOC_INCLUDE_HEADINGS 0)
 
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES) # the first sentence is the brief description
-set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES) # a comment before `@{` stands for all up to `@}`
+set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES) # a comment before `@{` applies to all members up to `@}`
 set(DOXYGEN_HIDE_FRIEND_COMPOUNDS YES)
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
@@ -23,7 +23,7 @@ set(DOXYGEN_STRIP_FROM_INC_PATH ${PROJECT_SOURCE_DIR})
 set(DOXYGEN_GENERATE_TREEVIEW YES)
 set(DOXYGEN_HAVE_DOT NO)
 
-# The pages in the order of the site's menu.
+# The pages, in the order of the site's menu.
 doxygen_add_docs(
   QelDocumentation
   docs/index.md
@@ -44,4 +44,4 @@ doxygen_add_docs(
   CONTRIBUTING.md
   CHANGELOG.md
   ${QEL_PUBLIC_HEADERS}
-  COMMENT "Making the documentation's site")
+  COMMENT "Generating the documentation site")

@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, and how other projects find it there. Three components: `library` (what programs
-# load), `development` (what they are built with) and `tools`.
+# Installation, and the files by which other projects find the installed libraries. Components: `library` (needed to run
+# programs), `development` (needed to build them) and `tools`.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -9,7 +9,7 @@ set(configDirectory ${CMAKE_INSTALL_LIBDIR}/cmake/QelAnalytics)
 set(pkgConfigDirectory ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH toPrefix "/${pkgConfigDirectory}" "/")
 
-# What a static library leaves to be linked is for its user to find; a shared one brings it along.
+# The user of a static library must find and link its dependencies. A shared library loads them itself.
 get_target_property(libraryType QelAnalytics TYPE)
 if(libraryType STREQUAL STATIC_LIBRARY)
   set(static ON)
@@ -17,7 +17,7 @@ else()
   set(static OFF)
 endif()
 
-# In the order of linking: each before what it stands on.
+# In linking order: each library before the libraries that it uses.
 set(hostLibraries
     QelBroadcaster
     QelIssueUi
@@ -40,7 +40,7 @@ foreach(program qel-collector qel-sample-host qel-support)
 endforeach()
 
 if(UNIX AND NOT APPLE)
-  # The installed tree works wherever it is moved to.
+  # The installed tree can be moved.
   file(RELATIVE_PATH fromPrograms "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(QelAnalytics ${hostLibraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
   if(programs)
@@ -64,7 +64,7 @@ install(
 configure_package_config_file(cmake/QelAnalyticsConfig.cmake.in QelAnalyticsConfig.cmake
                               INSTALL_DESTINATION ${configDirectory})
 if(PROJECT_VERSION_MAJOR EQUAL 0)
-  set(compatibility SameMinorVersion) # before 1.0 every minor version may change the interface
+  set(compatibility SameMinorVersion) # before 1.0 a minor version may change the interface
 else()
   set(compatibility SameMajorVersion)
 endif()
@@ -101,7 +101,7 @@ endforeach()
 
 if(programs)
   install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  # What stands beside a program's sources: its manual page, and how bash completes its command line.
+  # A program's folder may hold its manual page and its completion for bash.
   file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
   file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
   install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)

@@ -1,5 +1,5 @@
-# QEL_PUBLIC_HEADERS: what is installed and compiles alone, by paths from the repository's root. All headers of the
-# library, of Core and of the host framework are public but these, which no public header includes.
+# QEL_PUBLIC_HEADERS: the headers that are installed and compile alone, as paths from the repository's root. All headers
+# of the library, Core and the host framework are public, except the following. No public header includes them.
 set(privateHeaders
     Application/Log/Analytics/Client/SendingPass.h
     Application/Log/Analytics/Items/CatalogueText.h

@@ -1,4 +1,4 @@
-# What every target of this repository has in common.
+# Settings that all targets of this repository share.
 
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
@@ -7,15 +7,15 @@ endif()
 
 find_package(Threads REQUIRED)
 
-# Warnings and sanitizers, for this repository's own sources only.
+# Warnings and sanitizers, only for the sources of this repository.
 add_library(QelBuildSettings INTERFACE)
 target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 if(PROJECT_IS_TOP_LEVEL)
-  # Not where the library is embedded: a newer compiler's warning must not break that build.
+  # A new warning of a newer compiler must not break the build of an embedding project.
   target_compile_options(QelBuildSettings INTERFACE -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # A false alarm about joined strings: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651
+  # A false warning about concatenated strings: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651
   target_compile_options(QelBuildSettings INTERFACE -Wno-restrict)
 endif()
 if(QEL_SANITIZE)
@@ -24,15 +24,15 @@ if(QEL_SANITIZE)
   target_link_options(QelBuildSettings INTERFACE -fsanitize=${QEL_SANITIZE})
 endif()
 
-# Settings of a library or a program; include paths start at the repository's root.
+# qel_configure_target(<name>): the settings of any library or program.
 function(qel_configure_target target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:QelBuildSettings>)
 endfunction()
 
-# qel_add_library(<name> <source>...): a library with its Qel:: alias. Its symbols are all visible;
-# QelAnalytics narrows that for itself.
+# qel_add_library(<name> <source>...): a library with its Qel:: alias. All symbols are visible, except in QelAnalytics,
+# which hides its internal ones. Include paths start at the repository's root.
 function(qel_add_library target)
   add_library(${target} ${ARGN})
   add_library(Qel::${target} ALIAS ${target})

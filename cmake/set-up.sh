@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building, testing, checking and the demonstration need and this machine does not have yet.
-# With everything in place it changes nothing, needs no network and no rights. Made for Debian 12.
+# Installs the missing packages for the build, the tests, the checks and the demonstration. For Debian 12.
+# If nothing is missing, it changes nothing and needs neither network nor root rights.
 set -euo pipefail
 
 packages=(
@@ -15,22 +15,22 @@ packages=(
   dpkg-dev file
   # checks
   clang-format clang-tidy valgrind
-  # the documentation's site
+  # documentation site
   doxygen
-  # fuzzing and the address sanitizer; llvm names the places in their reports
+  # fuzzing and the address sanitizer; llvm adds source lines to their reports
   clang libclang-rt-dev llvm
-  # the demonstration, and what tests compare with
+  # demonstration, and reference programs of the tests
   ca-certificates openssl sqlite3 curl python3
 )
 
 if ! command -v dpkg-query >/dev/null; then
-  echo "set-up.sh: this is no Debian system; what it needs is, by Debian's names: ${packages[*]}" >&2
+  echo "set-up.sh: this is not a Debian system; install these Debian packages or their equivalents: ${packages[*]}" >&2
   exit 1
 fi
 
 missing=()
 for package in "${packages[@]}"; do
-  # The format is dpkg-query's own, not the shell's.
+  # dpkg-query expands the format, not the shell.
   # shellcheck disable=SC2016
   state=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)
   if [[ "$state" != installed ]]; then

@@ -1,5 +1,5 @@
-// Takes one path of the client a number of times, for a tool that counts the instructions that
-// `measured` executes. Prints nothing.
+// Runs one path of the client a number of times, for a tool that counts the instructions inside
+// `measured`. Prints nothing.
 
 #include <chrono>
 #include <cstdlib>
@@ -19,7 +19,7 @@ using qel::benchmarks::makeItem;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
 
-/// What is counted, and nothing else is called so: one whole path.
+/// The counted part. The tool finds it by its name, so no other function may have it.
 template <typename Path>
 [[gnu::noinline]] void measured(Path path) {
   path();
@@ -47,7 +47,7 @@ std::size_t render(int count) {
   return size;
 }
 
-/// Packs so many rows into one package, and returns its size.
+/// Packs `count` rows into one package and returns its size.
 std::size_t pack(int count) {
   const std::vector<std::string> rows(static_cast<std::size_t>(count), makeItem(0)->toJson());
   std::vector<const std::string*> texts;

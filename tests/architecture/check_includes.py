@@ -25,6 +25,8 @@ EXCEPTIONS = {
     # A package names the table that its rows are from, an enumeration inside the interface.
     (LIBRARY + "Items/ItemWrapper.h", LIBRARY + "Database/CipDatabaseClientInterface.h"),
 }
+# The limits of a file's size are checked here as well.
+MOST_LINES = {".h": 90, ".cpp": 300}
 
 
 def layer_of(path):
@@ -54,6 +56,13 @@ def check_file(root, path, complaints):
         complaints.append(f"{path}: asks for the platform, which only host/ and tools/ do")
 
 
+def check_size(root, path, complaints):
+    lines = (root / path).read_text(encoding="utf-8").count("\n")
+    most = MOST_LINES[pathlib.Path(path).suffix]
+    if lines > most:
+        complaints.append(f"{path}: has {lines} lines, more than {most}")
+
+
 def main():
     root = pathlib.Path(sys.argv[1])
     files = sorted(str(path.relative_to(root)) for top in {layer.split("/")[0] for layer in LAYERS}
@@ -61,6 +70,7 @@ def main():
     complaints = []
     for path in files:
         check_file(root, path, complaints)
+        check_size(root, path, complaints)
     print("\n".join(complaints) or f"{len(files)} files include what they may")
     return 1 if complaints or not files else 0
 

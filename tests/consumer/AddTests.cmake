@@ -1,12 +1,12 @@
-# The consumer is a project of its own: these tests configure, build and run it in the ways in which a program may come
-# by the library. The steps of one way are fixtures of each other.
+# The consumer is a separate project. These tests configure, build and run it in each way in which a program can use the
+# library. The steps of one way are fixtures of each other.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(consumerSource ${CMAKE_CURRENT_LIST_DIR})
 set(consumerBuild ${CMAKE_CURRENT_BINARY_DIR}/consumer)
 
-# qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these options of
-# CMake's and runs it.
+# qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these CMake
+# options and runs it. The consumer must log the text.
 function(qel_add_consumer_test name)
   cmake_parse_arguments(test "" "SAYS" "OPTIONS" ${ARGN})
   add_test(
@@ -18,8 +18,8 @@ function(qel_add_consumer_test name)
       $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 endfunction()
 
-# qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install this build and use it from there,
-# with find_package and with pkg-config.
+# qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install the build and use the installed
+# library with find_package and with pkg-config.
 function(qel_add_package_tests kind build)
   cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
   set(prefix ${consumerBuild}/installed-${kind})
@@ -44,7 +44,7 @@ endfunction()
 
 qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})
 
-# The sources as FetchContent takes them, without a network: static, and with the consumer's own log.
+# FetchContent with the local sources, without network: static, and with the consumer's own log.
 qel_add_consumer_test(
   FetchContent
   OPTIONS -DCONSUMER_FETCHES=ON -DFETCHCONTENT_SOURCE_DIR_QELANALYTICS=${PROJECT_SOURCE_DIR} -DBUILD_SHARED_LIBS=OFF

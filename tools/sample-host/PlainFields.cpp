@@ -1,7 +1,8 @@
-#include "tools/sample-host/Fields.h"
+#include "tools/sample-host/PlainFields.h"
 
 #include <charconv>
 #include <sstream>
+#include <utility>
 
 #include "host/QelUtilities/Exception.h"
 
@@ -9,7 +10,7 @@ namespace qel::samplehost {
 
 std::string quoted(const std::string& text) { return nlohmann::json(text).dump(); }
 
-Fields::Fields(const nlohmann::json& value, const std::string& path)
+PlainFields::PlainFields(const nlohmann::json& value, const std::string& path)
     : object_(value), prefix_(path.empty() ? "" : path + ".") {
   if (!value.is_object()) {
     throw InputError(path.empty() ? "not a JSON object"
@@ -17,7 +18,7 @@ Fields::Fields(const nlohmann::json& value, const std::string& path)
   }
 }
 
-std::string Fields::text(const std::string& name) {
+std::string PlainFields::text(const std::string& name) {
   const auto& value = take(name);
   if (!value.is_string()) {
     throw mistyped(name, "a text");
@@ -25,7 +26,7 @@ std::string Fields::text(const std::string& name) {
   return value.get<std::string>();
 }
 
-bool Fields::flag(const std::string& name) {
+bool PlainFields::flag(const std::string& name) {
   const auto& value = take(name);
   if (!value.is_boolean()) {
     throw mistyped(name, "true or false");
@@ -33,7 +34,7 @@ bool Fields::flag(const std::string& name) {
   return value.get<bool>();
 }
 
-std::vector<bool> Fields::flags(const std::string& name, std::size_t count) {
+std::vector<bool> PlainFields::flags(const std::string& name, std::size_t count) {
   const auto& list = takeList(name);
   if (list.size() != count) {
     throw mistyped(name, "a list of " + std::to_string(count));
@@ -48,7 +49,7 @@ std::vector<bool> Fields::flags(const std::string& name, std::size_t count) {
   return flags;
 }
 
-double Fields::number(const std::string& name, double lowest, double highest) {
+double PlainFields::number(const std::string& name, double lowest, double highest) {
   const auto& value = take(name);
   if (!value.is_number() || value.get<double>() < lowest || value.get<double>() > highest) {
     std::ostringstream expected;
@@ -58,7 +59,7 @@ double Fields::number(const std::string& name, double lowest, double highest) {
   return value.get<double>();
 }
 
-Guid Fields::guid(const std::string& name) {
+Guid PlainFields::guid(const std::string& name) {
   const auto digits = text(name);
   try {
     return Guid::parse(digits);
@@ -67,9 +68,9 @@ Guid Fields::guid(const std::string& name) {
   }
 }
 
-std::map<std::string, std::string> Fields::texts(const std::string& name) {
+std::map<std::string, std::string> PlainFields::texts(const std::string& name) {
   const auto& value = take(name);
-  Fields inner(value, prefix_ + name);
+  PlainFields inner(value, pathOf(name));
   std::map<std::string, std::string> texts;
   for (const auto& member : value.items()) {
     texts.emplace(member.key(), inner.text(member.key()));
@@ -77,7 +78,7 @@ std::map<std::string, std::string> Fields::texts(const std::string& name) {
   return texts;
 }
 
-std::map<std::uint32_t, std::string> Fields::numberedTexts() {
+std::map<std::uint32_t, std::string> PlainFields::numberedTexts() {
   std::map<std::uint32_t, std::string> texts;
   for (const auto& member : object_.items()) {
     const auto& name = member.key();
@@ -91,24 +92,24 @@ std::map<std::uint32_t, std::string> Fields::numberedTexts() {
   return texts;
 }
 
-void Fields::expectAllRead() const {
+void PlainFields::expectAllRead() const {
   for (const auto& member : object_.items()) {
     if (!read_.contains(member.key())) {
-      throw InputError("unknown field " + quoted(prefix_ + member.key()));
+      throw InputError("unknown field " + quoted(pathOf(member.key())));
     }
   }
 }
 
-const nlohmann::json& Fields::take(const std::string& name) {
+const nlohmann::json& PlainFields::take(const std::string& name) {
   const auto member = object_.find(name);
   if (member == object_.end()) {
-    throw InputError("field " + quoted(prefix_ + name) + " is missing");
+    throw InputError("field " + quoted(pathOf(name)) + " is missing");
   }
   read_.insert(name);
   return *member;
 }
 
-const nlohmann::json& Fields::takeList(const std::string& name) {
+const nlohmann::json& PlainFields::takeList(const std::string& name) {
   const auto& value = take(name);
   if (!value.is_array()) {
     throw mistyped(name, "a list");
@@ -116,8 +117,28 @@ const nlohmann::json& Fields::takeList(const std::string& name) {
   return value;
 }
 
-InputError Fields::mistyped(const std::string& name, const std::string& expected) const {
-  return InputError{"field " + quoted(prefix_ + name) + " must be " + expected};
+std::string PlainFields::elementName(const std::string& list, std::size_t index) {
+  return list + "[" + std::to_string(index) + "]";
+}
+
+std::uint64_t PlainFields::wholeNumber(const std::string& name, std::int64_t lowest,
+                                       std::uint64_t highest) {
+  const auto& value = take(name);
+  const auto isWithin = [&](auto number) {
+    return std::cmp_less_equal(lowest, number) && std::cmp_less_equal(number, highest);
+  };
+  const bool isValid = value.is_number_unsigned()
+                           ? isWithin(value.get<std::uint64_t>())
+                           : value.is_number_integer() && isWithin(value.get<std::int64_t>());
+  if (!isValid) {
+    throw mistyped(
+        name, "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
+  }
+  return value.get<std::uint64_t>();
+}
+
+InputError PlainFields::mistyped(const std::string& name, const std::string& expected) const {
+  return InputError{"field " + quoted(pathOf(name)) + " must be " + expected};
 }
 
 }  // namespace qel::samplehost

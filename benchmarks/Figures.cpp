@@ -1,0 +1,31 @@
+// Measures one figure per run, so that no other work shares the measured process.
+
+#include "benchmarks/Figures.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <vector>
+
+int main(int argumentCount, char** arguments) {
+  using namespace qel::benchmarks;
+  const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+  const std::string figure = words.empty() ? "" : words[0];
+  const auto number = [&](std::size_t index) {
+    return words.size() > index ? std::atoi(words[index].c_str()) : 60;
+  };
+  if (figure == "host-thread") {
+    measureHostThread();
+  } else if (figure == "idle") {
+    measureIdleClient(number(1), number(2));
+  } else if (figure == "memory") {
+    measurePassMemory();
+  } else if (figure == "start" && words.size() == 2) {
+    measureStart(words[1]);
+  } else {
+    std::cerr << "Usage: QelFigures host-thread | idle [MINUTES [SPEED]] | memory | "
+                 "start DIRECTORY\n";
+    return 2;
+  }
+  return 0;
+}

@@ -1,0 +1,69 @@
+#include "benchmarks/Storage.h"
+
+#include <algorithm>
+
+#include "benchmarks/RawDatabase.h"
+#include "benchmarks/Workload.h"
+
+namespace qel::benchmarks {
+namespace {
+
+class NoWebUpdates : public log::analytics::reports::WebUpdateReporterInterface {
+ public:
+  bool isInformationAvailable() const override { return false; }
+  void reset() override {}
+  std::uint64_t getSuccessCount() const override { return 0; }
+  std::uint64_t getCorruptPackageCount() const override { return 0; }
+};
+
+class Rendered : public json::ToJsonInterface {
+ public:
+  explicit Rendered(const std::string& text) : text_(text) {}
+  std::string toJson() const override { return text_; }
+
+ private:
+  const std::string& text_;
+};
+
+}  // namespace
+
+log::analytics::parameters::ActivateParameter activation(const std::string& directory,
+                                                         bool isSendingAllowed) {
+  static NoWebUpdates webUpdates;
+  return {.webUpdateReporter = webUpdates,
+          .databasePath = directory,
+          .installationId = "QEL-20417",
+          .sessionId = qel::Guid::create(),
+          .serverSecret = {},
+          .serverUser = {},
+          .createEnvironmentItem = {},
+          .isSendingAllowed = [isSendingAllowed] { return isSendingAllowed; },
+          .databaseCallback = [] { return true; }};
+}
+
+Storage::Storage() { databases_.initialize(activation(directory_.text(), true)); }
+
+void Storage::store(const std::vector<std::string>& texts) {
+  for (const auto& text : texts) {
+    databases_.insert(std::make_unique<Rendered>(text),
+                      log::analytics::CipDatabaseClientInterface::Items);
+  }
+  databases_.join();
+}
+
+std::size_t Storage::rowsStored() const {
+  return std::min(RawDatabase(directory_.path(), RawDatabase::sending).rows("Items").size(),
+                  RawDatabase(directory_.path(), RawDatabase::support).rows("Items").size());
+}
+
+std::vector<std::string> renderedBatch() {
+  identifyProcess();
+  std::vector<std::string> texts;
+  texts.reserve(rowsOfBatch);
+  for (int number = 0; number < rowsOfBatch; ++number) {
+    texts.push_back(makeItem(number)->toJson());
+  }
+  return texts;
+}
+
+}  // namespace qel::benchmarks
