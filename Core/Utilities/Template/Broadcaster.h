@@ -6,6 +6,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelUtilities/TypeName.h"
 
@@ -24,7 +25,7 @@ class Broadcaster {
   /// assertion and appended all the same.
   void registerListener(std::shared_ptr<T> listener) {
     if (!listener) {
-      report("registerListener", "Trying to register a nullptr listener", 53);
+      report(nullRegistered);
     }
     listeners_.push_back(std::move(listener));
   }
@@ -33,14 +34,13 @@ class Broadcaster {
   /// is not registered, is reported as an assertion.
   void unregisterListener(const std::shared_ptr<T>& listener) {
     if (!listener) {
-      report("unregisterListener",
-             "Broadcaster::unregisterListener shouldn't be called with nullptr", 61);
+      report(nullUnregistered);
       return;
     }
     const auto removed = std::erase_if(
         listeners_, [&](const std::weak_ptr<T>& entry) { return entry.lock() == listener; });
     if (removed == 0) {
-      report("unregisterListener", "Trying to unregister a non registered listener", 69);
+      report(strangerUnregistered);
     }
   }
 
@@ -58,13 +58,19 @@ class Broadcaster {
   }
 
  private:
-  static void report(const char* operation, const char* message, int line) {
+  static constexpr util::FailedCheck nullRegistered{"registerListener", 53,
+                                                    "Trying to register a nullptr listener"};
+  static constexpr util::FailedCheck nullUnregistered{
+      "unregisterListener", 61, "Broadcaster::unregisterListener shouldn't be called with nullptr"};
+  static constexpr util::FailedCheck strangerUnregistered{
+      "unregisterListener", 69, "Trying to unregister a non registered listener"};
+
+  static void report(const util::FailedCheck& failure) {
     if (!assert::Assert::isEnabled()) {
       return;
     }
-    assert::Assert::addAssert(
-        {message, "qel::Broadcaster<class " + utilities::typeName(typeid(T)) + ">::" + operation,
-         "Core/Utilities/Template/Broadcaster", line});
+    const auto name = "qel::Broadcaster<class " + utilities::typeName(typeid(T)) + '>';
+    util::report({name, "Core/Utilities/Template/Broadcaster"}, failure);
   }
 
   std::vector<std::weak_ptr<T>> listeners_;

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/QelAssert/Assert.h"
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/TypeName.h"
@@ -14,11 +14,10 @@
 namespace qel::util {
 namespace {
 
-void report(const char* message, const char* function, int line) {
-  if (assert::Assert::isEnabled()) {
-    assert::Assert::addAssert({message, function, "Core/Utilities/Threads/ThreadedLoop", line});
-  }
-}
+constexpr CheckedClass thisClass{"qel::util::ThreadedLoop", "Core/Utilities/Threads/ThreadedLoop"};
+constexpr FailedCheck emptyFunction{"perform", 104, "Assert: Function is empty"};
+constexpr FailedCheck stopBeforePerform{
+    "stop", 131, "Assert: Sleeper is not in a valid state. Was stop called before perform?"};
 
 bool runsAtStart(const RunPolicy& policy) {
   return policy.runAtEdges &&
@@ -56,13 +55,12 @@ void ThreadedLoop::stop() {
       return;
     }
   }
-  report("Assert: Sleeper is not in a valid state. Was stop called before perform?",
-         "qel::util::ThreadedLoop::stop", 131);
+  report(thisClass, stopBeforePerform);
 }
 
 void ThreadedLoop::start(Work work) {
   if (!work.function) {
-    report("Assert: Function is empty", "qel::util::ThreadedLoop::perform", 104);
+    report(thisClass, emptyFunction);
     return;
   }
   stopAndJoin();

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Database/DatabaseFormat.h"
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/TypeName.h"
@@ -71,6 +72,10 @@ std::string joined(const std::vector<int>& ids) {
   return list;
 }
 
+constexpr util::CheckedClass thisClass{"qel::log::analytics::details::DatabaseAdapter",
+                                       "Application/Log/Analytics/Database/DatabaseAdapter"};
+constexpr int insertCheck = 85;
+
 void reportInsertFailure(const std::string& adapterType, const char* what) {
   if (!assert::Assert::isEnabled()) {
     return;
@@ -81,8 +86,7 @@ void reportInsertFailure(const std::string& adapterType, const char* what) {
   if (what != nullptr) {
     message.append(": ").append(what);
   }
-  assert::Assert::addAssert({message, "qel::log::analytics::details::DatabaseAdapter::insert",
-                             "Application/Log/Analytics/Database/DatabaseAdapter", __LINE__});
+  report(thisClass, {"insert", insertCheck, message});
 }
 
 }  // namespace
