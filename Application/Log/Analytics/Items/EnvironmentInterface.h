@@ -2,9 +2,8 @@
 
 #include <vector>
 
-#include "Application/Log/Analytics/Items/details/HardwareEnvironmentInfo.h"
-#include "Application/Log/Analytics/Items/details/OsEnvironmentInfo.h"
-#include "Application/Log/Analytics/Items/details/QelEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInformation.h"
+#include "Application/Log/Analytics/Items/details/MachineInformation.h"
 #include "QelAnalyticsExport.h"
 
 namespace qel::log::analytics::items {

@@ -5,7 +5,7 @@
 
 #include "Application/Log/Analytics/Items/BaseItem.h"
 #include "Application/Log/Analytics/Items/EnvironmentInterface.h"
-#include "Application/Log/Analytics/Items/details/ApplicationInfo.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInformation.h"
 #include "QelAnalyticsExport.h"
 
 namespace qel::log::analytics::items {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Items/ApplicationItem.h"
-#include "Application/Log/Analytics/Items/UserLocationItem.h"
+#include "Application/Log/Analytics/Items/UserItems.h"
 #include "Application/Log/Analytics/Items/WebUpdateItem.h"
 #include "Application/Log/Analytics/Listeners/InsertItem.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
