@@ -14,9 +14,9 @@ class DirectoryClaim {
   /// Whether further claims of this process may exist at the same time.
   enum class Kind { Shared, Exclusive };
 
-  /// Throws `qel::exception`, naming the directory and the reason, when another process has claimed
-  /// the directory, when a claim of this process excludes this one, or when no file can be created
-  /// in the directory.
+  /// Throws `qel::exception`, naming the directory and the reason, when no file can be created in
+  /// the directory. Throws it also when another process has claimed the directory, or when a claim
+  /// of this process excludes this one.
   explicit DirectoryClaim(const std::filesystem::path& directory, Kind kind = Kind::Shared);
   ~DirectoryClaim();
 

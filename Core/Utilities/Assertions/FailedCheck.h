@@ -14,7 +14,7 @@ struct CheckedClass {
 struct FailedCheck {
   std::string_view operation;  ///< name without its class
   int line;                    ///< marks the check and stays when the source changes
-  std::string_view message;
+  std::string_view message;    ///< for developers
 };
 
 /// Adds the check to the host's assertions, if they are enabled. A caller that builds a text for it

@@ -12,17 +12,19 @@
 
 namespace qel {
 
-/// The registry of a host's listeners of interface `T`, and the way to call them.
+/// Registers the listeners of interface `T` of a host and calls them.
 ///
-/// Only weak references are held: a listener that is destroyed lapses by itself. Registration
-/// belongs to one thread of the host, where a listener may also register or unregister (itself or
-/// others) while it is being called. `notify` may run on any thread while nobody does so elsewhere:
-/// a crash is told by the thread that crashes.
+/// **Ownership.** The broadcaster holds weak references. A listener that was destroyed is not
+/// called.
+///
+/// **Threads.** Registration belongs to one thread of the host. There a listener may also register
+/// or unregister itself or others while it is called. `notify` may run on any thread while no other
+/// thread registers or notifies, so that a crashing thread can announce the crash.
 template <typename T>
 class Broadcaster {
  public:
-  /// Appends the listener; one registered twice is called twice. A null listener is reported as an
-  /// assertion and appended all the same.
+  /// Appends the listener. A listener that is registered twice is called twice. A null listener is
+  /// reported as an assertion, but is appended, too.
   void registerListener(std::shared_ptr<T> listener) {
     if (!listener) {
       report(nullRegistered);
@@ -30,8 +32,8 @@ class Broadcaster {
     listeners_.push_back(std::move(listener));
   }
 
-  /// Removes every entry of the listener and keeps the order of the rest. Null, or a listener that
-  /// is not registered, is reported as an assertion.
+  /// Removes every entry of the listener and keeps the order of the rest. A listener that is null
+  /// or not registered is reported as an assertion.
   void unregisterListener(const std::shared_ptr<T>& listener) {
     if (!listener) {
       report(nullUnregistered);
@@ -45,8 +47,8 @@ class Broadcaster {
   }
 
   /// Calls `operation` with `arguments` on each listener that was registered when the call began
-  /// and still lives, in the order of registration. A listener is kept alive only for its own call.
-  /// What a listener throws ends the round and reaches the caller.
+  /// and is still alive, in the order of registration. A listener is kept alive only during its own
+  /// call. An exception from a listener ends the notification and reaches the caller.
   template <typename Operation, typename... Arguments>
   void notify(Operation operation, const Arguments&... arguments) const {
     const auto snapshot = listeners_;

@@ -29,9 +29,8 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// One write for the whole line, so that lines of several threads do not mix. There is no line
-/// without memory for it, or while standard error takes none: the worker must not wait for a
-/// reader.
+/// Writes the whole line at once, so that lines of several threads do not mix. Writes nothing if
+/// memory runs out or standard error takes no line now: the worker must not wait for a reader.
 void writeToStandardError(const std::type_info& type, std::string_view separator,
                           const char* message) noexcept try {
   if (!utilities::standardErrorTakesLine()) {
@@ -78,7 +77,7 @@ void ThreadedLoop::stopAndJoin() {
     return;
   }
   stop();
-  // Not under the mutex: a run under way may be waiting for a thread that is about to call stop.
+  // Without the mutex: the current run may wait for a thread that is about to call `stop`.
   thread_.join();
 }
 

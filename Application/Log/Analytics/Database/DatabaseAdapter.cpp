@@ -38,7 +38,8 @@ std::string insertStatement(const std::string& json, const std::string& table) {
   }
 }
 
-/// As `std::stoi` reads it, and with the same messages whatever the standard library's are.
+/// Converts as `std::stoi` does, with exception messages that do not depend on the standard
+/// library.
 int idFrom(const std::string& text) {
   try {
     return std::stoi(text);
@@ -55,7 +56,7 @@ std::map<int, std::string> rowMapFrom(Result result) {
     return rows;
   }
   for (auto& row : std::move(result).result()) {
-    // Rows mostly come in ascending order, so the end is the likely place.
+    // Rows mostly arrive in ascending order, so the end is the likely position.
     rows.emplace_hint(rows.end(), idFrom(row[0]), std::move(row[1]));
   }
   return rows;
@@ -116,7 +117,7 @@ void DatabaseAdapter::insertOrFail(const std::string& json, const std::string& t
   try {
     statement = insertStatement(json, table);
   } catch (const std::bad_alloc&) {
-    execute({});  // Refused, it keeps a transaction from being stored without this row.
+    execute({});  // Fails, so that a transaction is not stored without this row.
     throw;
   }
   execute(statement);

@@ -13,12 +13,12 @@ class QEL_ANALYTICS_EXPORT EnvironmentInterface {
  public:
   virtual ~EnvironmentInterface() = default;
 
-  /// The machine. The reference lives as long as the object.
+  /// The machine. The reference is valid as long as the object.
   /// @{
   virtual const details::OsEnvironmentInfo& getOsEnvironmentInfo() const = 0;
   virtual const details::HardwareEnvironmentInfo& getHardwareEnvironmentInfo() const = 0;
   /// @}
-  /// The installed host applications, the running one among them. The reference lives as long as
+  /// The installed host applications, including the running one. The reference is valid as long as
   /// the object.
   virtual const std::vector<details::QelEnvironmentInfo>& getQelEnvironmentInfo() const = 0;
 };

@@ -13,8 +13,8 @@ namespace qel::log::analytics::items {
 /// other value.
 enum class FocusKind : std::uint32_t { Focused, Unfocused };
 
-/// Something that has a window of its own got or lost the focus. Subclasses define the category.
-/// The event is the name. There are no details.
+/// Something that is edited in its own window got or lost the focus. Subclasses define the
+/// category. The event is the name. There are no details.
 class QEL_ANALYTICS_EXPORT FocusItem : public BaseEventItem {
  public:
   /// `name` is the name of what got or lost the focus.

@@ -18,7 +18,7 @@ using namespace qel::broadcaster::event;
 
 namespace {
 
-/// What a start or a stop carries where a crash has its exception code.
+/// The exception code of a start or a stop.
 constexpr int noExceptionCode = 0;
 
 }  // namespace

@@ -26,7 +26,7 @@ struct AttributeKey {
   const char* key;
 };
 
-// The first key's spelling is what the server knows. Attributes 3 and 5 are not told.
+// The server expects the spelling of the first key. Attributes 3 and 5 are not recorded.
 constexpr std::array<AttributeKey, 7> attributeKeys{{{1, "ObjectAttributeProffesion"},
                                                      {2, "ObjectAttributeDescription"},
                                                      {0, "ObjectAttributeMessageType"},
@@ -123,7 +123,7 @@ void IssueListStorageListener::addMessageDetails(const IssueInstance& issue,
   item.addDetail("MessageCategory", textOf(messageCategoryTexts, message.category, "Unknown"));
 }
 
-/// Of several records the first one's texts stay.
+/// If there are several records, the texts of the first one are kept.
 void IssueListStorageListener::addObjectAttributes(const IssueInstance& issue,
                                                    IssueListStorageEvent& item) const {
   for (const auto& record : issue.objectAttributes) {

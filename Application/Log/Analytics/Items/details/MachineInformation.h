@@ -11,7 +11,7 @@ namespace qel::log::analytics::items::details {
 /// The operating system and the screen. The host chooses the texts, and any of them may be empty.
 class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
  public:
-  /// Sets every value; none changes later.
+  /// Takes all values.
   OsEnvironmentInfo(std::string name, std::string bitness, std::string language,
                     std::string buildNumber, bool isTerminalServer, std::string screenResolution,
                     int screenDpi, std::string graphicCardDriver);

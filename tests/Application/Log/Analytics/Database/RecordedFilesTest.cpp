@@ -37,7 +37,10 @@ TEST(RecordedFilesTest, AreRemovedOnceNoClientUsesThem) {
               ElementsAre("ItemDatabase.db", "ItemDatabase.db.corrupt-20261120T000000Z-wal",
                           "SupportDatabase.db-shm", "host.log", "Databases.lock"));
 
-  const auto removed = removeRecordings(directory.path(), isHostFile);
+  const auto removed = removeRecordings(directory.path(), [&](std::string_view name) {
+    EXPECT_THROW(CipDatabaseClient().initialize(directory.text()), qel::exception);
+    return isHostFile(name);
+  });
   ASSERT_EQ(removed.size(), files.size());
   for (std::size_t i = 0; i < files.size(); ++i) {
     EXPECT_EQ(removed[i].file, files[i]);
