@@ -14,6 +14,7 @@
 #include <unistd.h>
 #endif
 
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 
 namespace qel::db::sql {
@@ -39,7 +40,7 @@ std::string compactUtc(std::chrono::system_clock::time_point time) {
 
 std::filesystem::path unusedNameFor(const std::filesystem::path& file,
                                     std::chrono::system_clock::time_point now) {
-  const auto dated = withSuffix(file, ".corrupt-" + compactUtc(now));
+  const auto dated = withSuffix(file, setAsideMark + compactUtc(now));
   auto name = dated;
   std::error_code ignored;
   for (int number = 2; std::filesystem::exists(name, ignored); ++number) {
@@ -86,7 +87,7 @@ std::filesystem::path setAside(const std::filesystem::path& file,
   if (error) {
     throw qel::exception("the corrupt file cannot be renamed: " + error.message());
   }
-  for (const char* companion : {"-journal", "-wal", "-shm"}) {
+  for (const char* const companion : companionSuffixes) {
     std::filesystem::rename(withSuffix(file, companion), withSuffix(name, companion), error);
   }
   return name;

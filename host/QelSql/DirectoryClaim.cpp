@@ -15,6 +15,7 @@
 #include <unistd.h>
 #endif
 
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
@@ -32,6 +33,10 @@ std::string quoted(const std::filesystem::path& path) {
 
 [[noreturn]] void throwInUse(const std::filesystem::path& directory) {
   throw qel::exception(quoted(directory) + " is in use by another instance of the program");
+}
+
+[[noreturn]] void throwInUseHere(const std::filesystem::path& directory) {
+  throw qel::exception(quoted(directory) + " is in use by this program");
 }
 
 class LockFile {
@@ -55,9 +60,9 @@ class LockFile {
 std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
 
 LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(CreateFileW((directory / DirectoryClaim::lockFileName).c_str(),
-                        GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
+                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (file_ == INVALID_HANDLE_VALUE) {
     throwUnusable(directory, lastError());
   }
@@ -79,7 +84,7 @@ LockFile::~LockFile() { CloseHandle(file_); }
 std::error_code lastError() { return {errno, std::system_category()}; }
 
 LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(open((directory / DirectoryClaim::lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
+    : file_(open((directory / lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
                  S_IRUSR | S_IWUSR)) {
   if (file_ == -1) {
     throwUnusable(directory, lastError());
@@ -106,6 +111,7 @@ struct SharedLock {
 
   LockFile file;
   int claims = 0;
+  bool isExclusive = false;
 };
 
 struct Claims {
@@ -121,7 +127,7 @@ Claims& claimsOfProcess() {
 
 }  // namespace
 
-DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory) {
+DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory, Kind kind) {
   std::error_code error;
   directory_ = std::filesystem::canonical(directory, error);
   if (error) {
@@ -129,7 +135,13 @@ DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory) {
   }
   Claims& claims = claimsOfProcess();
   const std::lock_guard lock(claims.mutex);
-  ++claims.byDirectory.try_emplace(directory_, directory_).first->second.claims;
+  const auto [entry, isFirst] = claims.byDirectory.try_emplace(directory_, directory_);
+  SharedLock& shared = entry->second;
+  if (!isFirst && (shared.isExclusive || kind == Kind::Exclusive)) {
+    throwInUseHere(directory_);
+  }
+  shared.isExclusive = kind == Kind::Exclusive;
+  ++shared.claims;
 }
 
 DirectoryClaim::~DirectoryClaim() {

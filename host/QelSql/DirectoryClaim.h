@@ -4,17 +4,20 @@
 
 namespace qel::db::sql {
 
-/// This process's claim to a directory with databases. The first claim of a process takes a lock
-/// file in the directory, "Databases.lock", which every further one shares and the last one lets go
-/// of; the file itself stays. The system lets go of it too when the process dies. Any thread may
-/// claim and let go.
+/// This process's claim to a directory with databases.
+///
+/// The first claim of a process locks a file in the directory (`lockFileName`). Further claims
+/// share the lock, and the last one releases it. The file itself stays. The system releases the
+/// lock when the process dies. Any thread may make and destroy claims.
 class DirectoryClaim {
  public:
-  static constexpr const char* lockFileName = "Databases.lock";
+  /// Whether further claims of this process may exist at the same time.
+  enum class Kind { Shared, Exclusive };
 
-  /// Throws `qel::exception`, naming the directory and the reason, when another process has claimed
-  /// the directory, or when no file can be created in it.
-  explicit DirectoryClaim(const std::filesystem::path& directory);
+  /// Throws `qel::exception`, naming the directory and the reason, when no file can be created in
+  /// the directory. Throws it also when another process has claimed the directory, or when a claim
+  /// of this process excludes this one.
+  explicit DirectoryClaim(const std::filesystem::path& directory, Kind kind = Kind::Shared);
   ~DirectoryClaim();
 
   DirectoryClaim(const DirectoryClaim&) = delete;

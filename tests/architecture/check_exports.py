@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the shared library exports the classes of its interface, their nested ones, and nothing else of its own.
+"""Checks that the shared library exports the classes and functions of its interface and nothing else of its own.
 Takes nm and the library. What the standard library's templates leave in every library is not looked at."""
 import re
 import subprocess
@@ -8,6 +8,7 @@ import sys
 NAMESPACE = "qel::log::analytics::"
 EXPORTED = {NAMESPACE + name for name in """
     Client ClientInterface
+    recordedFiles removeRecordings
     AccumulatingDispatcher CipDatabaseClient CipDatabaseClientInterface CipDatabases
     SupportDatabaseClient SupportDatabaseExporter
     details::DatabaseAdapter details::DatabaseAdapterInterface details::DatabaseAdapterTimestampDecorator
@@ -47,11 +48,11 @@ complaints = []
 seen = set()
 for mangled, demangled in zip(symbols(), symbols("-C")):
     name = KIND.sub("", demangled)
-    owner = next((known for known in EXPORTED if f"{name}::".startswith(f"{known}::")), None)
+    owner = next((known for known in EXPORTED if re.match(rf"{known}(::|\[|\(|$)", name)), None)
     if owner:
         seen.add(owner)
     elif not STANDARD.match(mangled):
         complaints.append(f"exported, but no part of the interface: {name}")
 complaints += [f"part of the interface, but not exported: {name}" for name in sorted(EXPORTED - seen)]
-print("\n".join(complaints) or f"the symbols of {len(seen)} classes and the standard library")
+print("\n".join(complaints) or f"the symbols of {len(seen)} classes and functions and the standard library")
 sys.exit(1 if complaints else 0)

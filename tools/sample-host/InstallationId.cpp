@@ -6,11 +6,12 @@
 #include "host/QelSql/DatabaseFile.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "tools/common/SampleHostFileNames.h"
 
 namespace qel::samplehost {
 
 std::string installationIdOf(const std::filesystem::path& directory) {
-  const auto file = directory / "installation-id";
+  const auto file = directory / tools::installationIdFile;
   std::string id;
   if (std::ifstream kept(file); std::getline(kept, id) && !id.empty()) {
     return id;

@@ -16,6 +16,7 @@
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
+#include "tools/common/SampleHostFileNames.h"
 #include "tools/sample-host/EnvironmentFacts.h"
 #include "tools/sample-host/InstallationId.h"
 #include "tools/sample-host/Interruption.h"
@@ -40,7 +41,7 @@ Overloaded(Functions...) -> Overloaded<Functions...>;
 
 void setUpLog(const std::filesystem::path& directory) {
   log::LogSettings settings;
-  settings.file = directory / "qel-sample-host.log";
+  settings.file = directory / tools::sampleHostLog;
   LogManager::instance().configure(settings);
   assert::AssertFunctionOne::registerHandler([](const assert::AssertInfo& info) {
     LogManager::instance()

@@ -5,6 +5,7 @@
 #include <string>
 #include <system_error>
 
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
@@ -48,7 +49,7 @@ PrivateDirectory::~PrivateDirectory() {
 PrivateCopy::PrivateCopy(const std::filesystem::path& file)
     : directory_(placeOfCopies()), file_(directory_.path() / file.filename()) {
   try {
-    for (const char* const suffix : {"", "-journal", "-wal"}) {
+    for (const char* const suffix : {"", db::sql::journalSuffix, db::sql::walSuffix}) {
       const auto original = std::filesystem::path(file) += suffix;
       if (std::filesystem::exists(original)) {
         const auto copy = std::filesystem::path(file_) += suffix;

@@ -6,50 +6,74 @@
 #include <system_error>
 #include <vector>
 
+#include "Application/Log/Analytics/Database/RecordedFiles.h"
 #include "host/QelSql/DirectoryClaim.h"
+#include "host/QelSql/FileNames.h"
+#include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/RecordedFiles.h"
+#include "tools/support/SampleHostFiles.h"
 #include "tools/support/Terminal.h"
 
 namespace qel::support {
 namespace {
 
-std::uintmax_t sizeOf(const std::filesystem::path& file) {
-  std::error_code unreadable;
-  const auto size = std::filesystem::file_size(file, unreadable);
-  return unreadable ? 0 : size;
+using log::analytics::RemovedFile;
+
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& directory) {
+  return log::analytics::recordedFiles(directory, isSampleHostFile);
+}
+
+std::string amount(std::size_t files, std::uintmax_t bytes) {
+  return std::to_string(files) + (files == 1 ? " file, " : " files, ") + readableSize(bytes);
 }
 
 std::string amount(const std::vector<std::filesystem::path>& files) {
   std::uintmax_t bytes = 0;
   for (const auto& file : files) {
-    bytes += sizeOf(file);
+    std::error_code unreadable;
+    const auto size = std::filesystem::file_size(file, unreadable);
+    bytes += unreadable ? 0 : size;
   }
-  return std::to_string(files.size()) + (files.size() == 1 ? " file, " : " files, ") +
-         readableSize(bytes);
+  return amount(files.size(), bytes);
 }
 
-bool remove(const std::filesystem::path& file, std::ostream& output) {
-  const auto size = readableSize(sizeOf(file));
-  const auto name = printable(utilities::utf8FromPath(file.filename()));
-  std::error_code error;
-  std::filesystem::remove(file, error);
-  if (error) {
-    std::cerr << "qel-support: cannot remove " << name << ": " << error.message() << '\n';
-    return false;
+/// Asks while the directory is locked, so that no client adds to what the question names.
+bool isRemovalConfirmed(const std::filesystem::path& directory, const std::string& place) {
+  const auto lock = directory / db::sql::lockFileName;
+  std::error_code ignored;
+  const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
+  const db::sql::DirectoryClaim claim(directory);
+  if (confirmed("Remove all that is recorded in " + place + " (" + amount(filesIn(directory)) +
+                ")?")) {
+    return true;
   }
-  output << "removed " << name << " (" << size << ")\n";
-  return true;
+  if (!wasLockFileThere) {
+    std::filesystem::remove(lock, ignored);
+  }
+  return false;
 }
 
-db::sql::DirectoryClaim claimed(const std::filesystem::path& directory) {
-  try {
-    return db::sql::DirectoryClaim(directory);
-  } catch (const qel::exception& failure) {
-    throw qel::exception(std::string("nothing was removed: ") + failure.what());
+bool report(const std::vector<RemovedFile>& removed, const std::string& place,
+            std::ostream& output) {
+  bool isComplete = true;
+  std::uintmax_t bytes = 0;
+  for (const auto& [file, size, error] : removed) {
+    const auto name = printable(utilities::utf8FromPath(file.filename()));
+    if (error) {
+      std::cerr << "qel-support: cannot remove " << name << ": " << error.message() << '\n';
+      isComplete = false;
+    } else {
+      output << "removed " << name << " (" << readableSize(size) << ")\n";
+    }
+    bytes += size;
   }
+  if (isComplete) {
+    output << "all that was recorded in " << place
+           << " is removed: " << amount(removed.size(), bytes) << '\n';
+  }
+  return isComplete;
 }
 
 }  // namespace
@@ -60,7 +84,7 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
   if (!std::filesystem::is_directory(directory, error)) {
     throw tools::InputError("there is no directory " + place);
   }
-  auto files = recordedFiles(directory);
+  const auto files = filesIn(directory);
   if (files.empty()) {
     output << "nothing is recorded in " << place << '\n';
     return true;
@@ -69,26 +93,17 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
     throw tools::InputError("there is no terminal to ask on: give --yes to remove " +
                             amount(files) + " from " + place);
   }
-  const auto lock = directory / db::sql::DirectoryClaim::lockFileName;
-  const bool wasLockFileThere = std::filesystem::exists(lock, error);
-  const auto claim = claimed(directory);
-  files = recordedFiles(directory);
-  const auto total = amount(files);
-  if (!asked && !confirmed("Remove all that is recorded in " + place + " (" + total + ")?")) {
-    if (!wasLockFileThere) {
-      std::filesystem::remove(lock, error);
+  std::vector<RemovedFile> removed;
+  try {
+    if (!asked && !isRemovalConfirmed(directory, place)) {
+      output << "nothing was removed\n";
+      return false;
     }
-    output << "nothing was removed\n";
-    return false;
+    removed = log::analytics::removeRecordings(directory, isSampleHostFile);
+  } catch (const qel::exception& failure) {
+    throw qel::exception(std::string("nothing was removed: ") + failure.what());
   }
-  bool complete = true;
-  for (const auto& file : files) {
-    complete = remove(file, output) && complete;
-  }
-  if (complete) {
-    output << "all that was recorded in " << place << " is removed: " << total << '\n';
-  }
-  return complete;
+  return report(removed, place, output);
 }
 
 }  // namespace qel::support

@@ -8,6 +8,7 @@
 
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
 #include "tools/support/PrivateCopy.h"
@@ -68,7 +69,7 @@ class TargetDirectory {
 
 void refuseToOverwrite(const std::filesystem::path& directory) {
   for (const char* const name : {supportDatabaseName, sendingDatabaseName}) {
-    for (const char* const suffix : {"", "-journal", "-wal"}) {
+    for (const char* const suffix : {"", db::sql::journalSuffix, db::sql::walSuffix}) {
       std::error_code unknown;
       const auto file = directory / (std::string(name) + suffix);
       if (std::filesystem::exists(file, unknown)) {

@@ -15,14 +15,12 @@
 namespace qel::support {
 namespace {
 
+using log::analytics::format::sessionMark;
 using SessionsById = std::unordered_map<std::string, Session>;
 
 struct Record {
   std::string session, time, category, subcategory;
 };
-
-/// What the texts of a session's rows have in common: the client's own way to tell them.
-std::string sessionMark(const std::string& id) { return R"("SessionId": ")" + id + '"'; }
 
 /// Nothing when the row tells no session, or not in the way that clients look for.
 std::optional<Record> recordOf(std::string_view text) {

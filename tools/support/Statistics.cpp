@@ -7,10 +7,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Application/Log/Analytics/Database/RecordedFiles.h"
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/RowReader.h"
 #include "tools/support/Moment.h"
-#include "tools/support/RecordedFiles.h"
 
 namespace qel::support {
 namespace {
@@ -19,6 +20,15 @@ std::string messageOf(std::string_view text) {
   const auto record = nlohmann::json::parse(text);
   static const nlohmann::json::json_pointer place("/Details/Message");
   return record.contains(place) && record[place].is_string() ? record[place] : "";
+}
+
+std::vector<std::filesystem::path> filesSetAside(const std::filesystem::path& directory) {
+  auto files = log::analytics::recordedFiles(directory);
+  std::erase_if(files, [](const std::filesystem::path& file) {
+    return utilities::utf8FromPath(file.filename()).find(db::sql::setAsideMark) ==
+           std::string::npos;
+  });
+  return files;
 }
 
 /// Takes one database's rows in.

@@ -6,47 +6,49 @@
 #include <typeinfo>
 #include <vector>
 
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelUtilities/TypeName.h"
 
 namespace qel {
 
-/// The registry of a host's listeners of interface `T`, and the way to call them.
+/// Registers the listeners of interface `T` of a host and calls them.
 ///
-/// Only weak references are held: a listener that is destroyed lapses by itself. Registration
-/// belongs to one thread of the host, where a listener may also register or unregister (itself or
-/// others) while it is being called. `notify` may run on any thread while nobody does so elsewhere:
-/// a crash is told by the thread that crashes.
+/// **Ownership.** The broadcaster holds weak references. A listener that was destroyed is not
+/// called.
+///
+/// **Threads.** Registration belongs to one thread of the host. There a listener may also register
+/// or unregister itself or others while it is called. `notify` may run on any thread while no other
+/// thread registers or notifies, so that a crashing thread can announce the crash.
 template <typename T>
 class Broadcaster {
  public:
-  /// Appends the listener; one registered twice is called twice. A null listener is reported as an
-  /// assertion and appended all the same.
+  /// Appends the listener. A listener that is registered twice is called twice. A null listener is
+  /// reported as an assertion, but is appended, too.
   void registerListener(std::shared_ptr<T> listener) {
     if (!listener) {
-      report("registerListener", "Trying to register a nullptr listener", 53);
+      report(nullRegistered);
     }
     listeners_.push_back(std::move(listener));
   }
 
-  /// Removes every entry of the listener and keeps the order of the rest. Null, or a listener that
-  /// is not registered, is reported as an assertion.
+  /// Removes every entry of the listener and keeps the order of the rest. A listener that is null
+  /// or not registered is reported as an assertion.
   void unregisterListener(const std::shared_ptr<T>& listener) {
     if (!listener) {
-      report("unregisterListener",
-             "Broadcaster::unregisterListener shouldn't be called with nullptr", 61);
+      report(nullUnregistered);
       return;
     }
     const auto removed = std::erase_if(
         listeners_, [&](const std::weak_ptr<T>& entry) { return entry.lock() == listener; });
     if (removed == 0) {
-      report("unregisterListener", "Trying to unregister a non registered listener", 69);
+      report(strangerUnregistered);
     }
   }
 
   /// Calls `operation` with `arguments` on each listener that was registered when the call began
-  /// and still lives, in the order of registration. A listener is kept alive only for its own call.
-  /// What a listener throws ends the round and reaches the caller.
+  /// and is still alive, in the order of registration. A listener is kept alive only during its own
+  /// call. An exception from a listener ends the notification and reaches the caller.
   template <typename Operation, typename... Arguments>
   void notify(Operation operation, const Arguments&... arguments) const {
     const auto snapshot = listeners_;
@@ -58,13 +60,19 @@ class Broadcaster {
   }
 
  private:
-  static void report(const char* operation, const char* message, int line) {
+  static constexpr util::FailedCheck nullRegistered{"registerListener", 53,
+                                                    "Trying to register a nullptr listener"};
+  static constexpr util::FailedCheck nullUnregistered{
+      "unregisterListener", 61, "Broadcaster::unregisterListener shouldn't be called with nullptr"};
+  static constexpr util::FailedCheck strangerUnregistered{
+      "unregisterListener", 69, "Trying to unregister a non registered listener"};
+
+  static void report(const util::FailedCheck& failure) {
     if (!assert::Assert::isEnabled()) {
       return;
     }
-    assert::Assert::addAssert(
-        {message, "qel::Broadcaster<class " + utilities::typeName(typeid(T)) + ">::" + operation,
-         "Core/Utilities/Template/Broadcaster", line});
+    const auto name = "qel::Broadcaster<class " + utilities::typeName(typeid(T)) + '>';
+    util::report({name, "Core/Utilities/Template/Broadcaster"}, failure);
   }
 
   std::vector<std::weak_ptr<T>> listeners_;

@@ -2,8 +2,9 @@
 
 namespace qel {
 
-/// The process's one object of its kind, made on first use and never destroyed: who uses it may
-/// outlive `main`. To be called from one library only, since each would have an object of its own.
+/// The only object of its type in the process. It is created on first use and never destroyed,
+/// because its users may outlive `main`. Only one library may call this for a type, because each
+/// library would have its own object.
 template <typename T>
 T& singleton() {
   static auto* const instance = new T;

@@ -5,7 +5,7 @@ namespace qel::util {
 using std::chrono::steady_clock;
 
 Sleeper::Outcome Sleeper::sleepUntil(steady_clock::time_point deadline) {
-  // Waiting much longer at once overflows in some runtimes' time arithmetic.
+  // A much longer single wait overflows in the time arithmetic of some runtimes.
   constexpr std::chrono::seconds longestWait{864'000};
   std::unique_lock lock(mutex_);
   while (state_ != StopRequested) {
@@ -34,7 +34,7 @@ steady_clock::time_point deadlineAfter(steady_clock::time_point now,
   if (!(interval.count() > 0)) {
     return now;
   }
-  // The second keeps the conversion back from rounding beyond the clock's end.
+  // The extra second keeps the conversion below from rounding beyond the range of the clock.
   const std::chrono::duration<double> left = steady_clock::time_point::max() - now;
   if (interval + std::chrono::seconds(1) >= left) {
     return steady_clock::time_point::max();

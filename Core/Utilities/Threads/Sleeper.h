@@ -8,17 +8,17 @@
 
 namespace qel::util {
 
-/// Lets one worker sleep until a deadline and lets any other thread wake it early, for good.
+/// Lets one worker sleep until a deadline. Any other thread can wake it early, for good.
 class Sleeper {
  public:
-  /// How a sleep ended; a stop goes before the deadline.
+  /// How a sleep ended. A stop takes precedence over the deadline.
   enum class Outcome { Stopped, TimedOut };
 
-  /// Sleeps until `deadline`. Stopped when a stop was requested at any time before the sleep ended,
-  /// be it before it began or at the very deadline.
+  /// Sleeps until `deadline`. The result is `Stopped` if a stop was requested before the sleep
+  /// ended. This includes a request before the sleep began or exactly at the deadline.
   Outcome sleepUntil(std::chrono::steady_clock::time_point deadline);
 
-  /// Requests the stop and wakes the worker. Only the first call does anything. Any thread.
+  /// Requests the stop and wakes the worker. Only the first call has an effect. Any thread.
   void stop();
 
  private:
@@ -30,8 +30,8 @@ class Sleeper {
   State state_ = Armed;  ///< guarded by mutex_
 };
 
-/// The end of a sleep of `interval` that begins at `now`: `now` itself for an interval of zero or
-/// less, the last moment that the clock can tell when the sum would lie beyond it.
+/// The end of a sleep of `interval` that begins at `now`. An interval of zero or less gives `now`.
+/// A sum beyond the range of the clock gives its last moment.
 std::chrono::steady_clock::time_point deadlineAfter(std::chrono::steady_clock::time_point now,
                                                     std::chrono::duration<double> interval);
 

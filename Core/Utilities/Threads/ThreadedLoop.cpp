@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/QelAssert/Assert.h"
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/TypeName.h"
@@ -14,11 +14,10 @@
 namespace qel::util {
 namespace {
 
-void report(const char* message, const char* function, int line) {
-  if (assert::Assert::isEnabled()) {
-    assert::Assert::addAssert({message, function, "Core/Utilities/Threads/ThreadedLoop", line});
-  }
-}
+constexpr CheckedClass thisClass{"qel::util::ThreadedLoop", "Core/Utilities/Threads/ThreadedLoop"};
+constexpr FailedCheck emptyFunction{"perform", 104, "Assert: Function is empty"};
+constexpr FailedCheck stopBeforePerform{
+    "stop", 131, "Assert: Sleeper is not in a valid state. Was stop called before perform?"};
 
 bool runsAtStart(const RunPolicy& policy) {
   return policy.runAtEdges &&
@@ -30,9 +29,8 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// One write for the whole line, so that lines of several threads do not mix. There is no line
-/// without memory for it, or while standard error takes none: the worker must not wait for a
-/// reader.
+/// Writes the whole line at once, so that lines of several threads do not mix. Writes nothing if
+/// memory runs out or standard error takes no line now: the worker must not wait for a reader.
 void writeToStandardError(const std::type_info& type, std::string_view separator,
                           const char* message) noexcept try {
   if (!utilities::standardErrorTakesLine()) {
@@ -56,13 +54,12 @@ void ThreadedLoop::stop() {
       return;
     }
   }
-  report("Assert: Sleeper is not in a valid state. Was stop called before perform?",
-         "qel::util::ThreadedLoop::stop", 131);
+  report(thisClass, stopBeforePerform);
 }
 
 void ThreadedLoop::start(Work work) {
   if (!work.function) {
-    report("Assert: Function is empty", "qel::util::ThreadedLoop::perform", 104);
+    report(thisClass, emptyFunction);
     return;
   }
   stopAndJoin();
@@ -80,7 +77,7 @@ void ThreadedLoop::stopAndJoin() {
     return;
   }
   stop();
-  // Not under the mutex: a run under way may be waiting for a thread that is about to call stop.
+  // Without the mutex: the current run may wait for a thread that is about to call `stop`.
   thread_.join();
 }
 

@@ -12,48 +12,48 @@
 
 namespace qel::util {
 
-/// At which ends of a loop its callable runs besides every interval.
+/// Whether the callable of a loop also runs when the loop starts and stops.
 struct RunPolicy {
-  /// Before the first interval, after a stop, or both. A loop that gave up has no run at its stop.
+  /// Before the first interval, after a stop, or both. A loop that failures ended does not run at
+  /// its stop.
   enum Mode : std::int32_t { AtStart = 0, AtStop = 1, AtStartAndStop = 2 };
 
-  Mode runMode = AtStart;   ///< counts only with `runAtEdges`
-  bool runAtEdges = false;  ///< false: on the interval only, whatever the mode
+  Mode runMode = AtStart;   ///< used only with `runAtEdges`
+  bool runAtEdges = false;  ///< false: only after each interval, in every mode
 };
 
-/// Runs one callable periodically on a worker thread of its own, until it is stopped or the
-/// callable gives up.
+/// Runs one callable periodically on its own worker thread.
 ///
-/// A life goes: idle, `perform`, running, stopped (by `stop`, by the destructor, or by the callable
-/// failing twice in a row), and from there `perform` again. The interval runs from the end of one
-/// run to the start of the next, on the steady clock.
+/// **Lifecycle.** `perform` starts the loop. `stop`, the destructor or failures of the callable end
+/// it, and `perform` can start it again. The interval lasts from the end of one run to the start of
+/// the next, on the steady clock.
 ///
-/// A callable fails by returning false or by throwing; an exception never leaves the worker, it is
-/// written to standard error, unless that would have to wait for its reader. A failed periodic run
-/// is retried once at once; a second failure, or a failure at the start edge, ends the loop. The
-/// result at the stop edge is ignored.
+/// **Errors.** A callable fails by returning false or by throwing. A failed periodic run is retried
+/// once at once. A second failure, or a failure of the run at the start, ends the loop. The result
+/// of the run at the stop is ignored. An exception never leaves the worker. It is written to
+/// standard error unless that would have to wait for its reader.
 ///
-/// `stop` may be called from any thread at any moment, also from within the callable and beside
+/// **Threads.** Any thread may call `stop` at any time, also inside the callable and during
 /// `perform`. `perform` and the destructor belong to one thread at a time and never to the worker.
 class ThreadedLoop {
  public:
   ThreadedLoop() = default;
   ThreadedLoop(const ThreadedLoop&) = delete;
   ThreadedLoop& operator=(const ThreadedLoop&) = delete;
-  /// Stops the worker and waits for it, its run at the stop edge included.
+  /// Stops the worker and waits for it, including its run at the stop.
   ~ThreadedLoop();
 
-  /// Starts the worker; one that runs already is stopped and waited for first. `setup`, unless
-  /// empty, runs once on the worker before anything else; what it throws is reported as an
-  /// exception of the callable, and the loop goes on. An empty `function` is reported as an
-  /// assertion and nothing starts. Throws `std::system_error` when there is no thread to be had.
+  /// Starts the worker. First stops a worker that already runs and waits for it. `setup`, unless
+  /// empty, runs once on the worker before anything else. An exception from it is reported like one
+  /// from the callable, and the loop goes on. An empty `function` is reported as an assertion, and
+  /// nothing starts. Throws `std::system_error` when no thread can be created.
   template <typename Rep, typename Period>
   void perform(std::function<void()> setup, std::function<bool()> function,
                std::chrono::duration<Rep, Period> interval, const RunPolicy& policy) {
     start({std::move(setup), std::move(function), interval, policy});
   }
 
-  /// Asks the worker to finish and does not wait for it. Reported as an assertion when there was no
+  /// Asks the worker to finish and does not wait for it. Reports an assertion if there was no
   /// `perform` before.
   void stop();
 

@@ -34,8 +34,7 @@ using qel::util::RunPolicy;
 
 constexpr std::chrono::seconds longestRelease{30};
 
-/// Creates the listener in its place among the client's members, releasing an earlier one, and
-/// registers it.
+/// Creates the listener in a member of the client, which releases an earlier one, and registers it.
 template <typename Broadcaster, typename Listener, typename... Arguments>
 void createAndRegister(std::shared_ptr<Listener>& listener, Arguments&&... arguments) {
   listener = std::make_shared<Listener>(std::forward<Arguments>(arguments)...);
@@ -149,7 +148,7 @@ void Client::insertEnvironmentItem() {
   }
 }
 
-/// The logger is shared, since the last pass comes after the client has let go of it.
+/// Shares the logger, because the client releases its own reference before the last pass.
 std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
     const utilities::Patience patience(utilities::Patience::unlimited);

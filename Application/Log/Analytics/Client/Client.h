@@ -7,6 +7,7 @@
 
 #include "Application/Log/Analytics/Client/ClientInterface.h"
 #include "Application/Log/Analytics/Items/PackageFormat.h"
+#include "Application/Log/Analytics/Listeners/Listeners.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelUtilities/ExitDeadline.h"
 
@@ -21,16 +22,6 @@ class CipDatabases;
 namespace items {
 class EnvironmentItem;
 }
-namespace listeners {
-class ActionListener;
-class ApplicationListener;
-class CommandListener;
-class GeneralListener;
-class IssueListStorageListener;
-class IssueListUserActionListener;
-class ProjectListener;
-class SaveListener;
-}  // namespace listeners
 namespace reports {
 class MemoryUsageObserver;
 }
@@ -38,15 +29,16 @@ namespace serverconnection {
 class DbToServerConnection;
 }
 
-/// The one object that a host makes to take part in the customer involvement programme.
+/// The client that a host creates to take part in the customer involvement programme.
 ///
-/// Made with the database pair, it does nothing until `activate`. From then on it records what the
-/// host broadcasts, samples memory, and sends what is stored: at once, every ten minutes, and once
-/// more when it is destroyed. Destruction takes the listeners off the broadcasters and waits for
-/// that last pass, for 30 seconds at most unless the host has armed an exit deadline
-/// (`utilities::setExitDeadline`); only a disk that hangs can take longer. What is queued by then
-/// is lost unless the host calls `CipDatabases::join` first. All operations belong to one thread,
-/// the one that broadcasters are registered on.
+/// **Work.** Nothing happens before `activate`. Then the client records the host's broadcasts and
+/// memory usage. It sends stored rows at once, every ten minutes, and once more at destruction.
+///
+/// **Destruction** unregisters the listeners and waits for the last sending pass. It takes at most
+/// 30 seconds unless the host has armed an exit deadline (`utilities::setExitDeadline`). Only a disk
+/// that hangs takes longer. Queued items are lost unless the host calls `CipDatabases::join` first.
+///
+/// **Threads.** All operations belong to the thread on which the host registers listeners.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
  public:
   /// Throws `std::invalid_argument` when `databases` is null.
@@ -55,9 +47,9 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   Client& operator=(const Client&) = delete;
   ~Client() override;
 
-  /// Throws `qel::exception` when the client is active already, `std::bad_function_call` when
-  /// `isSendingAllowed` is empty (the client is active then, and storage ends for good with the
-  /// next batch), and whatever opening the databases throws.
+  /// Throws `qel::exception` when the client is already active, and whatever opening the databases
+  /// throws. Throws `std::bad_function_call` when `isSendingAllowed` is empty: the client is active
+  /// then, and storage ends for good with the next batch.
   void activate(const parameters::ActivateParameter& parameter) override;
   bool isActive() const override { return active_; }
   void registerIssueListStorageListener(
@@ -72,8 +64,8 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   void insertEnvironmentItem();
   std::function<bool()> sendItemsFunc();
 
-  // In the order in which they must come to life; they go in the reverse order.
-  utilities::DefaultExitDeadline releaseDeadline_;  ///< armed while the others go
+  // Each member may use those before it. They are destroyed in the reverse order.
+  utilities::DefaultExitDeadline releaseDeadline_;  ///< armed during destruction
   bool active_ = false;
   bool sendingStarted_ = false;
   std::size_t packageSizeLimit_ = format::packageSizeLimit;
@@ -90,7 +82,7 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   std::shared_ptr<listeners::SaveListener> saveListener_;
   std::shared_ptr<listeners::GeneralListener> generalListener_;
   std::shared_ptr<reports::MemoryUsageObserver> memoryUsageObserver_;
-  std::future<void> startupTask_;  ///< what the first sending has to wait for, if anything
+  std::future<void> startupTask_;  ///< the first sending waits for it, if it is valid
   std::shared_ptr<LoggerInterface> logger_;
 };
 

@@ -10,28 +10,28 @@
 
 namespace qel::log::analytics {
 
-/// The analytics client, as the host uses it: on one thread of the host's.
+/// The analytics client. All calls come from one thread of the host.
 class QEL_ANALYTICS_EXPORT ClientInterface {
  public:
   virtual ~ClientInterface() = default;
 
-  /// Opens the databases, registers the listeners, and starts sending if the host allows it. Once
-  /// only.
+  /// Opens the databases, registers the listeners, and starts sending if the host allows it. Can be
+  /// called once.
   virtual void activate(const parameters::ActivateParameter& parameter) = 0;
-  /// True from the moment when `activate` has registered the listeners, for good.
+  /// Whether `activate` has registered the listeners. Never becomes false again.
   virtual bool isActive() const = 0;
-  /// Records what the broadcaster tells of stored issues, in the words of `information`, from now
-  /// until the client is gone; it is not taken off the broadcaster, which must
-  /// not notify while the client is destroyed. Independent of activation.
+  /// Records the stored issues that the broadcaster announces, with texts from `information`, until
+  /// the client is destroyed. Independent of activation. The listener stays registered, so the
+  /// broadcaster must not notify while the client is destroyed.
   virtual void registerIssueListStorageListener(
       qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
       std::unique_ptr<IssueListInformationInterface> information) = 0;
-  /// After activation: starts sending, or starts it anew with a pass at once. Waits for a loop that
-  /// still runs, which makes a last pass first: as long as its exchanges take or a database is
-  /// held, and until the exit deadline at most.
+  /// Starts sending after activation, or restarts it with an immediate pass. Waits for a loop that
+  /// still runs, which makes a last pass first. The wait lasts as long as the exchanges of that
+  /// pass take or a database is held, and at most until the exit deadline.
   virtual void startSendingItems() = 0;
-  /// Lets sending end with one more pass and does not wait for it. An assertion reports that
-  /// nothing was started.
+  /// Ends sending after one more pass and does not wait for it. Reports an assertion if nothing was
+  /// started.
   virtual void stopSendingItems() = 0;
 };
 

@@ -18,15 +18,15 @@ class DbToServerConnectionInterface;
 
 namespace details {
 
-/// Rows of one table on their way into one package: references to their texts, and their IDs.
+/// The rows of one table that go into one package: their IDs and references to their texts.
 class PackageBatch {
  public:
   explicit PackageBatch(std::size_t sizeLimit) : sizeLimit_(sizeLimit) {}
 
-  /// Adds a row, which must outlive the batch.
+  /// Adds a row. `json` must outlive the batch.
   void add(int id, const std::string& json);
-  /// Whether the texts have reached the size limit, so that the batch is to be sent. The row that
-  /// reaches it still belongs to it.
+  /// Whether the texts have reached the size limit, so that the batch must be sent. The row that
+  /// reached the limit is part of the batch.
   bool isFull() const { return size_ >= sizeLimit_; }
   void clear();
 
@@ -40,12 +40,14 @@ class PackageBatch {
   std::vector<int> ids_;
 };
 
-/// One go at moving all stored rows to the server: environments first, then items, in packages,
-/// each deleted from the database once it is accepted. A refused package ends the pass, and its
-/// rows and all behind it stay. What the database or the connection throws ends it too.
+/// One attempt to send all stored rows to the server.
+///
+/// Environments go first, then items, in packages. The rows of a package are deleted from the
+/// database once the server has accepted it. A refused package ends the pass: its rows and all
+/// later ones stay. An exception from the database or the connection ends the pass, too.
 class SendingPass {
  public:
-  /// All four outlive the pass.
+  /// Database, connection and logger must outlive the pass.
   SendingPass(CipDatabaseClientInterface& database,
               serverconnection::DbToServerConnectionInterface& connection, LoggerInterface& logger,
               std::size_t packageSizeLimit);

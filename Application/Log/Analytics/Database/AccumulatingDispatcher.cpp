@@ -19,8 +19,9 @@ AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
 }
 
 AccumulatingDispatcher::~AccumulatingDispatcher() {
-  // The worker's last run, which the loop's destruction brings about, then finds nothing. The items
-  // go without the lock, since one may be the last to hold an object of the host.
+  // The destruction of the loop runs the worker once more, which then finds an empty queue. The
+  // items are destroyed without the lock, because one may hold the last reference to an object of
+  // the host.
   std::vector<Entry> discarded;
   const std::lock_guard lock(mutex_);
   discarded.swap(pending_);
@@ -76,8 +77,8 @@ bool AccumulatingDispatcher::drain() {
   }
 }
 
-/// The mutex is held all along: whoever adds meanwhile waits and then finds the dispatcher failed.
-/// The worker does not wait for it once it sees the failure, so stopping it here is safe.
+/// The mutex stays locked. Other adding threads wait for it and then find that the dispatcher has
+/// failed. The worker does not lock it after a failure, so the stop here cannot deadlock.
 void AccumulatingDispatcher::fail() {
   const Patience patience(Patience::ofHost);
   failed_ = true;
@@ -92,7 +93,7 @@ void AccumulatingDispatcher::fail() {
         CipDatabaseClientInterface::Items);
     callback_(marker);
   } catch (...) {
-    // The dispatcher has failed already; there is nobody left to tell.
+    // The dispatcher has already failed. There is no further place to report this.
     return;
   }
 }

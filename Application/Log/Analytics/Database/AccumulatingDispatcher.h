@@ -14,44 +14,45 @@
 
 namespace qel::log::analytics {
 
-/// Decouples the threads that add items from the storage that writes them: items queue up, and a
-/// worker hands all of them to a callback once every period.
+/// A queue between the threads that add items and the storage that writes them. Once every period a
+/// worker passes all queued items to a callback.
 ///
-/// A full queue, or a callback that throws, makes it fail for good: everything queued is discarded,
-/// later items are dropped, and `hasFailed` stays true. A full queue also has one information item
-/// written, on the thread that met it. Items still queued at destruction are discarded; `join`
-/// before it writes them.
+/// **Failure.** A full queue or a callback that throws makes the dispatcher fail for good. Queued
+/// items are discarded, later items are dropped, and `hasFailed` stays true. The thread that finds
+/// the queue full also writes one information item.
 ///
-/// `add` and `hasFailed` may be called from any thread; `start`, `join` and destruction belong to
-/// one thread at a time.
+/// **Destruction** discards queued items. Call `join` before it to write them.
+///
+/// **Threads.** Any thread may call `add` and `hasFailed`. `start`, `join` and destruction belong
+/// to one thread at a time.
 class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
  public:
-  /// An item, never null, and the table that it is for.
+  /// An item, which is never null, and its table.
   using Entry =
       std::pair<std::unique_ptr<qel::json::ToJsonInterface>, CipDatabaseClientInterface::Table>;
-  /// Takes a batch in the order in which it was added, on the worker. The information item of a
-  /// full queue comes on the adding thread, perhaps at the same time.
+  /// Receives a batch on the worker, in the order of adding. The information item of a full queue
+  /// arrives on the adding thread, possibly at the same time.
   using Callback = std::function<void(const std::vector<Entry>&)>;
 
-  /// Starts nothing. Room for `capacity` entries is set aside twice, so that queueing allocates
-  /// nothing.
+  /// Does not start the worker. Reserves memory for `capacity` entries twice, so that adding does
+  /// not allocate.
   AccumulatingDispatcher(Callback callback, std::chrono::duration<double> period,
                          unsigned int capacity);
   AccumulatingDispatcher(const AccumulatingDispatcher&) = delete;
   AccumulatingDispatcher& operator=(const AccumulatingDispatcher&) = delete;
   ~AccumulatingDispatcher();
 
-  /// Starts the worker, which reports assertions the way the calling thread does.
+  /// Starts the worker, which uses the assertion handler of the calling thread.
   void start();
 
-  /// Queues the item. Dropped when the dispatcher has failed, or when the item is null.
+  /// Queues the item. A null item is dropped, and so is any item after a failure.
   void add(std::unique_ptr<qel::json::ToJsonInterface> item,
            CipDatabaseClientInterface::Table table);
 
-  /// Waits until everything queued has been handed to the callback, and goes on working.
+  /// Waits until the callback has received all queued items. The worker then goes on.
   void join();
 
-  /// Whether items are dropped from now on, for good. Any thread.
+  /// Whether the dispatcher has failed for good and drops all items. Any thread.
   bool hasFailed() const { return failed_; }
 
  private:

@@ -9,7 +9,7 @@ namespace qel::log::analytics {
 
 namespace {
 
-/// Nobody but the dispatcher makes such an item, when it ends storage.
+/// Only the dispatcher creates this item, when it ends storage.
 bool reportsFullQueue(const std::vector<AccumulatingDispatcher::Entry>& batch) {
   const auto* const info = dynamic_cast<const items::CipInfoItem*>(batch.front().first.get());
   return info != nullptr && info->getSubCategory() == "InsertingItems";
@@ -71,7 +71,7 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
   }
 }
 
-/// The host is asked without the mutex.
+/// Calls the host without holding the mutex.
 bool CipDatabases::isAllowed(const Permission& which) const {
   Permission permission;
   {

@@ -16,24 +16,27 @@ namespace parameters {
 struct ActivateParameter;
 }
 
-/// The pair of databases, and the one way for items to reach them.
+/// The support database and the sending database. Items reach them only through this class.
 ///
-/// Items are queued and written once a second, each rendered once, to the support database and then
-/// to the sending database, as far as the host's permissions say so at that moment. What cannot be
-/// written, or a queue that overflows, ends the storage for good, and `errorOccurred` stays true:
-/// an item inserted well before `initialize` does that, too.
+/// **Writing.** Items are queued. Once a second each queued item is rendered once and written to
+/// the support database and then to the sending database. Each write needs the host's permission at
+/// that moment.
+///
+/// **Errors.** A queue overflow, or an exception while items are rendered or written, ends storage
+/// for good, and `errorOccurred` stays true. An item that is written before `initialize` has the
+/// same effect, because there is no permission to ask.
 class QEL_ANALYTICS_EXPORT CipDatabases {
  public:
-  /// Takes both clients, neither null, and starts the worker.
+  /// Takes both clients, which must not be null, and starts the worker.
   CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDatabase,
                std::unique_ptr<CipDatabaseClientInterface> supportDatabase);
 
-  /// Opens both databases in the parameter's directory and takes over its permissions. Throws what
+  /// Opens both databases in the directory of the parameter and copies its permissions. Throws what
   /// opening throws.
   void initialize(const parameters::ActivateParameter& parameter);
 
-  /// Queues the item for the table. Any thread; takes one lock and allocates nothing, but for the
-  /// one call that finds the queue full, which writes the marker itself.
+  /// Queues the item for the table. Any thread. Takes one lock and allocates nothing, except for
+  /// the one call that finds the queue full and writes an information item itself.
   void insert(std::unique_ptr<qel::json::ToJsonInterface> item,
               CipDatabaseClientInterface::Table table);
 
@@ -41,18 +44,18 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   CipDatabaseClientInterface& getCipDatabase() { return *cipDatabase_; }
 
   /// Asks the host whether items may be written to the sending database. Throws
-  /// `std::bad_function_call` when it has given no way to ask.
+  /// `std::bad_function_call` if the host has set no permission.
   bool getWriteToCipDatabaseFunc() const;
 
   /// Whether storage has ended for good. Any thread.
   bool errorOccurred() const;
 
-  /// Waits until everything queued has been written. For the host, on the thread that initializes
-  /// and destroys.
+  /// Waits until all queued items are written. The host calls it on the thread that initializes and
+  /// destroys the object.
   void join();
 
  private:
-  /// Shared with the threads that ask: the host is asked on this one object, which may have state.
+  /// Shared by all threads that ask, because the host's function may have state.
   using Permission = std::shared_ptr<const std::function<bool()>>;
 
   void write(const std::vector<AccumulatingDispatcher::Entry>& batch);

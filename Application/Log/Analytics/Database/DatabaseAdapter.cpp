@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Database/DatabaseFormat.h"
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/TypeName.h"
@@ -37,7 +38,8 @@ std::string insertStatement(const std::string& json, const std::string& table) {
   }
 }
 
-/// As `std::stoi` reads it, and with the same messages whatever the standard library's are.
+/// Converts as `std::stoi` does, with exception messages that do not depend on the standard
+/// library.
 int idFrom(const std::string& text) {
   try {
     return std::stoi(text);
@@ -54,7 +56,7 @@ std::map<int, std::string> rowMapFrom(Result result) {
     return rows;
   }
   for (auto& row : std::move(result).result()) {
-    // Rows mostly come in ascending order, so the end is the likely place.
+    // Rows mostly arrive in ascending order, so the end is the likely position.
     rows.emplace_hint(rows.end(), idFrom(row[0]), std::move(row[1]));
   }
   return rows;
@@ -71,6 +73,10 @@ std::string joined(const std::vector<int>& ids) {
   return list;
 }
 
+constexpr util::CheckedClass thisClass{"qel::log::analytics::details::DatabaseAdapter",
+                                       "Application/Log/Analytics/Database/DatabaseAdapter"};
+constexpr int insertCheck = 85;
+
 void reportInsertFailure(const std::string& adapterType, const char* what) {
   if (!assert::Assert::isEnabled()) {
     return;
@@ -81,8 +87,7 @@ void reportInsertFailure(const std::string& adapterType, const char* what) {
   if (what != nullptr) {
     message.append(": ").append(what);
   }
-  assert::Assert::addAssert({message, "qel::log::analytics::details::DatabaseAdapter::insert",
-                             "Application/Log/Analytics/Database/DatabaseAdapter", __LINE__});
+  report(thisClass, {"insert", insertCheck, message});
 }
 
 }  // namespace
@@ -112,7 +117,7 @@ void DatabaseAdapter::insertOrFail(const std::string& json, const std::string& t
   try {
     statement = insertStatement(json, table);
   } catch (const std::bad_alloc&) {
-    execute({});  // Refused, it keeps a transaction from being stored without this row.
+    execute({});  // Fails, so that a transaction is not stored without this row.
     throw;
   }
   execute(statement);

@@ -7,35 +7,39 @@
 
 namespace qel::log::analytics::details {
 
-/// Turns the storage of JSON rows into SQL statements.
+/// Stores JSON rows with SQL statements.
 ///
-/// Tables have the columns `ID` (assigned by SQLite) and `json`. Table names and session ids are
-/// spliced into the statements as they are: callers pass fixed names, and ids without quotes. SQL
-/// failures are not thrown; only failed deletions are logged. A row whose ID is no number makes a
-/// reader throw what `std::stoi` throws. Takes no lock of its own.
+/// **Statements.** Tables have the columns `ID` (assigned by SQLite) and `json`. Table names and
+/// session ids become part of statements without escaping, so callers pass fixed names and ids
+/// without quotes.
+///
+/// **Errors.** SQL failures are not thrown, and only failed deletions are logged. Reading a row
+/// whose ID is not a number throws what `std::stoi` throws.
+///
+/// **Threads.** The adapter takes no lock.
 class QEL_ANALYTICS_EXPORT DatabaseAdapter : public DatabaseAdapterInterface {
  public:
-  /// Makes a new file give pages back incrementally, which must come before its first table.
-  /// Without a database, statements fail silently; `getAll`, `deleteByIds` and `createTransaction`
-  /// need one.
+  /// Enables incremental vacuum in a new file, which must happen before its first table. If `db` is
+  /// null, statements fail silently, and `getAll`, `deleteByIds` and `createTransaction` must not
+  /// be called.
   explicit DatabaseAdapter(std::shared_ptr<qel::db::sql::SqlDatabaseInterface> db);
 
   void addTableIfNotExists(const std::string& table) override;
-  /// An exception on the way is reported as an assertion and goes no further.
+  /// An exception is reported as an assertion and not passed on.
   void insert(const std::string& json, const std::string& table) override;
   std::map<int, std::string> getAll(const std::string& table) override;
-  /// Rows whose text holds `"SessionId": "<sessionId>"`, spaced exactly so.
+  /// Rows whose text contains `"SessionId": "<sessionId>"` with exactly this spacing.
   std::map<int, std::string> getAllFromSession(const std::string& table,
                                                const std::string& sessionId) override;
-  /// Also lets new IDs go on from the highest that is left, from 1 in an empty table.
+  /// Also resets the next ID to one above the highest remaining ID, or to 1 in an empty table.
   void deleteByIds(const std::vector<int>& ids, const std::string& table) override;
   void vacuum() override;
   ScopeGuard createTransaction() override;
 
  protected:
-  /// Runs one statement. Without a database the result is a failure that says so.
+  /// Runs one statement. Without a database the result is a failure with a message.
   qel::db::sql::Result execute(const std::string& statement);
-  /// Lets new IDs go on from the highest that is left, from 1 in an empty table.
+  /// Resets the next ID to one above the highest remaining ID, or to 1 in an empty table.
   void resetIds(const std::string& table);
 
  private:

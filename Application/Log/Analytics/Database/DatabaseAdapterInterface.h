@@ -9,23 +9,24 @@
 
 namespace qel::log::analytics::details {
 
-/// Tables of JSON rows, each row an ID and a text.
+/// Tables of JSON rows. Each row has an ID and a text.
 class QEL_ANALYTICS_EXPORT DatabaseAdapterInterface {
  public:
-  /// Creates the table unless the file has it.
+  /// Creates the table if it does not exist.
   virtual void addTableIfNotExists(const std::string& table) = 0;
-  /// Adds a row; the database gives it its ID.
+  /// Adds a row. The database assigns the ID.
   virtual void insert(const std::string& json, const std::string& table) = 0;
-  /// The texts of all rows by their IDs, none when reading fails.
+  /// The texts of all rows by ID, empty if reading fails.
   virtual std::map<int, std::string> getAll(const std::string& table) = 0;
-  /// The same of one session's rows.
+  /// The same for the rows of one session.
   virtual std::map<int, std::string> getAllFromSession(const std::string& table,
                                                        const std::string& sessionId) = 0;
-  /// Deletes the rows with these IDs; an ID without a row is passed over.
+  /// Deletes the rows with these IDs. IDs without a row are ignored.
   virtual void deleteByIds(const std::vector<int>& ids, const std::string& table) = 0;
-  /// Gives the file's free pages back to the file system.
+  /// Returns free pages of the file to the file system.
   virtual void vacuum() = 0;
-  /// What is inserted while the guard lives is stored together or not at all.
+  /// Begins a transaction, which ends when the guard is destroyed. Its rows are stored together or
+  /// not at all.
   virtual ScopeGuard createTransaction() = 0;
   virtual ~DatabaseAdapterInterface() = default;
 };

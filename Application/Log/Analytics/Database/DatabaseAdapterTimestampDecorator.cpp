@@ -10,7 +10,7 @@ void DatabaseAdapterTimestampDecorator::addTableIfNotExists(const std::string& t
 
 void DatabaseAdapterTimestampDecorator::deleteEntriesOlderThan(const std::string& table,
                                                                std::chrono::seconds age) {
-  // In seconds, where even the longest age does not overflow.
+  // Calculated in seconds, so that even the longest age does not overflow.
   const auto oldest = std::chrono::duration_cast<std::chrono::seconds>(
                           std::chrono::system_clock::now().time_since_epoch()) -
                       age;

@@ -12,8 +12,7 @@
 
 namespace qel::log::analytics::details {
 
-/// What the two database clients have in common: reading and deleting rows through an adapter, once
-/// there is one.
+/// The common part of both database clients. It reads and deletes rows through an adapter.
 class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterface {
  public:
   RowMap getAllItems() override;
@@ -26,16 +25,16 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
  protected:
   /// Creates both tables through the adapter.
   static void addTables(DatabaseAdapterInterface& adapter);
-  /// Takes the adapter and its database file into use, in place of earlier ones.
+  /// Sets the adapter and its database file in place of earlier ones.
   void use(std::shared_ptr<DatabaseAdapterInterface> adapter, std::filesystem::path file);
-  /// The adapter, null before there is one.
+  /// The adapter, null until it is set.
   std::shared_ptr<DatabaseAdapterInterface> adapter() const;
-  /// The database file, empty before there is one.
+  /// The database file, empty until it is set.
   std::filesystem::path file() const;
-  /// Inserts the texts that are not empty, of known tables, in one transaction.
+  /// Inserts the texts that are not empty and belong to a known table, in one transaction.
   static void insertTogether(DatabaseAdapterInterface& adapter,
                              const std::vector<std::pair<std::string, Table>>& rows);
-  /// Inserts each text that is not empty, until the calling thread can wait no longer.
+  /// Inserts each text that is not empty. Stops once the patience of the calling thread has ended.
   static void insertEach(DatabaseAdapterInterface& adapter, const std::vector<std::string>& jsons,
                          const std::string& table);
 
@@ -45,7 +44,7 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
   std::filesystem::path file_;                         ///< guarded by mutex_
 };
 
-/// The SQL table's name; null for a value that is no table.
+/// The name of the SQL table, null for an unknown value.
 const std::string* tableName(CipDatabaseClientInterface::Table table);
 
 }  // namespace qel::log::analytics::details

@@ -3,9 +3,8 @@
 #include <cstdint>
 #include <string>
 
-/// Names, limits and texts of the client's databases and packages, as `docs/data-format.md`
-/// describes them. Programs that read what a client has recorded, or receive it, take them from
-/// here.
+/// Names and limits of the client's databases, as `docs/data-format.md` describes them. Programs
+/// that read the databases include this header, too.
 namespace qel::log::analytics::format {
 
 /// The database files.
@@ -13,15 +12,15 @@ namespace qel::log::analytics::format {
 inline constexpr const char* sendingDatabase = "ItemDatabase.db";
 inline constexpr const char* supportDatabase = "SupportDatabase.db";
 /// @}
-/// The tables of each.
+/// The tables of each file.
 /// @{
 inline constexpr const char* itemsTable = "Items";
 inline constexpr const char* environmentsTable = "Environments";
 /// @}
-/// From this size on, in bytes, the sending database takes no batch.
+/// In bytes. A sending database of this size or more takes no batch.
 inline constexpr std::uint64_t sendingDatabaseLimit = 30'720'000;
 
-/// What the text of each of a session's records holds.
+/// The text that every record of the session contains.
 inline std::string sessionMark(const std::string& sessionId) {
   return R"("SessionId": ")" + sessionId + '"';
 }

@@ -27,12 +27,12 @@ void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seco
   }
 }
 
-/// The thread is detached: it shares the adapter, so it outlives the client if it must.
+/// The thread is detached and shares the adapter, so that it can outlive the client.
 void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
                     std::chrono::seconds age) {
   try {
     std::thread([adapter = std::move(adapter), age] { deleteOldRows(*adapter, age); }).detach();
-  } catch (...) {  // There is no thread to be had.
+  } catch (...) {  // No thread can be created.
     utilities::debugger::Debugger::vBreak();
   }
 }

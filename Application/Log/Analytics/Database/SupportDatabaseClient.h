@@ -7,20 +7,20 @@
 
 namespace qel::log::analytics {
 
-/// The support database, "SupportDatabase.db": a copy of every item with the time of its writing,
-/// so that the rows of a session can be handed to support staff. It has no size limit; its rows go
-/// by age.
+/// The support database, "SupportDatabase.db". It holds a copy of every item with the time of
+/// writing, so that support staff can get the rows of a session. It has no size limit. Rows are
+/// deleted by age.
 class QEL_ANALYTICS_EXPORT SupportDatabaseClient : public details::DatabaseClientBase {
  public:
-  /// Rows older than `retention` are deleted once at each `initialize`, on a thread of its own;
-  /// without one everything is kept.
+  /// Each `initialize` deletes the rows older than `retention` once, on a separate thread. Without
+  /// a value all rows are kept.
   explicit SupportDatabaseClient(std::optional<std::chrono::seconds> retention);
 
   void initialize(const std::string& directory) override;
-  /// Any table but `Items` counts as `Environments`.
+  /// Any table other than `Items` counts as `Environments`.
   void insertMultiple(const std::vector<std::string>& jsons, Table table) override;
   void insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) override;
-  /// The session's rows of both tables, also where a table has none.
+  /// The session's rows, with an entry for each of both tables even if it is empty.
   std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;
 
  private:

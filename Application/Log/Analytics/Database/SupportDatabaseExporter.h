@@ -7,18 +7,19 @@
 
 namespace qel::log::analytics {
 
-/// Copies the rows of one session from a database into another one, for support staff. Works on the
-/// caller's thread.
+/// Copies the rows of one session from one database to another, for support staff. Works on the
+/// calling thread.
 class QEL_ANALYTICS_EXPORT SupportDatabaseExporter {
  public:
-  /// `source` is shared for as long as the exporter lives.
+  /// The exporter keeps a reference to `source`.
   explicit SupportDatabaseExporter(const std::shared_ptr<CipDatabaseClientInterface>& source);
 
-  /// Whether there were rows to copy, and all were copied. The caller has opened `target`; rows get
-  /// new IDs there and keep their texts. Waits for five seconds at most while others hold the
-  /// databases; what is missing then is logged, and the next try needs an empty target. Throws
-  /// `std::out_of_range` when the source knows the session but leaves out a table that has to be
-  /// looked at.
+  /// Returns whether there were rows to copy and all were copied. The caller has opened `target`.
+  /// Rows get new IDs there and keep their texts.
+  ///
+  /// Waits at most five seconds while others hold the databases. An incomplete copy is logged, and
+  /// the next try needs an empty target. Throws `std::out_of_range` when the source knows the
+  /// session but returns it without a table that is needed.
   bool exportLastSessionToSqliteFile(const std::string& sessionId,
                                      const std::shared_ptr<CipDatabaseClientInterface>& target);
 

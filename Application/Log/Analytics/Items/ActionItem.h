@@ -9,11 +9,11 @@
 
 namespace qel::log::analytics::items {
 
-/// The view that an action was made in: the category "BCF", "Help", "Start Page", "Project Manager"
-/// or "Graphic", "Unknown" for any other value.
+/// The view in which the user acted. The category is "BCF", "Help", "Start Page", "Project Manager"
+/// or "Graphic", and "Unknown" for any other value.
 enum class ActionArea : std::uint32_t { Bcf, Help, StartPage, ProjectManager, Graphic };
 
-/// What the user did in one of the program's views. The subcategory is "Action".
+/// An action of the user in a view of the program. The subcategory is "Action".
 class QEL_ANALYTICS_EXPORT ActionItem : public BaseEventItemWithDetail {
  public:
   /// `event` is the host's name for the action.

@@ -9,17 +9,17 @@
 
 namespace qel::log::analytics::items {
 
-/// The host application started, stopped, crashed or failed an assertion. Category "Application";
-/// the event is a text of the host's choice.
+/// The host application started, stopped, crashed or failed an assertion. Category "Application".
+/// The host chooses the text of the event.
 class QEL_ANALYTICS_EXPORT ApplicationItem : public BaseEventItemWithDetail {
  public:
-  /// The subcategory in these words, none for any other value.
+  /// The subcategory is the enumerator's name, empty for any other value.
   enum class Type : std::uint32_t { Started, Stopped, Crashed, Asserted };
 
-  /// The detail "Exception Code" holds the code as an unsigned number, whatever the type is.
+  /// The detail "Exception Code" is the code as an unsigned number, for every type.
   ApplicationItem(const std::string& event, const Type& type, int exceptionCode);
 
-  /// A failed assertion, with what is known about it as details.
+  /// A failed assertion, which the details describe.
   ApplicationItem(const std::string& event, const assert::AssertInfo& info);
 
   std::string getCategory() const override;

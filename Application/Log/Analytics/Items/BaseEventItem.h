@@ -9,7 +9,7 @@
 
 namespace qel::log::analytics::items {
 
-/// A record of something that happened. Subclasses say what; this class renders it.
+/// A record of an event. Subclasses define the event, and this class renders it.
 class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterface {
  public:
   /// The members "Category", "Subcategory", "Event", "InstallationId", "SessionId", "Timestamp" and
@@ -17,7 +17,7 @@ class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterfac
   std::string toJson() const override;
 
  private:
-  /// What `getDetails` returns a copy of, if that is known.
+  /// The map that `getDetails` returns a copy of, null if there is none.
   virtual const std::map<std::string, std::string>* storedDetails() const { return nullptr; }
 };
 

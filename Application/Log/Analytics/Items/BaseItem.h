@@ -14,32 +14,32 @@ class JsonObject;
 
 namespace qel::log::analytics::items {
 
-/// A record of the analytics client: its time, and the installation and session that it belongs to.
+/// A record of the analytics client with its time, its installation and its session.
 ///
-/// The two ids are the process's, shared by all items. They are set once, on one thread, before
-/// items are rendered on others; rendering only reads.
+/// All items of the process share the two ids. One thread sets them once, before other threads
+/// render items.
 class QEL_ANALYTICS_EXPORT BaseItem : public ItemInterface, public json::ToJsonInterface {
  public:
-  /// Stamped with the current time.
+  /// Sets the time stamp to the current time.
   BaseItem() { updateTimestamp(); }
 
-  /// Each takes the first value that is not empty (not null); later calls are ignored.
+  /// Each keeps the first value that is not empty (not null) and ignores later calls.
   /// @{
   static void setInstallationId(const std::string& id);
   static void setSessionId(const Guid& id);
   /// @}
 
-  /// Empty, and the null GUID, until they are set.
+  /// An empty text and the null GUID until they are set.
   /// @{
   const std::string& getInstallationId() const override;
   const Guid& getSessionId() const override;
   /// @}
   const datetime::DateTime& getTime() const override { return time_; }
 
-  /// Stamps the item with the current time again.
+  /// Sets the time stamp to the current time again.
   void updateTimestamp() { time_.vSetNow(); }
 
-  /// The time stamp as items carry it, "2026-11-21T09:30:05.123Z".
+  /// The time stamp as it is rendered, such as "2026-11-21T09:30:05.123Z".
   std::string getDateTimeAsString() const;
 
  protected:

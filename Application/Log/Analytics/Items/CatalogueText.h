@@ -8,9 +8,8 @@
 
 namespace qel::log::analytics::items {
 
-/// The text of an enumerator from a table indexed by the enumerators' values. A value that the
-/// enumeration does not name has `fallback` as its text; where that is empty, the item is rendered
-/// without the member.
+/// Returns the text of an enumerator from a table that is indexed by the values. A value without a
+/// name has the text `fallback`. An item is rendered without a member whose text is empty.
 template <std::size_t count, typename Enumeration>
 std::string textOf(const std::array<std::string_view, count>& texts, Enumeration value,
                    std::string_view fallback) {

@@ -9,14 +9,15 @@
 
 namespace qel::log::analytics::items {
 
-/// The client's report about itself: its database grew too large, or storing or sending failed.
+/// A report of the client about itself: its database grew too large, or storing or sending failed.
 /// Category "CIP".
 class QEL_ANALYTICS_EXPORT CipInfoItem : public BaseEventItem {
  public:
-  /// Where: the subcategory in these words, none for any other value.
-  enum class Area : std::uint32_t { Database, SendingItems, InsertingItems };
-  /// A limit was reached, or something was thrown: the event in these words, none for any other
+  /// The operation that failed. The subcategory is the enumerator's name, empty for any other
   /// value.
+  enum class Area : std::uint32_t { Database, SendingItems, InsertingItems };
+  /// Whether a limit was reached or an exception was thrown. The event is the enumerator's name,
+  /// empty for any other value.
   enum class Severity : std::uint32_t { CriticalLarge, Exception };
 
   /// `message` is the detail "Message", left out when empty.

@@ -9,14 +9,14 @@
 
 namespace qel::log::analytics::items {
 
-/// A command of the host application began or ended; the event is the command's text. Category
+/// A command of the host application began or ended. The event is the text of the command. Category
 /// "Command".
 class QEL_ANALYTICS_EXPORT CommandItem : public BaseEventItemWithDetail {
  public:
-  /// The subcategory in these words, none for any other value.
+  /// The subcategory is the enumerator's name, empty for any other value.
   enum class State : std::uint32_t { Started, Accepted, Cancelled };
 
-  /// `details` are the host's own, which later ones do not replace.
+  /// `details` come from the host. Details that are added later do not replace them.
   CommandItem(std::string command, State state, std::map<std::string, std::string> details);
 
   std::string getCategory() const override;

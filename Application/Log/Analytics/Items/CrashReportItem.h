@@ -8,8 +8,8 @@
 
 namespace qel::log::analytics::items {
 
-/// A crash report was made; the event is its text. Category "Application", subcategory
-/// "Crash Report", no details. The client makes none itself.
+/// A crash report was created. The event is its text. Category "Application", subcategory "Crash
+/// Report", no details. The client never creates this item itself.
 class QEL_ANALYTICS_EXPORT CrashReportItem : public BaseEventItem {
  public:
   /// An empty `text` leaves the event out.

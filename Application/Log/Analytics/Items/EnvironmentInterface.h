@@ -2,9 +2,8 @@
 
 #include <vector>
 
-#include "Application/Log/Analytics/Items/details/HardwareEnvironmentInfo.h"
-#include "Application/Log/Analytics/Items/details/OsEnvironmentInfo.h"
-#include "Application/Log/Analytics/Items/details/QelEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInformation.h"
+#include "Application/Log/Analytics/Items/details/MachineInformation.h"
 #include "QelAnalyticsExport.h"
 
 namespace qel::log::analytics::items {
@@ -14,12 +13,12 @@ class QEL_ANALYTICS_EXPORT EnvironmentInterface {
  public:
   virtual ~EnvironmentInterface() = default;
 
-  /// The machine. The reference lives as long as the object.
+  /// The machine. The reference is valid as long as the object.
   /// @{
   virtual const details::OsEnvironmentInfo& getOsEnvironmentInfo() const = 0;
   virtual const details::HardwareEnvironmentInfo& getHardwareEnvironmentInfo() const = 0;
   /// @}
-  /// The installed host applications, the running one among them. The reference lives as long as
+  /// The installed host applications, including the running one. The reference is valid as long as
   /// the object.
   virtual const std::vector<details::QelEnvironmentInfo>& getQelEnvironmentInfo() const = 0;
 };

@@ -5,7 +5,7 @@
 
 #include "Application/Log/Analytics/Items/BaseItem.h"
 #include "Application/Log/Analytics/Items/EnvironmentInterface.h"
-#include "Application/Log/Analytics/Items/details/ApplicationInfo.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInformation.h"
 #include "QelAnalyticsExport.h"
 
 namespace qel::log::analytics::items {
@@ -13,8 +13,8 @@ namespace qel::log::analytics::items {
 /// A description of the machine and the host applications installed on it.
 class QEL_ANALYTICS_EXPORT EnvironmentItem : public BaseItem, public EnvironmentInterface {
  public:
-  /// The first of `applications` that is current counts as the active one; without any, the active
-  /// application's texts are empty. `isInternal` marks machines of the program's maker.
+  /// The first of `applications` that is current is the active one. Without one, the texts of the
+  /// active application are empty. `isInternal` marks machines of the program's vendor.
   EnvironmentItem(const details::OsEnvironmentInfo& os,
                   const details::HardwareEnvironmentInfo& hardware,
                   const std::vector<details::QelEnvironmentInfo>& applications, bool isInternal);

@@ -10,15 +10,16 @@
 
 namespace qel::log::analytics::items {
 
-/// An event of the host that describes itself. It is asked when the item is rendered, on the thread
-/// that renders; without one, all texts and the details are empty.
+/// An event of the host that describes itself. It is read when the item is rendered, on the
+/// rendering thread. Without an event, all texts and the details are empty.
 class QEL_ANALYTICS_EXPORT GeneralEventItem : public BaseEventItem {
  public:
-  /// What the host broadcasts: it names its own category, subcategory, event and details.
+  /// The event that the host broadcasts. It defines its own category, subcategory, event and
+  /// details.
   using HostEvent = broadcaster::GeneralEventInterface;
 
-  /// `event` may be null. Whoever lets go of it last destroys it, which may be the thread that
-  /// renders.
+  /// `event` may be null. The thread that releases the last reference destroys it. This may be the
+  /// rendering thread.
   explicit GeneralEventItem(std::shared_ptr<const HostEvent> event);
 
   std::string getCategory() const override;

@@ -8,16 +8,17 @@
 
 namespace qel::log::analytics::items {
 
-/// The issue list got or lost issues. Category "IssueListStorage", subcategory "Issue".
+/// Issues were added to the issue list or removed from it. Category "IssueListStorage", subcategory
+/// "Issue".
 class QEL_ANALYTICS_EXPORT IssueListStorageEvent : public BaseEventItemWithDetail {
  public:
-  /// The event in these words, "Unknown" for any other value.
+  /// The event is the enumerator's name, "Unknown" for any other value.
   enum class Change : std::uint32_t { Added, Removed, RemovedAll };
 
-  /// Has no details yet.
+  /// Starts without details.
   explicit IssueListStorageEvent(Change change);
 
-  /// For a copy of an item that reports a later change of the same issue.
+  /// For the copy of an item that reports a later change of the same issue.
   void setChange(Change change) { change_ = change; }
 
   std::string getCategory() const override;

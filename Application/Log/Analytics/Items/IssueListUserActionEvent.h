@@ -8,13 +8,13 @@
 
 namespace qel::log::analytics::items {
 
-/// The user did something in the issue list's or the collision list's window. Category
+/// An action of the user in the window of the issue list or the collision list. Category
 /// "IssueListAction".
 class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDetail {
  public:
-  /// Whose window: the subcategory in these words, "Unknown" for any other value.
+  /// The list. The subcategory is the enumerator's name, "Unknown" for any other value.
   enum class List : std::uint32_t { Issue, Collision };
-  /// What the user worked with: the event in these words, "Unknown" for any other value.
+  /// The control that was used. The event is the enumerator's name, "Unknown" for any other value.
   enum class Control : std::uint32_t {
     ContextMenu,
     UnreadIssuesNavigator,
@@ -23,7 +23,7 @@ class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDe
     NotificationDialog
   };
 
-  /// Has no details yet.
+  /// Starts without details.
   IssueListUserActionEvent(List list, Control control);
 
   std::string getCategory() const override;

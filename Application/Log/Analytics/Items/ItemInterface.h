@@ -8,17 +8,17 @@
 
 namespace qel::log::analytics::items {
 
-/// Where and when a record was made.
+/// The origin and the time of a record.
 class QEL_ANALYTICS_EXPORT ItemInterface {
  public:
   virtual ~ItemInterface() = default;
 
-  /// Which installation and which run of the program it belongs to.
+  /// The installation and the run of the program.
   /// @{
   virtual const std::string& getInstallationId() const = 0;
   virtual const Guid& getSessionId() const = 0;
   /// @}
-  /// When it happened.
+  /// The time of the event.
   virtual const datetime::DateTime& getTime() const = 0;
 };
 

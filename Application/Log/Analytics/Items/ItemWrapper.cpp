@@ -7,7 +7,8 @@
 namespace qel::log::analytics::items {
 namespace {
 
-/// Of a megabyte, so with the memory taken at once: what follows the list fits as well.
+/// Reserves the memory at once, because the list can have a megabyte. The text after the list fits,
+/// too.
 void appendMerged(std::string& out, const std::vector<const std::string*>& list) {
   constexpr std::size_t rest = 64;
   std::size_t size = out.size() + rest;

@@ -10,24 +10,25 @@
 
 namespace qel::log::analytics::items {
 
-/// The JSON document that a batch of stored rows is uploaded in.
+/// The JSON document for the upload of a batch of stored rows.
 ///
-/// The rows are complete JSON texts and are joined without being parsed. They stay the caller's and
-/// must live as long as the wrapper, which is made, rendered and dropped with its batch.
+/// The rows are complete JSON texts and are joined without parsing. The wrapper refers to the texts
+/// of the caller, which must outlive it.
 class QEL_ANALYTICS_EXPORT ItemWrapper {
  public:
-  /// Packs the rows of one table; null elements are skipped, rows of an unknown table are ignored.
+  /// Refers to the rows of one table. Null elements are skipped. Rows of an unknown table are
+  /// ignored.
   ItemWrapper(const std::vector<const std::string*>& rows, CipDatabaseClientInterface::Table table);
   ItemWrapper(std::vector<const std::string*>&& rows,
               CipDatabaseClientInterface::Table table) = delete;
   /// Refers to the same rows.
   ItemWrapper(const ItemWrapper&) = default;
 
-  /// Copies nothing: a wrapper keeps the rows that it was made for.
+  /// Does nothing: a wrapper keeps the rows of its construction.
   // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned.
   ItemWrapper& operator=(const ItemWrapper&) { return *this; }
 
-  /// Whether the rows given are none. False for a wrapper of an unknown table.
+  /// Whether there are no rows. False for an unknown table.
   bool isNullOrEmpty() const;
 
   /// Writes the texts that are not null, separated by commas.
@@ -36,7 +37,8 @@ class QEL_ANALYTICS_EXPORT ItemWrapper {
   /// `{"version": "3.1", "environments": [...], "events": [...]}`, with the list that is set and
   /// not empty.
   std::string toJson() const;
-  /// The same in place of what `text` holds, in its memory if that is large enough.
+  /// Replaces the content of `text` by the same document. Reuses its memory if that is large
+  /// enough.
   void writeTo(std::string& text) const;
 
  private:

@@ -3,16 +3,16 @@
 #include <cstddef>
 
 /// Limits and texts of the packages that a client uploads, as `docs/data-format.md` describes them.
-/// Programs that receive packages take them from here.
+/// Programs that receive packages include this header, too.
 namespace qel::log::analytics::format {
 
-/// The row that reaches so many bytes of row text closes a package.
+/// In bytes of row text. The row that reaches this limit is the last one of its package.
 inline constexpr std::size_t packageSizeLimit = 1'000'000;
 
-/// The version that every package names.
+/// The version in every package.
 inline constexpr const char* packageVersion = "3.1";
 
-/// Where and as what packages are posted.
+/// Path and content type of the request that posts a package.
 /// @{
 inline constexpr const char* uploadPath = "/authenticated/customer-care.php";
 inline constexpr const char* uploadContentType = "application/json; charset=utf-8";

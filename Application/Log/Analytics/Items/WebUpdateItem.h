@@ -9,11 +9,11 @@
 
 namespace qel::log::analytics::items {
 
-/// How many update packages arrived whole and how many corrupt. Category "WebUpdate", subcategory
+/// The numbers of intact and of corrupt update packages. Category "WebUpdate", subcategory
 /// "Reports", no event.
 class QEL_ANALYTICS_EXPORT WebUpdateItem : public BaseEventItem {
  public:
-  /// The details "success" and "corrupt package", also when 0.
+  /// The details are "success" and "corrupt package", also when they are 0.
   WebUpdateItem(std::uint64_t success, std::uint64_t corrupt);
 
   std::string getCategory() const override;

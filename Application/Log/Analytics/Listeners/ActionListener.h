@@ -9,15 +9,16 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records user actions in the BCF, help, project manager and graphic views. What building or
-/// inserting an item throws reaches the broadcaster; so it does in every listener, but for the
-/// building of an added issue's item.
+/// Records user actions in the BCF, help, project manager and graphic views.
+///
+/// An exception while an item is created or inserted reaches the broadcaster. This holds for every
+/// listener, except for the creation of the item of an added issue.
 class QEL_ANALYTICS_EXPORT ActionListener : public qel::broadcaster::ActionListenerInterface {
  public:
-  /// The databases outlive the listener.
+  /// The databases must outlive the listener.
   explicit ActionListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Each tells the action's name and details as they are; the category says which view it was.
+  /// Each records the name and the details of the action unchanged. The category is the view.
   /// @{
   void onBcfAction(const qel::broadcaster::event::BcfActionEvent& event) override;
   void onHelpAction(const qel::broadcaster::event::HelpActionEvent& event) override;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Items/ApplicationItem.h"
-#include "Application/Log/Analytics/Items/UserLocationItem.h"
+#include "Application/Log/Analytics/Items/UserItems.h"
 #include "Application/Log/Analytics/Items/WebUpdateItem.h"
 #include "Application/Log/Analytics/Listeners/InsertItem.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
@@ -18,7 +18,7 @@ using namespace qel::broadcaster::event;
 
 namespace {
 
-/// What a start or a stop carries where a crash has its exception code.
+/// The exception code of a start or a stop.
 constexpr int noExceptionCode = 0;
 
 }  // namespace

@@ -15,24 +15,24 @@ class WebUpdateReporterInterface;
 
 namespace qel::log::analytics::listeners {
 
-/// Records the application's start, stop, crash and failed assertions; with a start also what web
-/// updates did, with a crash also the memory use that led to it.
+/// Records the start, the stop, crashes and failed assertions of the application. A start also
+/// records the results of web updates. A crash also records the memory usage before it.
 class QEL_ANALYTICS_EXPORT ApplicationListener
     : public qel::broadcaster::ApplicationListenerInterface {
  public:
-  /// The databases and the web-update reporter outlive the listener.
+  /// The databases and the web-update reporter must outlive the listener.
   ApplicationListener(CipDatabases& databases,
                       std::shared_ptr<reports::MemoryUsageReporterInterface> memoryUsageReporter,
                       reports::WebUpdateReporterInterface& webUpdateReporter);
 
-  /// Records the start, then asks the server for the user's location, then tells the web updates if
-  /// there were any, whose information is then discarded.
+  /// Records the start, then a request to the server for the user's location, then the results of
+  /// web updates if there are any. These results are then discarded.
   void onApplicationStarted(const qel::broadcaster::event::ApplicationStartEvent& event) override;
-  /// With the exception code 0, as a start.
+  /// Records the stop with the exception code 0, like a start.
   void onApplicationStopped(const qel::broadcaster::event::ApplicationStopEvent& event) override;
-  /// Records the crash with its code, then has the process's and the system's memory use reported.
+  /// Records the crash with its code, then the memory usage of the process and of the system.
   void onApplicationCrashed(const qel::broadcaster::event::ApplicationCrashEvent& event) override;
-  /// Records what is known of the assertion.
+  /// Records the assertion with all known facts.
   void onApplicationAsserted(const qel::broadcaster::event::ApplicationAssertEvent& event) override;
 
  private:

@@ -11,17 +11,17 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records every command as it starts and as it ends, accepted or cancelled. The two items of one
-/// command carry the command's "ID"; nothing pairs them here.
+/// Records the start and the end of every command. A command ends accepted or cancelled. Both items
+/// hold the "ID" of the command, but nothing pairs them here.
 class QEL_ANALYTICS_EXPORT CommandListener : public qel::broadcaster::CommandListenerInterface {
  public:
-  /// The databases outlive the listener.
+  /// The databases must outlive the listener.
   explicit CommandListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Adds "ID" and "Location" to the event's details, unless it has details of these names itself.
-  /// A location without a name is "unknown".
+  /// Adds "ID" and "Location" to the details of the event, unless it has details of these names. A
+  /// location without a name is "unknown".
   void onCommandStarted(const qel::broadcaster::event::CommandStartEvent& event) override;
-  /// Adds "ID" in the same way, and no location.
+  /// Adds "ID" in the same way, but no location.
   void onCommandStopped(const qel::broadcaster::event::CommandStopEvent& event) override;
 
  private:

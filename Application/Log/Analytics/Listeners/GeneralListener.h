@@ -9,13 +9,13 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records events that describe themselves; each is kept alive until it has been written.
+/// Records events that describe themselves. Each event stays alive until it has been written.
 class QEL_ANALYTICS_EXPORT GeneralListener : public qel::broadcaster::GeneralListenerInterface {
  public:
-  /// The databases outlive the listener.
+  /// The databases must outlive the listener.
   explicit GeneralListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Also records a null event, with an empty category and nothing else of its own.
+  /// Also records a null event, with an empty category and no other text.
   void onGeneralAction(
       std::shared_ptr<const qel::broadcaster::event::GeneralEventInterface> event) override;
 

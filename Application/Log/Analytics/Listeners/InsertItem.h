@@ -6,7 +6,7 @@
 
 namespace qel::log::analytics::listeners {
 
-/// Hands a recorded event over to storage.
+/// Queues the item of an event for storage.
 inline void insertItem(CipDatabases& databases, std::unique_ptr<qel::json::ToJsonInterface> item) {
   databases.insert(std::move(item), CipDatabaseClientInterface::Items);
 }

@@ -9,10 +9,10 @@
 
 namespace qel::log::analytics::listeners::details {
 
-/// What tells one issue from another, ordered member by member as they stand here. A missing
-/// message comes first; a message's category tells nothing apart.
+/// Identifies an issue. Keys are compared member by member in the order of declaration. A missing
+/// message comes first. The category of a message is not compared.
 struct IssueKey {
-  /// Copies what it needs of the issue.
+  /// Copies the compared values of the issue.
   explicit IssueKey(const issue::IssueInstance& issue)
       : objectAttributes(issue.objectAttributes), description(issue.description), id(issue.id) {
     if (issue.message) {
@@ -23,7 +23,7 @@ struct IssueKey {
 
   friend auto operator<=>(const IssueKey&, const IssueKey&) = default;
 
-  /// What counts of an issue's message.
+  /// The compared values of a message.
   struct Message {
     friend auto operator<=>(const Message&, const Message&) = default;
 

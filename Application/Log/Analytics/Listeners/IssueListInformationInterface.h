@@ -8,22 +8,24 @@
 
 namespace qel::log::analytics {
 
-/// Puts issues into the words that the host shows its users. Implemented by the host; called on the
-/// thread that tells of stored issues. What it throws, derived from `std::exception`, keeps the
-/// issue from being recorded and goes no further.
+/// Provides the texts that the host shows its users for issues.
+///
+/// The host implements it. It is called on the thread that announces stored issues. If it throws an
+/// exception derived from `std::exception`, the issue is not recorded, and the exception is not
+/// passed on.
 class QEL_ANALYTICS_EXPORT IssueListInformationInterface {
  public:
   virtual ~IssueListInformationInterface() = default;
 
-  /// Asked in this order about each added issue that has a message, for the details
+  /// Called in this order for each added issue that has a message. The results are the details
   /// "MessageAction", "MessageSystemType" and "MessageObjectDescription".
   /// @{
   virtual std::string getMessageActionText(const std::string& action) const = 0;
   virtual std::string getMessageSystemTypeText(const issue::IssueMessage& message) const = 0;
   virtual std::string getMessageObjectDescriptionText(const issue::IssueMessage& message) const = 0;
   /// @}
-  /// Asked about each record of an added issue, of which only the first one's texts are used, for
-  /// the attributes 0 (message type), 1 (profession), 2 (description), 4 (model), 6 (medium), 7
+  /// Called for each record of an added issue. Only the texts of the first record are used. The
+  /// attributes are 0 (message type), 1 (profession), 2 (description), 4 (model), 6 (medium), 7
   /// (system) and 8 (time stamp).
   virtual std::string getObjectAttributeText(std::uint32_t attribute,
                                              const issue::ObjectAttributes& record) const = 0;

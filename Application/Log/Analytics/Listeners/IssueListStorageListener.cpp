@@ -8,7 +8,7 @@
 
 #include "Application/Log/Analytics/Items/CatalogueText.h"
 #include "Application/Log/Analytics/Listeners/InsertItem.h"
-#include "host/QelAssert/Assert.h"
+#include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelUtilities/NumberText.h"
 
 namespace qel::log::analytics::listeners {
@@ -26,7 +26,7 @@ struct AttributeKey {
   const char* key;
 };
 
-// The first key's spelling is what the server knows. Attributes 3 and 5 are not told.
+// The server expects the spelling of the first key. Attributes 3 and 5 are not recorded.
 constexpr std::array<AttributeKey, 7> attributeKeys{{{1, "ObjectAttributeProffesion"},
                                                      {2, "ObjectAttributeDescription"},
                                                      {0, "ObjectAttributeMessageType"},
@@ -35,13 +35,15 @@ constexpr std::array<AttributeKey, 7> attributeKeys{{{1, "ObjectAttributeProffes
                                                      {6, "ObjectAttributeMedium"},
                                                      {8, "ObjectAttributeTimestamp"}}};
 
-void report(const char* message, const std::string& operation, int line) {
-  if (assert::Assert::isEnabled()) {
-    assert::Assert::addAssert(
-        {message, "qel::log::analytics::listeners::IssueListStorageListener::" + operation,
-         "Application/Log/Analytics/Listeners/IssueListStorageListener", line});
-  }
-}
+constexpr util::CheckedClass thisClass{
+    "qel::log::analytics::listeners::IssueListStorageListener",
+    "Application/Log/Analytics/Listeners/IssueListStorageListener"};
+constexpr util::FailedCheck noInformation{"issueAdded", 29,
+                                          "IssueListInformationInterface should not be nullptr."};
+constexpr util::FailedCheck unknownIssue{"issuesRemoved", 57,
+                                         "Assert: Information about issue not found in cache.\n"};
+constexpr util::FailedCheck failedItem{
+    "createStorageItem", 118, "Assert: Information for adding an issue could not be created.\n"};
 
 }  // namespace
 
@@ -51,7 +53,7 @@ IssueListStorageListener::IssueListStorageListener(
 
 void IssueListStorageListener::issueAdded(const std::shared_ptr<IssueInstance>& issue, bool flag) {
   if (!information_) {
-    report("IssueListInformationInterface should not be nullptr.", "issueAdded", 29);
+    report(thisClass, noInformation);
   }
   if (!issue || !information_ || flag) {
     return;
@@ -70,7 +72,7 @@ void IssueListStorageListener::issuesRemoved(
     }
     const auto found = recorded_.find(details::IssueKey(*issue));
     if (found == recorded_.end()) {
-      report("Assert: Information about issue not found in cache.\n", "issuesRemoved", 57);
+      report(thisClass, unknownIssue);
       continue;
     }
     auto item = std::make_unique<IssueListStorageEvent>(found->second);
@@ -102,8 +104,7 @@ std::unique_ptr<IssueListStorageEvent> IssueListStorageListener::createStorageIt
     addObjectAttributes(issue, *item);
     return item;
   } catch (const std::exception&) {
-    report("Assert: Information for adding an issue could not be created.\n", "createStorageItem",
-           118);
+    report(thisClass, failedItem);
     return nullptr;
   }
 }
@@ -122,7 +123,7 @@ void IssueListStorageListener::addMessageDetails(const IssueInstance& issue,
   item.addDetail("MessageCategory", textOf(messageCategoryTexts, message.category, "Unknown"));
 }
 
-/// Of several records the first one's texts stay.
+/// If there are several records, the texts of the first one are kept.
 void IssueListStorageListener::addObjectAttributes(const IssueInstance& issue,
                                                    IssueListStorageEvent& item) const {
   for (const auto& record : issue.objectAttributes) {

@@ -16,26 +16,28 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records the issues that the host's issue list gains and loses.
+/// Records the issues that are added to the issue list of the host and removed from it.
 ///
-/// What was recorded of an issue is kept, so that it is recorded as added only once, and that its
-/// removal is told with the same details. Removing all issues forgets nothing: a later removal of
-/// one of them is still told, a later addition is not. Without an information object no additions
-/// are recorded. Takes no lock: the host notifies one at a time.
+/// **Cache.** The listener keeps the item of each added issue. It records an addition only once,
+/// and the removal with the same details. Removing all issues clears nothing: a later removal of
+/// one of them is still recorded, and a later addition is not. Without an information object no
+/// additions are recorded.
+///
+/// **Threads.** Takes no lock: the host notifies from one thread at a time.
 class QEL_ANALYTICS_EXPORT IssueListStorageListener
     : public qel::log::issue::StorageListenerInterface {
  public:
-  /// The databases outlive the listener. `information` may be null.
+  /// The databases must outlive the listener. `information` may be null.
   IssueListStorageListener(CipDatabases& databases,
                            std::unique_ptr<IssueListInformationInterface> information);
 
-  /// Records the issue unless it is null, `flag` is set or it is recorded already. An assertion
-  /// reports that there is no information object, or that it threw.
+  /// Records the issue unless it is null, `flag` is set, or it is already recorded. Reports an
+  /// assertion if there is no information object or if that throws.
   void issueAdded(const std::shared_ptr<issue::IssueInstance>& issue, bool flag) override;
-  /// Tells the removal of those that are recorded, with the current time, and forgets them. An
-  /// assertion reports each of the others; null ones are passed over.
+  /// Records the removal of the recorded issues with the current time, and forgets them. Reports an
+  /// assertion for each other issue. Null issues are skipped.
   void issuesRemoved(const std::vector<std::shared_ptr<issue::IssueInstance>>& issues) override;
-  /// Tells that the list was emptied, without details.
+  /// Records that the list was emptied, without details.
   void issuesRemoveAll() override;
   /// Records nothing.
   void issueReadStateChanged(

@@ -5,10 +5,8 @@
 #include <string_view>
 #include <utility>
 
-#include "Application/Log/Analytics/Items/BimFileItem.h"
-#include "Application/Log/Analytics/Items/BimModelItem.h"
 #include "Application/Log/Analytics/Items/CatalogueText.h"
-#include "Application/Log/Analytics/Items/PresentationItem.h"
+#include "Application/Log/Analytics/Items/FocusItems.h"
 #include "Application/Log/Analytics/Items/ProjectItem.h"
 #include "Application/Log/Analytics/Listeners/InsertItem.h"
 

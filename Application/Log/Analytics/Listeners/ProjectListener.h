@@ -9,20 +9,20 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records projects that are opened, closed and restored, and which BIM file, BIM model or
-/// presentation has the focus.
+/// Records projects that are opened, closed and restored, and the focus of BIM files, BIM models
+/// and presentations.
 class QEL_ANALYTICS_EXPORT ProjectListener : public qel::broadcaster::ProjectListenerInterface {
  public:
-  /// The databases outlive the listener.
+  /// The databases must outlive the listener.
   explicit ProjectListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Tells the additional information as "Info", unless it is empty.
+  /// Records the additional information as "Info", unless it is empty.
   void onProjectOpened(const qel::broadcaster::event::ProjectOpenEvent& event) override;
-  /// Tells nothing but the project's name.
+  /// Records only the name of the project.
   void onProjectClosed(const qel::broadcaster::event::ProjectCloseEvent& event) override;
-  /// Tells "LastSave" and "ProjectFile" as they are, and "UserAction": "Yes", "No" or "Unknown".
+  /// Records "LastSave" and "ProjectFile" unchanged, and "UserAction" as "Yes", "No" or "Unknown".
   void onProjectRestored(const qel::broadcaster::event::ProjectRestoreDialogEvent& event) override;
-  /// Each tells nothing but the name of what got or lost the focus.
+  /// Each records only the name of what got or lost the focus.
   /// @{
   void onBimFileFocused(const qel::broadcaster::event::BimFileFocusEvent& event) override;
   void onBimFileUnfocused(const qel::broadcaster::event::BimFileUnfocusEvent& event) override;

@@ -10,16 +10,16 @@ class CipDatabases;
 namespace qel::log::analytics::listeners {
 
 /// Records answers to save prompts, and automatic saves. The subcategory is "SaveFile" or
-/// "SaveProject", none for any other kind.
+/// "SaveProject", empty for any other kind.
 class QEL_ANALYTICS_EXPORT SaveListener : public qel::broadcaster::SaveListenerInterface {
  public:
-  /// The databases outlive the listener.
+  /// The databases must outlive the listener.
   explicit SaveListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Event "UserAction". Tells the answer as "UserAction" ("Unknown" if it has no name) and the
-  /// prompt as "Message", also an empty one.
+  /// Event "UserAction". Records the answer as "UserAction" ("Unknown" if it has no name) and the
+  /// prompt as "Message", even if it is empty.
   void onSavePromptAnswered(const qel::broadcaster::event::SaveDialogEvent& event) override;
-  /// Event "AutoSave". Tells "ProjectFilePath", and "Succeeded" as "True" or "False".
+  /// Event "AutoSave". Records "ProjectFilePath", and "Succeeded" as "True" or "False".
   void onAutoSave(const qel::broadcaster::event::AutoSaveEvent& event) override;
 
  private:

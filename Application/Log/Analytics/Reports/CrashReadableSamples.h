@@ -10,22 +10,21 @@
 
 namespace qel::log::analytics::reports::details {
 
-/// Memory readings in KB by the time they were taken.
+/// Memory readings in KB by time.
 using MemorySamples = std::map<qel::datetime::DateTime, unsigned long long>;
 
-/// The readings since the last report, kept so that a crashing thread can read them without waiting
-/// for anyone.
+/// The readings since the last report. A crashing thread can read them without waiting.
 ///
-/// One thread at a time writes (the observer's mutex sees to that); any thread reads at any moment,
-/// without a lock. A reader sees whole readings only: a slot is written before the count that
-/// covers it is released, and it is not written again until `clear` has been called twice, which
-/// the observer does a reporting interval apart but at its start and stop.
+/// One thread at a time writes, under the observer's mutex. Any thread may read at any time without
+/// a lock. A reader sees only complete readings: a slot is written before the count that covers it
+/// is released. The slot is written again only after two calls of `clear`. The observer makes these
+/// a reporting interval apart, except at its start and stop.
 class CrashReadableSamples {
  public:
-  /// A reporting interval brings about 31 readings. What does not fit is left out here.
+  /// A reporting interval has about 31 readings. Readings beyond the capacity are dropped.
   static constexpr std::size_t capacity = 128;
 
-  /// Leaves the reading out when there is no room.
+  /// Drops the reading when there is no room.
   void add(qel::datetime::DateTime time, std::uint64_t kilobytes) {
     Series& series = series_[current_.load(std::memory_order_relaxed)];
     const auto count = series.count.load(std::memory_order_relaxed);
@@ -37,14 +36,15 @@ class CrashReadableSamples {
     series.count.store(count + 1, std::memory_order_release);
   }
 
-  /// A reader under way still sees the readings of before.
+  /// A reader that is already running still sees the earlier readings.
   void clear() {
     const auto other = 1 - current_.load(std::memory_order_relaxed);
     series_[other].count.store(0, std::memory_order_relaxed);
     current_.store(other, std::memory_order_release);
   }
 
-  /// A copy of the readings since `clear`, of those with equal times the first. Allocates memory.
+  /// A copy of the readings since `clear`, the first one of those with equal times. Allocates
+  /// memory.
   MemorySamples read() const {
     const Series& series = series_[current_.load(std::memory_order_acquire)];
     const auto count = series.count.load(std::memory_order_acquire);

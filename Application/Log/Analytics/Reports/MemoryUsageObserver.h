@@ -17,15 +17,15 @@ class CipDatabases;
 
 namespace qel::log::analytics::reports {
 
-/// How often memory is looked at and reported, and where the figures come from.
+/// The intervals and the sources of memory readings.
 struct MemoryUsageOptions {
   /// From the end of one run to the start of the next.
   /// @{
   std::chrono::duration<double> samplingInterval = std::chrono::seconds(10);
   std::chrono::duration<double> reportingInterval = std::chrono::minutes(5);
   /// @}
-  /// Used physical memory, asked on the sampling worker. Sampling ends when one of them throws in
-  /// the first run, or in a later run and again when that is repeated at once.
+  /// Used physical memory. Called on the sampling worker. Sampling ends when a function throws in
+  /// the first run, or in a later run and in its immediate retry.
   /// @{
   std::function<std::uint64_t()> usedBySystemInKB =
       &platform::windows::SystemInformation::getUsedPhysicalMemoryOfSystemInKB;
@@ -34,25 +34,26 @@ struct MemoryUsageOptions {
   /// @}
 };
 
-/// Samples the physical memory used by the process and by the whole system, and reports the
-/// smallest and the largest sample of each every reporting interval, and once more at destruction.
-/// Ends by itself once the databases have failed.
+/// Samples the physical memory that the process and the whole system use. Every reporting interval,
+/// and once more at destruction, it reports the smallest and the largest sample of each. Ends by
+/// itself once the databases have failed.
 ///
-/// Two workers, one for each interval; `start` and destruction belong to the host's thread, crash
-/// reports come from any.
+/// Each interval has its own worker. `start` and destruction belong to the host's thread. Any
+/// thread may report a crash.
 class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInterface {
  public:
-  /// The databases outlive the observer. Starts nothing.
+  /// The databases must outlive the observer. Does not start the workers.
   explicit MemoryUsageObserver(CipDatabases& databases, MemoryUsageOptions options = {});
 
-  /// Forgets earlier samples, takes the first one at once (on the worker), and goes on from there.
+  /// Discards earlier samples and starts the workers. The first sample is taken at once, on the
+  /// worker.
   void start();
 
   void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override;
   void reportDetailedMemoryUsageOfSystemForCrash() const override;
 
  private:
-  /// One kind of figure: its samples since the last report, for the two loops and for a crash.
+  /// The samples of one figure since the last report, for the two loops and for a crash.
   struct History {
     void add(std::uint64_t kilobytes);
     void clear();
@@ -76,7 +77,7 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
   History process_;  ///< guarded by mutex_, but for forCrash's reading
   std::mutex mutex_;
   qel::util::ThreadedLoop samplingLoop_;
-  qel::util::ThreadedLoop reportingLoop_;  ///< goes first: its last report wants the samples
+  qel::util::ThreadedLoop reportingLoop_;  ///< destroyed first: its last report reads the samples
 };
 
 }  // namespace qel::log::analytics::reports

@@ -6,19 +6,19 @@
 
 namespace qel::log::analytics::reports {
 
-/// What the host has to tell about the web updates of its installation. Implemented by the host;
-/// called on the thread that broadcasts the application's start.
+/// The results of web updates of the installation. The host implements this interface. It is called
+/// on the thread that broadcasts the application's start.
 class QEL_ANALYTICS_EXPORT WebUpdateReporterInterface {
  public:
   virtual ~WebUpdateReporterInterface() = default;
 
-  /// Whether there is something to report; the counts are asked for only then.
+  /// Whether there are results to report. The counts are read only then.
   virtual bool isInformationAvailable() const = 0;
-  /// Discards the information, which has been reported.
+  /// Discards the results, which have been reported.
   virtual void reset() = 0;
-  /// Update packages that arrived whole.
+  /// The number of intact update packages.
   virtual std::uint64_t getSuccessCount() const = 0;
-  /// Update packages that were found corrupt.
+  /// The number of corrupt update packages.
   virtual std::uint64_t getCorruptPackageCount() const = 0;
 };
 

@@ -7,7 +7,7 @@
 namespace qel::log::analytics::serverconnection {
 namespace {
 
-/// A negative status is a large number here, so it refuses.
+/// A negative status becomes a large number and is refused.
 bool accepts(int statusCode) { return static_cast<unsigned int>(statusCode) < 400; }
 
 }  // namespace

@@ -5,10 +5,11 @@
 
 namespace qel::log::analytics::serverconnection {
 
-/// Posts packages to the deployment's analytics server over HTTPS. A status below 400 accepts.
+/// Posts packages to the analytics server over HTTPS. A status below 400 means that the package is
+/// accepted.
 class QEL_ANALYTICS_EXPORT DbToServerConnection : public DbToServerConnectionInterface {
  public:
-  /// Knows the server, which the build names, but no user yet.
+  /// Uses the server that the build defines. There is no user yet.
   DbToServerConnection();
 
   void initalize(const parameters::ActivateParameter& parameter) override;

@@ -9,13 +9,14 @@ struct ActivateParameter;
 
 namespace qel::log::analytics::serverconnection {
 
-/// Brings packages to the analytics server.
+/// Sends packages to the analytics server.
 class QEL_ANALYTICS_EXPORT DbToServerConnectionInterface {
  public:
-  /// Takes the user and the secret over. Called before the first `send`, never beside one.
+  /// Copies the user and the secret. Must be called before the first `send`, and never at the same
+  /// time as one.
   virtual void initalize(const parameters::ActivateParameter& parameter) = 0;
-  /// Whether the server accepted the package. False without any traffic for one whose rows are all
-  /// missing. Throws what the exchange throws when it comes to no valid end. One thread at a time.
+  /// Returns whether the server accepted the package. A package without rows is not sent and not
+  /// accepted. Throws what the exchange throws when it does not end validly. One thread at a time.
   virtual bool send(items::ItemWrapper& package) = 0;
   virtual ~DbToServerConnectionInterface() = default;
 };

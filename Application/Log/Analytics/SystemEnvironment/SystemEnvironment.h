@@ -4,11 +4,11 @@
 
 namespace qel::log::analytics::systemenvironment {
 
-/// The current user's name, gathered at construction. All other facts stay empty; they are there so
-/// that hosts can rely on the interface. Never changes, so any thread may ask.
+/// The name of the current user, read at construction. All other facts are empty and only complete
+/// the interface. The object never changes, so any thread may read it.
 class QEL_ANALYTICS_EXPORT SystemEnvironment : public SystemEnvironmentInterface {
  public:
-  /// Throws `qel::exception` when the user's name cannot be found out.
+  /// Throws `qel::exception` when the name of the user is unknown.
   SystemEnvironment();
 
   const std::vector<std::string>& getIpAddresses() const override { return ipAddresses_; }

@@ -7,12 +7,12 @@
 
 namespace qel::log::analytics::systemenvironment {
 
-/// Facts about the machine and its user, as they were gathered. What was not gathered is empty.
+/// Facts about the machine and its user. Facts that were not gathered are empty.
 class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
  public:
   /// The operating system.
   struct OS {
-    /// In the system's own words.
+    /// As the system reports them.
     /// @{
     std::string name;
     std::string bitness;
@@ -24,7 +24,7 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
 
   /// One graphic card.
   struct GraphicCard {
-    /// In the system's own words, the memory with its unit.
+    /// As the system reports them. The memory has a unit.
     /// @{
     std::string name;
     std::string vendor;
@@ -37,7 +37,7 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
 
   /// The machine itself.
   struct Hardware {
-    /// In the system's own words, the memory with its unit.
+    /// As the system reports them. The memory has a unit.
     /// @{
     std::string cpu;
     std::string memory;
@@ -47,7 +47,7 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
 
   /// One installed application.
   struct Application {
-    /// In the application's own words.
+    /// As the application reports them.
     /// @{
     std::string name;
     std::string version;
@@ -56,14 +56,14 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
     /// @}
   };
 
-  /// A file that the host application is configured with.
+  /// A configuration file of the host application.
   struct ConfigurationFile {
     std::string path;  ///< UTF-8
   };
 
   virtual ~SystemEnvironmentInterface() = default;
 
-  /// What was gathered once: nothing is gathered anew. References live as long as the object.
+  /// The facts were gathered once. References are valid as long as the object.
   /// @{
   virtual const std::vector<std::string>& getIpAddresses() const = 0;
   virtual const std::string& getScreenResolution() const = 0;

@@ -7,7 +7,7 @@
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/Items/MemoryUsageItem.h"
 #include "Application/Log/Analytics/Items/ProjectItem.h"
-#include "Application/Log/Analytics/Items/UserInfoItem.h"
+#include "Application/Log/Analytics/Items/UserItems.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
 #include "tests/support/Files.h"
 #include "tests/support/StoredEvent.h"

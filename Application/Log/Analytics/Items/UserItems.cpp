@@ -1,4 +1,4 @@
-#include "Application/Log/Analytics/Items/UserInfoItem.h"
+#include "Application/Log/Analytics/Items/UserItems.h"
 
 #include "host/QelPlatformWindows/SystemInformation.h"
 
@@ -12,6 +12,17 @@ std::string UserInfoItem::getEvent() const { return {}; }
 
 std::map<std::string, std::string> UserInfoItem::getDetails() const {
   return {{"Username", platform::windows::SystemInformation::getUserName()}};
+}
+
+std::string UserLocationItem::getCategory() const { return "User"; }
+
+std::string UserLocationItem::getSubCategory() const { return "Location"; }
+
+std::string UserLocationItem::getEvent() const { return {}; }
+
+std::map<std::string, std::string> UserLocationItem::getDetails() const {
+  // The server replaces this GUID by the location.
+  return {{"set-on-backend", "3F0A9C12-7B4E-4D21-9E6A-5C8B2D7F1A04"}};
 }
 
 }  // namespace qel::log::analytics::items

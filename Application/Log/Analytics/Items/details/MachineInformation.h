@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "QelAnalyticsExport.h"
@@ -7,15 +8,15 @@
 
 namespace qel::log::analytics::items::details {
 
-/// The operating system and the screen that the program runs on.
+/// The operating system and the screen. The host chooses the texts, and any of them may be empty.
 class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
  public:
-  /// In texts of the host's choice, empty where nothing is known.
+  /// Takes all values.
   OsEnvironmentInfo(std::string name, std::string bitness, std::string language,
                     std::string buildNumber, bool isTerminalServer, std::string screenResolution,
                     int screenDpi, std::string graphicCardDriver);
 
-  /// The operating system's.
+  /// The operating system.
   /// @{
   const std::string& getName() const { return name_; }
   const std::string& getBitness() const { return bitness_; }
@@ -26,14 +27,14 @@ class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
   bool isTerminalServer() const { return isTerminalServer_; }
   /// For example "1920x1080".
   const std::string& getScreenResolution() const { return screenResolution_; }
-  /// Dots per inch.
+  /// In dots per inch.
   int getScreenDpi() const { return screenDpi_; }
-  /// The driver's name or version, as the host has it.
+  /// Name or version of the driver.
   const std::string& getGraphicCardDriver() const { return graphicCardDriver_; }
 
   /// The members "Name", "Bitness", "Language", "BuildNumber", "IsTerminalServer",
-  /// "ScreenResolution", "ScreenDPI" (a number) and "GraphicCardDriver", in this order and always
-  /// all of them.
+  /// "ScreenResolution", "ScreenDPI" (a number) and "GraphicCardDriver", in this order and
+  /// always all of them.
   json::JsonObject asJsonObject() const;
 
  private:
@@ -45,6 +46,33 @@ class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
   std::string screenResolution_;
   int screenDpi_;
   std::string graphicCardDriver_;
+};
+
+/// The machine's hardware. The host chooses the texts, and any of them may be empty.
+class QEL_ANALYTICS_EXPORT HardwareEnvironmentInfo {
+ public:
+  /// `memory` maps names to figures with their units.
+  /// @{
+  HardwareEnvironmentInfo() = default;
+  HardwareEnvironmentInfo(std::string cpu, std::string graphicCard,
+                          std::map<std::string, std::string> memory);
+  /// @}
+
+  /// The model.
+  /// @{
+  const std::string& getCpu() const { return cpu_; }
+  const std::string& getGraphicCard() const { return graphicCard_; }
+  /// @}
+  /// Figures with their units, by name.
+  const std::map<std::string, std::string>& getMemory() const { return memory_; }
+
+  /// The members "GraphicCard", "CPU" and "Memory", in this order and always all of them.
+  json::JsonObject asJsonObject() const;
+
+ private:
+  std::string cpu_;
+  std::string graphicCard_;
+  std::map<std::string, std::string> memory_;
 };
 
 }  // namespace qel::log::analytics::items::details

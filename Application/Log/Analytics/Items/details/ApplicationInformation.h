@@ -4,17 +4,40 @@
 #include <string>
 #include <vector>
 
-#include "Application/Log/Analytics/Items/details/ApplicationInfo.h"
 #include "QelAnalyticsExport.h"
 #include "host/QelJson/JsonObject.h"
 
 namespace qel::log::analytics::items::details {
 
-/// One installed host application and how it is set up.
+/// One installed host application. The host chooses the texts, and any of them may be empty.
+struct QEL_ANALYTICS_EXPORT ApplicationInfo {
+  /// Name and version of the application.
+  /// @{
+  std::string name;
+  std::string version;
+  /// @}
+  /// Version, date and build configuration (such as "Release") of the program file.
+  /// @{
+  std::string exeVersion;
+  std::string exeDate;
+  std::string exeConfig;
+  /// @}
+  /// In the host's notation, such as "de_DE" and "64".
+  /// @{
+  std::string language;
+  std::string bitness;
+  /// @}
+
+  /// The members "Name", "Version", "ExeVersion", "ExeDate", "ExeConfig", "Language" and "Bitness",
+  /// in this order and always all of them.
+  json::JsonObject asJsonObject() const;
+};
+
+/// One installed host application and its configuration.
 class QEL_ANALYTICS_EXPORT QelEnvironmentInfo {
  public:
-  /// `isCurrent` is set for the application that hosts this client. The rest is the host's choice;
-  /// texts, lists and maps may be empty.
+  /// `isCurrent` marks the application that hosts this client. The host chooses the other values.
+  /// Texts, lists and maps may be empty.
   QelEnvironmentInfo(ApplicationInfo application, bool isCurrent, std::string webUpdate,
                      std::vector<std::string> userFiles,
                      std::map<std::string, std::string> iniFiles,
@@ -22,14 +45,13 @@ class QEL_ANALYTICS_EXPORT QelEnvironmentInfo {
 
   /// Name, version and program file.
   const ApplicationInfo& application() const { return application_; }
-  /// Whether it is the one that hosts this client; not rendered.
+  /// Whether the application hosts this client. Not rendered.
   bool isCurrent() const { return isCurrent_; }
-  /// Its web update, in the host's words.
+  /// The web update of the application.
   const std::string& getWebupdate() const { return webUpdate_; }
-  /// The user's files of it, as the host names them.
+  /// The user's files of the application.
   const std::vector<std::string>& getUserFiles() const { return userFiles_; }
-  /// What is known of its configuration files and of the settings that it starts with, by names of
-  /// the host's choice.
+  /// Facts about configuration files and start settings, by names that the host chooses.
   /// @{
   const std::map<std::string, std::string>& getIniFiles() const { return iniFiles_; }
   const std::map<std::string, std::string>& getStartSettings() const { return startSettings_; }

@@ -1,4 +1,4 @@
-#include "Application/Log/Analytics/Items/FocusItem.h"
+#include "Application/Log/Analytics/Items/FocusItems.h"
 
 #include <utility>
 
@@ -18,5 +18,11 @@ std::string FocusItem::getSubCategory() const { return textOf(kindTexts, kind_, 
 std::string FocusItem::getEvent() const { return name_; }
 
 std::map<std::string, std::string> FocusItem::getDetails() const { return {}; }
+
+std::string BimFileItem::getCategory() const { return "BimFile"; }
+
+std::string BimModelItem::getCategory() const { return "BimModel"; }
+
+std::string PresentationItem::getCategory() const { return "Presentation"; }
 
 }  // namespace qel::log::analytics::items

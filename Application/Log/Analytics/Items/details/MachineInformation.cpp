@@ -1,4 +1,4 @@
-#include "Application/Log/Analytics/Items/details/OsEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/MachineInformation.h"
 
 #include <utility>
 
@@ -27,6 +27,18 @@ json::JsonObject OsEnvironmentInfo::asJsonObject() const {
       .addString("ScreenResolution", screenResolution_)
       .addDouble("ScreenDPI", screenDpi_)
       .addString("GraphicCardDriver", graphicCardDriver_);
+  return json;
+}
+
+HardwareEnvironmentInfo::HardwareEnvironmentInfo(std::string cpu, std::string graphicCard,
+                                                 std::map<std::string, std::string> memory)
+    : cpu_(std::move(cpu)), graphicCard_(std::move(graphicCard)), memory_(std::move(memory)) {}
+
+json::JsonObject HardwareEnvironmentInfo::asJsonObject() const {
+  json::JsonObject json;
+  json.addString("GraphicCard", graphicCard_)
+      .addString("CPU", cpu_)
+      .addStringMap("Memory", memory_);
   return json;
 }
 

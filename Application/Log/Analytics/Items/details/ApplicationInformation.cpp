@@ -1,8 +1,20 @@
-#include "Application/Log/Analytics/Items/details/QelEnvironmentInfo.h"
+#include "Application/Log/Analytics/Items/details/ApplicationInformation.h"
 
 #include <utility>
 
 namespace qel::log::analytics::items::details {
+
+json::JsonObject ApplicationInfo::asJsonObject() const {
+  json::JsonObject json;
+  json.addString("Name", name)
+      .addString("Version", version)
+      .addString("ExeVersion", exeVersion)
+      .addString("ExeDate", exeDate)
+      .addString("ExeConfig", exeConfig)
+      .addString("Language", language)
+      .addString("Bitness", bitness);
+  return json;
+}
 
 QelEnvironmentInfo::QelEnvironmentInfo(ApplicationInfo application, bool isCurrent,
                                        std::string webUpdate, std::vector<std::string> userFiles,

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Application/Log/Analytics/Items/BaseEventItem.h"
+#include "QelAnalyticsExport.h"
+
+namespace qel::log::analytics::items {
+
+/// Whether the focus was gained or lost. The subcategory is the enumerator's name, empty for any
+/// other value.
+enum class FocusKind : std::uint32_t { Focused, Unfocused };
+
+/// Something that is edited in its own window got or lost the focus. Subclasses define the
+/// category. The event is the name. There are no details.
+class QEL_ANALYTICS_EXPORT FocusItem : public BaseEventItem {
+ public:
+  /// `name` is the name of what got or lost the focus.
+  FocusItem(std::string name, FocusKind kind);
+
+  std::string getSubCategory() const override;
+  std::string getEvent() const override;
+  std::map<std::string, std::string> getDetails() const override;
+
+ private:
+  std::string name_;
+  FocusKind kind_;
+};
+
+/// A BIM file got or lost the focus. Category "BimFile".
+class QEL_ANALYTICS_EXPORT BimFileItem : public FocusItem {
+ public:
+  using FocusItem::FocusItem;
+
+  std::string getCategory() const override;
+};
+
+/// A BIM model got or lost the focus. Category "BimModel".
+class QEL_ANALYTICS_EXPORT BimModelItem : public FocusItem {
+ public:
+  using FocusItem::FocusItem;
+
+  std::string getCategory() const override;
+};
+
+/// A presentation got or lost the focus. Category "Presentation".
+class QEL_ANALYTICS_EXPORT PresentationItem : public FocusItem {
+ public:
+  using FocusItem::FocusItem;
+
+  std::string getCategory() const override;
+};
+
+}  // namespace qel::log::analytics::items

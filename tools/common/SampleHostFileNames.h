@@ -1,0 +1,9 @@
+#pragma once
+
+/// Names of the files that qel-sample-host itself keeps in its directory, beside the recordings.
+namespace qel::tools {
+
+inline constexpr const char* sampleHostLog = "qel-sample-host.log";
+inline constexpr const char* installationIdFile = "installation-id";
+
+}  // namespace qel::tools
