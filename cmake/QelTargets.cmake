@@ -10,6 +10,10 @@ find_package(Threads REQUIRED)
 # Warnings and sanitizers, for this repository's own sources only.
 add_library(QelBuildSettings INTERFACE)
 target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  # Members are used with the lock that guards them: host/QelUtilities/Mutex.h
+  target_compile_options(QelBuildSettings INTERFACE -Wthread-safety)
+endif()
 if(PROJECT_IS_TOP_LEVEL)
   # Not where the library is embedded: a newer compiler's warning must not break that build.
   target_compile_options(QelBuildSettings INTERFACE -Werror)

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "host/QelHttp/Connection.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::protocol::https {
 
@@ -29,11 +28,11 @@ class ConnectionPool {
   std::unique_ptr<Connection> take(const std::shared_ptr<const Settings>& settings);
   void keep(std::unique_ptr<Connection> connection);
 
-  std::mutex mutex_;
-  std::condition_variable left_;
-  int inFlight_ = 0;                               ///< guarded by mutex_
-  bool ended_ = false;                             ///< guarded by mutex_
-  std::vector<std::unique_ptr<Connection>> idle_;  ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  utilities::Condition left_;
+  int inFlight_ QEL_GUARDED_BY(mutex_) = 0;
+  bool ended_ QEL_GUARDED_BY(mutex_) = false;
+  std::vector<std::unique_ptr<Connection>> idle_ QEL_GUARDED_BY(mutex_);
 };
 
 }  // namespace qel::protocol::https

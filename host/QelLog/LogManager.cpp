@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <map>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +22,7 @@
 
 #include "host/QelLog/LogQueue.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::log {
@@ -109,7 +109,7 @@ class LogManager::Implementation {
   Implementation() { setSinks({}); }
 
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name) {
-    const std::lock_guard lock(mutex_);
+    const utilities::MutexLock lock(mutex_);
     auto& logger = loggers_[name];
     if (!logger) {
       logger = std::make_shared<Logger>(name);
@@ -124,8 +124,8 @@ class LogManager::Implementation {
   }
 
  private:
-  std::mutex mutex_;
-  std::map<std::string, std::shared_ptr<LoggerInterface>> loggers_;  ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  std::map<std::string, std::shared_ptr<LoggerInterface>> loggers_ QEL_GUARDED_BY(mutex_);
 };
 
 LogManager& LogManager::instance() {

@@ -120,21 +120,25 @@ LogQueue::LogQueue()
   worker_->set_error_handler([](const std::string&) {});  // which would go to standard error
 #ifndef _WIN32
   // A forked child has no thread that writes, and begins anew with its first message.
-  pthread_atfork([] { instance().mutex_.lock(); }, [] { instance().mutex_.unlock(); },
-                 [] {
-                   auto& queue = instance();
-                   queue.threads_ = nullptr;
-                   queue.messagesAdded_ = 0;
-                   queue.messagesWritten_ = 0;
-                   queue.dropsReported_ = 0;
-                   queue.mutex_.unlock();
+  pthread_atfork([]() QEL_ACQUIRE(instance().mutex_) { instance().mutex_.lock(); },
+                 []() QEL_RELEASE(instance().mutex_) { instance().mutex_.unlock(); },
+                 []() QEL_RELEASE(instance().mutex_) {
+                   instance().beginAnew();
+                   instance().mutex_.unlock();
                  });
 #endif
 }
 
+void LogQueue::beginAnew() {
+  threads_ = nullptr;
+  messagesAdded_ = 0;
+  messagesWritten_ = 0;
+  dropsReported_ = 0;
+}
+
 void LogQueue::setSinks(Sinks sinks, int lowestLevel) {
   auto shared = std::make_shared<const Sinks>(std::move(sinks));
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   sinks_.swap(shared);
   lowestLevel_ = withinLevels(lowestLevel);
 }
@@ -143,7 +147,7 @@ void LogQueue::add(const std::string& name, int level, const std::string& messag
   if (withinLevels(level) < lowestLevel_) {
     return;
   }
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (threads_ == nullptr) {
     start();
   }
@@ -153,12 +157,12 @@ void LogQueue::add(const std::string& name, int level, const std::string& messag
 }
 
 bool LogQueue::flush(milliseconds patience) {
-  std::unique_lock lock(mutex_);
-  return written_.wait_for(lock, std::min<milliseconds>(patience, std::chrono::hours(24)),
-                           [this, last = messagesAdded_] {
-                             return threads_ == nullptr ||
-                                    messagesWritten_ + threads_->overrun_counter() >= last;
-                           });
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::min<milliseconds>(patience, std::chrono::hours(24));
+  utilities::MutexLock lock(mutex_);
+  return written_.waitUntil(lock, deadline, [this, last = messagesAdded_]() QEL_REQUIRES(mutex_) {
+    return threads_ == nullptr || messagesWritten_ + threads_->overrun_counter() >= last;
+  });
 }
 
 void LogQueue::start() {
@@ -167,15 +171,15 @@ void LogQueue::start() {
 }
 
 LogQueue::Writing LogQueue::beginWriting() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   const std::size_t dropped = threads_->overrun_counter();
   return {sinks_, dropped - std::exchange(dropsReported_, dropped)};
 }
 
 void LogQueue::endWriting() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   ++messagesWritten_;
-  written_.notify_all();
+  written_.notifyAll();
 }
 
 }  // namespace qel::log

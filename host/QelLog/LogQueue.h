@@ -2,12 +2,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
+
+#include "host/QelUtilities/Mutex.h"
 
 namespace spdlog {
 class async_logger;
@@ -51,19 +51,21 @@ class LogQueue {
   };
 
   LogQueue();
-  void start();
+  void start() QEL_REQUIRES(mutex_);
+  void beginAnew() QEL_REQUIRES(mutex_);
   Writing beginWriting();
   void endWriting();
 
   std::atomic<int> lowestLevel_ = 0;
   const std::shared_ptr<spdlog::async_logger> worker_;
-  std::mutex mutex_;
-  std::condition_variable written_;
-  std::shared_ptr<const Sinks> sinks_;               ///< guarded by mutex_
-  spdlog::details::thread_pool* threads_ = nullptr;  ///< guarded by mutex_, never destroyed
-  std::uint64_t messagesAdded_ = 0;                  ///< guarded by mutex_
-  std::uint64_t messagesWritten_ = 0;                ///< guarded by mutex_
-  std::size_t dropsReported_ = 0;                    ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  utilities::Condition written_;
+  std::shared_ptr<const Sinks> sinks_ QEL_GUARDED_BY(mutex_);
+  /// Never destroyed.
+  spdlog::details::thread_pool* threads_ QEL_GUARDED_BY(mutex_) = nullptr;
+  std::uint64_t messagesAdded_ QEL_GUARDED_BY(mutex_) = 0;
+  std::uint64_t messagesWritten_ QEL_GUARDED_BY(mutex_) = 0;
+  std::size_t dropsReported_ QEL_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace qel::log

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <map>
-#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -16,6 +15,7 @@
 #endif
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::db::sql {
@@ -108,9 +108,24 @@ struct SharedLock {
   int claims = 0;
 };
 
-struct Claims {
-  std::mutex mutex;
-  std::map<std::filesystem::path, SharedLock> byDirectory;  ///< guarded by mutex
+class Claims {
+ public:
+  void add(const std::filesystem::path& directory) {
+    const utilities::MutexLock lock(mutex_);
+    ++byDirectory_.try_emplace(directory, directory).first->second.claims;
+  }
+
+  void remove(const std::filesystem::path& directory) {
+    const utilities::MutexLock lock(mutex_);
+    const auto entry = byDirectory_.find(directory);
+    if (--entry->second.claims == 0) {
+      byDirectory_.erase(entry);
+    }
+  }
+
+ private:
+  utilities::Mutex mutex_;
+  std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
 // Never destroyed: a detached thread may still let go of a database while the process exits.
@@ -127,18 +142,9 @@ DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory) {
   if (error) {
     throwUnusable(directory, error);
   }
-  Claims& claims = claimsOfProcess();
-  const std::lock_guard lock(claims.mutex);
-  ++claims.byDirectory.try_emplace(directory_, directory_).first->second.claims;
+  claimsOfProcess().add(directory_);
 }
 
-DirectoryClaim::~DirectoryClaim() {
-  Claims& claims = claimsOfProcess();
-  const std::lock_guard lock(claims.mutex);
-  const auto entry = claims.byDirectory.find(directory_);
-  if (--entry->second.claims == 0) {
-    claims.byDirectory.erase(entry);
-  }
-}
+DirectoryClaim::~DirectoryClaim() { claimsOfProcess().remove(directory_); }
 
 }  // namespace qel::db::sql

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <thread>
+
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::db::sql {
 
@@ -44,8 +45,8 @@ class RefusedTransactions {
   bool isUnderWay() const;
 
  private:
-  mutable std::mutex mutex_;
-  std::map<std::thread::id, int> depths_;  ///< guarded by mutex_
+  mutable utilities::Mutex mutex_;
+  std::map<std::thread::id, int> depths_ QEL_GUARDED_BY(mutex_);
 };
 
 }  // namespace qel::db::sql

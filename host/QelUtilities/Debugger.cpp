@@ -1,6 +1,5 @@
 #include "host/QelUtilities/Debugger.h"
 
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -12,12 +11,26 @@
 #include <string>
 #endif
 
+#include "host/QelUtilities/Mutex.h"
+
 namespace qel::utilities::debugger {
 namespace {
 
-struct Hook {
-  std::mutex mutex;
-  std::function<void()> function;  // guarded by mutex
+class Hook {
+ public:
+  std::function<void()> get() {
+    const MutexLock lock(mutex_);
+    return function_;
+  }
+
+  void set(std::function<void()> function) {
+    const MutexLock lock(mutex_);
+    function_ = std::move(function);
+  }
+
+ private:
+  Mutex mutex_;
+  std::function<void()> function_ QEL_GUARDED_BY(mutex_);
 };
 
 // Never destroyed: worker threads may still break while the process exits.
@@ -56,12 +69,7 @@ void breakIfDebugged() {
 
 void Debugger::vBreak() {
   try {
-    std::function<void()> function;
-    {
-      const std::lock_guard lock(hook().mutex);
-      function = hook().function;
-    }
-    if (function) {
+    if (const auto function = hook().get()) {
       function();
     }
     breakIfDebugged();
@@ -72,9 +80,6 @@ void Debugger::vBreak() {
   }
 }
 
-void Debugger::setHook(std::function<void()> newHook) {
-  const std::lock_guard lock(hook().mutex);
-  hook().function = std::move(newHook);
-}
+void Debugger::setHook(std::function<void()> newHook) { hook().set(std::move(newHook)); }
 
 }  // namespace qel::utilities::debugger

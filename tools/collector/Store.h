@@ -1,17 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Mutex.h"
 #include "tools/collector/PackageReader.h"
-
-struct sqlite3;
-struct sqlite3_stmt;
 
 namespace qel::collector {
 
@@ -34,33 +28,17 @@ class Store {
  public:
   /// Opens the file, or makes it. Throws `StoreError`.
   explicit Store(const std::filesystem::path& file);
+  ~Store();
 
   /// Stores the package whole or, when it throws `StoreError`, not at all. On return all of it is
   /// on the disk.
   void add(const Package& package);
 
  private:
-  class Insertion;
-  class Transaction;
-  struct Close {
-    void operator()(sqlite3* connection) const;
-    void operator()(sqlite3_stmt* statement) const;
-  };
-  using Statement = std::unique_ptr<sqlite3_stmt, Close>;
+  class Database;
 
-  void execute(const char* sql);
-  Statement prepare(const std::string& sql);
-  void addRow(const Statement& statement, const Row& row, std::size_t columns);
-  void addRefused(const RefusedText& refused);
-  [[noreturn]] void fail() const;
-
-  const std::string name_;
-  std::mutex mutex_;
-  // Guarded by mutex_.
-  std::unique_ptr<sqlite3, Close> connection_;
-  Statement addEvent_;
-  Statement addEnvironment_;
-  Statement addRefused_;
+  utilities::Mutex mutex_;
+  const std::unique_ptr<Database> database_ QEL_PT_GUARDED_BY(mutex_);
 };
 
 }  // namespace qel::collector

@@ -22,7 +22,7 @@ AccumulatingDispatcher::~AccumulatingDispatcher() {
   // The worker's last run, which the loop's destruction brings about, then finds nothing. The items
   // go without the lock, since one may be the last to hold an object of the host.
   std::vector<Entry> discarded;
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   discarded.swap(pending_);
 }
 
@@ -40,7 +40,7 @@ void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
   if (failed_ || !item) {
     return;
   }
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (failed_) {
     return;
   }
@@ -61,7 +61,7 @@ bool AccumulatingDispatcher::drain() {
   for (;;) {
     working_.clear();
     if (!failed_) {
-      const std::lock_guard lock(mutex_);
+      const utilities::MutexLock lock(mutex_);
       pending_.swap(working_);
     }
     if (working_.empty()) {
