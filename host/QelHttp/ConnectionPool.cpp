@@ -19,8 +19,8 @@ ConnectionPool& ConnectionPool::instance() {
 }
 
 ConnectionPool::ConnectionPool() {
-  // The first connection makes the TLS library register its own end; what is registered after that
-  // runs before it.
+  // The first connection makes the TLS library register its own clean-up. A function that is
+  // registered later runs earlier.
   idle_.push_back(std::make_unique<Connection>(settingsInForce()));
   std::atexit([] { instance().endAll(); });
 }
@@ -54,8 +54,8 @@ void ConnectionPool::leave() {
 }
 
 void ConnectionPool::endAll() {
-  // Enough for exchanges to notice the deadline; threads that the system has ended already are not
-  // waited for any longer.
+  // Long enough for exchanges to see the deadline. Threads that the system has already ended never
+  // leave.
   constexpr std::chrono::seconds longestWait{2};
   utilities::setExitDeadline(std::chrono::milliseconds::zero());
   utilities::MutexLock lock(mutex_);

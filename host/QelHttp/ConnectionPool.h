@@ -8,15 +8,14 @@
 
 namespace qel::protocol::https {
 
-/// The connections of this process that wait for their next exchange. When the process exits, the
-/// pool ends the exchanges in flight and lets no other begin, before the TLS library tears itself
-/// down under them. Any thread.
+/// The idle connections of this process. When the process exits, the pool ends the exchanges in
+/// flight and refuses new ones, before the TLS library destroys its data. Any thread.
 class ConnectionPool {
  public:
   static ConnectionPool& instance();
 
-  /// Posts a message whose fields have been checked, over a kept connection made under these very
-  /// settings or over a new one. Throws `Error` when the transfer library cannot be set up.
+  /// Posts a message with checked fields, over an idle connection with this same settings object or
+  /// over a new one. Throws `Error` when the transfer library cannot be set up.
   Outcome exchange(const Message& message, const std::shared_ptr<const Settings>& settings);
 
  private:

@@ -33,8 +33,8 @@ constexpr std::chrono::seconds patienceWithOldSinks{1};
 #ifdef _WIN32
 using StandardErrorSink = spdlog::sinks::stderr_sink_st;
 #else
-/// Writes past the C library's stream. A write that stalls would hold that one's lock, which the
-/// end of the process waits for.
+/// Does not use the C library's stream: a write that stalls would hold the stream's lock, for which
+/// the end of the process waits.
 class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
@@ -94,7 +94,7 @@ class Logger : public LoggerInterface {
     try {
       LogQueue::instance().add(name_, level, message);
     } catch (const std::exception&) {
-      return;  // There is no memory, or no thread, for it.
+      return;  // no memory or no thread
     }
   }
 

@@ -24,8 +24,8 @@ namespace {
 using spdlog::details::log_msg;
 using std::chrono::milliseconds;
 
-/// Bursts of lines fit, and little memory is taken for ever. A message can be a refused package of
-/// a megabyte, but a client logs only one of them in ten minutes.
+/// Large enough for bursts of lines, and small in memory. A message can be a refused package of a
+/// megabyte, but a client logs only one of these in ten minutes.
 constexpr std::size_t capacity = 1000;
 constexpr milliseconds patienceAtExit{1000};
 
@@ -44,8 +44,8 @@ spdlog::level::level_enum severityOf(int level) {
   }
 }
 
-/// Keeps the program's signals away from the threads that are started while it lives. Those of
-/// faults stay: they come to the thread that is at fault.
+/// Blocks the program's signals for threads that are started while it lives. It does not block the
+/// signals of faults, which go to the thread that causes them.
 class SignalBlock {
  public:
 #ifndef _WIN32
@@ -72,12 +72,13 @@ void write(const LogQueue::Sinks& sinks, const log_msg& message) {
       sink->log(message);
       sink->flush();
     } catch (const std::exception&) {
-      continue;  // There is no other place to report it.
+      continue;  // there is no other place to report it
     }
   }
 }
 
-/// Made before, and so destroyed after, all that uses the log from other libraries.
+/// Constructed before the static objects of libraries that use the log, and so destroyed after
+/// them.
 const struct AtExit {
   AtExit() = default;
   AtExit(const AtExit&) = delete;
@@ -87,7 +88,7 @@ const struct AtExit {
 
 }  // namespace
 
-/// Runs on the thread that writes.
+/// Called on the log's own thread.
 class LogQueue::Writer final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
  public:
   explicit Writer(LogQueue& queue) : queue_(queue) {}
@@ -117,9 +118,10 @@ LogQueue::LogQueue()
     : worker_(std::make_shared<spdlog::async_logger>(
           "", std::make_shared<Writer>(*this), std::weak_ptr<spdlog::details::thread_pool>())),
       sinks_(std::make_shared<Sinks>()) {
-  worker_->set_error_handler([](const std::string&) {});  // which would go to standard error
+  // The default error handler writes to standard error.
+  worker_->set_error_handler([](const std::string&) {});
 #ifndef _WIN32
-  // A forked child has no thread that writes, and begins anew with its first message.
+  // A forked child does not have the log's thread. Its first message starts one.
   pthread_atfork([]() QEL_ACQUIRE(instance().mutex_) { instance().mutex_.lock(); },
                  []() QEL_RELEASE(instance().mutex_) { instance().mutex_.unlock(); },
                  []() QEL_RELEASE(instance().mutex_) {

@@ -7,11 +7,11 @@
 
 namespace qel::db::sql {
 
-/// Lets one thread at a time use a database. Threads take turns in the order in which they came,
-/// and wait as long as their `utilities::Patience` lasts.
+/// A recursive lock that lets one thread at a time use a database. Threads get it in the order of
+/// their requests, and wait as long as their `utilities::Patience` lasts.
 class QEL_CAPABILITY("database lock") DatabaseLock {
  public:
-  /// Takes the lock, again if this thread has it. False when the thread's patience ended first.
+  /// Takes the lock, again if this thread has it. Returns false if the patience ended first.
   bool lock() QEL_TRY_ACQUIRE(true);
   /// Undoes one `lock` that returned true.
   void unlock() QEL_RELEASE();
@@ -23,7 +23,7 @@ class QEL_CAPABILITY("database lock") DatabaseLock {
 
   utilities::Mutex mutex_;
   utilities::Condition changed_;
-  /// Counts while `depth_` is not zero.
+  /// Valid while `depth_` is not zero.
   std::thread::id owner_ QEL_GUARDED_BY(mutex_);
   /// How often the owner has the lock.
   int depth_ QEL_GUARDED_BY(mutex_) = 0;
@@ -31,7 +31,7 @@ class QEL_CAPABILITY("database lock") DatabaseLock {
   std::list<std::thread::id> queue_ QEL_GUARDED_BY(mutex_);
 };
 
-/// Undoes one `lock` of its thread at its end.
+/// Undoes one `lock` of its thread when it is destroyed.
 class QEL_SCOPED_CAPABILITY DatabaseUnlock {
  public:
   explicit DatabaseUnlock(DatabaseLock& lock) QEL_REQUIRES(lock) : lock_(lock) {}

@@ -84,7 +84,7 @@ LockFile::LockFile(const std::filesystem::path& directory)
   if (file_ == -1) {
     throwUnusable(directory, lastError());
   }
-  // The lock file may be an old one: whether journals can be created is another question.
+  // An old lock file does not prove that journals can be created.
   if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
       flock(file_, LOCK_EX | LOCK_NB) == 0) {
     return;
@@ -128,7 +128,7 @@ class Claims {
   std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
-// Never destroyed: a detached thread may still let go of a database while the process exits.
+// Never destroyed: a detached thread may still release a database while the process exits.
 Claims& claimsOfProcess() {
   static auto* const claims = new Claims;
   return *claims;

@@ -65,7 +65,7 @@ class SqlDatabaseAdapter::Implementation {
   Transaction transaction_ QEL_GUARDED_BY(lock_);
 };
 
-/// Whoever opens a database waits for nobody.
+/// A thread that opens a database does not wait.
 Database SqlDatabaseAdapter::Implementation::openAtOnce(const std::filesystem::path& file,
                                                         const DatabaseLog& log) {
   const Patience none(Patience::none);
@@ -91,7 +91,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   return resultOf(logged(executeAlone(statement), hadGivenUp));
 }
 
-/// Logs that the thread could wait no longer, once in a call.
+/// Logs once in a call that the thread could wait no longer.
 Outcome SqlDatabaseAdapter::Implementation::logged(Outcome outcome, bool hadGivenUp) const {
   if (outcome.status == Status::Busy && !hadGivenUp) {
     log_.warn(": a statement was given up: " + outcome.reason);

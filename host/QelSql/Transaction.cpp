@@ -4,7 +4,7 @@ namespace qel::db::sql {
 
 void Transaction::begin() {
   if (depth_ == 0) {
-    reason_ = "out of memory";  // stands until another reason is found
+    reason_ = "out of memory";  // until another reason is known
   }
   ++depth_;
 }

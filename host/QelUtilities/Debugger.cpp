@@ -46,7 +46,7 @@ void breakIfDebugged() {
   }
 }
 #else
-/// Linux tells the tracing process in /proc/self/status, see proc(5), "TracerPid".
+/// Linux names the tracing process in /proc/self/status, see proc(5), "TracerPid".
 bool isDebuggerAttached() {
   std::ifstream status("/proc/self/status");
   const std::string key = "TracerPid:";
@@ -74,8 +74,7 @@ void Debugger::vBreak() {
     }
     breakIfDebugged();
   } catch (const std::bad_alloc&) {
-    // A failure is being handled here, mostly on a thread that an exception would end the process
-    // from.
+    // The caller handles a failure already. On most threads, an exception would end the process.
     return;
   }
 }

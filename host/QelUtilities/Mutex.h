@@ -13,11 +13,10 @@
 #define QEL_THREAD_ANNOTATION(annotation)
 #endif
 
-/// A member that is used only while the lock is held, or a pointer to such an object.
-/// @{
+/// A member that is used only while the lock is held.
 #define QEL_GUARDED_BY(lock) QEL_THREAD_ANNOTATION(guarded_by(lock))
+/// A pointer to an object that is used only while the lock is held.
 #define QEL_PT_GUARDED_BY(lock) QEL_THREAD_ANNOTATION(pt_guarded_by(lock))
-/// @}
 /// An operation whose caller holds the lock.
 #define QEL_REQUIRES(lock) QEL_THREAD_ANNOTATION(requires_capability(lock))
 /// An operation that takes the lock (the object itself if none is named), perhaps, or releases it.
@@ -26,11 +25,10 @@
 #define QEL_TRY_ACQUIRE(success) QEL_THREAD_ANNOTATION(try_acquire_capability(success))
 #define QEL_RELEASE(...) QEL_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 /// @}
-/// A class whose objects are locks, or hold a lock while they live.
-/// @{
+/// A class whose objects are locks.
 #define QEL_CAPABILITY(name) QEL_THREAD_ANNOTATION(capability(name))
+/// A class whose objects hold a lock while they live.
 #define QEL_SCOPED_CAPABILITY QEL_THREAD_ANNOTATION(scoped_lockable)
-/// @}
 /// An operation that the analysis cannot follow. A comment gives the reason.
 #define QEL_NO_THREAD_SAFETY_ANALYSIS QEL_THREAD_ANNOTATION(no_thread_safety_analysis)
 
@@ -53,9 +51,8 @@ class QEL_CAPABILITY("mutex") Mutex {
 /// Holds a mutex while it lives.
 class QEL_SCOPED_CAPABILITY MutexLock {
  public:
+  /// Locks the mutex, which the destructor unlocks.
   explicit MutexLock(Mutex& mutex) QEL_ACQUIRE(mutex) : lock_(mutex.mutex_) {}
-  MutexLock(const MutexLock&) = delete;
-  MutexLock& operator=(const MutexLock&) = delete;
   ~MutexLock() QEL_RELEASE() = default;
 
  private:
@@ -63,7 +60,7 @@ class QEL_SCOPED_CAPABILITY MutexLock {
   std::unique_lock<std::mutex> lock_;
 };
 
-/// Lets threads wait until a predicate holds, which is asked with the mutex held:
+/// Lets threads wait until a predicate holds, which is called with the mutex held:
 /// `[this]() QEL_REQUIRES(mutex_) { return isDone_; }`.
 class Condition {
  public:
@@ -73,15 +70,18 @@ class Condition {
   void notifyAll() { changed_.notify_all(); }
   /// @}
 
+  /// Waits until the predicate holds, in the second form at most until the deadline. That one
+  /// returns whether the predicate holds.
+  /// @{
   template <typename Predicate>
   void wait(MutexLock& lock, Predicate holds) {
     changed_.wait(lock.lock_, holds);
   }
-  /// Waits at most until the deadline. Returns whether the predicate holds.
   template <typename Predicate>
   bool waitUntil(MutexLock& lock, std::chrono::steady_clock::time_point deadline, Predicate holds) {
     return changed_.wait_until(lock.lock_, deadline, holds);
   }
+  /// @}
 
  private:
   std::condition_variable changed_;

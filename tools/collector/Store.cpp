@@ -17,7 +17,7 @@ namespace {
 
 constexpr int busyMilliseconds = 5000;
 
-/// `text` is unique by its digest, which keeps large texts out of the index.
+/// The digest makes a text unique, so that the index has no large texts.
 constexpr const char* schema = R"(
   CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
     count INTEGER NOT NULL, session TEXT, installation TEXT, time TEXT, category TEXT,
@@ -30,7 +30,7 @@ constexpr const char* schema = R"(
     digest BLOB NOT NULL UNIQUE);
 )";
 
-/// Parameters of every insertion: 1 digest, 2 count, 3 text, and from 4 on `columns`.
+/// Parameters of every insertion: 1 digest, 2 count, 3 text, from 4 on `columns`.
 std::string insertion(const std::string& table, const std::string& columns,
                       const std::string& parameters) {
   return "INSERT INTO " + table + " (received, digest, count, text, " + columns +
@@ -41,7 +41,7 @@ std::string insertion(const std::string& table, const std::string& columns,
 constexpr int textParameter = 3;
 constexpr int firstColumnParameter = 4;
 
-/// An environment has the first of the column members, an event all of them.
+/// An environment has so many of the column members, an event all of them.
 constexpr std::size_t environmentColumns = 3;
 
 struct Close {
@@ -77,7 +77,7 @@ class Store::Database {
   Statement addRefused_;
 };
 
-/// Rolls back unless it was committed.
+/// Rolls back at its end, unless it was committed.
 class Store::Database::Transaction {
  public:
   explicit Transaction(Database& database) : database_(database) {
@@ -97,7 +97,7 @@ class Store::Database::Transaction {
   Database& database_;
 };
 
-/// One use of a prepared insertion, which lets go of the bound texts at its end.
+/// One use of a prepared insertion. It releases the bound texts at its end.
 class Store::Database::Insertion {
  public:
   Insertion(Database& database, const Statement& statement, std::string_view text,
@@ -139,7 +139,7 @@ class Store::Database::Insertion {
 
 Store::Database::Database(const std::filesystem::path& file)
     : name_(utilities::utf8FromPath(file)) {
-  // An absolute path cannot be taken for a URI or for a name with a meaning of its own.
+  // SQLite cannot take an absolute path for a URI or for a special name.
   const std::string path = utilities::utf8FromPath(std::filesystem::absolute(file));
   sqlite3* connection = nullptr;
   const int opened = sqlite3_open_v2(path.c_str(), &connection,
