@@ -10,6 +10,10 @@ find_package(Threads REQUIRED)
 # Warnings and sanitizers, only for the sources of this repository.
 add_library(QelBuildSettings INTERFACE)
 target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  # Members are used with the lock that guards them: host/QelUtilities/Mutex.h
+  target_compile_options(QelBuildSettings INTERFACE -Wthread-safety)
+endif()
 if(PROJECT_IS_TOP_LEVEL)
   # A new warning of a newer compiler must not break the build of an embedding project.
   target_compile_options(QelBuildSettings INTERFACE -Werror)

@@ -12,9 +12,9 @@ namespace {
 
 std::atomic<bool> assertionsEnabled{true};
 
-/// What the calling thread has registered. Null also when the thread's objects are destroyed: code
-/// that runs even later, such as a static object's destructor, may still report. Trivially
-/// destroyed, so readable to the end.
+/// The handler that the calling thread has registered. Null also after the thread's objects are
+/// destroyed, since later code, such as a static object's destructor, may still report. Trivially
+/// destroyed, so it can be read until the thread ends.
 constinit thread_local const AssertHandler* handlerOfThread = nullptr;
 
 struct RegisteredHandler {

@@ -9,11 +9,11 @@ enum class AssertType { Assertion = 0, Precondition = 1, Postcondition = 2, Inva
 
 /// The record of one failed assertion.
 struct AssertInfo {
-  std::string message;   ///< what went wrong, for developers
+  std::string message;   ///< the fault, for developers
   std::string function;  ///< qualified name of the function that found it
   std::string file;      ///< source path, without an ending
-  int line = 0;          ///< marks the check; need not be its line in today's source
-  AssertType type = AssertType::Assertion;  ///< a number without a name is reported as "Unknown"
+  int line = 0;          ///< identifies the check; may differ from its line in the source
+  AssertType type = AssertType::Assertion;  ///< unnamed numbers are reported as "Unknown"
 };
 
 }  // namespace qel::assert

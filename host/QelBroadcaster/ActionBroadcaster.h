@@ -9,7 +9,7 @@ namespace qel::broadcaster {
 
 namespace event {
 
-/// What the user did in one of the program's views.
+/// A user action in one of the program's views.
 struct ActionEvent {
   std::string name;                            ///< in the host's words (UTF-8)
   std::map<std::string, std::string> details;  ///< by keys of the host's choice; may be empty
@@ -26,12 +26,12 @@ struct GraphicActionEvent : ActionEvent {};
 
 }  // namespace event
 
-/// Told of user actions in the BCF, help, project manager and graphic views.
+/// Receives user actions in the BCF, help, project manager and graphic views.
 class ActionListenerInterface {
  public:
   virtual ~ActionListenerInterface() = default;
 
-  /// One action each. The event lives for the call only.
+  /// One action each. The event is valid only during the call.
   /// @{
   virtual void onBcfAction(const event::BcfActionEvent& event) = 0;
   virtual void onHelpAction(const event::HelpActionEvent& event) = 0;
@@ -43,7 +43,7 @@ class ActionListenerInterface {
 /// The process's broadcaster of user actions.
 class ActionBroadcaster : public Broadcaster<ActionListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static ActionBroadcaster& getInstance();
 };
 

@@ -10,7 +10,7 @@ namespace qel::broadcaster {
 
 namespace event {
 
-/// What happened to the application, in a text of the host's choice.
+/// An event of the application, with a text of the host's choice.
 struct ApplicationEvent {
   std::string text;  ///< UTF-8; may be empty
 };
@@ -27,17 +27,17 @@ struct ApplicationCrashEvent : ApplicationEvent {
 
 /// A check in the program has failed.
 struct ApplicationAssertEvent : ApplicationEvent {
-  assert::AssertInfo assertInfo;  ///< as the check's handler was given it
+  assert::AssertInfo assertInfo;  ///< the record that the assertion handler received
 };
 
 }  // namespace event
 
-/// Told of the application's start, stop, crash and failed assertions.
+/// Receives the application's start, stop, crash and failed assertions.
 class ApplicationListenerInterface {
  public:
   virtual ~ApplicationListenerInterface() = default;
 
-  /// Told when it happens. The event lives for the call only.
+  /// Called when it happens. The event is valid only during the call.
   /// @{
   virtual void onApplicationStarted(const event::ApplicationStartEvent& event) = 0;
   virtual void onApplicationStopped(const event::ApplicationStopEvent& event) = 0;
@@ -46,10 +46,10 @@ class ApplicationListenerInterface {
   /// @}
 };
 
-/// The process's broadcaster of what happens to the application.
+/// The process's broadcaster of application events.
 class ApplicationBroadcaster : public Broadcaster<ApplicationListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static ApplicationBroadcaster& getInstance();
 };
 

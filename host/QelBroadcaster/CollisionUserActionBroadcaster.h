@@ -6,19 +6,19 @@
 
 namespace qel::broadcaster {
 
-/// Told of what the user does in the collision list.
+/// Receives user actions in the collision list.
 class CollisionUserActionListenerInterface {
  public:
   virtual ~CollisionUserActionListenerInterface() = default;
 
-  /// The user chose from the list's context menu; `action` is the host's text for the entry.
+  /// The user chose an entry of the list's context menu. `action` is the host's text for it.
   virtual void onCollisionListControlContextMenuClicked(const std::string& action) = 0;
 };
 
 /// The process's broadcaster of user actions in the collision list.
 class CollisionUserActionBroadcaster : public Broadcaster<CollisionUserActionListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static CollisionUserActionBroadcaster& getInstance();
 };
 

@@ -28,10 +28,10 @@ namespace event {
 
 /// A command begins.
 struct CommandStartEvent {
-  std::string id;    ///< the command's, the same when it ends (UTF-8, like all texts here)
-  std::string text;  ///< its name, as users know it
-  CommandLocation location = CommandLocation::Code;  ///< what it was invoked by
-  /// By keys of the host's choice. None is the same as an empty map.
+  std::string id;    ///< the command's, the same at its end (UTF-8, like all texts here)
+  std::string text;  ///< its name for users
+  CommandLocation location = CommandLocation::Code;  ///< what invoked it
+  /// By keys of the host's choice. No map is the same as an empty one.
   std::optional<std::map<std::string, std::string>> details;
 };
 
@@ -43,18 +43,18 @@ struct CommandStopEvent {
   std::string text;
   /// @}
   bool cancelled = false;  ///< otherwise it was accepted
-  /// By keys of the host's choice. None is the same as an empty map.
+  /// By keys of the host's choice. No map is the same as an empty one.
   std::optional<std::map<std::string, std::string>> details;
 };
 
 }  // namespace event
 
-/// Told of every command that starts and ends.
+/// Receives the start and the end of every command.
 class CommandListenerInterface {
  public:
   virtual ~CommandListenerInterface() = default;
 
-  /// Nothing pairs a command's start and end but its `id`. The event lives for the call only.
+  /// Only its `id` pairs a command's start and end. The event is valid only during the call.
   /// @{
   virtual void onCommandStarted(const event::CommandStartEvent& event) = 0;
   virtual void onCommandStopped(const event::CommandStopEvent& event) = 0;
@@ -64,7 +64,7 @@ class CommandListenerInterface {
 /// The process's broadcaster of commands.
 class CommandBroadcaster : public Broadcaster<CommandListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static CommandBroadcaster& getInstance();
 };
 

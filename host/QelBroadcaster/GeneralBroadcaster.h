@@ -10,14 +10,14 @@ namespace qel::broadcaster {
 
 namespace event {
 
-/// A host event that describes itself. Listeners may keep it, ask it later and let go of it on
-/// threads of their own, so what it tells must not change and must be safe to read there.
+/// A host event that describes itself. Listeners may keep it, and read and release it later on
+/// other threads. Its texts must not change and must be safe to read there.
 class GeneralEventInterface {
  public:
   virtual ~GeneralEventInterface() = default;
 
-  /// In the host's words (UTF-8); any of them may be empty. They must not throw: a listener that
-  /// asks later has nobody to tell, and may give up for good.
+  /// In the host's words (UTF-8). Any of them may be empty. They must not throw: a listener that
+  /// reads them later may stop for good.
   /// @{
   virtual std::string getCategory() const = 0;
   virtual std::string getSubCategory() const = 0;
@@ -30,19 +30,19 @@ class GeneralEventInterface {
 
 using event::GeneralEventInterface;
 
-/// Told of events that describe themselves.
+/// Receives events that describe themselves.
 class GeneralListenerInterface {
  public:
   virtual ~GeneralListenerInterface() = default;
 
-  /// `event` may be null, an event without any description. A listener may keep it.
+  /// `event` may be null, for an event without a description. A listener may keep it.
   virtual void onGeneralAction(std::shared_ptr<const event::GeneralEventInterface> event) = 0;
 };
 
 /// The process's broadcaster of events that describe themselves.
 class GeneralBroadcaster : public Broadcaster<GeneralListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static GeneralBroadcaster& getInstance();
 };
 

@@ -7,7 +7,7 @@
 
 namespace qel::broadcaster {
 
-/// What the user answered when asked whether to restore a project.
+/// The user's answer to the question whether to restore a project.
 enum class RestoreAnswer : std::uint32_t { Yes, No };
 
 namespace event {
@@ -23,16 +23,16 @@ struct ProjectCloseEvent {
   std::string project;  ///< its name
 };
 
-/// A project was found that an unclean end of the program had left behind, and the user was asked
-/// whether to restore it.
+/// The program found a project that was open when it ended uncleanly, and asked the user whether to
+/// restore it.
 struct ProjectRestoreDialogEvent {
   std::string project;                        ///< its name
-  std::string lastSave;                       ///< its time, as shown to the user
+  std::string lastSave;                       ///< its time, as the user saw it
   std::string projectFile;                    ///< its path
-  RestoreAnswer answer = RestoreAnswer::Yes;  ///< also No is told
+  RestoreAnswer answer = RestoreAnswer::Yes;  ///< both answers are broadcast
 };
 
-/// Something that has a name gained or lost the focus.
+/// An object with a name gained or lost the focus.
 struct FocusEvent {
   std::string name;  ///< of the file, model or presentation
 };
@@ -52,12 +52,12 @@ struct PresentationUnfocusEvent : FocusEvent {};
 
 }  // namespace event
 
-/// Told of projects that are opened, closed and restored, and of what has the focus.
+/// Receives the opening, closing and restoring of projects, and changes of the focus.
 class ProjectListenerInterface {
  public:
   virtual ~ProjectListenerInterface() = default;
 
-  /// Told when it has happened. The event lives for the call only.
+  /// Called when it has happened. The event is valid only during the call.
   /// @{
   virtual void onProjectOpened(const event::ProjectOpenEvent& event) = 0;
   virtual void onProjectClosed(const event::ProjectCloseEvent& event) = 0;
@@ -71,10 +71,10 @@ class ProjectListenerInterface {
   /// @}
 };
 
-/// The process's broadcaster of what happens to projects.
+/// The process's broadcaster of project events.
 class ProjectBroadcaster : public Broadcaster<ProjectListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static ProjectBroadcaster& getInstance();
 };
 

@@ -7,17 +7,17 @@
 
 namespace qel::broadcaster {
 
-/// What is saved.
+/// The object that is saved.
 enum class SaveKind : std::uint32_t { File, Project };
 
-/// What the user answered when asked whether to save.
+/// The user's answer to a save prompt.
 enum class SaveAnswer : std::uint32_t { Ok, Cancel, Retry, Yes, No, TryAgain, Continue };
 
 namespace event {
 
-/// The user was asked something about saving.
+/// The user answered a prompt about saving.
 struct SaveDialogEvent {
-  /// What was to be saved, the prompt's text as shown (UTF-8), and what the user chose.
+  /// The object to save, the prompt's text (UTF-8), and the user's choice.
   /// @{
   SaveKind kind = SaveKind::File;
   std::string message;
@@ -25,9 +25,9 @@ struct SaveDialogEvent {
   /// @}
 };
 
-/// The program saved, or tried to, without being asked.
+/// The program saved, or tried to save, by itself.
 struct AutoSaveEvent {
-  /// What was to be saved, the project file's path (UTF-8), and whether that went well.
+  /// The object to save, the project file's path (UTF-8), and whether it succeeded.
   /// @{
   SaveKind kind = SaveKind::File;
   std::string path;
@@ -37,22 +37,22 @@ struct AutoSaveEvent {
 
 }  // namespace event
 
-/// Told of answers to save prompts, and of automatic saves.
+/// Receives answers to save prompts, and automatic saves.
 class SaveListenerInterface {
  public:
   virtual ~SaveListenerInterface() = default;
 
-  /// Told when it has happened. The event lives for the call only.
+  /// Called when it has happened. The event is valid only during the call.
   /// @{
   virtual void onSavePromptAnswered(const event::SaveDialogEvent& event) = 0;
   virtual void onAutoSave(const event::AutoSaveEvent& event) = 0;
   /// @}
 };
 
-/// The process's broadcaster of saving.
+/// The process's broadcaster of save events.
 class SaveBroadcaster : public Broadcaster<SaveListenerInterface> {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static SaveBroadcaster& getInstance();
 };
 

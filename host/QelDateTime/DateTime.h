@@ -4,11 +4,11 @@
 
 namespace qel::datetime {
 
-/// A moment, held as one double: seconds since 1970-01-01 00:00 UTC with their fraction, leap
-/// seconds not counted.
+/// A moment as one double: seconds since 1970-01-01 00:00 UTC with their fraction. Leap seconds are
+/// not counted.
 class DateTime {
  public:
-  /// The epoch, or as many seconds after it; before it when negative.
+  /// The epoch, or a moment so many seconds after it. A negative number is before it.
   /// @{
   DateTime() = default;
   explicit DateTime(double secondsSinceEpoch) : seconds_(secondsSinceEpoch) {}
@@ -17,7 +17,7 @@ class DateTime {
   /// Sets this to the system clock's current time.
   void vSetNow();
 
-  /// A new one that `vSetNow` has set.
+  /// The system clock's current time.
   static DateTime now() {
     DateTime time;
     time.vSetNow();

@@ -9,17 +9,17 @@ namespace {
 
 using Milliseconds = std::chrono::sys_time<std::chrono::milliseconds>;
 
-/// The millisecond that `time` lies in, within the years 0000 to 9999; NaN counts as the first.
+/// The millisecond of `time`, limited to the years 0000 to 9999. NaN counts as the first.
 Milliseconds millisecondOf(const DateTime& time) {
   constexpr double first = -62'167'219'200'000;  // 0000-01-01T00:00:00.000Z
   constexpr double last = 253'402'300'799'999;   // 9999-12-31T23:59:59.999Z
-  // fmax and fmin prefer the number to a NaN, unlike std::clamp.
+  // Unlike std::clamp, fmax and fmin ignore a NaN.
   const double count =
       std::fmin(std::fmax(std::floor(time.secondsSinceEpoch() * 1000), first), last);
   return Milliseconds(std::chrono::milliseconds(static_cast<std::int64_t>(count)));
 }
 
-/// Writes `value` in decimal over the `width` characters of `text` that begin at `position`.
+/// Overwrites `width` characters of `text` at `position` with `value` in decimal.
 void writeDigits(std::string& text, std::size_t position, std::size_t width, unsigned value) {
   for (std::size_t i = position + width; i > position; value /= 10) {
     text[--i] = static_cast<char>('0' + value % 10);

@@ -6,20 +6,20 @@
 
 namespace qel::datetime {
 
-/// Turns moments into text in one fixed format.
+/// Formats moments as text.
 class DateTimeFormat {
  public:
-  /// The known formats; their numbers are fixed.
+  /// The formats. Their numbers never change.
   enum class SpecialFormat {
-    /// UTC with milliseconds, cut and not rounded, after RFC 3339: "2026-11-21T09:30:05.123Z".
+    /// UTC in RFC 3339 with milliseconds, truncated: "2026-11-21T09:30:05.123Z".
     UtcMilliseconds = 2
   };
 
-  /// With a number that is no format, every text is empty.
+  /// For a number without a format, every text is empty.
   explicit DateTimeFormat(SpecialFormat format) : format_(format) {}
 
-  /// The text of `time`. Years beyond 0000 to 9999 are brought into that range. It has to be
-  /// cheap: every record that is stored is given such a text.
+  /// The text of `time`. Moments outside the years 0000 to 9999 become the nearest one inside. Must
+  /// be fast, since every stored record gets such a text.
   std::string toString(const DateTime& time) const;
 
  private:

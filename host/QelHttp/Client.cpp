@@ -17,8 +17,8 @@ bool isNameCharacter(char c) {
 
 bool isPathCharacter(char c) { return c > ' ' && c <= '~' && c != '#'; }
 
-/// Refuses what would end a header line, or change what the request is or whom it goes to. No
-/// message repeats a field's value.
+/// Refuses values that would end a header line, or change the request or its receiver. No error
+/// message quotes a value.
 void check(const Message& message) {
   const auto require = [](bool holds, const char* complaint) {
     if (!holds) {
@@ -39,7 +39,7 @@ void check(const Message& message) {
   require(isOneLine(message.secret), "the secret holds CR, LF or NUL");
 }
 
-/// Why the outcome is no response; empty when it is one.
+/// The reason why the outcome is no response. Empty for a response.
 std::string refusalOf(const Outcome& outcome) {
   if (outcome.status >= 400) {
     return {};

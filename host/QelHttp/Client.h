@@ -6,18 +6,20 @@
 
 namespace qel::protocol::https {
 
-/// An exchange that did not come to a valid end. The message says what failed and to whom, and
-/// holds no secret.
+/// An exchange that did not end validly. The message names the failure and the server, and no
+/// secret.
 class Error : public qel::exception {
  public:
   using qel::exception::exception;
 };
 
 /// Posts over HTTPS: TLS 1.2 or newer, the peer's certificate and name always verified, redirects
-/// never followed. Cheap to make: connections and the trusted certificates live in a process-wide
-/// pool behind it. One object serves one thread at a time; several objects may post at once.
-/// Threads may still post while the process exits: what is under way is ended then, and nothing new
-/// begins.
+/// never followed.
+///
+/// **Cost.** Cheap to construct: a pool of the process keeps connections and trusted certificates.
+///
+/// **Threads.** One thread at a time uses an object. Several objects may post at once. Threads may
+/// still post while the process exits: exchanges in flight then end, and later ones fail.
 class Client {
  public:
   Client() = default;
@@ -25,14 +27,18 @@ class Client {
   Client& operator=(const Client&) = delete;
   virtual ~Client() = default;
 
-  /// Sends the message and waits for the answer. An answer below 400 is returned only when the
-  /// exchange was completed and the whole body uploaded; one of 400 or above also when it came
-  /// before that. Everything else throws `Error`: a name that cannot be resolved, a refused or lost
+  /// Sends the message and waits for the answer.
+  ///
+  /// Returns a status below 400 only if the exchange was completed and the whole body was sent.
+  /// Returns a status of 400 or above also if it came earlier, and logs it with the server's name.
+  ///
+  /// Throws `Error` in all other cases: a name that cannot be resolved, a refused or lost
   /// connection, an untrusted certificate, a proxy that refuses, a time limit, an oversized answer,
-  /// the exit deadline (also one that is armed meanwhile), a field of the message that is not what
-  /// `Message` says or holds CR, LF or NUL. A kept connection that the server closed meanwhile is
-  /// replaced and the message sent again, so a server may see it twice. A status of 400 or above is
-  /// logged with the server's name.
+  /// the exit deadline (even if it is armed meanwhile), or a field of the message with an invalid
+  /// value (see `Message`) or with CR, LF or NUL.
+  ///
+  /// If the server has closed a kept connection, the message is sent again over a new one. So a
+  /// server may receive it twice.
   virtual http::Response post(const Message& message);
 };
 

@@ -48,20 +48,20 @@ void append(Lines& lines, const std::string& line) {
   lines.reset(longer);
 }
 
-/// A time limit in milliseconds as libcurl takes it, to which 0 would mean none.
+/// A time limit in milliseconds for libcurl, which takes 0 as no limit.
 long limitOf(milliseconds limit) {
   constexpr milliseconds::rep longest = std::numeric_limits<int>::max();
   return static_cast<long>(std::clamp<milliseconds::rep>(limit.count(), 1, longest));
 }
 
-/// One request on its way and the answer to it.
+/// One request and its answer.
 class Transfer {
  public:
   Transfer(const Settings& settings, const Message& message)
       : message_(message), room_(settings.largestResponse) {
     set(CURLOPT_ERRORBUFFER, errorText_.data());
-    // Without signals of its own, libcurl leaves SIGPIPE alone as well; it needs no blocking here,
-    // since all bytes, those of TLS included, are sent in a way that does not raise it.
+    // With this option libcurl does not block SIGPIPE. That is not needed, since libcurl and the
+    // TLS library send in a way that does not raise it.
     set(CURLOPT_NOSIGNAL, 1L);
     reachServer(settings);
     trust(settings);
@@ -71,7 +71,7 @@ class Transfer {
   }
 
   CURL* handle() const { return easy_.get(); }
-  /// The first failure to set an option.
+  /// The first failure of an option.
   CURLcode setUp() const { return setUp_; }
 
   Outcome outcome(std::string failure) const {
@@ -83,7 +83,7 @@ class Transfer {
             std::move(failure)};
   }
 
-  /// The words for a result; none for success.
+  /// The text for a result, empty for success.
   std::string reasonOf(CURLcode result) const {
     if (result == CURLE_OK) {
       return {};
@@ -91,7 +91,7 @@ class Transfer {
     if (result == CURLE_WRITE_ERROR) {
       return "the answer is larger than allowed";
     }
-    if (result == CURLE_OUT_OF_MEMORY) {  // also said of a line beyond libcurl's own limit
+    if (result == CURLE_OUT_OF_MEMORY) {  // also for a line beyond libcurl's own limit
       return "out of memory, or a header line of the answer is too long";
     }
     return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(result);
@@ -113,7 +113,7 @@ class Transfer {
     set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     set(CURLOPT_FOLLOWLOCATION, 0L);
     set(CURLOPT_FORBID_REUSE, message_.closeConnection ? 1L : 0L);
-    // Empty texts keep the environment from being asked.
+    // With empty texts, libcurl ignores the environment.
     set(CURLOPT_PROXY, settings.proxy.c_str());
     set(CURLOPT_NOPROXY, "");
     if (connectsElsewhere(settings, message_.host)) {
@@ -132,9 +132,9 @@ class Transfer {
       set(CURLOPT_CAINFO, settings.caBundle.c_str());
     }
     if (!settings.caBundle.empty() || systemBundle != nullptr) {
-      // The system's directory of certificates would be trusted beside the file, and certificates
-      // are kept in memory only when they come from a file alone. Where directories are not
-      // supported there is nothing to leave out, hence the result does not matter.
+      // Otherwise the system's directory of certificates is trusted too. Only certificates from a
+      // file alone are kept in memory. The result does not matter: it is an error only where
+      // directories are not supported.
       static_cast<void>(curl_easy_setopt(handle(), CURLOPT_CAPATH, nullptr));
     }
 #ifdef _WIN32
@@ -149,7 +149,7 @@ class Transfer {
     set(CURLOPT_TIMEOUT_MS, limitOf(settings.totalTimeout));
     set(CURLOPT_LOW_SPEED_LIMIT, settings.lowSpeedBytesPerSecond);
     set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(settings.lowSpeedTime.count()));
-    // Ending a transfer does not wait for a name server to answer or to be given up.
+    // The end of a transfer does not wait for a name server.
     set(CURLOPT_QUICK_EXIT, 1L);
   }
 
@@ -174,7 +174,7 @@ class Transfer {
     set(CURLOPT_WRITEDATA, this);
   }
 
-  /// Called by libcurl with each part of the answer; taking less than all of it ends the transfer.
+  /// libcurl calls it with each part of the answer. Taking less than the whole ends the transfer.
   static std::size_t take(const char*, std::size_t size, std::size_t count, void* transfer) {
     auto& room = static_cast<Transfer*>(transfer)->room_;
     const std::size_t taken = std::min(size * count, room);
@@ -183,7 +183,7 @@ class Transfer {
   }
 
   const Message& message_;
-  std::size_t room_;  ///< bytes that the answer may still have
+  std::size_t room_;  ///< so many bytes may still come
   std::array<char, CURL_ERROR_SIZE> errorText_{};
   CURLcode setUp_ = CURLE_OK;
   Lines headers_;
@@ -191,7 +191,7 @@ class Transfer {
   Easy easy_{existing(curl_easy_init())};  ///< refers to all of the above
 };
 
-/// Sets the library up once in this process, whoever asks first.
+/// Sets the library up once in this process.
 void setUpLibrary() {
   static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
   if (result != CURLE_OK) {
@@ -217,7 +217,7 @@ class Connection::Implementation {
   }
 
  private:
-  /// Drives the transfer to its end; what ended it before that, or nothing.
+  /// Runs the transfer to its end. Returns why it was not completed, or an empty text.
   std::string run(const Transfer& transfer) {
     int running = 1;
     while (running > 0) {
@@ -237,7 +237,7 @@ class Connection::Implementation {
     return transfer.reasonOf(curl_multi_info_read(multi_.get(), &others)->data.result);
   }
 
-  /// Milliseconds to wait for the network: short, so that an exit deadline armed meanwhile is seen.
+  /// Milliseconds to wait for the network: short, since an exit deadline may be armed meanwhile.
   static int pauseWithin(steady_clock::duration left) {
     constexpr milliseconds longest{100};
     const auto pause = std::min<steady_clock::duration>(left, longest);

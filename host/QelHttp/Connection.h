@@ -8,18 +8,18 @@
 
 namespace qel::protocol::https {
 
-/// How an exchange went, as far as it went.
+/// The result of an exchange, complete or not.
 struct Outcome {
-  /// Of the last answer that began; 0 when none did. Anything from 100 to 199 is no answer yet.
+  /// Of the last answer that began; 0 without one. A status from 100 to 199 is not final.
   int status = 0;
   bool wholeBodySent = false;
-  /// What ended the exchange before it was completed; empty: nothing did.
+  /// Why the exchange was not completed. Empty if it was.
   std::string failure;
 };
 
-/// What one exchange leaves for the next one: the open connection, the trusted certificates as they
-/// were read, the addresses found. Nothing of a message stays in it. All its exchanges run under
-/// the same settings. One thread at a time.
+/// Keeps for the next exchange: the open connection, the trusted certificates in memory, and the
+/// resolved addresses. Keeps nothing of a message. All exchanges use the same settings. One thread
+/// at a time.
 class Connection {
  public:
   /// Throws `Error` when the transfer library cannot be set up.
@@ -30,12 +30,12 @@ class Connection {
 
   const std::shared_ptr<const Settings>& settings() const { return settings_; }
 
-  /// Posts a message whose fields have been checked. Blocks until the exchange is over, but not
-  /// noticeably beyond the time limits and the exit deadline, even one that is armed meanwhile.
+  /// Posts a message with checked fields. Blocks until the exchange ends, not noticeably longer
+  /// than the time limits and the exit deadline, even if that is armed meanwhile.
   Outcome exchange(const Message& message);
 
-  /// Frees what the TLS library keeps for the calling thread. It would otherwise do so when the
-  /// thread ends, which may be while an exiting process tears that library down.
+  /// Frees the TLS library's data of the calling thread. Otherwise the library frees it at the end
+  /// of the thread, when an exiting process may already have destroyed the library's own data.
   static void leaveThread();
 
  private:

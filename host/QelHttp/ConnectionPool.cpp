@@ -19,8 +19,8 @@ ConnectionPool& ConnectionPool::instance() {
 }
 
 ConnectionPool::ConnectionPool() {
-  // The first connection makes the TLS library register its own end; what is registered after that
-  // runs before it.
+  // The first connection makes the TLS library register its own clean-up. A function that is
+  // registered later runs earlier.
   idle_.push_back(std::make_unique<Connection>(settingsInForce()));
   std::atexit([] { instance().endAll(); });
 }
@@ -38,7 +38,7 @@ Outcome ConnectionPool::exchange(const Message& message,
 }
 
 bool ConnectionPool::enter() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (ended_) {
     return false;
   }
@@ -48,25 +48,26 @@ bool ConnectionPool::enter() {
 
 void ConnectionPool::leave() {
   Connection::leaveThread();
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   --inFlight_;
-  left_.notify_all();
+  left_.notifyAll();
 }
 
 void ConnectionPool::endAll() {
-  // Enough for exchanges to notice the deadline; threads that the system has ended already are not
-  // waited for any longer.
+  // Long enough for exchanges to see the deadline. Threads that the system has already ended never
+  // leave.
   constexpr std::chrono::seconds longestWait{2};
   utilities::setExitDeadline(std::chrono::milliseconds::zero());
-  std::unique_lock lock(mutex_);
+  utilities::MutexLock lock(mutex_);
   ended_ = true;
-  left_.wait_for(lock, longestWait, [this] { return inFlight_ == 0; });
+  left_.waitUntil(lock, std::chrono::steady_clock::now() + longestWait,
+                  [this]() QEL_REQUIRES(mutex_) { return inFlight_ == 0; });
 }
 
 std::unique_ptr<Connection> ConnectionPool::take(const std::shared_ptr<const Settings>& settings) {
   std::vector<std::unique_ptr<Connection>> outdated;  // closed after the mutex was released
   {
-    const std::lock_guard lock(mutex_);
+    const utilities::MutexLock lock(mutex_);
     const auto current = std::partition(idle_.begin(), idle_.end(), [&](const auto& connection) {
       return connection->settings() != settings;
     });
@@ -83,7 +84,7 @@ std::unique_ptr<Connection> ConnectionPool::take(const std::shared_ptr<const Set
 
 void ConnectionPool::keep(std::unique_ptr<Connection> connection) {
   constexpr std::size_t mostIdle = 4;
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (idle_.size() < mostIdle) {
     idle_.push_back(std::move(connection));
   }

@@ -2,7 +2,7 @@
 
 namespace qel::protocol::http {
 
-/// The server's answer to a request; its body is not kept.
+/// The server's answer to a request, without its body.
 struct Response {
   int statusCode = 0;  ///< of the final answer, from 200 on; below 400 the request was accepted
 };

@@ -1,16 +1,15 @@
 #include "host/QelHttp/Settings.h"
 
-#include <mutex>
-
 #include "host/QelHttp/SettingsInForce.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::protocol::https {
 namespace {
 
 struct ProcessState {
-  std::mutex settingsMutex;
-  std::shared_ptr<const Settings> settings =
-      std::make_shared<const Settings>();  ///< guarded by settingsMutex
+  utilities::Mutex mutex;
+  std::shared_ptr<const Settings> settings QEL_GUARDED_BY(mutex) =
+      std::make_shared<const Settings>();
 };
 
 ProcessState& processState() {
@@ -24,7 +23,7 @@ ProcessState& processState() {
 void setSettings(const Settings& settings) {
   auto replacement = std::make_shared<const Settings>(settings);
   auto& state = processState();
-  const std::lock_guard lock(state.settingsMutex);
+  const utilities::MutexLock lock(state.mutex);
   state.settings.swap(replacement);
 }
 
@@ -32,7 +31,7 @@ Settings getSettings() { return *settingsInForce(); }
 
 std::shared_ptr<const Settings> settingsInForce() {
   auto& state = processState();
-  const std::lock_guard lock(state.settingsMutex);
+  const utilities::MutexLock lock(state.mutex);
   return state.settings;
 }
 

@@ -7,8 +7,8 @@
 
 namespace qel::protocol::https {
 
-/// What `setSettings` set last. Every call of it makes an object of its own, so that two exchanges
-/// ran under the same settings exactly when their pointers are equal. Any thread.
+/// The last settings. Every call of `setSettings` makes a new object, so two exchanges have the
+/// same settings exactly if their pointers are equal. Any thread.
 std::shared_ptr<const Settings> settingsInForce();
 
 /// Whether connections for a host go to `Settings::connectTo`.

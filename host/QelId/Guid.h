@@ -8,13 +8,13 @@
 
 namespace qel {
 
-/// A globally unique identifier: 16 bytes in the order in which their text is written.
+/// A globally unique identifier: 16 bytes in the order of their text.
 class Guid {
  public:
   /// The first byte is the first in the text.
   using Bytes = std::array<std::uint8_t, 16>;
 
-  /// The null GUID, all bytes zero, or these bytes as they are.
+  /// The null GUID, all bytes zero, or these bytes unchanged.
   /// @{
   Guid() = default;
   explicit Guid(const Bytes& bytes) : bytes_(bytes) {}
@@ -23,16 +23,16 @@ class Guid {
   /// A new random GUID (version 4 of RFC 4122).
   static Guid create();
 
-  /// Reads 32 hexadecimal digits of either case in groups of 8-4-4-4-12, with or without a pair of
-  /// braces around them. Throws `qel::exception` for anything else.
+  /// Reads 32 hexadecimal digits in groups of 8-4-4-4-12, of either case, with or without a pair of
+  /// braces. Throws `qel::exception` for any other text.
   static Guid parse(std::string_view text);
 
-  /// Whether all bytes are zero, which stands for no identifier.
+  /// Whether all bytes are zero, which means no identifier.
   bool isNull() const { return *this == Guid(); }
   /// Valid as long as this object.
   const Bytes& bytes() const { return bytes_; }
 
-  /// Upper-case hexadecimal in groups of 8-4-4-4-12, with braces around it when `braces` is set.
+  /// Upper-case hexadecimal digits in groups of 8-4-4-4-12, in braces if `braces` is set.
   std::string toString(bool braces) const;
 
   friend auto operator<=>(const Guid&, const Guid&) = default;

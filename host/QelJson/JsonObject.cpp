@@ -23,7 +23,7 @@ bool isPlain(std::string_view text) {
   });
 }
 
-/// Most texts are plain and need no more than quotes; for the rest the library knows the rules.
+/// Most texts are plain and need only quotes. The library escapes the rest.
 void appendText(std::string& out, std::string_view text) {
   if (!isPlain(text)) {
     constexpr int oneLine = -1;
@@ -129,7 +129,7 @@ std::string JsonObject::toString() && {
   return std::move(text_);
 }
 
-/// One step of growth for the whole member, since most members are short.
+/// Grows the text once for the whole member, since most members are short.
 void JsonObject::appendPlainMember(std::string_view key, std::string_view value) {
   constexpr std::string_view between = "\": \"";
   const std::string_view before = text_.back() == '{' ? "\"" : ", \"";

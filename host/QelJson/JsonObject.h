@@ -9,27 +9,30 @@ namespace qel::json {
 
 /// Builds the text of one JSON object (RFC 8259), member by member.
 ///
-/// Members keep the order of their addition, and a key added twice stands twice. The text is one
-/// line:
-/// `{"Key": "value", "Other": 1}`. The blanks belong to it: a session's records are found by
-/// searching the stored texts for `"SessionId": "` and the id. Whatever bytes the texts hold, the
-/// result parses in a strict parser: valid UTF-8 passes through, each maximal invalid part becomes
-/// U+FFFD, control characters (embedded NUL included), quotes and backslashes are escaped. One
-/// thread at a time.
+/// **Order.** Members keep the order of their addition. A key that is added twice occurs twice.
+///
+/// **Format.** One line: `{"Key": "value", "Other": 1}`. The blanks are part of the format, since
+/// readers find a session's records by searching the texts for `"SessionId": "` and the id.
+///
+/// **Texts.** The result parses in a strict parser, whatever bytes the texts have. Valid UTF-8
+/// stays. Each maximal invalid part becomes U+FFFD. Control characters, also NUL, quotes and
+/// backslashes are escaped.
+///
+/// **Threads.** One thread at a time.
 class JsonObject {
  public:
-  /// Without members.
+  /// An object without members.
   JsonObject();
 
-  /// Appends a member and returns this object. Nothing that is given is referred to afterwards.
+  /// Appends a member and returns this object. The arguments are copied.
   /// @{
   JsonObject& addString(std::string_view key, std::string_view value);
   JsonObject& addBool(std::string_view key, bool value);
   /// A short text that reads back as the same number, with a decimal point or an exponent ("96.0",
-  /// "1e+300"); null for infinities and NaN, which JSON cannot say.
+  /// "1e+300"). Infinities and NaN, which JSON does not have, become null.
   JsonObject& addDouble(std::string_view key, double value);
-  /// A nested object with one string member per entry, in key order. Of keys that differ in invalid
-  /// UTF-8 alone, and so are written alike, the first one stays.
+  /// A nested object with one string member per entry, in key order. Keys that differ only in
+  /// invalid UTF-8 are written alike; only the first of them is added.
   JsonObject& addStringMap(std::string_view key, const std::map<std::string, std::string>& values);
   JsonObject& addStringVector(std::string_view key, const std::vector<std::string>& values);
   JsonObject& addJsonObject(std::string_view key, const JsonObject& value);
@@ -38,14 +41,14 @@ class JsonObject {
 
   /// The text so far; members may be added afterwards.
   std::string toString() const&;
-  /// Hands the text over instead of copying it; the object must not be used any more.
+  /// Moves the text out instead of copying it. The object must not be used afterwards.
   std::string toString() &&;
 
  private:
   void appendPlainMember(std::string_view key, std::string_view value);
   void appendKey(std::string_view key);
 
-  std::string text_;  ///< everything but the closing brace
+  std::string text_;  ///< everything except the closing brace
 };
 
 }  // namespace qel::json

@@ -4,13 +4,13 @@
 
 namespace qel::json {
 
-/// Something that renders itself as one JSON text.
+/// An object that renders itself as one JSON text.
 class ToJsonInterface {
  public:
   virtual ~ToJsonInterface() = default;
 
-  /// May be called on another thread than the one that made the object. It should not throw: who
-  /// stores such objects may give up for good then.
+  /// May be called on another thread than the one that made the object. Should not throw, since an
+  /// exception may end the storage for good.
   virtual std::string toJson() const = 0;
 };
 

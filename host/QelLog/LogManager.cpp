@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <map>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +22,7 @@
 
 #include "host/QelLog/LogQueue.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::log {
@@ -33,8 +33,8 @@ constexpr std::chrono::seconds patienceWithOldSinks{1};
 #ifdef _WIN32
 using StandardErrorSink = spdlog::sinks::stderr_sink_st;
 #else
-/// Writes past the C library's stream. A write that stalls would hold that one's lock, which the
-/// end of the process waits for.
+/// Does not use the C library's stream: a write that stalls would hold the stream's lock, for which
+/// the end of the process waits.
 class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
@@ -94,7 +94,7 @@ class Logger : public LoggerInterface {
     try {
       LogQueue::instance().add(name_, level, message);
     } catch (const std::exception&) {
-      return;  // There is no memory, or no thread, for it.
+      return;  // no memory or no thread
     }
   }
 
@@ -109,7 +109,7 @@ class LogManager::Implementation {
   Implementation() { setSinks({}); }
 
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name) {
-    const std::lock_guard lock(mutex_);
+    const utilities::MutexLock lock(mutex_);
     auto& logger = loggers_[name];
     if (!logger) {
       logger = std::make_shared<Logger>(name);
@@ -124,8 +124,8 @@ class LogManager::Implementation {
   }
 
  private:
-  std::mutex mutex_;
-  std::map<std::string, std::shared_ptr<LoggerInterface>> loggers_;  ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  std::map<std::string, std::shared_ptr<LoggerInterface>> loggers_ QEL_GUARDED_BY(mutex_);
 };
 
 LogManager& LogManager::instance() {

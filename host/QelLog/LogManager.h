@@ -10,42 +10,45 @@
 
 namespace qel::log {
 
-/// Where log messages go, and which.
+/// Which messages are logged, and where.
 struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
-  /// Whether they go to standard error, be there a file or not.
+  /// Whether messages go to standard error, with or without a file.
   bool standardError = true;
-  /// Also written to this file when it is not empty; created for the owner alone, since messages
-  /// may hold what customers typed.
+  /// The log file; empty: none. Only the owner may read it, since messages may quote what customers
+  /// typed.
   std::filesystem::path file;
-  /// When the file would grow beyond this many bytes it is kept under a numbered name and begun
-  /// anew.
+  /// A file that would exceed this many bytes is renamed with a number, and a new one begins.
   std::size_t largestFile = std::size_t{10} * 1024 * 1024;
-  /// How many such older files are kept.
+  /// How many renamed files are kept.
   std::size_t olderFiles = 2;
 };
 
-/// The process's loggers by name. All operations may be called from any thread, until the process
-/// ends; so may the loggers. Before `configure`, messages go where `LogSettings` says by default.
-/// A thread of the log's own writes them. Where they cannot be written as fast as they come, nobody
-/// waits: of a thousand that wait the oldest is dropped, and the log says how many were. An orderly
-/// end of the process writes what is left, for a second at most.
+/// The process's loggers by name. Until `configure`, the defaults of `LogSettings` apply.
+///
+/// **Threads.** Any thread may call the operations and the loggers, until the process ends. The
+/// log's own thread writes the messages.
+///
+/// **Overload.** Loggers never wait. If more than a thousand messages wait, the oldest are dropped,
+/// and the log reports their number.
+///
+/// **At exit.** An orderly end of the process writes the remaining messages, for at most a second.
 class LogManager {
  public:
-  /// Always the same object, whichever library asks; it is never destroyed.
+  /// The same object in every library. Never destroyed.
   static LogManager& instance();
 
-  /// The logger of this name, never null, made on first use. It follows later calls of `configure`.
+  /// The logger of this name, never null. Later calls of `configure` apply to it.
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name);
 
-  /// Replaces where messages go, for loggers already handed out too. Waits a second at most until
-  /// what was logged before is written where it went so far. Throws `qel::exception`, naming the
-  /// file, when the log file cannot be opened; nothing is changed then.
+  /// Replaces the settings, also for existing loggers. First waits for at most a second until
+  /// earlier messages are written under the old settings. Throws `qel::exception`, which names the
+  /// file, if the log file cannot be opened; the settings then stay.
   void configure(const LogSettings& settings);
 
-  /// Waits until what was logged before the call is written or dropped; false when that takes
-  /// longer than `patience`.
+  /// Waits until all earlier messages are written or dropped, at most for `patience`. Returns
+  /// whether they are.
   bool flush(std::chrono::milliseconds patience);
 
   LogManager(const LogManager&) = delete;

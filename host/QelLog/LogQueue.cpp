@@ -24,8 +24,8 @@ namespace {
 using spdlog::details::log_msg;
 using std::chrono::milliseconds;
 
-/// Bursts of lines fit, and little memory is taken for ever. A message can be a refused package of
-/// a megabyte, but a client logs only one of them in ten minutes.
+/// Large enough for bursts of lines, and small in memory. A message can be a refused package of a
+/// megabyte, but a client logs only one of these in ten minutes.
 constexpr std::size_t capacity = 1000;
 constexpr milliseconds patienceAtExit{1000};
 
@@ -44,8 +44,8 @@ spdlog::level::level_enum severityOf(int level) {
   }
 }
 
-/// Keeps the program's signals away from the threads that are started while it lives. Those of
-/// faults stay: they come to the thread that is at fault.
+/// Blocks the program's signals for threads that are started while it lives. It does not block the
+/// signals of faults, which go to the thread that causes them.
 class SignalBlock {
  public:
 #ifndef _WIN32
@@ -72,12 +72,13 @@ void write(const LogQueue::Sinks& sinks, const log_msg& message) {
       sink->log(message);
       sink->flush();
     } catch (const std::exception&) {
-      continue;  // There is no other place to report it.
+      continue;  // there is no other place to report it
     }
   }
 }
 
-/// Made before, and so destroyed after, all that uses the log from other libraries.
+/// Constructed before the static objects of libraries that use the log, and so destroyed after
+/// them.
 const struct AtExit {
   AtExit() = default;
   AtExit(const AtExit&) = delete;
@@ -87,7 +88,7 @@ const struct AtExit {
 
 }  // namespace
 
-/// Runs on the thread that writes.
+/// Called on the log's own thread.
 class LogQueue::Writer final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
  public:
   explicit Writer(LogQueue& queue) : queue_(queue) {}
@@ -117,24 +118,29 @@ LogQueue::LogQueue()
     : worker_(std::make_shared<spdlog::async_logger>(
           "", std::make_shared<Writer>(*this), std::weak_ptr<spdlog::details::thread_pool>())),
       sinks_(std::make_shared<Sinks>()) {
-  worker_->set_error_handler([](const std::string&) {});  // which would go to standard error
+  // The default error handler writes to standard error.
+  worker_->set_error_handler([](const std::string&) {});
 #ifndef _WIN32
-  // A forked child has no thread that writes, and begins anew with its first message.
-  pthread_atfork([] { instance().mutex_.lock(); }, [] { instance().mutex_.unlock(); },
-                 [] {
-                   auto& queue = instance();
-                   queue.threads_ = nullptr;
-                   queue.messagesAdded_ = 0;
-                   queue.messagesWritten_ = 0;
-                   queue.dropsReported_ = 0;
-                   queue.mutex_.unlock();
+  // A forked child does not have the log's thread. Its first message starts one.
+  pthread_atfork([]() QEL_ACQUIRE(instance().mutex_) { instance().mutex_.lock(); },
+                 []() QEL_RELEASE(instance().mutex_) { instance().mutex_.unlock(); },
+                 []() QEL_RELEASE(instance().mutex_) {
+                   instance().beginAnew();
+                   instance().mutex_.unlock();
                  });
 #endif
 }
 
+void LogQueue::beginAnew() {
+  threads_ = nullptr;
+  messagesAdded_ = 0;
+  messagesWritten_ = 0;
+  dropsReported_ = 0;
+}
+
 void LogQueue::setSinks(Sinks sinks, int lowestLevel) {
   auto shared = std::make_shared<const Sinks>(std::move(sinks));
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   sinks_.swap(shared);
   lowestLevel_ = withinLevels(lowestLevel);
 }
@@ -143,7 +149,7 @@ void LogQueue::add(const std::string& name, int level, const std::string& messag
   if (withinLevels(level) < lowestLevel_) {
     return;
   }
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (threads_ == nullptr) {
     start();
   }
@@ -153,12 +159,12 @@ void LogQueue::add(const std::string& name, int level, const std::string& messag
 }
 
 bool LogQueue::flush(milliseconds patience) {
-  std::unique_lock lock(mutex_);
-  return written_.wait_for(lock, std::min<milliseconds>(patience, std::chrono::hours(24)),
-                           [this, last = messagesAdded_] {
-                             return threads_ == nullptr ||
-                                    messagesWritten_ + threads_->overrun_counter() >= last;
-                           });
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::min<milliseconds>(patience, std::chrono::hours(24));
+  utilities::MutexLock lock(mutex_);
+  return written_.waitUntil(lock, deadline, [this, last = messagesAdded_]() QEL_REQUIRES(mutex_) {
+    return threads_ == nullptr || messagesWritten_ + threads_->overrun_counter() >= last;
+  });
 }
 
 void LogQueue::start() {
@@ -167,15 +173,15 @@ void LogQueue::start() {
 }
 
 LogQueue::Writing LogQueue::beginWriting() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   const std::size_t dropped = threads_->overrun_counter();
   return {sinks_, dropped - std::exchange(dropsReported_, dropped)};
 }
 
 void LogQueue::endWriting() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   ++messagesWritten_;
-  written_.notify_all();
+  written_.notifyAll();
 }
 
 }  // namespace qel::log

@@ -2,12 +2,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
+
+#include "host/QelUtilities/Mutex.h"
 
 namespace spdlog {
 class async_logger;
@@ -21,19 +21,20 @@ class sink;
 
 namespace qel::log {
 
-/// Messages on their way to the sinks. A thread of its own writes them, so that a sink that stalls
-/// holds up nobody else. When too many wait, the oldest is dropped. Any thread may call.
+/// The messages that wait to be written to the sinks. A thread of the queue writes them, so a sink
+/// that stalls blocks no other thread. When too many wait, the oldest is dropped. Any thread may
+/// call.
 class LogQueue {
  public:
   using Sinks = std::vector<std::shared_ptr<spdlog::sinks::sink>>;
 
-  /// Never destroyed: that would join a thread that may be stalled.
+  /// Never destroyed, since its destruction would wait for a thread that may stall.
   static LogQueue& instance();
 
-  /// Where messages go from now on, also those that wait, and the level that they need for it.
+  /// Sets the sinks, also for messages that wait, and the lowest level that is logged.
   void setSinks(Sinks sinks, int lowestLevel);
-  /// Queues a message of the logger of this name. The first one of a process starts the thread.
-  /// Throws when there is no memory or no thread to be had.
+  /// Queues a message of the logger `name`. The first message starts the thread. Throws without
+  /// memory or without a thread.
   void add(const std::string& name, int level, const std::string& message);
   /// See `LogManager::flush`.
   bool flush(std::chrono::milliseconds patience);
@@ -44,26 +45,28 @@ class LogQueue {
 
  private:
   class Writer;
-  /// What a message is written with: the sinks, and how many were dropped before it.
+  /// For one message: its sinks, and how many messages were dropped before it.
   struct Writing {
     std::shared_ptr<const Sinks> sinks;
     std::size_t dropped;
   };
 
   LogQueue();
-  void start();
+  void start() QEL_REQUIRES(mutex_);
+  void beginAnew() QEL_REQUIRES(mutex_);
   Writing beginWriting();
   void endWriting();
 
   std::atomic<int> lowestLevel_ = 0;
   const std::shared_ptr<spdlog::async_logger> worker_;
-  std::mutex mutex_;
-  std::condition_variable written_;
-  std::shared_ptr<const Sinks> sinks_;               ///< guarded by mutex_
-  spdlog::details::thread_pool* threads_ = nullptr;  ///< guarded by mutex_, never destroyed
-  std::uint64_t messagesAdded_ = 0;                  ///< guarded by mutex_
-  std::uint64_t messagesWritten_ = 0;                ///< guarded by mutex_
-  std::size_t dropsReported_ = 0;                    ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  utilities::Condition written_;
+  std::shared_ptr<const Sinks> sinks_ QEL_GUARDED_BY(mutex_);
+  /// Never destroyed.
+  spdlog::details::thread_pool* threads_ QEL_GUARDED_BY(mutex_) = nullptr;
+  std::uint64_t messagesAdded_ QEL_GUARDED_BY(mutex_) = 0;
+  std::uint64_t messagesWritten_ QEL_GUARDED_BY(mutex_) = 0;
+  std::size_t dropsReported_ QEL_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace qel::log

@@ -4,18 +4,17 @@
 
 namespace qel::log {
 
-/// Severities of a log message, by the number that `LoggerInterface::log` takes.
+/// The severities of a log message, which `LoggerInterface::log` takes as numbers.
 enum Level : int { Debug = 0, Info = 1, Warning = 2, Error = 3 };
 
-/// One named source of log messages. Any thread may log, also while the process exits; a message
-/// that cannot be written is dropped.
+/// A named source of log messages. Any thread may log, also while the process exits. A message that
+/// cannot be written is dropped.
 class LoggerInterface {
  public:
   virtual ~LoggerInterface() = default;
 
-  /// Writes `message` as it is (it is no format string), soon and without waiting for it. A level
-  /// above 3 counts as 3, one below 0 as 0. Must not throw: it is also called where nothing may be
-  /// thrown.
+  /// Logs `message` unchanged (it is no format string), without a wait. A level above 3 counts as
+  /// 3, one below 0 as 0. Must not throw, since callers include code that must not throw.
   virtual void log(int level, const std::string& message) = 0;
 };
 

@@ -64,8 +64,7 @@ std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
 
 namespace {
 
-/// The amount in a line like "MemTotal:   16303428 kB" of a file of proc(5); 0 when there is no
-/// such line.
+/// The amount in a line like "MemTotal:   16303428 kB" of a file of proc(5). 0 without such a line.
 std::uint64_t amountInKB(const char* file, std::string_view key) {
   std::ifstream lines(file);
   for (std::string line; std::getline(lines, line);) {

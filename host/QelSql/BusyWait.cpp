@@ -21,7 +21,7 @@ bool BusyWait::waitAgain() noexcept {
   const auto start = Clock::now();
   const auto mayWait = std::min(utilities::exitDeadline() - start, Patience::left());
   if (mayWait <= Clock::duration::zero()) {
-    reported_ = false;  // The file is not free.
+    reported_ = false;  // the file is still held
     Patience::giveUp();
     return false;
   }

@@ -6,20 +6,20 @@
 
 namespace qel::db::sql {
 
-/// How statements wait while another connection holds the database file: as long as the patience of
-/// their thread lasts (`utilities::Patience`), and no longer than until the exit deadline
-/// (`utilities::setExitDeadline`). Logs when a wait grows long, and when it is over. Used by one
-/// thread at a time.
+/// The wait of a statement while another connection holds the database file. It lasts at most as
+/// long as the thread's patience (`utilities::Patience`), and until the exit deadline
+/// (`utilities::setExitDeadline`). A long wait and its end are logged. Used by one thread at a
+/// time.
 class BusyWait {
  public:
   /// `log` must outlive this object.
   explicit BusyWait(const DatabaseLog& log) : log_(log) {}
 
-  /// Sleeps until the file is worth another try. False when this thread has waited long enough.
-  /// Called from inside SQLite, which no exception may pass through.
+  /// Sleeps until the next try. Returns false if the thread may wait no longer. SQLite calls it,
+  /// and no exception may pass through SQLite.
   bool waitAgain() noexcept;
 
-  /// The statement that may have waited is over.
+  /// Ends the wait of a statement, if there was one.
   void end();
 
  private:

@@ -67,7 +67,7 @@ Connection::Connection(std::filesystem::path file, BusyWait& busyWait)
 }
 
 Outcome Connection::check() {
-  run("BEGIN");  // The lock that the first read takes keeps the size from changing meanwhile.
+  run("BEGIN");  // The first read takes a lock, so the size stays the same.
   Outcome outcome =
       run("SELECT page_count * page_size FROM pragma_page_count, pragma_page_size, "
           "(SELECT count(*) FROM sqlite_schema)");
@@ -78,7 +78,7 @@ Outcome Connection::check() {
   if (!outcome.isDone()) {
     return outcome;
   }
-  // In write-ahead mode the newest pages may stand in the log alone.
+  // In write-ahead mode the newest pages may be only in the log.
   if (journal.rows != Result::Rows{{"wal"}} && std::stoull(outcome.rows.at(0).at(0)) > size) {
     return failed(Outcome::Status::FileIsCorrupt, "the file is truncated");
   }
@@ -98,7 +98,7 @@ Outcome Connection::prepareAndStep(const std::string& statement) {
   if (statement.size() >= std::numeric_limits<int>::max()) {
     return failed(Outcome::Status::Failed, "the statement is too long");
   }
-  // With the terminating NUL counted in, SQLite reads the text where it stands instead of copying.
+  // If the length includes the terminating NUL, SQLite does not copy the text.
   const int length = static_cast<int>(statement.size()) + 1;
   sqlite3_stmt* prepared = nullptr;
   const char* rest = nullptr;
@@ -153,7 +153,7 @@ Outcome Connection::failure() const {
   if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {
     outcome.reason += ": " + std::system_category().message(systemError);
   }
-  // An error with a place in the statement quotes what stands there.
+  // An error with a place in the statement quotes the text there.
   const int place = sqlite3_error_offset(database);
   outcome.reasonToBeLogged =
       place < 0 ? outcome.reason : "error at byte " + std::to_string(place) + " of the statement";

@@ -16,7 +16,7 @@ namespace {
 
 using Status = Outcome::Status;
 
-/// Whether the calling thread may begin something long.
+/// Whether the calling thread may begin a long operation.
 bool hasTime() {
   using utilities::Patience;
   return Patience::left() == Patience::unlimited &&
@@ -44,7 +44,7 @@ Outcome Database::prepare() {
   return outcome;
 }
 
-/// While the schema of a new file is made, the host's thread waits for no disk.
+/// A new file is written without waits for the disk until its schema exists.
 Outcome Database::tryToPrepare() {
   Outcome outcome = applySchema();
   if (outcome.isDone() && isNew_) {
@@ -154,7 +154,7 @@ void Database::setAside(const std::string& reason) {
   connection_.reset();
   schema_.restart();
   if (!std::filesystem::exists(file_)) {
-    return;  // Whatever took it away has set it aside.
+    return;  // somebody else has moved it
   }
   const auto name = sql::setAside(file_, std::chrono::system_clock::now());
   log_.error([&] {

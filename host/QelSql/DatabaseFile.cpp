@@ -53,7 +53,7 @@ std::filesystem::path unusedNameFor(const std::filesystem::path& file,
 
 void createForOwnerAlone(const std::filesystem::path& file) {
 #ifdef _WIN32
-  // The file takes the access rights of its directory, which lies in the user's own profile.
+  // The file inherits the access rights of its directory, which is in the user's profile.
   const HANDLE created = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                      FILE_ATTRIBUTE_NORMAL, nullptr);
   if (created != INVALID_HANDLE_VALUE) {
@@ -63,8 +63,8 @@ void createForOwnerAlone(const std::filesystem::path& file) {
   const int error = static_cast<int>(GetLastError());
   const bool exists = error == ERROR_FILE_EXISTS;
 #else
-  // An existing file must not be opened here: closing it would drop the locks that another
-  // connection of this process holds on it.
+  // An existing file must not be opened here: its closing would release the locks of another
+  // connection of this process.
   const int created =
       open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (created != -1) {

@@ -5,13 +5,13 @@
 
 namespace qel::db::sql {
 
-/// Creates the file, empty and readable and writable for its owner alone, unless it exists. SQLite
-/// gives journals the mode of their database. Throws `qel::exception` with the reason.
+/// Creates the file, empty, unless it exists. Only its owner may read and write it. SQLite gives
+/// journals the mode of their database. Throws `qel::exception` with the reason.
 void createForOwnerAlone(const std::filesystem::path& file);
 
-/// Renames a corrupt database file, which must be closed, and its companions to a name with the
-/// time in UTC, such as "ItemDatabase.db.corrupt-20261121T093005Z", that no file bears yet. Returns
-/// the new path. Throws `qel::exception` with the reason when the file cannot be renamed.
+/// Renames a corrupt database file and its companions to an unused name with the time in UTC, such
+/// as "ItemDatabase.db.corrupt-20261121T093005Z". The file must be closed. Returns the new path.
+/// Throws `qel::exception` with the reason if the file cannot be renamed.
 std::filesystem::path setAside(const std::filesystem::path& file,
                                std::chrono::system_clock::time_point now);
 

@@ -8,8 +8,16 @@ namespace qel::db::sql {
 
 using utilities::Patience;
 
-bool DatabaseLock::lock() {
-  std::unique_lock lock(mutex_);
+bool DatabaseLock::lock() { return takeTurn(); }
+
+void DatabaseLock::unlock() {
+  if (leave()) {
+    changed_.notifyAll();
+  }
+}
+
+bool DatabaseLock::takeTurn() {
+  utilities::MutexLock lock(mutex_);
   const auto self = std::this_thread::get_id();
   if (depth_ == 0 || owner_ != self) {
     const bool isFree = depth_ == 0 && queue_.empty();
@@ -22,25 +30,22 @@ bool DatabaseLock::lock() {
   return true;
 }
 
-void DatabaseLock::unlock() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (--depth_ > 0) {
-      return;
-    }
-  }
-  changed_.notify_all();
+/// Whether another thread may have the lock now.
+bool DatabaseLock::leave() {
+  const utilities::MutexLock lock(mutex_);
+  return --depth_ == 0;
 }
 
-bool DatabaseLock::waitForTurn(std::unique_lock<std::mutex>& lock) {
+bool DatabaseLock::waitForTurn(utilities::MutexLock& lock) {
   const auto place = queue_.insert(queue_.end(), std::this_thread::get_id());
-  const auto isMyTurn = [&] { return depth_ == 0 && queue_.begin() == place; };
+  const auto isMyTurn = [&]()
+                            QEL_REQUIRES(mutex_) { return depth_ == 0 && queue_.begin() == place; };
   bool isTaken = true;
   if (const auto patience = Patience::left(); patience == Patience::unlimited) {
     changed_.wait(lock, isMyTurn);
   } else {
     const auto start = std::chrono::steady_clock::now();
-    isTaken = changed_.wait_until(lock, start + patience, isMyTurn);
+    isTaken = changed_.waitUntil(lock, start + patience, isMyTurn);
     Patience::spend(std::chrono::steady_clock::now() - start);
   }
   queue_.erase(place);

@@ -1,29 +1,46 @@
 #pragma once
 
-#include <condition_variable>
 #include <list>
-#include <mutex>
 #include <thread>
+
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::db::sql {
 
-/// Lets one thread at a time use a database. Threads take turns in the order in which they came,
-/// and wait as long as their `utilities::Patience` lasts.
-class DatabaseLock {
+/// A recursive lock that lets one thread at a time use a database. Threads get it in the order of
+/// their requests, and wait as long as their `utilities::Patience` lasts.
+class QEL_CAPABILITY("database lock") DatabaseLock {
  public:
-  /// Takes the lock, again if this thread has it. False when the thread's patience ended first.
-  bool lock();
+  /// Takes the lock, again if this thread has it. Returns false if the patience ended first.
+  bool lock() QEL_TRY_ACQUIRE(true);
   /// Undoes one `lock` that returned true.
-  void unlock();
+  void unlock() QEL_RELEASE();
 
  private:
-  bool waitForTurn(std::unique_lock<std::mutex>& lock);
+  bool takeTurn();
+  bool waitForTurn(utilities::MutexLock& lock) QEL_REQUIRES(mutex_);
+  bool leave();
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::thread::id owner_;             ///< guarded by mutex_; counts while depth_ is not zero
-  int depth_ = 0;                     ///< guarded by mutex_; how often the owner has the lock
-  std::list<std::thread::id> queue_;  ///< guarded by mutex_; the threads that wait
+  utilities::Mutex mutex_;
+  utilities::Condition changed_;
+  /// Valid while `depth_` is not zero.
+  std::thread::id owner_ QEL_GUARDED_BY(mutex_);
+  /// How often the owner has the lock.
+  int depth_ QEL_GUARDED_BY(mutex_) = 0;
+  /// The threads that wait.
+  std::list<std::thread::id> queue_ QEL_GUARDED_BY(mutex_);
+};
+
+/// Undoes one `lock` of its thread when it is destroyed.
+class QEL_SCOPED_CAPABILITY DatabaseUnlock {
+ public:
+  explicit DatabaseUnlock(DatabaseLock& lock) QEL_REQUIRES(lock) : lock_(lock) {}
+  DatabaseUnlock(const DatabaseUnlock&) = delete;
+  DatabaseUnlock& operator=(const DatabaseUnlock&) = delete;
+  ~DatabaseUnlock() QEL_RELEASE() { lock_.unlock(); }
+
+ private:
+  DatabaseLock& lock_;
 };
 
 }  // namespace qel::db::sql

@@ -10,16 +10,15 @@
 
 namespace qel::db::sql {
 
-/// Where messages about one database file go. Each begins with the file's name. Any thread.
+/// Logs messages about one database file. Each begins with the file's name. Any thread.
 class DatabaseLog {
  public:
   explicit DatabaseLog(const std::filesystem::path& file);
 
-  /// `text` follows the name. A message that there is no memory for is dropped.
+  /// `text` follows the name. Without memory for it, the message is dropped.
   void warn(std::string_view text) const noexcept;
 
-  /// What `makeText` returns follows the name. Where there is no memory for that, the message says
-  /// so.
+  /// The text that `makeText` returns follows the name. Without memory for it, calls `outOfMemory`.
   template <typename MakeText>
   void error(MakeText makeText) const noexcept {
     try {

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <map>
-#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -17,6 +16,7 @@
 
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::db::sql {
@@ -89,7 +89,7 @@ LockFile::LockFile(const std::filesystem::path& directory)
   if (file_ == -1) {
     throwUnusable(directory, lastError());
   }
-  // The lock file may be an old one: whether journals can be created is another question.
+  // An old lock file does not prove that journals can be created.
   if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
       flock(file_, LOCK_EX | LOCK_NB) == 0) {
     return;
@@ -114,12 +114,34 @@ struct SharedLock {
   bool isExclusive = false;
 };
 
-struct Claims {
-  std::mutex mutex;
-  std::map<std::filesystem::path, SharedLock> byDirectory;  ///< guarded by mutex
+class Claims {
+ public:
+  void add(const std::filesystem::path& directory, DirectoryClaim::Kind kind) {
+    const bool exclusive = kind == DirectoryClaim::Kind::Exclusive;
+    const utilities::MutexLock lock(mutex_);
+    const auto [entry, isFirst] = byDirectory_.try_emplace(directory, directory);
+    SharedLock& shared = entry->second;
+    if (!isFirst && (shared.isExclusive || exclusive)) {
+      throwInUseHere(directory);
+    }
+    shared.isExclusive = exclusive;
+    ++shared.claims;
+  }
+
+  void remove(const std::filesystem::path& directory) {
+    const utilities::MutexLock lock(mutex_);
+    const auto entry = byDirectory_.find(directory);
+    if (--entry->second.claims == 0) {
+      byDirectory_.erase(entry);
+    }
+  }
+
+ private:
+  utilities::Mutex mutex_;
+  std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
-// Never destroyed: a detached thread may still let go of a database while the process exits.
+// Never destroyed: a detached thread may still release a database while the process exits.
 Claims& claimsOfProcess() {
   static auto* const claims = new Claims;
   return *claims;
@@ -133,24 +155,9 @@ DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory, Kind kind
   if (error) {
     throwUnusable(directory, error);
   }
-  Claims& claims = claimsOfProcess();
-  const std::lock_guard lock(claims.mutex);
-  const auto [entry, isFirst] = claims.byDirectory.try_emplace(directory_, directory_);
-  SharedLock& shared = entry->second;
-  if (!isFirst && (shared.isExclusive || kind == Kind::Exclusive)) {
-    throwInUseHere(directory_);
-  }
-  shared.isExclusive = kind == Kind::Exclusive;
-  ++shared.claims;
+  claimsOfProcess().add(directory_, kind);
 }
 
-DirectoryClaim::~DirectoryClaim() {
-  Claims& claims = claimsOfProcess();
-  const std::lock_guard lock(claims.mutex);
-  const auto entry = claims.byDirectory.find(directory_);
-  if (--entry->second.claims == 0) {
-    claims.byDirectory.erase(entry);
-  }
-}
+DirectoryClaim::~DirectoryClaim() { claimsOfProcess().remove(directory_); }
 
 }  // namespace qel::db::sql

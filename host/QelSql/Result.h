@@ -6,15 +6,15 @@
 
 namespace qel::db::sql {
 
-/// Whether a statement succeeded, and if not, why. A new one tells success.
+/// Whether a statement succeeded, and the reason of a failure. A new object means success.
 class ResultBase {
  public:
-  /// Whether the statement was run to its end.
+  /// Whether the statement ran to its end.
   /// @{
   bool boSuccess() const { return success_; }
   void vSuccessSet(bool success) { success_ = success; }
   /// @}
-  /// Why it was not; may quote the statement.
+  /// The reason of a failure. May quote the statement.
   /// @{
   const std::string& sErrorMessageGet() const { return errorMessage_; }
   void vErrorMessageSet(const std::string& message) { errorMessage_ = message; }
@@ -25,17 +25,16 @@ class ResultBase {
   std::string errorMessage_;
 };
 
-/// What a statement yielded: its rows, one text per column, in column order. A NULL reads as the
-/// empty text.
+/// The rows of a statement, with one text per column, in column order. NULL becomes the empty text.
 class Result : public ResultBase {
  public:
-  /// In the order in which the statement yielded them.
+  /// In the statement's order.
   using Rows = std::vector<std::vector<std::string>>;
 
-  /// The rows, none after a failure. The reference is valid as long as this object.
+  /// The rows, none after a failure. The reference is valid as long as this object exists.
   /// @{
   const Rows& result() const& { return rows_; }
-  /// The rows, moved out of a result that is no longer needed.
+  /// The rows, moved out of the result.
   Rows result() && { return std::move(rows_); }
   void resultSet(Rows rows) { rows_ = std::move(rows); }
   /// @}

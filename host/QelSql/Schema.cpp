@@ -12,11 +12,11 @@ namespace {
 constexpr std::string_view tableCreation = "CREATE TABLE IF NOT EXISTS ";
 constexpr std::string_view vacuumChoice = "PRAGMA AUTO_VACUUM = INCREMENTAL";
 
-/// VACUUM takes about half a second for so many bytes, and its transaction twice the file's size.
+/// VACUUM takes about half a second for so many bytes, and twice the file's size on the disk.
 constexpr std::uintmax_t largestVacuum = std::uintmax_t{64} << 20U;
 constexpr std::chrono::minutes vacuumInterval{10};
 
-/// Well below the highest ID that fits an `int`, which readers of the rows have for it.
+/// Far below the largest `int`, since readers of the rows keep IDs in an `int`.
 constexpr std::int64_t highestUsableId = 2'000'000'000;
 
 bool startsWithKeywords(std::string_view statement, std::string_view upperCase) {
@@ -31,8 +31,9 @@ std::string tableIn(const std::string& creation) {
   return definition.substr(0, definition.find_first_of(" ("));
 }
 
-/// Yields 1 if what the file has under the name serves as our table, which stands in the schema
-/// "ours", and 0 if not. Ours come first, in their order; the key is not one of an index.
+/// A query whose result is 1 if the file's table of this name can replace the one in the schema
+/// "ours", and 0 if not. Our columns must come first, in their order, and the key must not be that
+/// of an index.
 std::string questionWhetherServes(const std::string& table) {
   const std::string ours = "pragma_table_info('" + table + "', 'ours')";
   const std::string file = "pragma_table_info('" + table + "', 'main')";
@@ -78,8 +79,8 @@ Outcome Schema::applyStatement(Connection& connection, const std::string& statem
                                                       : chooseVacuum(connection, statement);
 }
 
-/// A table that this program made has the text of its creation, which SQLite keeps from the name
-/// on.
+/// SQLite keeps the text of a table's creation, from the name on. A table of this program has the
+/// statement's text.
 Outcome Schema::createTable(Connection& connection, const std::string& statement) {
   const std::string table = tableIn(statement);
   Outcome outcome = connection.run("SELECT sql FROM sqlite_schema WHERE name = '" + table +
@@ -107,9 +108,9 @@ Outcome Schema::noteCounted(Connection& connection, const std::string& table) {
   return outcome;
 }
 
-/// SQLite itself knows what columns the statement means: it makes the table in memory.
+/// Creates the table in memory, so that SQLite itself reads the columns from the statement.
 Outcome Schema::compare(Connection& connection, const std::string& statement) {
-  connection.run("DETACH ours");  // what an attempt that ran out of memory has left
+  connection.run("DETACH ours");  // may remain from an attempt that ran out of memory
   Outcome outcome = connection.run("ATTACH ':memory:' AS ours");
   if (outcome.isDone()) {
     outcome = connection.run(std::string(tableCreation) + "ours." +
@@ -126,7 +127,7 @@ Outcome Schema::compare(Connection& connection, const std::string& statement) {
   return outcome;
 }
 
-/// SQLite takes the choice for an empty file, and for one that shrinks by itself.
+/// SQLite accepts the choice for an empty file, and for one with `auto_vacuum = FULL`.
 Outcome Schema::chooseVacuum(Connection& connection, const std::string& statement) {
   const std::string question = "PRAGMA auto_vacuum";
   const Result::Rows chosen{{"2"}};
@@ -142,8 +143,8 @@ Outcome Schema::chooseVacuum(Connection& connection, const std::string& statemen
   return outcome;
 }
 
-/// Deleting a table's entry in `sqlite_sequence` makes its IDs begin at 1 again, so the entry is
-/// looked for each time.
+/// Without a table's entry in `sqlite_sequence` its IDs begin at 1 again, so every call checks the
+/// entry.
 Outcome Schema::keepIdsAbove(Connection& connection, std::int64_t id) const {
   for (const auto& table : countedTables_) {
     Outcome found = connection.run("SELECT 1 FROM sqlite_sequence WHERE name = '" + table + "'");
@@ -178,7 +179,7 @@ Outcome Schema::makeShrinkable(Connection& connection) {
   return outcome.status == Outcome::Status::FileIsCorrupt ? outcome : Outcome{};
 }
 
-/// SQLite's temporary copy lies in the directory for temporary files, the journal beside the file.
+/// The temporary copy is in the directory for temporary files, the journal next to the file.
 bool Schema::hasRoomForVacuum() const {
   std::error_code error;
   const auto size = std::filesystem::file_size(file_, error);

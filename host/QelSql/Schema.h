@@ -13,40 +13,40 @@
 
 namespace qel::db::sql {
 
-/// What a database file must have before it is used: the choice of `auto_vacuum`, and its tables.
+/// The schema that a database file needs: the choice of `auto_vacuum`, and the tables.
 ///
-/// The statements that create these are kept, in their order, since a table that came before the
-/// choice would rule that out for good. Each is applied to the open file once; one that fails
-/// stays pending. Used by one thread at a time.
+/// The schema keeps its statements in their order, since the choice must come before the first
+/// table. Each statement is applied to the open file once. A statement that fails stays pending.
+/// Used by one thread at a time.
 class Schema {
  public:
   /// `log` must outlive the schema.
   Schema(std::filesystem::path file, const DatabaseLog& log);
 
-  /// Whether the statement creates a part of a schema: "CREATE TABLE IF NOT EXISTS name (...)", the
-  /// name without quotes, or "PRAGMA auto_vacuum = INCREMENTAL".
+  /// Whether the statement creates a part of a schema: "CREATE TABLE IF NOT EXISTS name (...)",
+  /// with a name without quotes, or "PRAGMA auto_vacuum = INCREMENTAL".
   static bool isMadeBy(std::string_view statement);
 
-  /// Adds such a statement unless it is known.
+  /// Adds such a statement, unless the schema has it.
   void add(const std::string& statement);
 
-  /// Applies what is pending. A table that the file has serves if its first columns are those of
-  /// ours, in their order and with the same key, and if further ones need no value. Anything else
-  /// under its name makes the outcome `FileIsCorrupt`. Writes nothing to a file that has the
-  /// schema.
+  /// Applies the pending statements. An existing table is accepted if its first columns are those
+  /// of the statement, in their order and with the same key, and if further columns need no value.
+  /// Anything else with the table's name makes the outcome `FileIsCorrupt`. Writes nothing to a
+  /// file that has the schema.
   Outcome apply(Connection& connection);
 
-  /// Makes a file shrinkable that was created without `auto_vacuum`, by VACUUM, if that is due.
-  /// Only for a thread that may wait for long, and outside a transaction. A failure is logged and
-  /// tried again ten minutes later; only a corrupt file is an outcome.
+  /// Runs VACUUM on a file that was created without `auto_vacuum`, so that it can shrink. Only for
+  /// a thread that may wait for long, and outside a transaction. A failure is logged, and a retry
+  /// follows after ten minutes. The outcome is a failure only for a corrupt file.
   Outcome makeShrinkable(Connection& connection);
 
-  /// Remembers the ID of an inserted row.
+  /// Notes the ID of an inserted row.
   void noteId(std::int64_t id);
 
-  /// The file is a fresh one, in place of the one before: everything is pending. IDs in it begin
-  /// above the highest ID that is known of the earlier file, so that a deletion by an earlier ID
-  /// meets no newer row.
+  /// A new file replaces the earlier one: every statement is pending again. IDs in the new file
+  /// begin above the highest known ID of the earlier file, so that a deletion by an earlier ID
+  /// deletes no newer row.
   void restart();
 
  private:
@@ -64,8 +64,8 @@ class Schema {
   const DatabaseLog& log_;
 
   std::vector<std::string> statements_;
-  std::size_t applied_ = 0;                 ///< so many of the statements
-  std::vector<std::string> countedTables_;  ///< those that were applied and have AUTOINCREMENT
+  std::size_t applied_ = 0;                 ///< how many of the statements
+  std::vector<std::string> countedTables_;  ///< applied ones with AUTOINCREMENT
   std::int64_t highestId_ = 0;
   std::int64_t idsBeginAbove_ = 0;
   bool cannotShrink_ = false;

@@ -1,7 +1,6 @@
 #include "host/QelSql/SqlDatabaseAdapter.h"
 
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <utility>
@@ -44,29 +43,29 @@ class SqlDatabaseAdapter::Implementation {
       : claim_(file.parent_path()), log_(file), database_(openAtOnce(file, log_)) {}
 
   Result execute(const std::string& statement);
-  ScopeGuard beginTransaction();
+  ScopeGuard beginTransaction() QEL_NO_THREAD_SAFETY_ANALYSIS;
 
  private:
   static Database openAtOnce(const std::filesystem::path& file, const DatabaseLog& log);
-  Outcome addToSchema(const std::string& statement);
-  Outcome executeAlone(const std::string& statement);
-  Outcome executeInTransaction(const std::string& statement);
+  Outcome addToSchema(const std::string& statement) QEL_REQUIRES(lock_);
+  Outcome executeAlone(const std::string& statement) QEL_REQUIRES(lock_);
+  Outcome executeInTransaction(const std::string& statement) QEL_REQUIRES(lock_);
   Outcome logged(Outcome outcome, bool hadGivenUp) const;
-  void begin();
-  void endTransaction() noexcept;
-  void commit() noexcept;
-  void fail(const char* what, const Outcome& outcome);
+  void begin() QEL_REQUIRES(lock_);
+  void endTransaction() noexcept QEL_RELEASE(lock_);
+  void commit() noexcept QEL_REQUIRES(lock_);
+  void fail(const char* what, const Outcome& outcome) QEL_REQUIRES(lock_);
   void logFailure(const char* what, const std::string& reason) const noexcept;
 
   const DirectoryClaim claim_;
   const DatabaseLog log_;
   RefusedTransactions refused_;
   DatabaseLock lock_;
-  Database database_;        ///< guarded by lock_, which a transaction has to its end
-  Transaction transaction_;  ///< guarded by lock_
+  Database database_ QEL_GUARDED_BY(lock_);
+  Transaction transaction_ QEL_GUARDED_BY(lock_);
 };
 
-/// Whoever opens a database waits for nobody.
+/// A thread that opens a database does not wait.
 Database SqlDatabaseAdapter::Implementation::openAtOnce(const std::filesystem::path& file,
                                                         const DatabaseLog& log) {
   const Patience none(Patience::none);
@@ -82,7 +81,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   if (!lock_.lock()) {
     return resultOf(logged(failed(Status::Busy, inUse), hadGivenUp));
   }
-  const std::lock_guard lock(lock_, std::adopt_lock);
+  const DatabaseUnlock unlock(lock_);
   if (transaction_.isUnderWay()) {
     return resultOf(executeInTransaction(statement));
   }
@@ -92,7 +91,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   return resultOf(logged(executeAlone(statement), hadGivenUp));
 }
 
-/// Logs that the thread could wait no longer, once in a call.
+/// Logs once in a call that the thread could wait no longer.
 Outcome SqlDatabaseAdapter::Implementation::logged(Outcome outcome, bool hadGivenUp) const {
   if (outcome.status == Status::Busy && !hadGivenUp) {
     log_.warn(": a statement was given up: " + outcome.reason);
@@ -129,6 +128,7 @@ Outcome SqlDatabaseAdapter::Implementation::executeInTransaction(const std::stri
   return outcome;
 }
 
+/// The analysis cannot follow that the guard takes the lock over and releases it at its end.
 ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
   const Patience patience;
   if (refused_.isUnderWay() || !lock_.lock()) {
@@ -136,15 +136,16 @@ ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
     logFailure("BEGIN", inUse);
     return ScopeGuard([this] { refused_.end(); });
   }
-  ScopeGuard guard([this] { endTransaction(); });
-  transaction_.begin();
-  if (transaction_.isOutermost()) {
-    begin();
-  }
+  ScopeGuard guard([this]() QEL_NO_THREAD_SAFETY_ANALYSIS { endTransaction(); });
+  begin();
   return guard;
 }
 
 void SqlDatabaseAdapter::Implementation::begin() {
+  transaction_.begin();
+  if (!transaction_.isOutermost()) {
+    return;
+  }
   transaction_.beginStep();
   Outcome outcome = database_.prepare();
   if (outcome.isDone()) {
@@ -159,7 +160,7 @@ void SqlDatabaseAdapter::Implementation::begin() {
 
 void SqlDatabaseAdapter::Implementation::endTransaction() noexcept {
   const Patience patience;
-  const std::lock_guard lock(lock_, std::adopt_lock);
+  const DatabaseUnlock unlock(lock_);
   if (!transaction_.isOutermost()) {
     transaction_.end();
     return;

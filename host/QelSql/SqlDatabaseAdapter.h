@@ -12,33 +12,33 @@ namespace qel::db::sql {
 ///
 /// **Opening** claims the file's directory for this process: the first object of the process in a
 /// directory takes a lock file there ("Databases.lock"), the last one releases it. A new file is
-/// created for its owner alone. Opening succeeds also while another process holds the file; what
-/// could not be checked or created then is made up for before the next statement.
+/// created for its owner alone. Opening succeeds also while another process holds the file. The
+/// file is then checked, and the schema created, before the next statement.
 ///
-/// **Schema.** "PRAGMA auto_vacuum = INCREMENTAL" and "CREATE TABLE IF NOT EXISTS name (...)" (in
-/// this form, without quotes around the name) are remembered, and applied to every file that this
-/// object begins. A table that the file has already serves if its first columns are those of the
-/// statement, in their order, and further ones need no value.
+/// **Schema.** The object keeps the statements "PRAGMA auto_vacuum = INCREMENTAL" and "CREATE TABLE
+/// IF NOT EXISTS name (...)" (in this form, with a name without quotes), and applies them to every
+/// file that it begins. An existing table is accepted if its first columns are those of the
+/// statement, in their order, and further columns need no value.
 ///
-/// **Damage.** A file that SQLite finds corrupt, or that has something else under a table's name,
-/// is set aside with its journal under a dated name and logged, and a fresh one is begun. The
-/// statement that meets the damage fails, with its whole transaction. IDs in the fresh file begin
-/// above the highest ID that is known of the file before.
+/// **Damage.** If SQLite finds the file corrupt, or if something else has a table's name, the file
+/// and its journal are renamed with the date, this is logged, and a new file begins. The statement
+/// that finds the damage fails, with its whole transaction. IDs in the new file begin above the
+/// highest known ID of the earlier file.
 ///
-/// **Waiting.** Another process may hold the file, or another thread use the object. A statement
-/// waits as long as its thread's patience lasts (`utilities::Patience`; 0.25 s if the thread has
-/// declared none) and no longer than until the exit deadline, then it fails.
+/// **Waiting.** Another process may hold the file, or another thread may use the object. A
+/// statement waits as long as its thread's patience lasts (`utilities::Patience`; 0.25 s if the
+/// thread has declared none), at most until the exit deadline. Then it fails.
 ///
-/// **Threads.** Any thread may call; one statement or transaction runs at a time. A detached thread
-/// may still use an object, and destroy it, while the process exits.
+/// **Threads.** Any thread may call. One statement or transaction runs at a time. A detached thread
+/// may still use and destroy an object while the process exits.
 ///
-/// Rows that are committed survive a loss of power. A transaction that fails is logged once,
-/// without the texts that were to be stored.
+/// **Failures.** Committed rows survive a loss of power. A failed transaction is logged once,
+/// without the texts that it was to store.
 class SqlDatabaseAdapter : public SqlDatabaseInterface {
  public:
-  /// Opens or creates the file and waits for nobody. Writes nothing into it yet, since
-  /// `auto_vacuum` can be chosen only for an empty one. Throws `qel::exception`, naming the path
-  /// and the reason, when it cannot be opened, or when another process has claimed its directory.
+  /// Opens or creates the file without a wait. Writes nothing yet, since `auto_vacuum` can be
+  /// chosen only for an empty file. Throws `qel::exception`, which names the path and the reason,
+  /// if the file cannot be opened, or if another process has claimed its directory.
   explicit SqlDatabaseAdapter(const std::filesystem::path& file);
   ~SqlDatabaseAdapter() override;
 

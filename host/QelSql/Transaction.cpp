@@ -4,7 +4,7 @@ namespace qel::db::sql {
 
 void Transaction::begin() {
   if (depth_ == 0) {
-    reason_ = "out of memory";  // stands until another reason is found
+    reason_ = "out of memory";  // until another reason is known
   }
   ++depth_;
 }
@@ -21,12 +21,12 @@ void Transaction::fail(const std::string& reason) {
 }
 
 void RefusedTransactions::begin() {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   ++depths_[std::this_thread::get_id()];
 }
 
 void RefusedTransactions::end() noexcept {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   const auto depth = depths_.find(std::this_thread::get_id());
   if (--depth->second == 0) {
     depths_.erase(depth);
@@ -34,7 +34,7 @@ void RefusedTransactions::end() noexcept {
 }
 
 bool RefusedTransactions::isUnderWay() const {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   return depths_.contains(std::this_thread::get_id());
 }
 

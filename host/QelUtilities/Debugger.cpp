@@ -1,6 +1,5 @@
 #include "host/QelUtilities/Debugger.h"
 
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -12,12 +11,26 @@
 #include <string>
 #endif
 
+#include "host/QelUtilities/Mutex.h"
+
 namespace qel::utilities::debugger {
 namespace {
 
-struct Hook {
-  std::mutex mutex;
-  std::function<void()> function;  // guarded by mutex
+class Hook {
+ public:
+  std::function<void()> get() {
+    const MutexLock lock(mutex_);
+    return function_;
+  }
+
+  void set(std::function<void()> function) {
+    const MutexLock lock(mutex_);
+    function_ = std::move(function);
+  }
+
+ private:
+  Mutex mutex_;
+  std::function<void()> function_ QEL_GUARDED_BY(mutex_);
 };
 
 // Never destroyed: worker threads may still break while the process exits.
@@ -33,7 +46,7 @@ void breakIfDebugged() {
   }
 }
 #else
-/// Linux tells the tracing process in /proc/self/status, see proc(5), "TracerPid".
+/// Linux names the tracing process in /proc/self/status, see proc(5), "TracerPid".
 bool isDebuggerAttached() {
   std::ifstream status("/proc/self/status");
   const std::string key = "TracerPid:";
@@ -56,25 +69,16 @@ void breakIfDebugged() {
 
 void Debugger::vBreak() {
   try {
-    std::function<void()> function;
-    {
-      const std::lock_guard lock(hook().mutex);
-      function = hook().function;
-    }
-    if (function) {
+    if (const auto function = hook().get()) {
       function();
     }
     breakIfDebugged();
   } catch (const std::bad_alloc&) {
-    // A failure is being handled here, mostly on a thread that an exception would end the process
-    // from.
+    // The caller handles a failure already. On most threads, an exception would end the process.
     return;
   }
 }
 
-void Debugger::setHook(std::function<void()> newHook) {
-  const std::lock_guard lock(hook().mutex);
-  hook().function = std::move(newHook);
-}
+void Debugger::setHook(std::function<void()> newHook) { hook().set(std::move(newHook)); }
 
 }  // namespace qel::utilities::debugger

@@ -4,7 +4,7 @@
 
 namespace qel {
 
-/// An error that the caller of an operation is told about, with a message fit for a log.
+/// An error that an operation reports to its caller. The message may be logged.
 // NOLINTNEXTLINE(readability-identifier-naming): the name is the host framework's.
 class exception : public std::runtime_error {
  public:

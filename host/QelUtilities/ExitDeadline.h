@@ -5,26 +5,31 @@
 
 namespace qel::utilities {
 
-/// From `fromNow` on, nothing in this process waits for somebody else any longer, but for a
-/// fraction of a second: an exchange with a server in flight is ended then, a statement stops
-/// waiting for a database that another process holds, and what would wait later fails at once. The
-/// host arms it just before it joins and releases what stores and sends. A later call replaces it,
-/// an empty value disarms it, zero or less is now. Any thread. Once something was posted over
-/// HTTPS, the end of the process arms it with nothing left, though perhaps not before static
-/// objects are destroyed: a host that keeps its client in one arms it before `exit`.
+/// Sets a deadline for every wait in this process. When it passes, exchanges with servers in flight
+/// end within a fraction of a second, and statements stop waiting for a held database. Later waits
+/// fail at once.
+///
+/// **Values.** A later call replaces the deadline. An empty value disarms it. Zero or less means
+/// now.
+///
+/// **Use.** The host arms it just before it joins and releases what stores and sends. Any thread.
+///
+/// **At exit.** After the first HTTPS exchange, the end of the process arms the deadline with zero.
+/// This may happen after static objects are destroyed. A host with a static client arms the
+/// deadline before `exit`.
 void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 
-/// The clock's end while no deadline is armed. Any thread, until the process ends. Whoever waits
-/// asks again and again, since the deadline may be armed meanwhile.
+/// The deadline, or the clock's end while none is armed. Any thread, until the process ends. A
+/// waiting thread reads it repeatedly, since the deadline may be armed meanwhile.
 std::chrono::steady_clock::time_point exitDeadline();
 
-/// An exit deadline for a time in which the host has armed none, such as the release of a client.
+/// An exit deadline where the host has armed none, such as for the release of a client.
 class DefaultExitDeadline {
  public:
   DefaultExitDeadline() = default;
   DefaultExitDeadline(const DefaultExitDeadline&) = delete;
   DefaultExitDeadline& operator=(const DefaultExitDeadline&) = delete;
-  /// Disarms what `arm` has armed, unless somebody has armed another one since.
+  /// Disarms the deadline that `arm` has armed, unless another one was armed since.
   ~DefaultExitDeadline();
 
   /// Does nothing when a deadline is armed. Any thread, once.

@@ -5,7 +5,7 @@
 namespace qel::utilities {
 namespace {
 
-/// Of this thread. Trivially destroyed, so readable to the thread's end.
+/// Of this thread. Trivially destroyed, so it can be read until the thread ends.
 constinit thread_local Patience* innermost = nullptr;
 
 }  // namespace

@@ -5,14 +5,14 @@
 namespace qel::utilities {
 
 /// How long the calling thread may wait, while the object lives, for something that others use,
-/// such as a database file. All waits together count, not each by itself.
+/// such as a database file. The limit applies to the sum of all waits.
 ///
-/// A thread without patience is never kept waiting, so a worker declares its patience where its
-/// work begins. Inside another object, one can only shorten what that one leaves. Objects end in
+/// A thread without patience never waits, so a worker declares its patience where its work begins.
+/// An object inside another one can only shorten the time that the outer one leaves. Objects end in
 /// the reverse order of their construction, on the thread that made them.
 class Patience {
  public:
-  /// How long waits take.
+  /// The time of a wait.
   using Duration = std::chrono::steady_clock::duration;
 
   /// Of a worker, which may wait until it is its turn.
@@ -21,13 +21,13 @@ class Patience {
   static constexpr Duration ofHost = std::chrono::milliseconds(250);
   /// Of a host's thread that asks for an export.
   static constexpr Duration ofExport = std::chrono::seconds(5);
-  /// Of a call that leaves what it cannot do at once to a later one.
+  /// Of a call that does later what it cannot do at once.
   static constexpr Duration none = Duration::zero();
 
-  /// Declares that the thread may wait for so long.
+  /// Declares how long the thread may wait.
   explicit Patience(Duration limit);
-  /// Leaves it at what the thread has declared. A thread that has declared nothing is one of the
-  /// host's: for operations that a host may call.
+  /// Keeps what the thread has declared. A thread that has declared nothing is a host's thread, and
+  /// gets `ofHost`. For operations that a host may call.
   Patience();
   ~Patience();
 
@@ -36,12 +36,12 @@ class Patience {
 
   /// How much longer the calling thread may wait; zero without an object.
   static Duration left();
-  /// Counts a wait of the calling thread.
+  /// Subtracts a wait of the calling thread.
   static void spend(Duration waited);
 
-  /// The calling thread needed something and could wait no longer for it.
+  /// Notes that the calling thread could wait no longer for something that it needed.
   static void giveUp();
-  /// Whether it has given up in this call, so that the rest of the call is not worth trying.
+  /// Whether it has given up in this call. The rest of the call is then not worth a try.
   static bool hasGivenUp();
 
  private:

@@ -5,16 +5,16 @@
 
 namespace qel {
 
-/// Runs an action when it is destroyed. Move-only; a moved-from or default-constructed guard does
-/// nothing. The action must not throw.
+/// Runs an action when it is destroyed. The action must not throw. A guard can be moved, not
+/// copied. A moved-from or default-constructed guard does nothing.
 class [[nodiscard]] ScopeGuard {
  public:
-  /// With nothing to do, or with `atEnd`, which may be empty.
+  /// Without an action, or with `atEnd`, which may be empty.
   /// @{
   ScopeGuard() = default;
   explicit ScopeGuard(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
   /// @}
-  /// Takes the other's action over. An assignment first runs the action that this guard had.
+  /// Takes over the other's action. An assignment first runs the action of this guard.
   /// @{
   ScopeGuard(ScopeGuard&& other) noexcept : atEnd_(std::exchange(other.atEnd_, nullptr)) {}
   ScopeGuard& operator=(ScopeGuard&& other) noexcept {

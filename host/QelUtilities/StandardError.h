@@ -2,8 +2,8 @@
 
 namespace qel::utilities {
 
-/// Whether a line can be written to standard error now: neither is its reader behind, so that the
-/// writer would wait for it, nor has it gone. Any thread.
+/// Whether a line can be written to standard error at once: its reader still reads, and keeps up
+/// with the writers. Any thread.
 bool standardErrorTakesLine();
 
 }  // namespace qel::utilities

@@ -20,7 +20,7 @@ std::string typeName(const std::type_info& type) {
     return demangled.get();
   }
 #endif
-  // Some compilers say first what kind of type it is.
+  // Some compilers put the kind of type first.
   std::string_view name = type.name();
   for (const std::string_view kind : {"class ", "struct "}) {
     if (name.starts_with(kind)) {

@@ -5,8 +5,8 @@
 
 namespace qel::utilities {
 
-/// The name of a type as it is written in source code, for messages; the compiler's own name where
-/// that cannot be had.
+/// The name of a type as source code writes it, for messages. Where that is not available, the
+/// compiler's own name.
 std::string typeName(const std::type_info& type);
 
 }  // namespace qel::utilities

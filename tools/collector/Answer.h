@@ -9,18 +9,18 @@
 
 namespace qel::collector {
 
-/// What a request is answered.
+/// The answer to a request.
 struct Answer {
   int status = 0;
-  std::string text;  ///< for the log, and for the client when the fault is its own
+  std::string text;  ///< for the log; also for the client if the fault is its own
 };
 
-/// The answer to a package that was stored.
+/// The answer to a stored package.
 Answer storedAnswer(const Package& package);
 
 void give(httplib::Response& response, const Answer& answer);
 
-/// Writes the line about a request to the log.
+/// Logs one line about a request.
 void logAnswer(const Answer& answer, const std::string& peer,
                std::chrono::steady_clock::duration duration);
 

@@ -10,19 +10,20 @@
 
 namespace qel::collector {
 
-/// Who may send. Keeps only digests of what a client sends as its Basic authentication, so that
-/// neither a user's name nor a secret can come to light from here, and an unknown user is not told
-/// from a wrong secret: not by the answer and not by its time. Any thread once constructed.
+/// The users who may send. Keeps only digests of the Basic authentication, so it cannot disclose a
+/// user's name or a secret. Neither the answer nor its time shows whether the user is unknown or
+/// the secret is wrong. Any thread once constructed.
 class Credentials {
  public:
-  /// Reads lines `user:secret`; blank lines and those that begin with `#` are skipped. Throws
-  /// `tools::InputError` with `name` and the line for anything else, and without any user.
+  /// Reads lines `user:secret`. Skips blank lines and lines that begin with `#`. Throws
+  /// `tools::InputError` with `name` and the line number for any other line, and for no user at
+  /// all.
   Credentials(std::istream& lines, const std::string& name);
 
   /// The same from a file.
   static Credentials fromFile(const std::filesystem::path& file);
 
-  /// Whether this is the value of an Authorization header that lets a user in.
+  /// Whether this value of an Authorization header belongs to a user.
   bool accept(std::string_view authorization) const;
 
  private:

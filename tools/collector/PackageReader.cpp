@@ -15,7 +15,7 @@ namespace {
 
 using log::analytics::format::packageVersion;
 
-/// Longest frame worth reading; a client's has 60 bytes.
+/// The longest frame that is read. A client's frame has 60 bytes.
 constexpr std::size_t longestFrame = 4096;
 
 std::string_view reasonFor(tools::RowVerdict verdict) {
@@ -23,7 +23,7 @@ std::string_view reasonFor(tools::RowVerdict verdict) {
                                                        : "row is no JSON object";
 }
 
-/// The names of the frame's lists, in order; nothing when the frame is not that of a package.
+/// The names of the frame's lists, in order. Nothing if it is not the frame of a package.
 std::optional<std::vector<std::string>> listNames(const std::string& frame) {
   using Json = nlohmann::ordered_json;
   if (frame.size() > longestFrame || frame.find('\0') != std::string::npos) {
@@ -44,12 +44,12 @@ std::optional<std::vector<std::string>> listNames(const std::string& frame) {
       names.push_back(name);
     }
   }
-  // Of a member that comes twice the parser keeps one, and of any other nothing would be kept.
+  // The parser keeps one of two equal members, and other members would be lost.
   const bool isWhole = members == 1 + names.size();
   return isWhole ? std::optional(std::move(names)) : std::nullopt;
 }
 
-/// The distinct texts among `rows` with how often each comes, in the order of their first coming.
+/// The distinct texts of `rows` with their numbers, in the order of first occurrence.
 std::vector<std::pair<std::string_view, std::size_t>> counted(
     const std::vector<std::string_view>& rows) {
   std::vector<std::pair<std::string_view, std::size_t>> distinct;

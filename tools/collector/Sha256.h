@@ -8,7 +8,7 @@ namespace qel::collector {
 
 using Sha256 = std::array<std::uint8_t, 32>;
 
-/// Throws `qel::exception` when the cryptographic library fails.
+/// Throws `qel::exception` if the cryptographic library fails.
 Sha256 sha256(std::string_view text);
 
 }  // namespace qel::collector

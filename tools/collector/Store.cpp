@@ -1,6 +1,11 @@
 #include "tools/collector/Store.h"
 
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -12,7 +17,7 @@ namespace {
 
 constexpr int busyMilliseconds = 5000;
 
-/// `text` is unique by its digest, which keeps large texts out of the index.
+/// The digest makes a text unique, so that the index has no large texts.
 constexpr const char* schema = R"(
   CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
     count INTEGER NOT NULL, session TEXT, installation TEXT, time TEXT, category TEXT,
@@ -25,7 +30,7 @@ constexpr const char* schema = R"(
     digest BLOB NOT NULL UNIQUE);
 )";
 
-/// Parameters of every insertion: 1 digest, 2 count, 3 text, and from 4 on `columns`.
+/// Parameters of every insertion: 1 digest, 2 count, 3 text, from 4 on `columns`.
 std::string insertion(const std::string& table, const std::string& columns,
                       const std::string& parameters) {
   return "INSERT INTO " + table + " (received, digest, count, text, " + columns +
@@ -36,34 +41,68 @@ std::string insertion(const std::string& table, const std::string& columns,
 constexpr int textParameter = 3;
 constexpr int firstColumnParameter = 4;
 
-/// An environment has the first of the column members, an event all of them.
+/// An environment has so many of the column members, an event all of them.
 constexpr std::size_t environmentColumns = 3;
+
+struct Close {
+  void operator()(sqlite3* connection) const { sqlite3_close(connection); }
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
 
 }  // namespace
 
-/// Rolls back unless it was committed.
-class Store::Transaction {
+/// The store's file. Used by one thread at a time.
+class Store::Database {
  public:
-  explicit Transaction(Store& store) : store_(store) { store_.execute("BEGIN IMMEDIATE"); }
+  explicit Database(const std::filesystem::path& file);
+
+  /// See `Store::add`.
+  void add(const Package& package);
+
+ private:
+  class Insertion;
+  class Transaction;
+  using Statement = std::unique_ptr<sqlite3_stmt, Close>;
+
+  void execute(const char* sql);
+  Statement prepare(const std::string& sql);
+  void addRow(const Statement& statement, const Row& row, std::size_t columns);
+  void addRefused(const RefusedText& refused);
+  [[noreturn]] void fail() const;
+
+  const std::string name_;
+  std::unique_ptr<sqlite3, Close> connection_;
+  Statement addEvent_;
+  Statement addEnvironment_;
+  Statement addRefused_;
+};
+
+/// Rolls back at its end, unless it was committed.
+class Store::Database::Transaction {
+ public:
+  explicit Transaction(Database& database) : database_(database) {
+    database_.execute("BEGIN IMMEDIATE");
+  }
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
   ~Transaction() {
-    if (sqlite3_get_autocommit(store_.connection_.get()) == 0) {
-      sqlite3_exec(store_.connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (sqlite3_get_autocommit(database_.connection_.get()) == 0) {
+      sqlite3_exec(database_.connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
   }
 
-  void commit() { store_.execute("COMMIT"); }
+  void commit() { database_.execute("COMMIT"); }
 
  private:
-  Store& store_;
+  Database& database_;
 };
 
-/// One use of a prepared insertion, which lets go of the bound texts at its end.
-class Store::Insertion {
+/// One use of a prepared insertion. It releases the bound texts at its end.
+class Store::Database::Insertion {
  public:
-  Insertion(Store& store, const Statement& statement, std::string_view text, std::size_t count)
-      : store_(store), statement_(statement.get()) {
+  Insertion(Database& database, const Statement& statement, std::string_view text,
+            std::size_t count)
+      : database_(database), statement_(statement.get()) {
     const Sha256 digest = sha256(text);
     check(sqlite3_bind_blob(statement_, 1, digest.data(), static_cast<int>(digest.size()),
                             SQLITE_TRANSIENT));
@@ -90,19 +129,17 @@ class Store::Insertion {
  private:
   void check(int result) const {
     if (result != SQLITE_OK) {
-      store_.fail();
+      database_.fail();
     }
   }
 
-  Store& store_;
+  Database& database_;
   sqlite3_stmt* const statement_;
 };
 
-void Store::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
-void Store::Close::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-
-Store::Store(const std::filesystem::path& file) : name_(utilities::utf8FromPath(file)) {
-  // An absolute path cannot be taken for a URI or for a name with a meaning of its own.
+Store::Database::Database(const std::filesystem::path& file)
+    : name_(utilities::utf8FromPath(file)) {
+  // SQLite cannot take an absolute path for a URI or for a special name.
   const std::string path = utilities::utf8FromPath(std::filesystem::absolute(file));
   sqlite3* connection = nullptr;
   const int opened = sqlite3_open_v2(path.c_str(), &connection,
@@ -121,8 +158,7 @@ Store::Store(const std::filesystem::path& file) : name_(utilities::utf8FromPath(
   addRefused_ = prepare(insertion("refused", "reason", "?4"));
 }
 
-void Store::add(const Package& package) {
-  const std::lock_guard lock(mutex_);
+void Store::Database::add(const Package& package) {
   Transaction transaction(*this);
   for (const Row& row : package.environments) {
     addRow(addEnvironment_, row, environmentColumns);
@@ -136,7 +172,7 @@ void Store::add(const Package& package) {
   transaction.commit();
 }
 
-void Store::addRow(const Statement& statement, const Row& row, std::size_t columns) {
+void Store::Database::addRow(const Statement& statement, const Row& row, std::size_t columns) {
   Insertion insertion(*this, statement, row.text, row.count);
   insertion.bindText(textParameter, row.text);
   for (std::size_t column = 0; column < columns; ++column) {
@@ -147,20 +183,20 @@ void Store::addRow(const Statement& statement, const Row& row, std::size_t colum
   insertion.run();
 }
 
-void Store::addRefused(const RefusedText& refused) {
+void Store::Database::addRefused(const RefusedText& refused) {
   Insertion insertion(*this, addRefused_, refused.text, refused.count);
   insertion.bindBlob(textParameter, refused.text);
   insertion.bindText(firstColumnParameter, refused.reason);
   insertion.run();
 }
 
-void Store::execute(const char* sql) {
+void Store::Database::execute(const char* sql) {
   if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
     fail();
   }
 }
 
-Store::Statement Store::prepare(const std::string& sql) {
+Store::Database::Statement Store::Database::prepare(const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v3(connection_.get(), sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
                          nullptr) != SQLITE_OK) {
@@ -169,7 +205,7 @@ Store::Statement Store::prepare(const std::string& sql) {
   return Statement(statement);
 }
 
-void Store::fail() const {
+void Store::Database::fail() const {
   sqlite3* const connection = connection_.get();
   std::string reason = sqlite3_errmsg(connection);
   const int code = sqlite3_errcode(connection) & 0xff;
@@ -178,6 +214,15 @@ void Store::fail() const {
     reason += ": " + std::system_category().message(systemError);
   }
   throw StoreError("cannot use the store " + name_ + ": " + reason);
+}
+
+Store::Store(const std::filesystem::path& file) : database_(std::make_unique<Database>(file)) {}
+
+Store::~Store() = default;
+
+void Store::add(const Package& package) {
+  const utilities::MutexLock lock(mutex_);
+  database_->add(package);
 }
 
 }  // namespace qel::collector

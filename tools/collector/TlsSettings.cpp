@@ -11,14 +11,13 @@
 namespace qel::collector {
 namespace {
 
-/// Without the groups of finite fields, of which one handshake costs the server a tenth of a
-/// second.
+/// No groups of finite fields: one handshake with them costs the server a tenth of a second.
 constexpr const char* keyGroups = "X25519:P-256:P-384";
 
 [[noreturn]] void fail(const std::string& option, const std::filesystem::path& file) {
   const auto code = ERR_peek_error();
   ERR_clear_error();
-  // The library leaves system errors to the C library's texts.
+  // OpenSSL has no texts for system errors.
   const char* const reason = ERR_SYSTEM_ERROR(code) ? nullptr : ERR_reason_error_string(code);
   throw tools::InputError(option + ' ' + utilities::utf8FromPath(file) + ": cannot be used (" +
                           (reason != nullptr ? reason : "not readable") + ')');
@@ -33,7 +32,7 @@ void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
   if (SSL_CTX_set1_groups_list(&context, keyGroups) != 1) {
     throw qel::exception(std::string("cannot set TLS up: no groups ") + keyGroups);
   }
-  // Without this an encrypted key would ask for its password on the terminal.
+  // Otherwise OpenSSL would ask for the password of an encrypted key on the terminal.
   SSL_CTX_set_default_passwd_cb(&context, [](char*, int, int, void*) { return 0; });
   ERR_clear_error();
   const std::string certificateName = utilities::utf8FromPath(certificate);

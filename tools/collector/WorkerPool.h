@@ -2,26 +2,28 @@
 
 #include <cstddef>
 #include <functional>
-#include <semaphore>
 #include <utility>
 
 #include <httplib.h>
 
+#include "host/QelUtilities/Mutex.h"
+
 namespace qel::collector {
 
-/// The HTTP library's workers, but for few connections waiting: each takes a file descriptor, and
-/// the store needs some too. More are left to the system, which turns them away in the end.
+/// The HTTP library's worker threads, with a limit on the connections that wait for one. Each of
+/// these takes a file descriptor, and the store needs some too. The system holds further
+/// connections back, and finally refuses them.
 class WorkerPool : public httplib::TaskQueue {
  public:
-  static constexpr std::ptrdiff_t mostWaiting = 256;
+  static constexpr std::size_t mostWaiting = 256;
 
   explicit WorkerPool(std::size_t workers) : pool_(workers) {}
 
   /// Blocks while too many wait.
   void enqueue(std::function<void()> serve) override {
-    places_.acquire();
+    takePlace();
     pool_.enqueue([this, serve = std::move(serve)] {
-      places_.release();
+      leavePlace();
       serve();
     });
   }
@@ -29,7 +31,21 @@ class WorkerPool : public httplib::TaskQueue {
   void shutdown() override { pool_.shutdown(); }
 
  private:
-  std::counting_semaphore<mostWaiting> places_{mostWaiting};
+  void takePlace() {
+    utilities::MutexLock lock(mutex_);
+    left_.wait(lock, [this]() QEL_REQUIRES(mutex_) { return waiting_ < mostWaiting; });
+    ++waiting_;
+  }
+
+  void leavePlace() {
+    const utilities::MutexLock lock(mutex_);
+    --waiting_;
+    left_.notifyOne();
+  }
+
+  utilities::Mutex mutex_;
+  utilities::Condition left_;
+  std::size_t waiting_ QEL_GUARDED_BY(mutex_) = 0;
   httplib::ThreadPool pool_;
 };
 

@@ -31,7 +31,7 @@ struct Options {
   std::string store;
 };
 
-/// SIGINT and SIGTERM, held back for every thread that is started later.
+/// Blocks SIGINT and SIGTERM for this thread and for all that it starts.
 class StopSignals {
  public:
   StopSignals() {
@@ -51,7 +51,7 @@ class StopSignals {
 };
 
 int collect(const Options& options) {
-  // What customers send is for the owner's eyes alone.
+  // Only the owner may read what customers send.
   ::umask(S_IRWXG | S_IRWXO);
   log::LogSettings logging;
   logging.lowestLevel = log::Level::Info;

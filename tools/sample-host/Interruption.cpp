@@ -1,20 +1,39 @@
 #include "tools/sample-host/Interruption.h"
 
-#include <condition_variable>
 #include <csignal>
-#include <mutex>
 #include <thread>
 #include <utility>
 
 #include <unistd.h>
 
+#include "Core/Utilities/Threads/Sleeper.h"
+#include "host/QelUtilities/Mutex.h"
+
 namespace qel::samplehost {
 namespace {
 
-struct Interruption {
-  std::mutex mutex;
-  std::condition_variable happened;
-  bool hasHappened = false;  // guarded by mutex
+class Interruption {
+ public:
+  void happen() {
+    const utilities::MutexLock lock(mutex_);
+    hasHappened_ = true;
+    happened_.notifyAll();
+  }
+
+  bool hasHappened() {
+    const utilities::MutexLock lock(mutex_);
+    return hasHappened_;
+  }
+
+  void waitUntil(std::chrono::steady_clock::time_point deadline) {
+    utilities::MutexLock lock(mutex_);
+    happened_.waitUntil(lock, deadline, [this]() QEL_REQUIRES(mutex_) { return hasHappened_; });
+  }
+
+ private:
+  utilities::Mutex mutex_;
+  utilities::Condition happened_;
+  bool hasHappened_ QEL_GUARDED_BY(mutex_) = false;
 };
 
 // Never destroyed: the thread that waits for signals lives as long as the process.
@@ -34,11 +53,7 @@ void catchInterruptions(std::function<void()> reaction) {
   std::thread([signals, reaction = std::move(reaction)] {
     int signal = 0;
     sigwait(&signals, &signal);
-    {
-      const std::lock_guard lock(interruption().mutex);
-      interruption().hasHappened = true;
-    }
-    interruption().happened.notify_all();
+    interruption().happen();
     reaction();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     for (;;) {
@@ -47,14 +62,10 @@ void catchInterruptions(std::function<void()> reaction) {
   }).detach();
 }
 
-bool isInterrupted() {
-  const std::lock_guard lock(interruption().mutex);
-  return interruption().hasHappened;
-}
+bool isInterrupted() { return interruption().hasHappened(); }
 
 void waitUnlessInterrupted(std::chrono::duration<double> time) {
-  std::unique_lock lock(interruption().mutex);
-  interruption().happened.wait_for(lock, time, [] { return interruption().hasHappened; });
+  interruption().waitUntil(util::deadlineAfter(std::chrono::steady_clock::now(), time));
 }
 
 }  // namespace qel::samplehost

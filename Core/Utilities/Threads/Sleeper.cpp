@@ -1,5 +1,7 @@
 #include "Core/Utilities/Threads/Sleeper.h"
 
+#include <algorithm>
+
 namespace qel::util {
 
 using std::chrono::steady_clock;
@@ -7,15 +9,17 @@ using std::chrono::steady_clock;
 Sleeper::Outcome Sleeper::sleepUntil(steady_clock::time_point deadline) {
   // A much longer single wait overflows in the time arithmetic of some runtimes.
   constexpr std::chrono::seconds longestWait{864'000};
-  std::unique_lock lock(mutex_);
-  while (state_ != StopRequested) {
-    const auto now = steady_clock::now();
-    if (now >= deadline) {
+  const auto isStopped = [this]() QEL_REQUIRES(mutex_) { return state_ == StopRequested; };
+  utilities::MutexLock lock(mutex_);
+  for (;;) {
+    const auto end = std::min(deadline, steady_clock::now() + longestWait);
+    if (wake_.waitUntil(lock, end, isStopped)) {
+      return Outcome::Stopped;
+    }
+    if (end == deadline) {
       return Outcome::TimedOut;
     }
-    wake_.wait_until(lock, deadline - now > longestWait ? now + longestWait : deadline);
   }
-  return Outcome::Stopped;
 }
 
 void Sleeper::stop() {
@@ -23,10 +27,10 @@ void Sleeper::stop() {
     return;
   }
   {
-    const std::lock_guard lock(mutex_);
+    const utilities::MutexLock lock(mutex_);
     state_ = StopRequested;
   }
-  wake_.notify_one();
+  wake_.notifyOne();
 }
 
 steady_clock::time_point deadlineAfter(steady_clock::time_point now,

@@ -2,9 +2,9 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
+
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::util {
 
@@ -25,9 +25,9 @@ class Sleeper {
   enum State : std::int32_t { Armed = -1, StopRequested = 0 };
 
   std::atomic<bool> valid_{true};  ///< until the first stop
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  State state_ = Armed;  ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  utilities::Condition wake_;
+  State state_ QEL_GUARDED_BY(mutex_) = Armed;
 };
 
 /// The end of a sleep of `interval` that begins at `now`. An interval of zero or less gives `now`.

@@ -48,7 +48,7 @@ ThreadedLoop::~ThreadedLoop() { stopAndJoin(); }
 
 void ThreadedLoop::stop() {
   {
-    const std::lock_guard lock(sleeperMutex_);
+    const utilities::MutexLock lock(sleeperMutex_);
     if (sleeper_) {
       sleeper_->stop();
       return;
@@ -66,7 +66,7 @@ void ThreadedLoop::start(Work work) {
   auto sleeper = std::make_unique<Sleeper>();
   Sleeper& sleeperOfWorker = *sleeper;
   {
-    const std::lock_guard lock(sleeperMutex_);
+    const utilities::MutexLock lock(sleeperMutex_);
     sleeper_ = std::move(sleeper);
   }
   thread_ = std::thread([&sleeperOfWorker, work = std::move(work)] { run(work, sleeperOfWorker); });

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <typeinfo>
 
 #include "Core/Utilities/Threads/Sleeper.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::util {
 
@@ -71,9 +71,9 @@ class ThreadedLoop {
   static bool invoke(const std::type_info& type, const std::function<bool()>& function);
   static void debuggerBreak();
 
-  std::mutex sleeperMutex_;
-  std::unique_ptr<Sleeper>
-      sleeper_;         ///< guarded by sleeperMutex_; outlives the worker that sleeps on it
+  utilities::Mutex sleeperMutex_;
+  /// Outlives the worker that sleeps on it.
+  std::unique_ptr<Sleeper> sleeper_ QEL_GUARDED_BY(sleeperMutex_);
   std::thread thread_;  ///< of the thread that performs and destroys
 };
 

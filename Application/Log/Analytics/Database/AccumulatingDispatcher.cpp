@@ -23,7 +23,7 @@ AccumulatingDispatcher::~AccumulatingDispatcher() {
   // items are destroyed without the lock, because one may hold the last reference to an object of
   // the host.
   std::vector<Entry> discarded;
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   discarded.swap(pending_);
 }
 
@@ -41,7 +41,7 @@ void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
   if (failed_ || !item) {
     return;
   }
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   if (failed_) {
     return;
   }
@@ -62,7 +62,7 @@ bool AccumulatingDispatcher::drain() {
   for (;;) {
     working_.clear();
     if (!failed_) {
-      const std::lock_guard lock(mutex_);
+      const utilities::MutexLock lock(mutex_);
       pending_.swap(working_);
     }
     if (working_.empty()) {

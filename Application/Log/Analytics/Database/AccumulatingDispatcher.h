@@ -4,13 +4,13 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelJson/ToJsonInterface.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::log::analytics {
 
@@ -57,11 +57,11 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
 
  private:
   bool drain();
-  void fail();
+  void fail() QEL_REQUIRES(mutex_);
 
-  std::vector<Entry> pending_;  ///< guarded by mutex_
+  utilities::Mutex mutex_;
+  std::vector<Entry> pending_ QEL_GUARDED_BY(mutex_);
   std::vector<Entry> working_;  ///< of the worker alone
-  std::mutex mutex_;
   const Callback callback_;
   const std::chrono::duration<double> period_;
   std::atomic<bool> failed_{false};

@@ -29,11 +29,11 @@ CipDatabases::CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDataba
 void CipDatabases::initialize(const parameters::ActivateParameter& parameter) {
   cipDatabase_->initialize(parameter.databasePath);
   supportDatabase_->initialize(parameter.databasePath);
-  Permission toSending = std::make_shared<std::function<bool()>>(parameter.isSendingAllowed);
-  Permission toSupport = std::make_shared<std::function<bool()>>(parameter.databaseCallback);
-  const std::lock_guard lock(permissionMutex_);
-  writeToCipDatabaseFunc_.swap(toSending);
-  writeToSupportDatabaseFunc_.swap(toSupport);
+  Permissions permissions{
+      .toSending = std::make_shared<std::function<bool()>>(parameter.isSendingAllowed),
+      .toSupport = std::make_shared<std::function<bool()>>(parameter.databaseCallback)};
+  const utilities::MutexLock lock(permissionMutex_);
+  std::swap(permissions_, permissions);
 }
 
 void CipDatabases::insert(std::unique_ptr<qel::json::ToJsonInterface> item,
@@ -41,7 +41,7 @@ void CipDatabases::insert(std::unique_ptr<qel::json::ToJsonInterface> item,
   dispatcher_.add(std::move(item), table);
 }
 
-bool CipDatabases::getWriteToCipDatabaseFunc() const { return isAllowed(writeToCipDatabaseFunc_); }
+bool CipDatabases::getWriteToCipDatabaseFunc() const { return isAllowed(permissions().toSending); }
 
 bool CipDatabases::errorOccurred() const { return dispatcher_.hasFailed(); }
 
@@ -59,10 +59,10 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
           .getLogger("qel.log.analytics.CipDatabases")
           ->log(Level::Error, "the queue is full, so storage has ended: " + rows.front().first);
     }
-    if (isAllowed(writeToSupportDatabaseFunc_)) {
+    if (isAllowed(permissions().toSupport)) {
       supportDatabase_->insertMultiple(rows);
     }
-    if (isAllowed(writeToCipDatabaseFunc_)) {
+    if (isAllowed(permissions().toSending)) {
       cipDatabase_->insertMultiple(rows);
     }
   } catch (...) {
@@ -71,13 +71,13 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
   }
 }
 
-/// Calls the host without holding the mutex.
-bool CipDatabases::isAllowed(const Permission& which) const {
-  Permission permission;
-  {
-    const std::lock_guard lock(permissionMutex_);
-    permission = which;
-  }
+/// A copy, so that the host is asked without the mutex.
+CipDatabases::Permissions CipDatabases::permissions() const {
+  const utilities::MutexLock lock(permissionMutex_);
+  return permissions_;
+}
+
+bool CipDatabases::isAllowed(const Permission& permission) {
   if (!permission) {
     throw std::bad_function_call();
   }

@@ -2,13 +2,13 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::log::analytics {
 
@@ -57,16 +57,21 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
  private:
   /// Shared by all threads that ask, because the host's function may have state.
   using Permission = std::shared_ptr<const std::function<bool()>>;
+  /// What may be written to each of the databases.
+  struct Permissions {
+    Permission toSending;
+    Permission toSupport;
+  };
 
   void write(const std::vector<AccumulatingDispatcher::Entry>& batch);
-  bool isAllowed(const Permission& which) const;
+  Permissions permissions() const;
+  static bool isAllowed(const Permission& permission);
 
   const std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;
   const std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;
-  mutable std::mutex permissionMutex_;
-  Permission writeToCipDatabaseFunc_;      ///< guarded by permissionMutex_
-  Permission writeToSupportDatabaseFunc_;  ///< guarded by permissionMutex_
-  AccumulatingDispatcher dispatcher_;      ///< goes first, so that its worker finds the rest alive
+  mutable utilities::Mutex permissionMutex_;
+  Permissions permissions_ QEL_GUARDED_BY(permissionMutex_);
+  AccumulatingDispatcher dispatcher_;  ///< destroyed first: its worker uses the rest
 };
 
 }  // namespace qel::log::analytics

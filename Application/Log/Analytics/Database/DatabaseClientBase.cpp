@@ -79,18 +79,18 @@ void DatabaseClientBase::addTables(DatabaseAdapterInterface& adapter) {
 
 void DatabaseClientBase::use(std::shared_ptr<DatabaseAdapterInterface> adapter,
                              std::filesystem::path file) {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   adapter_.swap(adapter);
   file_.swap(file);
 }
 
 std::shared_ptr<DatabaseAdapterInterface> DatabaseClientBase::adapter() const {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   return adapter_;
 }
 
 std::filesystem::path DatabaseClientBase::file() const {
-  const std::lock_guard lock(mutex_);
+  const utilities::MutexLock lock(mutex_);
   return file_;
 }
 

@@ -2,13 +2,13 @@
 
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
 #include "Application/Log/Analytics/Database/DatabaseAdapterInterface.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::log::analytics::details {
 
@@ -39,9 +39,9 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
                          const std::string& table);
 
  private:
-  mutable std::mutex mutex_;
-  std::shared_ptr<DatabaseAdapterInterface> adapter_;  ///< guarded by mutex_
-  std::filesystem::path file_;                         ///< guarded by mutex_
+  mutable utilities::Mutex mutex_;
+  std::shared_ptr<DatabaseAdapterInterface> adapter_ QEL_GUARDED_BY(mutex_);
+  std::filesystem::path file_ QEL_GUARDED_BY(mutex_);
 };
 
 /// The name of the SQL table, null for an unknown value.

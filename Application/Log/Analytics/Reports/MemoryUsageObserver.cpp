@@ -25,32 +25,28 @@ std::unique_ptr<MemoryUsageItem> itemWithMinMax(MemoryUsageItem::Scope scope,
   return item;
 }
 
-}  // namespace
-
-void MemoryUsageObserver::History::add(std::uint64_t kilobytes) {
+void addSample(std::uint64_t kilobytes, details::MemorySamples& samples,
+               details::CrashReadableSamples& forCrash) {
   const auto now = datetime::DateTime::now();
   if (samples.emplace(now, kilobytes).second) {
     forCrash.add(now, kilobytes);
   }
 }
 
-void MemoryUsageObserver::History::clear() {
-  samples.clear();
-  forCrash.clear();
-}
+}  // namespace
 
 MemoryUsageObserver::MemoryUsageObserver(CipDatabases& databases, MemoryUsageOptions options)
     : databases_(databases), options_(std::move(options)) {}
 
 void MemoryUsageObserver::start() {
   {
-    const std::lock_guard lock(mutex_);
+    const utilities::MutexLock lock(mutex_);
     clearStoredMemoryValues();
   }
   samplingLoop_.perform(
       {},
       [this] {
-        const std::lock_guard lock(mutex_);
+        const utilities::MutexLock lock(mutex_);
         observeMemoryUsage();
         return !databases_.errorOccurred();
       },
@@ -58,7 +54,7 @@ void MemoryUsageObserver::start() {
   reportingLoop_.perform(
       {},
       [this] {
-        const std::lock_guard lock(mutex_);
+        const utilities::MutexLock lock(mutex_);
         reportMinMaxMemoryUsageOfCurrentProcess();
         reportMinMaxMemoryUsageOfSystem();
         clearStoredMemoryValues();
@@ -68,29 +64,31 @@ void MemoryUsageObserver::start() {
 }
 
 void MemoryUsageObserver::observeMemoryUsage() {
-  system_.add(options_.usedBySystemInKB());
-  process_.add(options_.usedByProcessInKB());
+  addSample(options_.usedBySystemInKB(), systemSamples_, systemForCrash_);
+  addSample(options_.usedByProcessInKB(), processSamples_, processForCrash_);
 }
 
 void MemoryUsageObserver::reportMinMaxMemoryUsageOfCurrentProcess() const {
-  reportMinMax(MemoryUsageItem::Scope::Application, process_.samples);
+  reportMinMax(MemoryUsageItem::Scope::Application, processSamples_);
 }
 
 void MemoryUsageObserver::reportMinMaxMemoryUsageOfSystem() const {
-  reportMinMax(MemoryUsageItem::Scope::Total, system_.samples);
+  reportMinMax(MemoryUsageItem::Scope::Total, systemSamples_);
 }
 
 void MemoryUsageObserver::clearStoredMemoryValues() {
-  process_.clear();
-  system_.clear();
+  processSamples_.clear();
+  processForCrash_.clear();
+  systemSamples_.clear();
+  systemForCrash_.clear();
 }
 
 void MemoryUsageObserver::reportDetailedMemoryUsageOfCurrentProcessForCrash() const {
-  reportForCrash(MemoryUsageItem::Scope::Application, process_.forCrash.read());
+  reportForCrash(MemoryUsageItem::Scope::Application, processForCrash_.read());
 }
 
 void MemoryUsageObserver::reportDetailedMemoryUsageOfSystemForCrash() const {
-  reportForCrash(MemoryUsageItem::Scope::Total, system_.forCrash.read());
+  reportForCrash(MemoryUsageItem::Scope::Total, systemForCrash_.read());
 }
 
 void MemoryUsageObserver::reportMinMax(MemoryUsageItem::Scope scope,

@@ -3,13 +3,13 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 
 #include "Application/Log/Analytics/Items/MemoryUsageItem.h"
 #include "Application/Log/Analytics/Reports/CrashReadableSamples.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageReporterInterface.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
+#include "host/QelUtilities/Mutex.h"
 
 namespace qel::log::analytics {
 class CipDatabases;
@@ -53,19 +53,10 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
   void reportDetailedMemoryUsageOfSystemForCrash() const override;
 
  private:
-  /// The samples of one figure since the last report, for the two loops and for a crash.
-  struct History {
-    void add(std::uint64_t kilobytes);
-    void clear();
-
-    details::MemorySamples samples;
-    details::CrashReadableSamples forCrash;
-  };
-
-  void observeMemoryUsage();
-  void reportMinMaxMemoryUsageOfCurrentProcess() const;
-  void reportMinMaxMemoryUsageOfSystem() const;
-  void clearStoredMemoryValues();
+  void observeMemoryUsage() QEL_REQUIRES(mutex_);
+  void reportMinMaxMemoryUsageOfCurrentProcess() const QEL_REQUIRES(mutex_);
+  void reportMinMaxMemoryUsageOfSystem() const QEL_REQUIRES(mutex_);
+  void clearStoredMemoryValues() QEL_REQUIRES(mutex_);
   void reportMinMax(items::MemoryUsageItem::Scope scope,
                     const details::MemorySamples& samples) const;
   void reportForCrash(items::MemoryUsageItem::Scope scope,
@@ -73,9 +64,14 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
 
   CipDatabases& databases_;
   const MemoryUsageOptions options_;
-  History system_;   ///< guarded by mutex_, but for forCrash's reading
-  History process_;  ///< guarded by mutex_, but for forCrash's reading
-  std::mutex mutex_;
+  utilities::Mutex mutex_;
+  details::MemorySamples systemSamples_ QEL_GUARDED_BY(mutex_);
+  details::MemorySamples processSamples_ QEL_GUARDED_BY(mutex_);
+  /// The same samples, written with the mutex held and read without it.
+  /// @{
+  details::CrashReadableSamples systemForCrash_;
+  details::CrashReadableSamples processForCrash_;
+  /// @}
   qel::util::ThreadedLoop samplingLoop_;
   qel::util::ThreadedLoop reportingLoop_;  ///< destroyed first: its last report reads the samples
 };

@@ -1,0 +1,133 @@
+#include "tools/collector/PackageReceiver.h"
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "Application/Log/Analytics/Items/PackageFormat.h"
+#include "tools/collector/PackageReader.h"
+
+namespace qel::collector {
+namespace {
+
+using std::chrono::steady_clock;
+
+/// Parsing a hostile body takes several times its size, so only one body above this size is parsed
+/// at a time. A client's body has a million bytes and one row at most.
+constexpr std::size_t largeBody = std::size_t{2} * 1024 * 1024;
+
+bool isPlainJson(const httplib::Request& request) {
+  std::string type = request.get_header_value("Content-Type");
+  type.erase(std::min(type.find_first_of("; \t"), type.size()));
+  std::transform(type.begin(), type.end(), type.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return type == "application/json" && !request.has_header("Content-Encoding");
+}
+
+/// Whether the length is given in the one form that all programs on the way understand alike.
+bool hasPlainLength(const httplib::Request& request) {
+  const std::string length = request.get_header_value("Content-Length");
+  // Some programs take "Transfer-Encoding : chunked" for the header, others ignore it.
+  const bool namesArePlain =
+      std::none_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
+        return header.first.find_first_of(" \t\r\v\f") != std::string::npos;
+      });
+  return namesArePlain && request.get_header_value_count("Content-Length") == 1 &&
+         !length.empty() && length.find_first_not_of("0123456789") == std::string::npos &&
+         !request.has_header("Transfer-Encoding");
+}
+
+/// The answer to a request that is refused because of its head; nothing for any other.
+std::optional<Answer> objection(const httplib::Request& request, const Credentials& credentials,
+                                std::size_t largestBody) {
+  if (request.path != log::analytics::format::uploadPath) {
+    return Answer{404, "unknown path"};
+  }
+  if (request.method != "POST") {
+    return Answer{405, "only POST is served"};
+  }
+  if (!credentials.accept(request.get_header_value("Authorization"))) {
+    return Answer{401, "unknown user or wrong secret"};
+  }
+  if (!isPlainJson(request)) {
+    return Answer{415, "only application/json is served"};
+  }
+  if (!hasPlainLength(request)) {
+    return Answer{411, "no plain Content-Length"};
+  }
+  if (request.get_header_value<std::uint64_t>("Content-Length") > largestBody) {
+    return Answer{413, "body too large"};
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+PackageReceiver::PackageReceiver(std::size_t largestBody, Credentials credentials, Store& store,
+                                 ConnectionWatch& watch)
+    : largestBody_(largestBody),
+      credentials_(std::move(credentials)),
+      store_(store),
+      watch_(watch) {}
+
+void PackageReceiver::refuse(const httplib::Request& request, httplib::Response& response) {
+  const Answer answer = objection(request, credentials_, largestBody_).value();
+  give(response, answer);
+  logAnswer(answer, watch_.peerOfThisWorker(), {});
+}
+
+void PackageReceiver::receive(const httplib::Request& request, httplib::Response& response,
+                              const httplib::ContentReader& reader) {
+  const auto begin = steady_clock::now();
+  auto answer = objection(request, credentials_, largestBody_);
+  watch_.admitBody(request.ssl, answer ? Sender::Unknown : Sender::Known);
+  std::string body;
+  if (!answer) {
+    body.reserve(request.get_header_value<std::uint64_t>("Content-Length"));
+  }
+  // An answer that comes before the client has sent its body is often lost.
+  const bool isWhole = hasPlainLength(request) && read(reader, answer ? nullptr : &body);
+  if (!answer) {
+    watch_.awaitAnswer(request.ssl);
+    answer = isWhole ? store(body) : Answer{400, "the body broke off"};
+  }
+  give(response, *answer);
+  logAnswer(*answer, watch_.peerOfThisWorker(), steady_clock::now() - begin);
+}
+
+/// Reads a body up to the limit, into `body` unless that is null. Returns whether it was read
+/// whole.
+bool PackageReceiver::read(const httplib::ContentReader& reader, std::string* body) const {
+  std::size_t received = 0;
+  return reader([&](const char* data, std::size_t size) {
+    received += size;
+    if (body != nullptr) {
+      body->append(data, size);
+    }
+    return received <= largestBody_;
+  });
+}
+
+Answer PackageReceiver::store(const std::string& body) {
+  if (body.size() <= largeBody) {
+    return storeNow(body);
+  }
+  const utilities::MutexLock turn(largeBodies_);
+  return storeNow(body);
+}
+
+Answer PackageReceiver::storeNow(const std::string& body) {
+  try {
+    const Package package = readPackage(body);
+    store_.add(package);
+    return storedAnswer(package);
+  } catch (const std::exception& error) {
+    return {503, error.what()};
+  }
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include <httplib.h>
+
+#include "host/QelUtilities/Mutex.h"
+#include "tools/collector/Answer.h"
+#include "tools/collector/ConnectionWatch.h"
+#include "tools/collector/Credentials.h"
+#include "tools/collector/Store.h"
+
+namespace qel::collector {
+
+/// Answers requests: checks them, stores their packages, and logs a line about each. Any thread.
+class PackageReceiver {
+ public:
+  /// `store` and `watch` must outlive this object.
+  PackageReceiver(std::size_t largestBody, Credentials credentials, Store& store,
+                  ConnectionWatch& watch);
+
+  /// Answers a request whose method is not POST.
+  void refuse(const httplib::Request& request, httplib::Response& response);
+
+  /// Reads the body of a POST request and answers it. `reader` reads the body.
+  void receive(const httplib::Request& request, httplib::Response& response,
+               const httplib::ContentReader& reader);
+
+ private:
+  bool read(const httplib::ContentReader& reader, std::string* body) const;
+  Answer store(const std::string& body);
+  Answer storeNow(const std::string& body);
+
+  const std::size_t largestBody_;
+  const Credentials credentials_;
+  Store& store_;
+  ConnectionWatch& watch_;
+  utilities::Mutex largeBodies_;  ///< held by the one thread that reads a large body
+};
+
+}  // namespace qel::collector
