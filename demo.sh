@@ -108,12 +108,12 @@ received "$work/received.db" "
   SELECT text FROM events WHERE category = 'IssueListStorage' AND event = 'Removed' LIMIT 1" |
   python3 -m json.tool --json-lines --no-ensure-ascii
 
-announce "Comparing the counts"
+announce "Comparing"
 sent=$(awk '$1 == "sent" { print $2 }' "$work/summary")
 left=$(awk '$1 == "left" && $2 != "before" { print $2 }' "$work/summary")
 arrived=$(received "$work/received.db" \
   "SELECT (SELECT SUM(count) FROM events) + (SELECT SUM(count) FROM environments)")
-echo "The sample host sent $sent rows and still stores $left; the collector received $arrived."
+echo "The sample host has sent $sent rows and keeps $left; the collector has $arrived."
 if [[ $sent -eq 0 || $left -ne 0 || $sent -ne $arrived ]]; then
   echo "The counts differ." >&2
   exit 1

@@ -17,7 +17,7 @@ namespace {
 using namespace qel::broadcaster;
 using namespace qel::broadcaster::event;
 
-/// An event whose description the script gives.
+/// A general event with the texts of the script.
 class ScriptedGeneralEvent : public GeneralEventInterface {
  public:
   explicit ScriptedGeneralEvent(Fields& fields)

@@ -10,7 +10,7 @@
 
 namespace qel::samplehost {
 
-/// What went through one database client.
+/// The rows that passed one database client.
 struct RowTraffic {
   std::atomic<std::int64_t> handedIn{0};     ///< rows to be stored
   std::atomic<std::int64_t> deletedById{0};  ///< rows that the server has accepted

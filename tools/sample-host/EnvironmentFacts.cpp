@@ -31,7 +31,7 @@ std::string trimmed(const std::string& text) {
                                     : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-/// The value behind the first `name` and separator in a file of such lines, without its quotes.
+/// Reads a file of names and values. Returns the first value of `name`, without quotes.
 std::string valueIn(const std::filesystem::path& file, const std::string& name, char separator) {
   std::ifstream stream(file);
   for (std::string line; std::getline(stream, line);) {
@@ -105,7 +105,7 @@ HardwareEnvironmentInfo hardware() {
   return {valueIn("/proc/cpuinfo", "model name", ':'), /*graphicCard=*/"", memory};
 }
 
-/// When this program's file was last changed.
+/// The time of the last change of this program's file.
 std::string exeDate() {
   std::error_code unreadable;
   const auto time = std::filesystem::last_write_time("/proc/self/exe", unreadable);

@@ -6,8 +6,7 @@
 
 namespace qel::samplehost {
 
-/// Describes this machine, and this program as the one application that is installed and running.
-/// What cannot be found out stays empty.
+/// Describes this machine, and this program as its only application. Unknown facts stay empty.
 std::unique_ptr<log::analytics::items::EnvironmentItem> createEnvironmentItem();
 
 }  // namespace qel::samplehost

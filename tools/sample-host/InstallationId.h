@@ -5,8 +5,8 @@
 
 namespace qel::samplehost {
 
-/// The directory's installation id: the first line of its file "installation-id", which is made
-/// with a new GUID when it is not there or empty. Throws `qel::exception` when it cannot be made.
+/// Reads the installation id of a directory: the first line of its file "installation-id". If the
+/// file is missing or empty, writes a new GUID to it. Throws `qel::exception` if writing fails.
 std::string installationIdOf(const std::filesystem::path& directory);
 
 }  // namespace qel::samplehost

@@ -5,9 +5,8 @@
 
 namespace qel::samplehost {
 
-/// From now on the first SIGINT or SIGTERM only interrupts the session, and has `reaction` called
-/// on a thread of its own; the second one ends the program as usual. To be called once, before any
-/// thread is started.
+/// Lets the first SIGINT or SIGTERM interrupt the session and call `reaction` on a separate thread.
+/// The second signal ends the program. Call this once, before any thread starts.
 void catchInterruptions(std::function<void()> reaction);
 
 bool isInterrupted();

@@ -6,7 +6,7 @@
 
 namespace qel::samplehost {
 
-/// The program's broadcaster of what happens to its stored issues.
+/// Broadcasts the changes of the program's stored issues.
 class IssueStorageBroadcaster : public Broadcaster<log::issue::StorageListenerInterface> {
  public:
   static IssueStorageBroadcaster& getInstance() { return singleton<IssueStorageBroadcaster>(); }

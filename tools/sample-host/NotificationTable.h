@@ -9,13 +9,13 @@
 
 namespace qel::samplehost {
 
-/// A listener operation, and how its broadcast is made from a script's fields.
+/// A listener operation, and the function that reads its broadcast from a script's fields.
 struct Notification {
   std::string_view name;
   Broadcast (*read)(Fields&);
 };
 
-// What a script can broadcast, by what it is about.
+// The notifications of a script, by subject.
 std::span<const Notification> applicationNotifications();
 std::span<const Notification> projectNotifications();
 std::span<const Notification> issueNotifications();

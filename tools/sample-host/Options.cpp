@@ -38,7 +38,7 @@ std::string complaintAboutUser(const std::string& name) {
   return name.find(':') == std::string::npos ? "" : "a name with a colon cannot be sent";
 }
 
-/// What the file holds, but for the end of its last line.
+/// The content of the file without the end of its last line.
 std::string secretFrom(const std::string& file) {
   auto secret = contentOf("--secret-file", file);
   for (const char lineEnd : {'\n', '\r'}) {
@@ -69,7 +69,7 @@ qel::Guid parseSessionId(const std::string& text) {
   }
 }
 
-/// The texts that still have to be read, as they were given.
+/// Values of options that are not parsed yet.
 struct Texts {
   std::string directory;
   std::string secretFile;
@@ -81,7 +81,7 @@ struct Texts {
 
 bool readTexts(int count, const char* const* values, Options& options, Texts& texts) {
   CLI::App program(
-      "Plays the part of the CAD program: owns an analytics client and broadcasts the\n"
+      "Stands for the CAD program: owns an analytics client and broadcasts the\n"
       "notifications of a session script.",
       "qel-sample-host");
   const auto add = [&](const char* name, const char* kind, std::string& text, const char* help) {
@@ -90,7 +90,7 @@ bool readTexts(int count, const char* const* values, Options& options, Texts& te
   add("--directory", "DIR", texts.directory, "existing directory of the databases and the log file")
       ->required();
   add("--session", "FILE", options.session, "session script, - for standard input");
-  add("--server", "HOST:PORT", options.server, "where the analytics server's name is reached");
+  add("--server", "HOST:PORT", options.server, "address to use for the analytics server");
   add("--ca", "FILE", options.caBundle, "trusted certificates (PEM) instead of the system's");
   auto* user = add("--user", "NAME", options.user, "user to send as")->check(complaintAboutUser);
   auto* secret =
@@ -102,14 +102,14 @@ bool readTexts(int count, const char* const* values, Options& options, Texts& te
   add("--session-id", "GUID", texts.sessionId, "session to record (default: a new one)");
   program.add_flag_callback(
       "--no-sending", [&] { options.sendingAllowed = false; },
-      "withholds the permission to store items for sending");
+      "denies permission to store items for sending");
   program.add_flag_callback(
       "--no-support", [&] { options.supportAllowed = false; },
-      "withholds the permission to store items for support");
+      "denies permission to store items for support");
   add("--retention", "SECONDS", texts.retention,
-      "age at which stored support items go (default: never)");
+      "age at which support items are deleted (default: never)");
   add("--speed", "N", texts.speed, "divides the script's waits");
-  add("--exit-deadline", "SECONDS", texts.exitDeadline, "how long sending may go on at the end");
+  add("--exit-deadline", "SECONDS", texts.exitDeadline, "longest time for sending at the end");
   return tools::readCommandLine(program, count, values);
 }
 

@@ -64,7 +64,7 @@ void setUpHttps(const Options& options) {
 SessionSummary SampleHost::play(const std::vector<Step>& script) {
   SessionSummary summary;
   summary.sessionId = options_.sessionId.toString(false);
-  // First of all, since this claims the directory or says why that cannot be.
+  // First, because this claims the directory or throws.
   summary.before = countStoredRows(options_.directory, options_.sessionId);
   setUpLog(options_.directory);
   setUpHttps(options_);
@@ -86,12 +86,12 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
   activateAndPlay(script, client, databases, summary);
   summary.interrupted = isInterrupted();
   databases.join();
-  // What the client reports while it is released would be stored behind the last pass.
+  // The client's reports during its release would be stored after the last pass.
   storing_ = false;
   summary.storageEnded = databases.errorOccurred();
 }
 
-/// However it ends, the exit deadline is armed then.
+/// Arms the exit deadline at the end, also after a failure.
 void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client,
                                  CipDatabases& databases, SessionSummary& summary) {
   const ScopeGuard armExitDeadline([this] {

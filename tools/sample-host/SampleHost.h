@@ -20,15 +20,15 @@ struct ActivateParameter;
 
 namespace qel::samplehost {
 
-/// Stands for the CAD program: sets the host framework up, owns an analytics client for the time of
-/// one session and broadcasts what the session's script says. One object a process, on one thread.
+/// Stands for the CAD program: sets up the host framework, owns an analytics client for one session
+/// and broadcasts the notifications of its script. A process has one object, used by one thread.
 class SampleHost {
  public:
   explicit SampleHost(Options options) : options_(std::move(options)) {}
 
-  /// Plays the session and waits until everything is stored, and sent as far as that goes within
-  /// the exit deadline. Throws `qel::exception` when the directory cannot be used, and what a
-  /// broadcast throws, with the script's line.
+  /// Plays the session and waits until all rows are stored. Sends them until the exit deadline.
+  /// Throws `qel::exception` if the directory cannot be used, or a step of the script fails. The
+  /// message names the script's line then.
   SessionSummary play(const std::vector<Step>& script);
 
  private:

@@ -7,8 +7,7 @@
 
 namespace qel::samplehost {
 
-/// Tells of issues what the script says, in its own words; an attribute that it leaves out has an
-/// empty text.
+/// Returns the texts of the script unchanged. A missing attribute has an empty text.
 class ScriptedIssueInformation : public log::analytics::IssueListInformationInterface {
  public:
   std::string getMessageActionText(const std::string& action) const override { return action; }

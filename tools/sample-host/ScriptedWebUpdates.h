@@ -8,7 +8,7 @@
 
 namespace qel::samplehost {
 
-/// Tells of web updates what the script says.
+/// Reports the web updates of the script.
 class ScriptedWebUpdates : public log::analytics::reports::WebUpdateReporterInterface {
  public:
   void set(const WebUpdate& update) { update_ = update; }

@@ -13,7 +13,7 @@ namespace {
 
 using Action = decltype(Step::action);
 
-/// In seconds: a day.
+/// A day, in seconds.
 constexpr double longestWait = 86'400;
 
 void expectTrue(Fields& fields, const std::string& name) {
@@ -50,7 +50,7 @@ Action webUpdate(Fields& fields) {
 
 Action notification(Fields& fields) { return readNotification(fields.text("notify"), fields); }
 
-/// The kinds of lines, by the field that tells them apart.
+/// A kind of line, and the field that identifies it.
 struct Kind {
   std::string_view field;
   Action (*read)(Fields&);
@@ -67,7 +67,7 @@ constexpr std::array kinds{
 
 Action readLine(const std::string& line) {
   const auto json = nlohmann::json::parse(line, nullptr, /*allow_exceptions=*/false);
-  // The parser takes NUL for the end of the text.
+  // The parser treats NUL as the end of the text.
   if (json.is_discarded() || line.find('\0') != std::string::npos) {
     throw InputError("not JSON");
   }

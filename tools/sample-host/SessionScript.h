@@ -18,12 +18,12 @@ struct Wait {
   std::chrono::duration<double> time;
 };
 
-/// Writes what is queued.
+/// Stores the queued items.
 struct Join {};
 struct StartSending {};
 struct StopSending {};
 
-/// What the web-update reporter has to tell from now on.
+/// The counts that the web-update reporter returns from now on.
 struct WebUpdate {
   std::uint64_t success = 0;
   std::uint64_t corrupt = 0;
@@ -35,9 +35,9 @@ struct Step {
   std::variant<Broadcast, Wait, Join, StartSending, StopSending, WebUpdate> action;
 };
 
-/// Reads a whole script: JSON Lines, each a notification with its fields or a control line; blank
-/// lines are skipped. Broadcasts nothing. Throws `InputError` with a message that begins with
-/// "`name`:line: " at the first fault.
+/// Reads a whole script of JSON Lines: notifications with their fields, and control lines. Skips
+/// blank lines and broadcasts nothing. Throws `InputError` at the first fault. The message begins
+/// with "`name`:line: ".
 std::vector<Step> readSessionScript(std::istream& script, const std::string& name);
 
 }  // namespace qel::samplehost

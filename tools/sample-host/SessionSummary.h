@@ -9,23 +9,23 @@
 
 namespace qel::samplehost {
 
-/// What came of one session.
+/// The result of one session.
 struct SessionSummary {
   std::string sessionId;
   std::int64_t broadcast = 0;         ///< notifications
-  std::int64_t handedForSending = 0;  ///< rows that the sending database was given to store
+  std::int64_t handedForSending = 0;  ///< rows passed to the sending database
   std::int64_t handedForSupport = 0;
-  std::int64_t sent = 0;  ///< rows that the server has accepted, of earlier sessions too
+  std::int64_t sent = 0;  ///< rows that the server accepted, also of earlier sessions
   StoredRows before;
   StoredRows after;
-  bool interrupted = false;   ///< ended before the script did
-  bool storageEnded = false;  ///< the database pair gave up
+  bool interrupted = false;   ///< ended before the script
+  bool storageEnded = false;  ///< before the end of the session
 
   std::int64_t storedForSending() const { return sent + after.forSending - before.forSending; }
   std::int64_t storedForSupport() const { return after.forSupport - before.forSupport; }
 };
 
-/// What went wrong with storing, a sentence each; nothing when all that was handed in was stored.
+/// The storage failures, one sentence each. Empty if all rows were stored.
 std::vector<std::string> storageFailures(const SessionSummary& summary);
 
 void print(const SessionSummary& summary, std::ostream& output);

@@ -12,7 +12,7 @@ namespace {
 using qel::db::sql::SqlDatabaseAdapter;
 namespace format = qel::log::analytics::format;
 
-/// None while there is no such table.
+/// Zero if the table does not exist.
 std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
                    const std::string& condition) {
   const auto rows =
@@ -20,7 +20,7 @@ std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
   return rows.empty() ? 0 : std::stoll(rows.front().front());
 }
 
-/// The condition that a row's text holds `text`, in which there is no apostrophe.
+/// The condition that a row contains `text`, which must have no apostrophe.
 std::string holds(const std::string& text) { return "instr(json, '" + text + "') > 0"; }
 
 std::int64_t countInBoth(SqlDatabaseAdapter& database, const std::string& condition) {

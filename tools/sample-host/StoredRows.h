@@ -7,15 +7,15 @@
 
 namespace qel::samplehost {
 
-/// What a directory's databases hold, items and environments together.
+/// The numbers of rows in a directory's databases, items and environments together.
 struct StoredRows {
   std::int64_t forSending = 0;   ///< of all sessions
-  std::int64_t forSupport = 0;   ///< of the one session
-  std::int64_t fullMarkers = 0;  ///< among those for sending: each tells that the file was full
+  std::int64_t forSupport = 0;   ///< of one session
+  std::int64_t fullMarkers = 0;  ///< rows for sending that report a full file
 };
 
-/// Counts while no client is open. Creates database files that are not there yet. Throws
-/// `qel::exception` when they cannot be opened, or are in use by another process.
+/// Counts the rows; call it while no client is open. Creates missing database files. Throws
+/// `qel::exception` if a file cannot be opened, or another process uses it.
 StoredRows countStoredRows(const std::filesystem::path& directory, const qel::Guid& session);
 
 }  // namespace qel::samplehost
