@@ -13,6 +13,7 @@ using namespace testing;
 
 std::vector<std::string> namesOf(const std::vector<std::filesystem::path>& files) {
   std::vector<std::string> names;
+  names.reserve(files.size());
   for (const auto& file : files) {
     names.push_back(file.filename().string());
   }
