@@ -32,6 +32,7 @@ class QelAnalytics(ConanFile):
         if self.options.tools:
             self.requires("cli11/[>=2.1.2]")
             self.requires("cpp-httplib/[>=0.11]")
+            self.requires("kainjow-mustache/[>=4.1]")
             self.requires("utf8proc/[>=2.8]")
 
     def layout(self):

@@ -1,7 +1,9 @@
 #include "tools/support/DisplayText.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include <utf8proc.h>
 
@@ -113,6 +115,12 @@ std::string grouped(std::int64_t number) {
     text.insert(static_cast<std::size_t>(place), 1, ',');
   }
   return text;
+}
+
+std::string oneDecimal(double number) {
+  const auto tenths = std::llround(number * 10);
+  return (tenths < 0 ? "-" : "") + std::to_string(std::llabs(tenths) / 10) + '.' +
+         std::to_string(std::llabs(tenths) % 10);
 }
 
 std::string readableSize(std::uintmax_t bytes) {

@@ -21,6 +21,9 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 /// A number with its thousands apart: "30,720,000".
 std::string grouped(std::int64_t number);
 
+/// A number with one decimal, whatever the locale.
+std::string oneDecimal(double number);
+
 /// An amount of bytes for people: "29.3 MB".
 std::string readableSize(std::uintmax_t bytes);
 

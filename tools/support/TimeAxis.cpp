@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstdio>
 
-#include "tools/support/Svg.h"
+#include "tools/support/DisplayText.h"
 
 namespace qel::support {
 namespace {
@@ -53,12 +53,13 @@ double TimeAxis::x(std::int64_t ms) const {
   return left + std::clamp(part, 0.0, 1.0) * (right - left);
 }
 
-std::string TimeAxis::grid(double top, double bottom) const {
+kainjow::mustache::data TimeAxis::marks() const {
+  using kainjow::mustache::data;
   const auto step = stepFor(last_ - first_);
-  std::string marks;
+  data marks(data::type::list);
   for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
-    marks += svg::line("grid", x(time), x(time), top, bottom);
-    marks += svg::label("mark", x(time), bottom + 16, markOf(time, step < 60'000));
+    marks << kainjow::mustache::object{{"x", oneDecimal(x(time))},
+                                       {"text", markOf(time, step < 60'000)}};
   }
   return marks;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+
+#include <kainjow/mustache.hpp>
 
 namespace qel::support {
 
@@ -15,9 +16,8 @@ class TimeAxis {
   TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
 
   double x(std::int64_t ms) const;
-  /// Lines with clock times, at midnight with dates (SVG), for a drawing that is used between two
-  /// heights.
-  std::string grid(double top, double bottom) const;
+  /// Where clock times stand, at midnight dates: a list of "x" and "text".
+  kainjow::mustache::data marks() const;
 
  private:
   const std::int64_t first_;
