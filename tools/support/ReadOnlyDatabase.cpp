@@ -155,6 +155,19 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
   flaws.reason = found.reason;
 }
 
+/// Returns the row's ID.
+std::int64_t ReadOnlyDatabase::readRow(Statement& row, const RowReader& reader, Flaws& flaws) {
+  const auto id = row.number(0);
+  const bool null = row.isNull(1);
+  const auto text = row.text(1);
+  if (text.data() == nullptr && !null) {
+    ++flaws.unreadable;
+  } else if (!reader(id, text)) {
+    ++flaws.unintelligible;
+  }
+  return id;
+}
+
 ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::string& table,
                                                const RowReader& reader) const {
   Flaws flaws;
@@ -172,14 +185,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
     rows.restart(position);
     int code = rows.step();
     for (; code == SQLITE_ROW && stepsLeft > 0; code = rows.step(), --stepsLeft) {
-      const auto id = rows.number(0);
-      const bool null = rows.isNull(1);
-      const auto text = rows.text(1);
-      if (text.data() == nullptr && !null) {
-        ++flaws.unreadable;
-      } else if (!reader(id, text)) {
-        ++flaws.unintelligible;
-      }
+      const auto id = readRow(rows, reader, flaws);
       if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
         position = id;
       }

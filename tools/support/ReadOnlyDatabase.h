@@ -60,6 +60,7 @@ class ReadOnlyDatabase {
   void openCopy();
   bool readSchema();
   std::optional<std::int64_t> highestId(const std::string& table) const;
+  static std::int64_t readRow(Statement& row, const RowReader& reader, Flaws& flaws);
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
   std::string lastError() const;
   [[noreturn]] void fail(int code) const;
