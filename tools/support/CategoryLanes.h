@@ -9,7 +9,7 @@
 
 namespace qel::support {
 
-/// The drawing of a session's events: a lane for each category, a stroke for each event.
+/// Template data of the timeline: a lane for each category, with a stroke for each event.
 kainjow::mustache::data categoryLanes(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

@@ -24,8 +24,8 @@ bool isForbidden(char character) {
   return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
 }
 
-/// The text as it can stand in an element or a quoted attribute. A long text would make the page
-/// slow: it is cut after 2000 bytes, down to a whole character, and gets an ellipsis.
+/// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
+/// the page slow: it ends there, at a whole character, with an ellipsis.
 std::string escaped(const std::string& text) {
   constexpr std::size_t longest = 2000;
   const auto isInsideCharacter = [](char byte) {
@@ -42,7 +42,7 @@ std::string escaped(const std::string& text) {
   return kainjow::mustache::html_escape(shown) + (end < text.size() ? "…" : "");
 }
 
-/// The machine and the program, as the first environment record describes them.
+/// The facts of the first environment record.
 data environmentOf(const std::vector<Event>& events) {
   data facts(data::type::list);
   const auto environment = std::find_if(events.begin(), events.end(), [](const Event& event) {
@@ -56,7 +56,7 @@ data environmentOf(const std::vector<Event>& events) {
   return facts;
 }
 
-/// From the first to the last time that can be read.
+/// An axis from the first to the last valid time.
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
   for (const auto& event : events) {

@@ -30,7 +30,7 @@ struct Band {
 
 struct Memory {
   std::vector<Band> bands;
-  std::vector<std::map<std::int64_t, double>> lines;  ///< of each crash, by milliseconds
+  std::vector<std::map<std::int64_t, double>> lines;  ///< readings before a crash, by milliseconds
   std::vector<std::int64_t> crashes;
   double highest = 0;
 };
@@ -61,7 +61,7 @@ std::map<std::int64_t, double> readingsOf(const Event& event) {
 
 Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   Memory memory;
-  std::optional<std::int64_t> reported;  // when the span of the next report began
+  std::optional<std::int64_t> reported;  // the beginning of the next report's interval
   for (const auto& event : events) {
     const auto time = millisecondsOf(event.time);
     if (!time) {
@@ -87,7 +87,7 @@ Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   return memory;
 }
 
-/// The next of 1, 2, 5, 10, 20, … that four lines of the grid reach `highest` with.
+/// The smallest of 1, 2, 2.5, 5, 10, 20, … with which four lines of the grid reach `highest`.
 double gridStep(double highest) {
   const double least = std::max(highest / 4, 0.25);
   const double power = std::pow(10, std::floor(std::log10(least)));
@@ -99,7 +99,7 @@ double gridStep(double highest) {
   return 10 * power;
 }
 
-/// The amounts from bottom to top, with a grid.
+/// The vertical axis of a plot.
 class Scale {
  public:
   explicit Scale(double highest)
@@ -122,7 +122,7 @@ class Scale {
 
  private:
   const double step_;  ///< megabytes between two lines of the grid
-  const int steps_;    ///< how many there are up to the top
+  const int steps_;    ///< number of steps from bottom to top
 };
 
 data bandsOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
@@ -155,7 +155,7 @@ data linesOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
   return lines;
 }
 
-/// Of crashes that stand close together only the first is labelled.
+/// Only the first of several crashes that are close together gets a label.
 data crashesOf(const Memory& memory, const TimeAxis& axis) {
   constexpr double labelWidth = 50;
   double labelled = -labelWidth;

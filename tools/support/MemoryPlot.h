@@ -9,9 +9,9 @@
 
 namespace qel::support {
 
-/// The drawings of the memory in use, "program" and "machine", as far as it was reported; false
-/// when none was. Each holds bands between the smallest and largest amount of each report, lines of
-/// the single readings before a crash, and a mark for each crash.
+/// Template data of the memory plots, "program" and "machine". A plot without reports is absent;
+/// the result is false if both are. A plot has a band for each report, between the smallest and the
+/// largest amount, a line of the single readings before a crash, and a mark for each crash.
 kainjow::mustache::data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

@@ -30,7 +30,7 @@ struct Issue {
   std::string removed;
 };
 
-/// The first rows, each as `toData` describes it; false where there are none.
+/// Template data of the first rows, each converted by `toData`; false if there are no rows.
 template <typename Row, typename ToData>
 data tableOf(const std::vector<Row>& rows, const ToData& toData) {
   constexpr std::size_t mostRows = 2000;
@@ -53,7 +53,7 @@ std::vector<Issue> issuesOf(const std::vector<Event>& events) {
   std::vector<Issue> issues;
   using Places = std::map<std::string, std::vector<std::size_t>>;  // by ID, oldest first
   Places open;
-  Places emptied;  // removed with all others; clients may still tell the removal of each
+  Places emptied;  // removed with all others; a client may still report the removal of each
   for (const auto& event : events) {
     if (event.category != "IssueListStorage") {
       continue;

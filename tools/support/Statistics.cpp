@@ -21,7 +21,7 @@ std::string messageOf(std::string_view text) {
   return record.contains(place) && record[place].is_string() ? record[place] : "";
 }
 
-/// Takes one database's rows in.
+/// Counts the rows of databases and collects their markers.
 class Counter {
  public:
   explicit Counter(std::map<std::string, Marker>& markers) : markers_(markers) {}
@@ -71,7 +71,7 @@ class Counter {
   }
 
   std::map<std::string, Marker>& markers_;
-  std::set<std::string, std::less<>> seen_;  ///< since both databases may hold the same one
+  std::set<std::string, std::less<>> seen_;  ///< markers; both databases may hold the same one
 };
 
 }  // namespace

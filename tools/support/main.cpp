@@ -125,7 +125,7 @@ class CommandLine {
     program_.require_subcommand(1);
     addReadingCommands();
     addWritingCommands();
-    // After the commands, which would inherit it.
+    // Set last, because new commands inherit it.
     program_.footer("\"qel-support COMMAND --help\" lists a command's options.");
   }
 

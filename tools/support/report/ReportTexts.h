@@ -2,8 +2,7 @@
 
 namespace qel::support {
 
-/// The files "report.mustache", "plot.mustache" and "report.css", which the build puts into the
-/// program.
+/// The files "report.mustache", "plot.mustache" and "report.css", which the build embeds.
 extern const char* const reportTemplate;
 extern const char* const plotTemplate;
 extern const char* const reportStyle;
