@@ -16,6 +16,7 @@ NAMES = {
     "CURL": ("libcurl4-openssl-dev", "curl"),
     "Doxygen": ("doxygen", None),
     "GTest": ("libgtest-dev", "gtest"),
+    "kainjow/mustache.hpp": ("libkainjow-mustache-dev", None),
     "libutf8proc": ("libutf8proc-dev", "utf8proc"),
     "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json"),
     "OpenSSL": ("libssl-dev", "openssl"),
@@ -40,7 +41,7 @@ declared = (
 lists = [path for folder in ("cmake", "host", "Core", "Application", "tools", "tests", "benchmarks", "fuzz")
          for path in (root / folder).rglob("*") if path.name == "CMakeLists.txt" or path.suffix == ".cmake"]
 looked_for = {name for path in lists if "consumer" not in path.parts
-              for pattern in (r"find_package\((\w+)", r"pkg_check_modules\(.* ([\w-]+)\)")
+              for pattern in (r"find_package\((\w+)", r"pkg_check_modules\(.* ([\w-]+)\)", r"find_path\(\w+ ([\w/.-]+)")
               for name in re.findall(pattern, path.read_text(encoding="utf-8"))}
 
 complaints = [f"CMake looks for {name}, which the table here does not know" for name in looked_for - NAMES.keys()]

@@ -5,17 +5,17 @@
 
 namespace qel::tools {
 
-/// Where a server is or listens.
+/// The address of a server.
 struct Endpoint {
-  std::string host;  ///< name or address, an IPv6 address without its brackets
+  std::string host;  ///< name or address; an IPv6 address without brackets
   std::uint16_t port = 0;
 };
 
-/// `HOST:PORT`, `[IPv6]:PORT`.
+/// `HOST:PORT` or `[IPv6]:PORT`.
 std::string toText(const Endpoint& endpoint);
 
-/// Reads the value of `option`. Throws `InputError` unless it has one of the forms of `toText`,
-/// with a port from `lowestPort` on.
+/// Parses the value of `option`. Throws `InputError` unless it has one of the forms of `toText` and
+/// a port of at least `lowestPort`.
 Endpoint parseEndpoint(const std::string& option, const std::string& text,
                        std::uint16_t lowestPort);
 

@@ -4,7 +4,7 @@
 
 namespace qel::tools {
 
-/// What the user gave a program is wrong; the message names the option, or the file and line.
+/// The user's input is wrong. The message names the option, or the file and line.
 class InputError : public qel::exception {
  public:
   using qel::exception::exception;

@@ -8,8 +8,8 @@
 
 namespace qel::tools {
 
-/// The decimal number that is the value of `option`. Throws `InputError` unless it lies within
-/// `lowest` and `highest`; `kind` says in the message what was expected.
+/// Parses the value of `option` as a decimal number. Throws `InputError` unless it is a number from
+/// `lowest` to `highest`. `kind` names the expected value in the message.
 template <typename Number>
 Number parseNumber(const std::string& option, const std::string& text, Number lowest,
                    Number highest, const char* kind) {

@@ -34,14 +34,14 @@ void complete(CLI::App& program, const std::string& version) {
   }
 }
 
-/// The library would take the next argument for the value of `--name=`.
+/// CLI11 would take the next argument as the value of `--name=`.
 void refuseEmptyValue(const std::string& argument) {
   if (argument.starts_with("--") && argument.find('=') + 1 == argument.size()) {
     throw InputError(argument + ": a value is missing");
   }
 }
 
-/// The first argument that nothing takes, without its value and what follows: these may be secret.
+/// The first unknown argument without its value, which may be secret.
 std::optional<std::string> firstUnexpected(const CLI::App& program) {
   for (const std::string& argument : program.remaining(true)) {
     if (argument != "--") {

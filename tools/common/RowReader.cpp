@@ -10,7 +10,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Takes the row's own members from the parser's events; no tree is built.
+/// Collects the row's own members from the parser's events, without building a tree.
 class ColumnReader : public json::json_sax_t {
  public:
   RowReading finish(bool parsed) {
@@ -70,7 +70,7 @@ class ColumnReader : public json::json_sax_t {
 }  // namespace
 
 RowReading readRow(std::string_view text) {
-  // The parser would skip a byte order mark in front and take a NUL for the end of its input.
+  // The parser would skip a byte order mark and treat a NUL as the end of its input.
   if (text.substr(0, 1) != "{" || text.find('\0') != std::string_view::npos) {
     return {};
   }

@@ -8,25 +8,25 @@
 
 namespace qel::tools {
 
-/// The members of a stored row that tell what it is; the collector's store has a column for each.
+/// The members of a stored row that identify it. The collector's store has a column for each.
 inline constexpr std::array<std::string_view, 6> columnMembers{
     "SessionId", "InstallationId", "Timestamp", "Category", "Subcategory", "Event"};
 
-/// One value per column member; nothing where the row has no such member or it is no text.
+/// One value for each column member; empty if the row has no such member or it is no string.
 using Columns = std::array<std::optional<std::string>, columnMembers.size()>;
 
-/// Deepest nesting of objects and arrays that a row may have, itself counted.
+/// The maximum depth of nested objects and arrays in a row. The row itself counts as one.
 inline constexpr std::size_t deepestNesting = 64;
 
 enum class RowVerdict { Sound, NoJsonObject, NestedTooDeeply };
 
 struct RowReading {
   RowVerdict verdict = RowVerdict::NoJsonObject;
-  Columns columns;  ///< empty unless the row is sound
+  Columns columns;  ///< empty unless the verdict is `Sound`
 };
 
-/// Checks that `text` is one JSON object (strict grammar, valid UTF-8) and reads its columns. Of a
-/// member that comes twice the first text counts. Takes no more stack for deep nesting.
+/// Checks that `text` is one JSON object (strict grammar, valid UTF-8) and reads its columns. If a
+/// member occurs twice, its first string counts. The use of stack does not grow with the depth.
 RowReading readRow(std::string_view text);
 
 }  // namespace qel::tools

@@ -5,10 +5,12 @@
 
 #include "tools/support/DisplayText.h"
 #include "tools/support/Moment.h"
-#include "tools/support/Svg.h"
 
 namespace qel::support {
 namespace {
+
+using kainjow::mustache::data;
+using kainjow::mustache::object;
 
 constexpr double laneHeight = 22;
 constexpr double top = 8;
@@ -16,7 +18,7 @@ constexpr std::size_t longestName = 18;
 
 struct Lane {
   std::int64_t events = 0;
-  std::map<std::int64_t, std::string> strokes;  ///< where they stand: the title of the first there
+  std::map<std::int64_t, std::string> strokes;  ///< by position: the title of the first event
 };
 
 std::map<std::string, Lane> lanesOf(const std::vector<Event>& events, const TimeAxis& axis) {
@@ -42,21 +44,27 @@ std::string nameOf(const std::string& category) {
 
 }  // namespace
 
-std::string categoryLanes(const std::vector<Event>& events, const TimeAxis& axis) {
-  const auto lanes = lanesOf(events, axis);
-  const double bottom = top + laneHeight * static_cast<double>(lanes.size());
-  std::string drawing = svg::begin("Events by category", TimeAxis::width, bottom + 26);
-  drawing += axis.grid(top, bottom);
+data categoryLanes(const std::vector<Event>& events, const TimeAxis& axis) {
+  data lanes(data::type::list);
   double y = top;
-  for (const auto& [category, lane] : lanes) {
-    drawing += svg::label("amount", TimeAxis::left - 8, y + 15,
-                          nameOf(category) + ' ' + grouped(lane.events));
+  for (const auto& [category, lane] : lanesOf(events, axis)) {
+    data strokes(data::type::list);
     for (const auto& [x, title] : lane.strokes) {
-      drawing += svg::rectangle("stroke", {static_cast<double>(x), y + 3, 2, 16}, title);
+      strokes << object{{"x", std::to_string(x)}, {"title", title}};
     }
+    data drawn(
+        object{{"label", nameOf(category) + ' ' + grouped(lane.events)}, {"y", oneDecimal(y)}});
+    drawn["strokes"] = std::move(strokes);
+    lanes << drawn;
     y += laneHeight;
   }
-  return drawing + "</svg>\n";
+  constexpr double heightOfMarks = 26;
+  data drawing(object{{"top", oneDecimal(top)},
+                      {"bottom", oneDecimal(y)},
+                      {"height", oneDecimal(y + heightOfMarks)}});
+  drawing["marks"] = axis.marks();
+  drawing["lanes"] = std::move(lanes);
+  return drawing;
 }
 
 }  // namespace qel::support

@@ -1,14 +1,15 @@
 #pragma once
 
-#include <string>
 #include <vector>
+
+#include <kainjow/mustache.hpp>
 
 #include "tools/support/Event.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
 
-/// The session's events as one drawing (SVG): a lane for each category, a stroke for each event.
-std::string categoryLanes(const std::vector<Event>& events, const TimeAxis& axis);
+/// Template data of the timeline: a lane for each category, with a stroke for each event.
+kainjow::mustache::data categoryLanes(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

@@ -1,7 +1,9 @@
 #include "tools/support/DisplayText.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include <utf8proc.h>
 
@@ -15,7 +17,8 @@ struct Character {
 
 constexpr utf8proc_int32_t replacement = 0xFFFD;
 
-/// The character that the text begins with; a byte that begins none counts as the replacement.
+/// The first character of a text that is not empty. An invalid byte counts as the replacement
+/// character.
 Character firstOf(std::string_view text) {
   utf8proc_int32_t code = 0;
   const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
@@ -48,7 +51,7 @@ std::string escaped(utf8proc_int32_t code) {
   return text.data();
 }
 
-/// How many bytes fit into `width` columns, at least one character.
+/// The number of bytes that fit into `width` columns; at least one character.
 std::size_t bytesThatFit(std::string_view text, std::size_t width) {
   std::size_t bytes = 0;
   std::size_t columns = 0;
@@ -113,6 +116,12 @@ std::string grouped(std::int64_t number) {
     text.insert(static_cast<std::size_t>(place), 1, ',');
   }
   return text;
+}
+
+std::string oneDecimal(double number) {
+  const auto tenths = std::llround(number * 10);
+  return (tenths < 0 ? "-" : "") + std::to_string(std::llabs(tenths) / 10) + '.' +
+         std::to_string(std::llabs(tenths) % 10);
 }
 
 std::string readableSize(std::uintmax_t bytes) {

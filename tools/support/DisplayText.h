@@ -8,20 +8,23 @@
 
 namespace qel::support {
 
-/// A text from a database made fit for a terminal: control characters, and those that turn the
-/// direction of writing, are told by their numbers, so that no stored text can command it.
+/// Makes a stored text safe to print on a terminal: control characters, and those that change the
+/// direction of writing, become escapes such as "\u001b".
 std::string printable(std::string_view text);
 
-/// How many columns of a terminal the text takes.
+/// The number of terminal columns that the text takes.
 std::size_t displayWidth(std::string_view text);
 
-/// The text in lines of at most `width` columns, broken at blanks where there are any.
+/// Breaks the text into lines of at most `width` columns, at blanks if possible.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
-/// A number with its thousands apart: "30,720,000".
+/// A number with separators of thousands: "30,720,000".
 std::string grouped(std::int64_t number);
 
-/// An amount of bytes for people: "29.3 MB".
+/// A number with one decimal, independent of the locale.
+std::string oneDecimal(double number);
+
+/// An amount of bytes for people to read: "29.3 MB".
 std::string readableSize(std::uintmax_t bytes);
 
 }  // namespace qel::support

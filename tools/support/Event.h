@@ -9,7 +9,7 @@
 
 namespace qel::support {
 
-/// What an environment record counts as among events.
+/// The category that environment records are shown under.
 inline constexpr std::string_view environmentCategory = "Environment";
 
 /// One record of a session.
@@ -19,18 +19,19 @@ struct Event {
   std::string subcategory;
   std::string event;
   std::vector<std::pair<std::string, std::string>> details;
-  std::string text;  ///< as it is stored, one JSON object
+  std::string text;  ///< the stored JSON object
 
-  /// The detail's value; empty when there is none.
+  /// The value of a detail; empty if there is none.
   std::string_view detail(std::string_view key) const;
 };
 
-/// "Subcategory: Event", or what there is of it.
+/// "Subcategory: Event", or the one of them that is not empty.
 std::string titleOf(const Event& event);
 /// "key = value; key = value".
 std::string detailsOf(const Event& event);
 
-/// The session's records in the order of their writing, environments where their time puts them.
+/// The session's records in the order in which they were written. Environments, which have a table
+/// of their own, are inserted by their time.
 std::vector<Event> eventsOf(const Session& session);
 
 }  // namespace qel::support

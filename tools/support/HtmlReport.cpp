@@ -3,78 +3,60 @@
 #include <algorithm>
 #include <cstdint>
 
+#include <kainjow/mustache.hpp>
+
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/CategoryLanes.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Html.h"
 #include "tools/support/MemoryPlot.h"
 #include "tools/support/Moment.h"
-#include "tools/support/ReportStyle.h"
 #include "tools/support/ReportTables.h"
+#include "tools/support/report/ReportTexts.h"
 
 namespace qel::support {
 namespace {
 
-using html::element;
+using kainjow::mustache::data;
+using kainjow::mustache::object;
 
-std::string fact(const std::string& name, const std::string& value, const char* style = "") {
-  return element("dt", name) + element("dd", value, style) + '\n';
+/// Neither HTML nor SVG may hold these.
+bool isForbidden(char character) {
+  return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
 }
 
-std::string head(const Session& session) {
-  return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
-         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
-         "style-src 'unsafe-inline'\">\n" +
-         element("title", "Session " + session.id) + "\n<style>" + reportStyle +
-         "</style></head>\n<body>\n";
+/// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
+/// the page slow: it ends there, at a whole character, with an ellipsis.
+std::string escaped(const std::string& text) {
+  constexpr std::size_t longest = 2000;
+  const auto isInsideCharacter = [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+  };
+  auto end = std::min(text.size(), longest);
+  while (end > 0 && end < text.size() && isInsideCharacter(text[end])) {
+    --end;
+  }
+  std::string shown;
+  for (std::size_t place = 0; place < end; ++place) {
+    shown += isForbidden(text[place]) ? "\uFFFD" : std::string(1, text[place]);
+  }
+  return kainjow::mustache::html_escape(shown) + (end < text.size() ? "…" : "");
 }
 
-std::string overview(const Session& session, const std::vector<Event>& events) {
-  const bool crashed = session.end == Session::End::Crashed;
-  std::string text = "<header><h1>Session</h1><p>" + element("code", session.id) +
-                     "</p></header>\n<nav><a href=\"#timeline\">Timeline</a><a href=\"#memory\">"
-                     "Memory</a><a href=\"#commands\">Commands</a><a href=\"#issues\">Issues</a>"
-                     "<a href=\"#records\">Records</a></nav>\n<dl>";
-  text += fact("From", readableTime(session.first) + " UTC");
-  text += fact("To", readableTime(session.last) + " UTC");
-  text += fact("Length", readableLength(session.lengthInMs()));
-  text += fact("End", nameOf(session.end), crashed ? "bad" : "");
-  text += fact("Events", grouped(session.events));
-  text += fact("Read from", utilities::utf8FromPath(session.database->file().filename()));
-  for (const auto& event : events) {
-    if (event.category == environmentCategory) {
-      for (const auto& [name, value] : event.details) {
-        text += fact(name, value);
-      }
-      break;
+/// The facts of the first environment record.
+data environmentOf(const std::vector<Event>& events) {
+  data facts(data::type::list);
+  const auto environment = std::find_if(events.begin(), events.end(), [](const Event& event) {
+    return event.category == environmentCategory;
+  });
+  if (environment != events.end()) {
+    for (const auto& [name, value] : environment->details) {
+      facts << object{{"name", name}, {"value", value}};
     }
   }
-  return text + "</dl>\n";
+  return facts;
 }
 
-std::string section(const char* id, const char* title, const std::string& content) {
-  return "<section id=\"" + std::string(id) + "\">" + element("h2", title) + '\n' + content +
-         "</section>\n";
-}
-
-std::string memory(const std::vector<Event>& events, const TimeAxis& axis) {
-  std::string plots;
-  for (const auto& [scope, title] :
-       {std::pair("Application", "The program"), std::pair("Total", "The whole machine")}) {
-    const auto plot = memoryPlot(events, scope, axis);
-    plots += plot.empty() ? "" : element("h3", title) + plot;
-  }
-  return plots.empty()
-             ? element("p", "No memory was reported.", "faint")
-             : plots +
-                   element("p",
-                           "A block reaches from the smallest to the largest amount between two "
-                           "reports; a line joins the readings that a crash told.",
-                           "faint");
-}
-
-/// From the first to the last time that can be read.
+/// An axis from the first to the last valid time.
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
   for (const auto& event : events) {
@@ -90,12 +72,30 @@ TimeAxis axisOf(const std::vector<Event>& events) {
 
 std::string htmlReport(const Session& session, const std::vector<Event>& events) {
   const auto axis = axisOf(events);
-  return head(session) + overview(session, events) +
-         section("timeline", "Timeline (UTC)", categoryLanes(events, axis)) +
-         section("memory", "Memory", memory(events, axis)) +
-         section("commands", "Commands", commandTable(events)) +
-         section("issues", "Issues", issueTable(events)) +
-         section("records", "Records by category", eventTables(events)) + "</body></html>\n";
+  data report(object{{"style", reportStyle},
+                     {"plot", plotTemplate},
+                     {"session", session.id},
+                     {"from", readableTime(session.first)},
+                     {"to", readableTime(session.last)},
+                     {"length", readableLength(session.lengthInMs())},
+                     {"end", nameOf(session.end)},
+                     {"crashed", session.end == Session::End::Crashed},
+                     {"events", grouped(session.events)},
+                     {"file", utilities::utf8FromPath(session.database->file().filename())},
+                     {"left", oneDecimal(TimeAxis::left)},
+                     {"right", oneDecimal(TimeAxis::right)},
+                     {"width", oneDecimal(TimeAxis::width)}});
+  report["environment"] = environmentOf(events);
+  report["timeline"] = categoryLanes(events, axis);
+  report["memory"] = memoryPlots(events, axis);
+  report["commands"] = commandTable(events);
+  report["issues"] = issueTable(events);
+  report["categories"] = eventTables(events);
+  kainjow::mustache::mustache page(reportTemplate);
+  page.set_custom_escape(escaped);
+  std::string html;
+  page.render(report, [&html](const std::string& part) { html += part; });
+  return html;
 }
 
 }  // namespace qel::support

@@ -6,18 +6,21 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Html.h"
 #include "tools/support/Moment.h"
-#include "tools/support/Svg.h"
 
 namespace qel::support {
 namespace {
 
+using kainjow::mustache::data;
+using kainjow::mustache::object;
+
 constexpr double top = 12;
 constexpr double bottom = 190;
-constexpr double height = 220;
 constexpr double kilobytesOfMegabyte = 1024;
 
 struct Band {
@@ -27,7 +30,7 @@ struct Band {
 
 struct Memory {
   std::vector<Band> bands;
-  std::vector<std::map<std::int64_t, double>> lines;  ///< of each crash, by milliseconds
+  std::vector<std::map<std::int64_t, double>> lines;  ///< readings before a crash, by milliseconds
   std::vector<std::int64_t> crashes;
   double highest = 0;
 };
@@ -58,7 +61,7 @@ std::map<std::int64_t, double> readingsOf(const Event& event) {
 
 Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   Memory memory;
-  std::optional<std::int64_t> reported;  // when the span of the next report began
+  std::optional<std::int64_t> reported;  // the beginning of the next report's interval
   for (const auto& event : events) {
     const auto time = millisecondsOf(event.time);
     if (!time) {
@@ -84,7 +87,7 @@ Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   return memory;
 }
 
-/// The next of 1, 2, 5, 10, 20, … that four lines of the grid reach `highest` with.
+/// The smallest of 1, 2, 2.5, 5, 10, 20, … with which four lines of the grid reach `highest`.
 double gridStep(double highest) {
   const double least = std::max(highest / 4, 0.25);
   const double power = std::pow(10, std::floor(std::log10(least)));
@@ -96,95 +99,105 @@ double gridStep(double highest) {
   return 10 * power;
 }
 
-/// Draws one scope's memory.
-class Drawing {
+/// The vertical axis of a plot.
+class Scale {
  public:
-  Drawing(const TimeAxis& axis, double highest)
-      : axis_(axis), step_(gridStep(highest)), steps_(std::ceil(highest / step_)) {}
+  explicit Scale(double highest)
+      : step_(gridStep(highest)), steps_(static_cast<int>(std::ceil(highest / step_))) {}
 
-  std::string amounts() const {
-    std::string marks;
-    for (int step = 0; step <= static_cast<int>(steps_); ++step) {
+  double y(double amount) const { return bottom - amount / (step_ * steps_) * (bottom - top); }
+
+  std::string text(double amount) const {
+    return (step_ < 1 ? oneDecimal(amount) : grouped(std::llround(amount))) + " MB";
+  }
+
+  data grid() const {
+    data lines(data::type::list);
+    for (int step = 0; step <= steps_; ++step) {
       const double amount = step_ * step;
-      marks += svg::line("grid", TimeAxis::left, TimeAxis::right, y(amount), y(amount));
-      marks += svg::label("amount", TimeAxis::left - 8, y(amount) + 4, text(amount));
+      lines << object{{"y", oneDecimal(y(amount))}, {"text", text(amount)}};
     }
-    return marks;
-  }
-
-  std::string band(const Band& band) const {
-    constexpr double leastSize = 1.5;
-    const double left = std::min(axis_.x(band.from), TimeAxis::right - leastSize);
-    const double width = std::max(axis_.x(band.to) - left, leastSize);
-    const double size = std::max(y(band.low) - y(band.high), leastSize);
-    return svg::rectangle("band", {left, y(band.high), width, size},
-                          text(band.low) + " to " + text(band.high));
-  }
-
-  std::string readings(const std::map<std::int64_t, double>& readings) const {
-    std::string points;
-    std::string dots;
-    for (const auto& [time, amount] : readings) {
-      const auto x = svg::coordinate(axis_.x(time));
-      const auto atAmount = svg::coordinate(y(amount));
-      points.append(x).append(",").append(atAmount).append(" ");
-      dots += html::tag("circle", {{"class", "dot"}, {"cx", x}, {"cy", atAmount}, {"r", "3"}}) +
-              html::element("title", text(amount)) + "</circle>\n";
-    }
-    return html::element("polyline", "",
-                         html::Attributes{{"class", "reading"}, {"points", points}}) +
-           '\n' + dots;
-  }
-
-  /// Lines for all; of those that stand close together only the first is named.
-  std::string crashes(const std::vector<std::int64_t>& times) const {
-    constexpr double labelWidth = 50;
-    std::string marks;
-    double labelled = -labelWidth;
-    for (const auto time : times) {
-      const double x = axis_.x(time);
-      marks += svg::line("crash", x, x, top, bottom);
-      if (x - labelled >= labelWidth) {
-        const bool atEnd = x > TimeAxis::right - labelWidth;
-        marks +=
-            svg::label(atEnd ? "crash before" : "crash", x + (atEnd ? -5 : 5), top + 10, "crash");
-        labelled = x;
-      }
-    }
-    return marks;
+    return lines;
   }
 
  private:
-  std::string text(double amount) const {
-    return (step_ < 1 ? svg::coordinate(amount) : grouped(std::llround(amount))) + " MB";
-  }
-  double y(double amount) const { return bottom - amount / (step_ * steps_) * (bottom - top); }
-
-  const TimeAxis& axis_;
-  const double step_;   ///< megabytes between two lines of the grid
-  const double steps_;  ///< how many there are up to the top
+  const double step_;  ///< megabytes between two lines of the grid
+  const int steps_;    ///< number of steps from bottom to top
 };
+
+data bandsOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
+  constexpr double leastSize = 1.5;
+  data bands(data::type::list);
+  for (const auto& band : memory.bands) {
+    const double left = std::min(axis.x(band.from), TimeAxis::right - leastSize);
+    const double width = std::max(axis.x(band.to) - left, leastSize);
+    const double size = std::max(scale.y(band.low) - scale.y(band.high), leastSize);
+    bands << object{{"x", oneDecimal(left)},
+                    {"y", oneDecimal(scale.y(band.high))},
+                    {"width", oneDecimal(width)},
+                    {"height", oneDecimal(size)},
+                    {"amounts", scale.text(band.low) + " to " + scale.text(band.high)}};
+  }
+  return bands;
+}
+
+data linesOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
+  data lines(data::type::list);
+  for (const auto& line : memory.lines) {
+    data readings(data::type::list);
+    for (const auto& [time, amount] : line) {
+      readings << object{{"x", oneDecimal(axis.x(time))},
+                         {"y", oneDecimal(scale.y(amount))},
+                         {"amount", scale.text(amount)}};
+    }
+    lines << data("readings", readings);
+  }
+  return lines;
+}
+
+/// Only the first of several crashes that are close together gets a label.
+data crashesOf(const Memory& memory, const TimeAxis& axis) {
+  constexpr double labelWidth = 50;
+  double labelled = -labelWidth;
+  data crashes(data::type::list);
+  for (const auto time : memory.crashes) {
+    const double x = axis.x(time);
+    data label = false;
+    if (x - labelled >= labelWidth) {
+      const bool atEnd = x > TimeAxis::right - labelWidth;
+      label = object{{"style", atEnd ? "crash before" : "crash"}, {"gap", atEnd ? "-5" : "5"}};
+      labelled = x;
+    }
+    crashes << object{{"x", oneDecimal(x)}, {"label", label}};
+  }
+  return crashes;
+}
+
+data plotOf(const std::vector<Event>& events, std::string_view scope, const TimeAxis& axis) {
+  const auto memory = memoryOf(events, scope);
+  if (memory.bands.empty() && memory.lines.empty()) {
+    return false;
+  }
+  const Scale scale(std::max(memory.highest, 1.0));
+  data plot(object{{"top", oneDecimal(top)}, {"bottom", oneDecimal(bottom)}});
+  plot["amounts"] = scale.grid();
+  plot["marks"] = axis.marks();
+  plot["bands"] = bandsOf(memory, axis, scale);
+  plot["lines"] = linesOf(memory, axis, scale);
+  plot["crashes"] = crashesOf(memory, axis);
+  return plot;
+}
 
 }  // namespace
 
-std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
-                       const TimeAxis& axis) {
-  const auto memory = memoryOf(events, scope);
-  if (memory.bands.empty() && memory.lines.empty()) {
-    return {};
+data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis) {
+  data plots;
+  for (const auto& [name, scope] : {std::pair("program", "Application"), {"machine", "Total"}}) {
+    if (auto plot = plotOf(events, scope, axis); plot.is_object()) {
+      plots[name] = std::move(plot);
+    }
   }
-  const auto title =
-      scope == "Total" ? "Memory in use on the whole machine" : "Memory used by the program";
-  const Drawing drawing(axis, std::max(memory.highest, 1.0));
-  std::string plot = svg::begin(title, TimeAxis::width, height);
-  plot += drawing.amounts() + axis.grid(top, bottom);
-  for (const auto& band : memory.bands) {
-    plot += drawing.band(band);
-  }
-  for (const auto& readings : memory.lines) {
-    plot += drawing.readings(readings);
-  }
-  return plot + drawing.crashes(memory.crashes) + "</svg>\n";
+  return plots.is_empty_object() ? data(false) : std::move(plots);
 }
 
 }  // namespace qel::support

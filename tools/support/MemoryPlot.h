@@ -1,18 +1,17 @@
 #pragma once
 
-#include <string>
 #include <vector>
+
+#include <kainjow/mustache.hpp>
 
 #include "tools/support/Event.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
 
-/// The memory in use over the session's time as one drawing (SVG): bands between the smallest and
-/// largest amount of each report, lines of the single readings before a crash, and a mark for each
-/// crash. `scope` is "Application" for the process and "Total" for the machine. Empty when nothing
-/// was reported.
-std::string memoryPlot(const std::vector<Event>& events, std::string_view scope,
-                       const TimeAxis& axis);
+/// Template data of the memory plots, "program" and "machine". A plot without reports is absent;
+/// the result is false if both are. A plot has a band for each report, between the smallest and the
+/// largest amount, a line of the single readings before a crash, and a mark for each crash.
+kainjow::mustache::data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

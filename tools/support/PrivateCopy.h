@@ -5,11 +5,12 @@
 
 namespace qel::support {
 
-/// A new directory for its owner alone, removed with all that is in it at the end. In a program of
-/// one thread SIGINT, SIGTERM and SIGHUP wait until then: only SIGKILL or a crash leaves it behind.
+/// A new directory that only its owner can read. The destructor removes it with its content.
+/// In a program of one thread SIGINT, SIGTERM and SIGHUP are blocked until then, so only SIGKILL or
+/// a crash leaves the directory behind.
 class PrivateDirectory {
  public:
-  /// Makes it in `parent`. Throws `qel::exception` with the reason.
+  /// Creates it in `parent`. Throws `qel::exception` with the reason of a failure.
   explicit PrivateDirectory(const std::filesystem::path& parent);
   ~PrivateDirectory();
 
@@ -23,11 +24,11 @@ class PrivateDirectory {
   sigset_t signalsBefore_;
 };
 
-/// A copy of a database file with its journals in the system's place for temporary files. Whoever
-/// has opened the file can go on reading it after this object has removed its name.
+/// A copy of a database file and its journals in the system's temporary directory. A reader that
+/// has opened the file can continue after the destructor has removed the file's name.
 class PrivateCopy {
  public:
-  /// Throws `qel::exception` when the file cannot be copied.
+  /// Throws `qel::exception` if the file cannot be copied.
   explicit PrivateCopy(const std::filesystem::path& file);
 
   const std::filesystem::path& file() const { return file_; }

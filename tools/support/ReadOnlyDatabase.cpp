@@ -19,13 +19,13 @@ namespace {
 constexpr int busyTimeoutInMs = 5000;
 constexpr std::int64_t rowsBetweenReports = 4096;
 
-/// Whether other rows may well be readable.
+/// Whether other rows may still be readable after this error.
 bool isDamage(int code) {
   const int kind = code & 0xff;
   return kind == SQLITE_CORRUPT || kind == SQLITE_IOERR || kind == SQLITE_TOOBIG;
 }
 
-/// Whoever reads a file in this mode writes beside it.
+/// In this mode a reader, too, writes files into the directory.
 bool isInWriteAheadMode(const std::filesystem::path& file) {
   constexpr std::size_t placeOfReadVersion = 19;
   std::array<char, placeOfReadVersion + 1> header{};
@@ -33,7 +33,7 @@ bool isInWriteAheadMode(const std::filesystem::path& file) {
   return header[placeOfReadVersion] == 2;
 }
 
-/// How many rows of a client the file has room for.
+/// The number of a client's rows that the file has room for.
 std::int64_t mostRows(const std::filesystem::path& file) {
   constexpr std::uintmax_t smallestRow = 32;
   std::error_code unreadable;
@@ -52,9 +52,9 @@ class ReadOnlyDatabase::Statement {
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
-  /// What became of compiling it.
+  /// The result of compiling the statement.
   int code() const { return code_; }
-  /// Begins anew, with this value for its first parameter.
+  /// Restarts the statement with a value for its first parameter.
   void restart(std::int64_t parameter) {
     sqlite3_reset(statement_);
     sqlite3_bind_int64(statement_, 1, parameter);
@@ -91,11 +91,11 @@ ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress
   }
 }
 
-/// The copy keeps no name, so nothing of it is left however the program ends.
+/// The copy loses its name at once, so nothing is left of it however the program ends.
 void ReadOnlyDatabase::openCopy() {
   const PrivateCopy copy(file_);
   open(copy.file(), SQLITE_OPEN_READWRITE);
-  // With the lock kept, SQLite looks for journals only once, in the first reading.
+  // While SQLite keeps the lock, it looks for journals only once, in the first reading.
   sqlite3_exec(database_.get(), "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
   if (!readSchema()) {
     fail(SQLITE_READONLY);
@@ -111,17 +111,17 @@ void ReadOnlyDatabase::open(const std::filesystem::path& file, int mode) {
     fail(code);
   }
   sqlite3_busy_timeout(database, busyTimeoutInMs);
-  // What stands in a stranger's schema must not be run.
+  // A stranger's schema must not run code.
   for (const int setting : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
                             SQLITE_DBCONFIG_ENABLE_VIEW}) {
     sqlite3_db_config(database, setting, 0, nullptr);
   }
-  // Lets SQLite read a file that has lost its end; nothing can be written here all the same.
+  // Lets SQLite read a truncated file. The connection remains read-only.
   sqlite3_db_config(database, SQLITE_DBCONFIG_WRITABLE_SCHEMA, 1, nullptr);
   sqlite3_exec(database, "PRAGMA cell_size_check = ON", nullptr, nullptr, nullptr);
 }
 
-/// The first reading. False where a transaction that was broken off has to be rolled back before.
+/// The first reading. False if an interrupted transaction has to be rolled back first.
 bool ReadOnlyDatabase::readSchema() {
   const int code = Statement(database_.get(), "SELECT count(*) FROM sqlite_schema").step();
   const int kind = code & 0xff;
@@ -155,13 +155,26 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
   flaws.reason = found.reason;
 }
 
+/// Returns the row's ID.
+std::int64_t ReadOnlyDatabase::readRow(Statement& row, const RowReader& reader, Flaws& flaws) {
+  const auto id = row.number(0);
+  const bool null = row.isNull(1);
+  const auto text = row.text(1);
+  if (text.data() == nullptr && !null) {
+    ++flaws.unreadable;
+  } else if (!reader(id, text)) {
+    ++flaws.unintelligible;
+  }
+  return id;
+}
+
 ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::string& table,
                                                const RowReader& reader) const {
   Flaws flaws;
   const auto known = highestId(table);
   const auto highest = known.value_or(mostRows(file_));
   flaws.counted = known.has_value();
-  auto stepsLeft = 2 * mostRows(file_);  // A damaged file can lead in circles.
+  auto stepsLeft = 2 * mostRows(file_);  // The pages of a damaged file can form a cycle.
   std::int64_t position = 0;             // All rows up to this ID are done.
   const auto report = [&] {
     if (progress_ && stepsLeft % rowsBetweenReports == 0) {
@@ -172,14 +185,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
     rows.restart(position);
     int code = rows.step();
     for (; code == SQLITE_ROW && stepsLeft > 0; code = rows.step(), --stepsLeft) {
-      const auto id = rows.number(0);
-      const bool null = rows.isNull(1);
-      const auto text = rows.text(1);
-      if (text.data() == nullptr && !null) {
-        ++flaws.unreadable;
-      } else if (!reader(id, text)) {
-        ++flaws.unintelligible;
-      }
+      const auto id = readRow(rows, reader, flaws);
       if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
         position = id;
       }
@@ -195,12 +201,12 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
     if (position >= highest || --stepsLeft < 0) {
       return flaws;
     }
-    ++position;  // The next row, or the way to it, is damaged; the one after may lie elsewhere.
+    ++position;  // The next row, or a page on the path to it, is damaged; later rows may be sound.
     report();
   }
 }
 
-/// As far as the file still tells.
+/// Empty if the damaged file has no such information.
 std::optional<std::int64_t> ReadOnlyDatabase::highestId(const std::string& table) const {
   for (const auto& question : {"SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'",
                                "SELECT max(ID) FROM " + table}) {
@@ -245,7 +251,7 @@ std::vector<std::string> ReadOnlyDatabase::remarks() const {
   return lines;
 }
 
-/// What SQLite says can quote a stranger's schema.
+/// SQLite's message, made printable: it can quote a stranger's schema.
 std::string ReadOnlyDatabase::lastError() const {
   return printable(sqlite3_errmsg(database_.get()));
 }

@@ -14,34 +14,35 @@ struct sqlite3;
 
 namespace qel::support {
 
-/// One of the client's two database files, which may be damaged, come from a stranger, or be in use
-/// by a running client. Nothing is ever written into it or beside it. Used by one thread at a time.
+/// Reads one of the client's two database files. The file may be damaged, come from a stranger, or
+/// be in use by a running client. Nothing is written to the file or its directory. One thread at a
+/// time uses an object.
 class ReadOnlyDatabase {
  public:
-  /// Takes a row's ID and text. False: the text is not what a client stores. A running client waits
-  /// with its writing meanwhile, so nothing slow belongs here.
+  /// Takes a row's ID and text. Returns false if the text is not what a client stores. It must be
+  /// fast: a running client cannot write until the reading ends.
   using RowReader = std::function<bool(std::int64_t, std::string_view)>;
-  /// Told the part of a reading that is done, from 0 to 1.
+  /// Takes the part of a reading that is done, from 0 to 1.
   using Progress = std::function<void(double)>;
 
-  /// Throws `qel::exception`, naming the file and the reason, when another program keeps it locked
-  /// or when it cannot be opened. A file that is no database opens, but has no rows.
+  /// Throws `qel::exception` with the file and the reason if another program keeps the file locked
+  /// or if it cannot be opened. A file that is no database can be opened, but has no rows.
   explicit ReadOnlyDatabase(std::filesystem::path file, Progress progress = {});
 
   const std::filesystem::path& file() const { return file_; }
 
-  /// Why no table of the file can be read; empty when at least its schema can.
+  /// Why no table of the file can be read; empty if its schema can be read.
   const std::string& whyUnreadable() const { return whyUnreadable_; }
 
-  /// Reads the rows of the table in ascending order of their IDs, past those that damage has made
-  /// unreadable. Throws as the constructor does.
+  /// Reads the rows of the table in ascending order of their IDs. Skips rows that are unreadable
+  /// because of damage. Throws as the constructor does.
   void forEachRow(const std::string& table, const RowReader& reader);
 
-  /// Whether all rows of the tables that were read could be read, whatever they hold.
+  /// Whether every row of the tables read so far was readable, whatever its text.
   bool isReadWholly() const;
 
-  /// A line for each thing that whoever uses the rows has to know: what could not be read so far,
-  /// and that a copy was read.
+  /// Warnings for the user of the rows, one a line: what could not be read so far, and whether a
+  /// copy was read.
   std::vector<std::string> remarks() const;
 
  private:
@@ -51,7 +52,7 @@ class ReadOnlyDatabase {
   };
   struct Flaws {
     std::int64_t unreadable = 0;
-    bool counted = true;  ///< whether that is a number of rows, and not only of attempts
+    bool counted = true;  ///< whether `unreadable` counts rows; otherwise it counts attempts
     std::int64_t unintelligible = 0;
     std::string reason;  ///< why the table as a whole cannot be read
   };
@@ -60,6 +61,7 @@ class ReadOnlyDatabase {
   void openCopy();
   bool readSchema();
   std::optional<std::int64_t> highestId(const std::string& table) const;
+  static std::int64_t readRow(Statement& row, const RowReader& reader, Flaws& flaws);
   Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
   std::string lastError() const;
   [[noreturn]] void fail(int code) const;
@@ -69,7 +71,7 @@ class ReadOnlyDatabase {
   std::unique_ptr<sqlite3, Close> database_;
   std::string whyUnreadable_;
   bool readsCopy_ = false;
-  std::map<std::string, Flaws> flaws_;  ///< by table, the most that any reading has met
+  std::map<std::string, Flaws> flaws_;  ///< by table, the maximum over all readings
 };
 
 }  // namespace qel::support

@@ -15,13 +15,13 @@ using log::analytics::format::itemsTable;
 inline constexpr const char* sendingDatabaseName = log::analytics::format::sendingDatabase;
 inline constexpr const char* supportDatabaseName = log::analytics::format::supportDatabase;
 
-/// What a client has recorded in one directory: its databases, as far as they are there.
+/// The databases that a client has recorded in one directory; either may be missing.
 struct Recordings {
-  /// Throws `tools::InputError` when there is no such directory, or no database in it, and
-  /// `qel::exception` when none can be read.
+  /// Throws `tools::InputError` if the directory does not exist or has no database, and
+  /// `qel::exception` if no database can be read.
   explicit Recordings(std::filesystem::path place, const ReadOnlyDatabase::Progress& progress = {});
 
-  /// Those that are there, the support database first.
+  /// The databases that exist, the support database first.
   std::vector<ReadOnlyDatabase*> databases();
   std::vector<std::string> remarks() const;
 

@@ -4,17 +4,17 @@
 #include <cstdint>
 #include <map>
 #include <span>
-#include <tuple>
+#include <string>
 #include <utility>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Html.h"
 #include "tools/support/Moment.h"
 
 namespace qel::support {
 namespace {
 
-using html::element;
+using kainjow::mustache::data;
+using kainjow::mustache::object;
 
 struct CommandUse {
   std::int64_t started = 0;
@@ -30,43 +30,30 @@ struct Issue {
   std::string removed;
 };
 
-/// A table's beginning; titles that begin with '#' stand over numbers.
-std::string tableHead(const std::vector<std::string>& titles) {
-  std::string head = "<div class=\"scroll\"><table><thead><tr>";
-  for (const auto& title : titles) {
-    const bool number = title.starts_with('#');
-    head += element("th", number ? title.substr(1) : title, number ? "number" : "");
+/// Template data of the first rows, each converted by `toData`; false if there are no rows.
+template <typename Row, typename ToData>
+data tableOf(const std::vector<Row>& rows, const ToData& toData) {
+  constexpr std::size_t mostRows = 2000;
+  if (rows.empty()) {
+    return false;
   }
-  return head + "</tr></thead><tbody>\n";
+  const auto shown = std::span(rows).first(std::min(rows.size(), mostRows));
+  const auto leftOut = static_cast<std::int64_t>(rows.size() - shown.size());
+  data list(data::type::list);
+  for (const auto& row : shown) {
+    list << toData(row);
+  }
+  data table;
+  table["rows"] = std::move(list);
+  table["leftOut"] = leftOut > 0 ? data(grouped(leftOut)) : data(false);
+  return table;
 }
-
-constexpr std::size_t mostRows = 2000;
-
-template <typename Row>
-std::span<const Row> shown(const std::vector<Row>& rows) {
-  return std::span(rows).first(std::min(rows.size(), mostRows));
-}
-
-/// The end of a table that shows some of `rows`; `what` are the others.
-std::string tableEnd(std::size_t rows, const std::string& what) {
-  const std::string end = "</tbody></table></div>\n";
-  return rows <= mostRows ? end
-                          : end + element("p",
-                                          what + " that are left out: " +
-                                              grouped(static_cast<std::int64_t>(rows - mostRows)) +
-                                              "; \"qel-support show --category\" tells them.",
-                                          "faint");
-}
-
-std::string number(std::int64_t value) { return element("td", grouped(value), "number"); }
-
-std::string time(const std::string& text) { return element("td", readableTime(text), "time"); }
 
 std::vector<Issue> issuesOf(const std::vector<Event>& events) {
   std::vector<Issue> issues;
   using Places = std::map<std::string, std::vector<std::size_t>>;  // by ID, oldest first
   Places open;
-  Places emptied;  // removed with all others; clients may still tell the removal of each
+  Places emptied;  // removed with all others; a client may still report the removal of each
   for (const auto& event : events) {
     if (event.category != "IssueListStorage") {
       continue;
@@ -107,7 +94,7 @@ std::string countOf(const std::vector<Event>& events, const char* name) {
 
 }  // namespace
 
-std::string commandTable(const std::vector<Event>& events) {
+data commandTable(const std::vector<Event>& events) {
   std::map<std::pair<std::string, std::string>, CommandUse> uses;
   for (const auto& event : events) {
     if (event.category == "Command") {
@@ -117,58 +104,49 @@ std::string commandTable(const std::vector<Event>& events) {
       use.cancelled += event.subcategory == "Cancelled" ? 1 : 0;
     }
   }
-  if (uses.empty()) {
-    return element("p", "No commands were recorded.", "faint");
-  }
   std::vector<std::pair<std::pair<std::string, std::string>, CommandUse>> sorted(uses.begin(),
                                                                                  uses.end());
   std::stable_sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
     return left.second.started > right.second.started;
   });
-  std::string table = tableHead({"Command", "ID", "#Started", "#Accepted", "#Cancelled"});
-  for (const auto& [command, use] : shown(sorted)) {
-    table += "<tr>" + element("td", command.first) + element("td", command.second) +
-             number(use.started) + number(use.accepted) + number(use.cancelled) + "</tr>\n";
-  }
-  return table + tableEnd(sorted.size(), "Less used commands");
+  return tableOf(sorted, [](const auto& row) {
+    const auto& [command, use] = row;
+    return object{{"name", command.first},
+                  {"id", command.second},
+                  {"started", grouped(use.started)},
+                  {"accepted", grouped(use.accepted)},
+                  {"cancelled", grouped(use.cancelled)}};
+  });
 }
 
-std::string issueTable(const std::vector<Event>& events) {
-  const auto issues = issuesOf(events);
-  if (issues.empty()) {
-    return element("p", "No issues were added or removed.", "faint");
-  }
-  std::string table =
-      element("p", countOf(events, "Added") + " added, " + countOf(events, "Removed") +
-                       " removed one by one; times that the list was emptied: " +
-                       countOf(events, "RemovedAll") + ".");
-  table += tableHead({"Issue", "Priority", "Added (UTC)", "Removed (UTC)"});
-  for (const auto& issue : shown(issues)) {
-    table += "<tr><td>" + html::content(issue.description) + "<br>" +
-             element("code", issue.id, "faint") + "</td>" + element("td", issue.priority) +
-             time(issue.added.empty() ? "before" : issue.added) +
-             time(issue.removed.empty() ? "not" : issue.removed) + "</tr>\n";
-  }
-  return table + tableEnd(issues.size(), "Later issues");
+data issueTable(const std::vector<Event>& events) {
+  auto table = tableOf(issuesOf(events), [](const Issue& issue) {
+    return object{{"id", issue.id},
+                  {"description", issue.description},
+                  {"priority", issue.priority},
+                  {"added", issue.added.empty() ? "before" : readableTime(issue.added)},
+                  {"removed", issue.removed.empty() ? "not" : readableTime(issue.removed)}};
+  });
+  table.set("added", countOf(events, "Added"));
+  table.set("removed", countOf(events, "Removed"));
+  table.set("emptied", countOf(events, "RemovedAll"));
+  return table;
 }
 
-std::string eventTables(const std::vector<Event>& events) {
-  if (events.empty()) {
-    return element("p", "No records could be read.", "faint");
-  }
+data eventTables(const std::vector<Event>& events) {
   std::map<std::string, std::vector<const Event*>> byCategory;
   for (const auto& event : events) {
     byCategory[event.category].push_back(&event);
   }
-  std::string tables;
+  data tables(data::type::list);
   for (const auto& [category, members] : byCategory) {
-    tables += element("h3", category.empty() ? "(none)" : category);
-    tables += tableHead({"Time (UTC)", "What", "Details"});
-    for (const auto* const event : shown(members)) {
-      tables += "<tr>" + time(event->time) + element("td", titleOf(*event)) +
-                element("td", detailsOf(*event)) + "</tr>\n";
-    }
-    tables += tableEnd(members.size(), "Later records");
+    auto table = tableOf(members, [](const Event* event) {
+      return object{{"time", readableTime(event->time)},
+                    {"what", titleOf(*event)},
+                    {"details", detailsOf(*event)}};
+    });
+    table.set("name", category.empty() ? "(none)" : category);
+    tables << table;
   }
   return tables;
 }

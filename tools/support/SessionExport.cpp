@@ -19,12 +19,12 @@ namespace {
 
 namespace analytics = log::analytics;
 
-/// Writes each list of texts in one transaction.
+/// Writes each list of texts in one transaction and counts the rows.
 class ExportTarget : public analytics::SupportDatabaseClient {
  public:
   ExportTarget() : SupportDatabaseClient({}) {}
 
-  /// How many rows it was given.
+  /// The number of rows passed in so far.
   std::int64_t rows() const { return rows_; }
 
   using SupportDatabaseClient::insertMultiple;
@@ -42,7 +42,8 @@ class ExportTarget : public analytics::SupportDatabaseClient {
   std::int64_t rows_ = 0;
 };
 
-/// A directory that was made if need be, and goes again unless something is put into it.
+/// Creates a directory if it does not exist. The destructor removes a directory that was created
+/// and is still empty.
 class TargetDirectory {
  public:
   explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {
@@ -91,7 +92,7 @@ std::int64_t countRows(const std::filesystem::path& file) {
   return rows;
 }
 
-/// SQL failures are silent, so what was written is looked at.
+/// The exporter does not report SQL failures, so the written rows are counted afterwards.
 std::int64_t writeInto(const std::filesystem::path& directory, const Session& session) {
   const auto source = std::make_shared<SessionSource>(session);
   auto target = std::make_shared<ExportTarget>();

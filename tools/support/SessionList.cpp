@@ -22,7 +22,7 @@ struct Record {
   std::string session, time, category, subcategory;
 };
 
-/// Nothing when the row tells no session, or not in the way that clients look for.
+/// Empty if the row has no session ID, or not in the form that clients search for.
 std::optional<Record> recordOf(std::string_view text) {
   auto [verdict, columns] = tools::readRow(text);
   auto& [session, installation, time, category, subcategory, event] = columns;
@@ -69,7 +69,7 @@ SessionsById sessionsIn(ReadOnlyDatabase& database) {
   return sessions;
 }
 
-/// In the form that clients write; nothing for what is no GUID.
+/// The ID in the form that clients write; empty if it is no GUID.
 std::optional<std::string> normalized(const std::string& id) {
   try {
     return qel::Guid::parse(id).toString(false);

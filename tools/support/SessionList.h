@@ -8,37 +8,38 @@
 
 namespace qel::support {
 
-/// One run of the host program, as a database tells of it.
+/// One run of the host program, as a database has recorded it.
 struct Session {
-  /// `Unknown`: it still runs, or nothing was recorded of its end.
+  /// `Unknown`: the program still runs, or its end was not recorded.
   enum class End { Unknown, Stopped, Crashed };
 
   std::string id;
-  std::string first;  ///< time of its earliest record
-  std::string last;   ///< and of its latest
+  std::string first;  ///< time of the earliest record
+  std::string last;   ///< time of the latest record
   std::int64_t events = 0;
   std::int64_t environments = 0;
   std::int64_t crashes = 0;
   End end = End::Unknown;
-  ReadOnlyDatabase* database = nullptr;  ///< where its rows are read from
+  ReadOnlyDatabase* database = nullptr;  ///< the one that its rows are read from
 
   std::int64_t lengthInMs() const;
 };
 
 const char* nameOf(Session::End end);
 
-/// Calls `take` with ID and text of each record of the session that the table has. It returns
-/// false where the text is not what a client stores, as for `ReadOnlyDatabase::RowReader`.
+/// Calls `take` with ID and text of each record of the session in the table. `take` returns false
+/// if the text is not what a client stores.
 void forEachRecord(const Session& session, const char* table,
                    const ReadOnlyDatabase::RowReader& take);
 
-/// All sessions, by the time of their first records. The database that holds more of a session
-/// tells of it, the support database where both hold the same: the sending database has only what
-/// has not been sent, the other one only what may be copied, and either may be damaged.
+/// All sessions, in the order of their first records. A session is read from the database that
+/// holds more of its records, or from the support database if both hold the same number. The
+/// sending database holds only what has not been sent, the support database only what may be
+/// copied, and either may be damaged.
 std::vector<Session> listSessions(Recordings& recordings);
 
-/// The session of this ID (a GUID in any form), or the last one of the list for "last". Throws
-/// `tools::InputError` when there is none.
+/// The session with this ID (a GUID in any form), or the last session of the list for "last".
+/// Throws `tools::InputError` if there is none.
 Session findSession(Recordings& recordings, const std::string& idOrLast);
 
 }  // namespace qel::support

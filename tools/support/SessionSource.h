@@ -5,11 +5,10 @@
 
 namespace qel::support {
 
-/// One session of a database that is only read, as the exporter takes it. Operations that write do
-/// nothing.
+/// Gives the exporter the rows of one session. Operations that write do nothing.
 class SessionSource : public log::analytics::CipDatabaseClientInterface {
  public:
-  /// The session and its database outlive this object.
+  /// The session and its database must outlive this object.
   explicit SessionSource(const Session& session) : session_(session) {}
 
   std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;

@@ -31,7 +31,7 @@ std::vector<std::filesystem::path> filesSetAside(const std::filesystem::path& di
   return files;
 }
 
-/// Takes one database's rows in.
+/// Counts the rows of databases and collects their markers.
 class Counter {
  public:
   explicit Counter(std::map<std::string, Marker>& markers) : markers_(markers) {}
@@ -81,7 +81,7 @@ class Counter {
   }
 
   std::map<std::string, Marker>& markers_;
-  std::set<std::string, std::less<>> seen_;  ///< since both databases may hold the same one
+  std::set<std::string, std::less<>> seen_;  ///< markers; both databases may hold the same one
 };
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 namespace qel::support {
 
-/// What one database file holds.
+/// The content of one database file.
 struct FileStatistics {
   std::string name;
   std::uintmax_t bytes = 0;
@@ -22,15 +22,15 @@ struct FileStatistics {
   std::string newest;
 };
 
-/// Rows that the server has not accepted yet, and the uploads that they make.
+/// The pending rows, which the server has not accepted yet, and the packages that they make.
 struct WaitingRows {
   std::int64_t rows = 0;
   std::int64_t bytes = 0;
   std::int64_t packages = 0;
-  bool complete = true;  ///< otherwise there may be more, which cannot be read
+  bool complete = true;  ///< otherwise there may be more rows, which cannot be read
 };
 
-/// A record in which the client tells of its own trouble.
+/// A record in which the client reports a failure of its own.
 struct Marker {
   std::int64_t count = 0;
   std::string first;
@@ -40,13 +40,13 @@ struct Marker {
 
 struct Statistics {
   std::vector<FileStatistics> files;
-  std::optional<WaitingRows> waiting;        ///< nothing where no sending database can be read
+  std::optional<WaitingRows> waiting;        ///< empty if no sending database can be read
   std::map<std::string, Marker> markers;     ///< by "Area / Severity"
   std::vector<std::filesystem::path> aside;  ///< corrupt files that the client set aside
   std::vector<std::string> warnings;         ///< what could not be read
 };
 
-/// Counts the uploads of one table: a package takes rows until their texts reach a million bytes.
+/// Counts the packages of one table: a package takes rows until their texts reach a million bytes.
 class PackageCount {
  public:
   void add(std::size_t bytesOfRow);
@@ -54,12 +54,12 @@ class PackageCount {
 
  private:
   std::int64_t packages_ = 0;
-  std::size_t size_ = sizeLimit;  ///< of the package that is being filled
+  std::size_t size_ = sizeLimit;  ///< of the current package
 
   static constexpr std::size_t sizeLimit = 1'000'000;
 };
 
-/// What such a record means for whoever looks for lost events.
+/// What a marker means for the loss of events.
 std::string_view meaningOf(const std::string& marker);
 
 Statistics gatherStatistics(Recordings& recordings);

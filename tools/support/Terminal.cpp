@@ -1,6 +1,7 @@
 #include "tools/support/Terminal.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <iostream>
 #include <utility>
@@ -37,25 +38,11 @@ Terminal Terminal::ofStandardOutput() {
 }
 
 std::string Terminal::styled(const std::string& text, Style style) const {
+  constexpr std::array<const char*, 5> codes{"0", "1", "2", "32", "1;31"};  // by style
   if (!colours || style == Style::Plain) {
     return text;
   }
-  const char* code = "1";
-  switch (style) {
-    case Style::Faint:
-      code = "2";
-      break;
-    case Style::Good:
-      code = "32";
-      break;
-    case Style::Bad:
-      code = "1;31";
-      break;
-    case Style::Heading:
-    case Style::Plain:
-      break;
-  }
-  return "\033[" + std::string(code) + 'm' + text + "\033[0m";
+  return "\033[" + std::string(codes[static_cast<std::size_t>(style)]) + 'm' + text + "\033[0m";
 }
 
 ProgressBar::ProgressBar(std::string label)

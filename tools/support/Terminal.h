@@ -9,18 +9,19 @@ namespace qel::support {
 
 enum class Style { Plain, Heading, Faint, Good, Bad };
 
-/// What standard output leads to.
+/// The properties of standard output that matter for printing.
 struct Terminal {
-  /// Asks the environment: COLUMNS sets the width anywhere, NO_COLOR keeps colours away.
+  /// Reads the environment, too: COLUMNS sets the width, NO_COLOR switches colours off.
   static Terminal ofStandardOutput();
 
   std::string styled(const std::string& text, Style style) const;
 
-  std::optional<std::size_t> width;  ///< none: lines may be of any length
+  std::optional<std::size_t> width;  ///< empty: lines may have any length
   bool colours = false;
 };
 
-/// A bar on standard error for what takes longer than a moment; none where that is no terminal.
+/// A progress bar on standard error. It appears only on a terminal and only for work
+/// that takes longer than a moment.
 class ProgressBar {
  public:
   explicit ProgressBar(std::string label);
@@ -41,9 +42,9 @@ class ProgressBar {
   int shownPercent_ = -1;
 };
 
-/// Whether there is somebody at a terminal to ask.
+/// Whether standard input and standard error are a terminal, so that a question can be answered.
 bool canAsk();
-/// Asks on the terminal for a "yes".
+/// Asks the question on the terminal. True if the answer is "y" or "yes".
 bool confirmed(const std::string& question);
 
 }  // namespace qel::support

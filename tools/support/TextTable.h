@@ -8,8 +8,8 @@
 
 namespace qel::support {
 
-/// A table that fits the terminal: a column that may be wrapped gives way first; where that is not
-/// enough, every row becomes a block of lines, one for each cell.
+/// A table that fits the terminal. Wrapped columns become narrower first. If that is not enough,
+/// every row becomes a block with a line for each cell.
 class TextTable {
  public:
   struct Column {
@@ -18,7 +18,7 @@ class TextTable {
     std::string title;
     Kind kind = Kind::Left;
   };
-  /// Its text may come from a database: it is made printable.
+  /// Makes its text printable, because it may come from a database.
   struct Cell {
     Cell(const std::string& content, Style look = Style::Plain);
     Cell(const char* content, Style look = Style::Plain) : Cell(std::string(content), look) {}
@@ -29,7 +29,7 @@ class TextTable {
 
   explicit TextTable(std::vector<Column> columns);
 
-  /// As many cells as there are columns.
+  /// The row must have a cell for each column.
   void add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
   void print(std::ostream& output, const Terminal& terminal) const;
 

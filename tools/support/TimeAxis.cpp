@@ -5,12 +5,12 @@
 #include <chrono>
 #include <cstdio>
 
-#include "tools/support/Svg.h"
+#include "tools/support/DisplayText.h"
 
 namespace qel::support {
 namespace {
 
-/// Distances that people count in, in seconds.
+/// Distances between two marks that are easy to read, in seconds.
 constexpr std::array<std::int64_t, 17> steps{1,   2,   5,    10,   15,   30,    60,    120,  300,
                                              600, 900, 1800, 3600, 7200, 14400, 43200, 86400};
 
@@ -23,7 +23,7 @@ std::int64_t stepFor(std::int64_t milliseconds) {
   return (found == steps.end() ? steps.back() * days : *found) * 1000;
 }
 
-/// The date at midnight, otherwise the clock's time.
+/// The date at midnight, otherwise the time of day.
 std::string markOf(std::int64_t milliseconds, bool withSeconds) {
   const std::chrono::sys_time<std::chrono::milliseconds> time{
       std::chrono::milliseconds(milliseconds)};
@@ -53,12 +53,13 @@ double TimeAxis::x(std::int64_t ms) const {
   return left + std::clamp(part, 0.0, 1.0) * (right - left);
 }
 
-std::string TimeAxis::grid(double top, double bottom) const {
+kainjow::mustache::data TimeAxis::marks() const {
+  using kainjow::mustache::data;
   const auto step = stepFor(last_ - first_);
-  std::string marks;
+  data marks(data::type::list);
   for (auto time = (first_ + step - 1) / step * step; time <= last_; time += step) {
-    marks += svg::line("grid", x(time), x(time), top, bottom);
-    marks += svg::label("mark", x(time), bottom + 16, markOf(time, step < 60'000));
+    marks << kainjow::mustache::object{{"x", oneDecimal(x(time))},
+                                       {"text", markOf(time, step < 60'000)}};
   }
   return marks;
 }

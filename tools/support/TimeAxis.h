@@ -1,23 +1,24 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+
+#include <kainjow/mustache.hpp>
 
 namespace qel::support {
 
-/// The session's time from left to right, shared by all drawings of a page.
+/// The horizontal axis of all drawings of a page: the session's time.
 class TimeAxis {
  public:
-  static constexpr double width = 960;  ///< of a drawing, in its own units
-  static constexpr double left = 180;   ///< where the session begins
+  static constexpr double width = 960;  ///< of a drawing, in SVG units
+  static constexpr double left = 180;   ///< position of the session's beginning
   static constexpr double right = width - 36;
 
   TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
 
   double x(std::int64_t ms) const;
-  /// Lines with clock times, at midnight with dates (SVG), for a drawing that is used between two
-  /// heights.
-  std::string grid(double top, double bottom) const;
+  /// Template data of the grid: a list of "x" and "text", which is a time of day, or the date at
+  /// midnight.
+  kainjow::mustache::data marks() const;
 
  private:
   const std::int64_t first_;

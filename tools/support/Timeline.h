@@ -7,17 +7,18 @@
 
 namespace qel::support {
 
-/// Which of a session's records are wanted.
+/// Selects records of a session.
 struct TimelineFilter {
-  std::string category;  ///< in any case; empty: all
+  std::string category;  ///< compared without regard to case; empty: all categories
   std::string since;     ///< the beginning of a record's time; empty: from the start
 };
 
-/// Throws `tools::InputError` unless `text` is a time, or the beginning of one, in UTC:
-/// "2026-11-21", "2026-11-21 09:30", "2026-11-21T09:30:05.123Z". Returns it in a record's form.
+/// Converts a time in UTC, or the beginning of one, to the form of a record's time. Examples:
+/// "2026-11-21", "2026-11-21 09:30", "2026-11-21T09:30:05.123Z". Throws `tools::InputError` for any
+/// other text.
 std::string readSince(const std::string& text);
 
-/// A session, and those of its records that are wanted.
+/// A session and the records that a filter has selected.
 struct Timeline {
   Session session;
   std::vector<Event> events;

@@ -7,10 +7,10 @@
 
 namespace qel::support {
 
-/// The session's head and a line for each record.
+/// Prints a heading for the session and a line for each record.
 void print(const Timeline& timeline, std::ostream& output, const Terminal& terminal);
 
-/// The records as they are stored, one JSON array.
+/// Prints the stored records as one JSON array.
 void printJson(const Timeline& timeline, std::ostream& output);
 
 }  // namespace qel::support

@@ -27,7 +27,7 @@ namespace {
 
 constexpr const char* programName = "qel-support";
 
-/// What the user gave the command; empty or false where it was not given.
+/// The command's arguments; empty or false where the user gave none.
 struct Arguments {
   std::string directory;
   std::string session;
@@ -43,7 +43,7 @@ std::filesystem::path directoryOf(const Arguments& arguments) {
   return utilities::pathFromUtf8(arguments.directory);
 }
 
-/// A directory's databases, with a progress bar while they are read.
+/// A directory's databases, with a progress bar during the reading.
 struct Reading {
   explicit Reading(const Arguments& arguments)
       : recordings(directoryOf(arguments), [this](double part) { bar->show(part); }) {}
@@ -52,7 +52,7 @@ struct Reading {
   Reading(const Reading&) = delete;
   Reading& operator=(const Reading&) = delete;
 
-  /// No more is read: the bar goes, and what could not be read is told.
+  /// Removes the bar and prints warnings about what could not be read.
   void end() {
     if (!bar) {
       return;
@@ -67,41 +67,29 @@ struct Reading {
   Recordings recordings;
 };
 
-int showSessions(const Arguments& arguments) {
+/// Prints what `read` finds in the databases.
+template <typename Read>
+int show(const Arguments& arguments, const Read& read) {
   Reading reading(arguments);
-  const auto sessions = listSessions(reading.recordings);
+  const auto found = read(reading.recordings);
   reading.end();
   if (arguments.json) {
-    printJson(sessions, std::cout);
+    printJson(found, std::cout);
   } else {
-    print(sessions, std::cout, Terminal::ofStandardOutput());
+    print(found, std::cout, Terminal::ofStandardOutput());
   }
   return 0;
 }
+
+int showSessions(const Arguments& arguments) { return show(arguments, listSessions); }
+
+int showStatistics(const Arguments& arguments) { return show(arguments, gatherStatistics); }
 
 int showSession(const Arguments& arguments) {
   const TimelineFilter filter{arguments.category, readSince(arguments.since)};
-  Reading reading(arguments);
-  const auto timeline = timelineOf(findSession(reading.recordings, arguments.session), filter);
-  reading.end();
-  if (arguments.json) {
-    printJson(timeline, std::cout);
-  } else {
-    print(timeline, std::cout, Terminal::ofStandardOutput());
-  }
-  return 0;
-}
-
-int showStatistics(const Arguments& arguments) {
-  Reading reading(arguments);
-  const auto statistics = gatherStatistics(reading.recordings);
-  reading.end();
-  if (arguments.json) {
-    printJson(statistics, std::cout);
-  } else {
-    print(statistics, std::cout, Terminal::ofStandardOutput());
-  }
-  return 0;
+  return show(arguments, [&](Recordings& recordings) {
+    return timelineOf(findSession(recordings, arguments.session), filter);
+  });
 }
 
 int exportOne(const Arguments& arguments) {
@@ -130,75 +118,94 @@ int removeAll(const Arguments& arguments) {
   return purge(directoryOf(arguments), arguments.yes, std::cout) ? 0 : 1;
 }
 
-int run(int count, const char* const* values) {
-  CLI::App program("Reads what an analytics client has recorded in the directory DIR.",
-                   programName);
-  program.require_subcommand(1);
-  Arguments arguments;
-  int (*chosen)(const Arguments&) = nullptr;
-  const auto addCommand = [&](const char* name, const char* summary, auto action) {
-    auto* command = program.add_subcommand(name, summary);
-    command->callback([&chosen, action] { chosen = action; });
-    command->add_option("DIR", arguments.directory, "directory of the databases")
-        ->type_name("")
-        ->required();
-    return command;
-  };
-  const auto addSession = [&](CLI::App* command) {
-    command->add_option("--session", arguments.session, "which session")
-        ->type_name("ID|last")
-        ->required();
-  };
-  const auto addJson = [&](CLI::App* command) {
-    command->add_flag("--json", arguments.json, "prints JSON, for scripts");
-  };
+/// The program's commands with their options.
+class CommandLine {
+ public:
+  CommandLine() {
+    program_.require_subcommand(1);
+    addReadingCommands();
+    addWritingCommands();
+    // Set last, because new commands inherit it.
+    program_.footer("\"qel-support COMMAND --help\" lists a command's options.");
+  }
 
-  addJson(addCommand("sessions", "Lists the sessions that a directory's databases tell of.",
-                     showSessions));
-  auto* show = addCommand("show", "Tells what happened in a session.", showSession);
-  addSession(show);
-  show->add_option("--category", arguments.category, "only records of this category")
-      ->type_name("NAME");
-  show->add_option("--since", arguments.since,
-                   "only from then on, such as \"2026-11-21 09:30\" (UTC)")
-      ->type_name("TIME");
-  addJson(show);
-  addJson(addCommand(
-      "stats",
-      "Tells what the databases hold, what waits to be sent and whether anything was lost.",
-      showStatistics));
-  auto* exporting = addCommand("export", "Copies a session into a database of its own.", exportOne);
-  addSession(exporting);
-  exporting->add_option("--to", arguments.to, "directory of the new SupportDatabase.db")
-      ->type_name("DIR")
-      ->required();
-  auto* reporting = addCommand("report", "Writes a page (HTML) about a session.", report);
-  addSession(reporting);
-  reporting->add_option("--output", arguments.output, "the new file")
-      ->type_name("FILE")
-      ->required();
-  addCommand("purge",
-             "Removes everything recorded: databases, journals, files set aside, logs of "
-             "qel-sample-host.",
-             removeAll)
-      ->add_flag("--yes", arguments.yes, "does not ask");
-  program.footer("\"qel-support COMMAND --help\" lists a command's options.");
-  return tools::readCommandLine(program, count, values) ? chosen(arguments) : 0;
-}
+  /// Runs the command that the arguments name. Returns the program's exit status.
+  int run(int count, const char* const* values) {
+    return tools::readCommandLine(program_, count, values) ? chosen_(arguments_) : 0;
+  }
+
+ private:
+  using Action = int (*)(const Arguments&);
+
+  void addReadingCommands() {
+    addJson(add("sessions", "Lists the sessions in a directory's databases.", showSessions));
+    auto* const show = add("show", "Shows what happened in a session.", showSession);
+    addSession(show);
+    addOption(show, "--category", arguments_.category, "only records of this category", "NAME");
+    addOption(show, "--since", arguments_.since,
+              "only from then on, such as \"2026-11-21 09:30\" (UTC)", "TIME");
+    addJson(show);
+    addJson(add("stats",
+                "Shows what the databases hold, what waits to be sent and whether anything was "
+                "lost.",
+                showStatistics));
+  }
+
+  void addWritingCommands() {
+    auto* const exporting =
+        add("export", "Copies a session into a database of its own.", exportOne);
+    addSession(exporting);
+    addOption(exporting, "--to", arguments_.to, "directory of the new SupportDatabase.db", "DIR")
+        ->required();
+    auto* const reporting = add("report", "Writes a page (HTML) about a session.", report);
+    addSession(reporting);
+    addOption(reporting, "--output", arguments_.output, "the new file", "FILE")->required();
+    add("purge",
+        "Removes everything recorded: databases, journals, files set aside, logs of "
+        "qel-sample-host.",
+        removeAll)
+        ->add_flag("--yes", arguments_.yes, "does not ask");
+  }
+
+  CLI::App* add(const char* name, const char* summary, Action action) {
+    auto* const command = program_.add_subcommand(name, summary);
+    command->callback([this, action] { chosen_ = action; });
+    addOption(command, "DIR", arguments_.directory, "directory of the databases", "")->required();
+    return command;
+  }
+
+  void addSession(CLI::App* command) {
+    addOption(command, "--session", arguments_.session, "which session", "ID|last")->required();
+  }
+
+  void addJson(CLI::App* command) {
+    command->add_flag("--json", arguments_.json, "prints JSON, for scripts");
+  }
+
+  static CLI::Option* addOption(CLI::App* command, const char* name, std::string& value,
+                                const char* meaning, const char* placeholder) {
+    return command->add_option(name, value, meaning)->type_name(placeholder);
+  }
+
+  CLI::App program_{"Reads what an analytics client has recorded in the directory DIR.",
+                    programName};
+  Arguments arguments_;
+  Action chosen_ = nullptr;
+};
 
 }  // namespace
 }  // namespace qel::support
 
 int main(int count, char** values) {
   using namespace qel;
-  // What customers recorded is for the owner's eyes alone.
+  // Only the owner may read what customers have recorded.
   ::umask(S_IRWXG | S_IRWXO);
-  // Failures are told in this program's own words.
+  // This program reports failures itself.
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);
   return tools::runProgram(support::programName, [&] {
-    const int status = support::run(count, values);
+    const int status = support::CommandLine().run(count, values);
     if (!std::cout.flush()) {
       throw exception("cannot write to standard output");
     }
