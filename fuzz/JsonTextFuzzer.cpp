@@ -1,5 +1,6 @@
-// Whatever texts an object is built of, it parses strictly and reads back.
+// An object of any texts parses strictly and reads back as it was built.
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -31,32 +32,38 @@ struct Made {
 
 Made madeOf(FuzzedDataProvider& input);
 
-void addStringMap(FuzzedDataProvider& input, const std::string& key, Made& made) {
+/// Each returns what the member that it adds has to read back as.
+Expected addStringMap(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
   std::map<std::string, std::string> values;
   while (input.ConsumeBool()) {
     auto name = input.ConsumeRandomLengthString();
     values[std::move(name)] = input.ConsumeRandomLengthString();
   }
-  made.object.addStringMap(key, values);
+  object.addStringMap(key, values);
   auto expected = Expected::object();
   for (const auto& [name, value] : values) {
     expected.emplace(repaired(name), repaired(value));  // the first one stays
   }
-  made.expected[repaired(key)] = std::move(expected);
+  return expected;
 }
 
-void addStringVector(FuzzedDataProvider& input, const std::string& key, Made& made) {
+Expected addStringVector(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
   std::vector<std::string> values;
   auto expected = Expected::array();
   while (input.ConsumeBool()) {
-    values.push_back(input.ConsumeRandomLengthString());
-    expected.push_back(repaired(values.back()));
+    expected.push_back(repaired(values.emplace_back(input.ConsumeRandomLengthString())));
   }
-  made.object.addStringVector(key, values);
-  made.expected[repaired(key)] = std::move(expected);
+  object.addStringVector(key, values);
+  return expected;
 }
 
-void addObjectVector(FuzzedDataProvider& input, const std::string& key, Made& made) {
+Expected addObject(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
+  auto value = madeOf(input);
+  object.addJsonObject(key, value.object);
+  return std::move(value.expected);
+}
+
+Expected addObjectVector(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
   std::vector<JsonObject> values;
   auto expected = Expected::array();
   while (input.ConsumeBool()) {
@@ -64,54 +71,39 @@ void addObjectVector(FuzzedDataProvider& input, const std::string& key, Made& ma
     values.push_back(std::move(element.object));
     expected.push_back(std::move(element.expected));
   }
-  made.object.addJsonObjectVector(key, values);
-  made.expected[repaired(key)] = std::move(expected);
+  object.addJsonObjectVector(key, values);
+  return expected;
 }
 
-void addScalar(FuzzedDataProvider& input, const std::string& key, Made& made) {
+Expected addScalar(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
   if (input.ConsumeBool()) {
     const bool value = input.ConsumeBool();
-    made.object.addBool(key, value);
-    made.expected[repaired(key)] = value;
-    return;
+    object.addBool(key, value);
+    return value;
   }
   const auto value = std::bit_cast<double>(input.ConsumeIntegral<std::uint64_t>());
-  made.object.addDouble(key, value);
-  made.expected[repaired(key)] = std::isfinite(value) ? Expected(value) : Expected();
+  object.addDouble(key, value);
+  return std::isfinite(value) ? Expected(value) : Expected();
+}
+
+Expected addString(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
+  const auto value = input.ConsumeRandomLengthString();
+  object.addString(key, value);
+  return repaired(value);
 }
 
 /// Ends an object when the input says so or has ended.
 Made madeOf(FuzzedDataProvider& input) {
+  constexpr std::array adders{addScalar,       addStringMap, addStringVector,
+                              addObjectVector, addObject,    addString};
   Made made;
   while (input.remaining_bytes() > 0) {
     const auto key = input.ConsumeRandomLengthString();
-    switch (input.ConsumeIntegralInRange(0, 6)) {
-      case 0:
-        return made;
-      case 1:
-        addScalar(input, key, made);
-        break;
-      case 2:
-        addStringMap(input, key, made);
-        break;
-      case 3:
-        addStringVector(input, key, made);
-        break;
-      case 4:
-        addObjectVector(input, key, made);
-        break;
-      case 5: {
-        auto [object, expected] = madeOf(input);
-        made.object.addJsonObject(key, object);
-        made.expected[repaired(key)] = std::move(expected);
-        break;
-      }
-      default: {
-        const auto value = input.ConsumeRandomLengthString();
-        made.object.addString(key, value);
-        made.expected[repaired(key)] = repaired(value);
-      }
+    const auto kind = input.ConsumeIntegralInRange<std::size_t>(0, adders.size());
+    if (kind == 0) {
+      break;
     }
+    made.expected[repaired(key)] = adders.at(kind - 1)(input, key, made.object);
   }
   return made;
 }

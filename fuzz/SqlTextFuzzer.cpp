@@ -1,4 +1,4 @@
-// Whatever a row holds, it is stored as it is, and nothing else in the database changes.
+// Any text is stored as it is, and nothing else in the database changes.
 
 #include <cstdint>
 #include <map>
@@ -16,15 +16,15 @@ namespace {
 using fuzz::check;
 using Rows = std::map<int, std::string>;
 
-/// A database file with an empty table and one that stays as it is.
+/// A database file with an empty table and one whose row must not change.
 class Database {
  public:
   Database() {
     adapter_.addTableIfNotExists("Items");
     adapter_.addTableIfNotExists("Environments");
     adapter_.insert("stays", "Environments");
-    shape_ = shape();
-    check(!shape_.empty(), "the tables are there");
+    schema_ = schema();
+    check(!schema_.empty(), "the tables are there");
   }
 
   void checkStoring(const std::string& text) {
@@ -34,20 +34,20 @@ class Database {
     check(adapter_.getAll("Items") == (isRefused ? Rows{} : Rows{{1, text}}),
           "a row is stored as it is");
     check(adapter_.getAll("Environments") == Rows{{1, "stays"}}, "the other table stays");
-    check(shape() == shape_, "no table comes or goes");
+    check(schema() == schema_, "the tables stay the same");
     if (!isRefused) {
       adapter_.deleteByIds({1}, "Items");
     }
   }
 
  private:
-  db::sql::Result::Rows shape() { return file_->selectAll("sqlite_schema").result(); }
+  db::sql::Result::Rows schema() { return file_->selectAll("sqlite_schema").result(); }
 
   test::TemporaryDirectory directory_;
   std::shared_ptr<db::sql::SqlDatabaseInterface> file_ =
       std::make_shared<db::sql::SqlDatabaseAdapter>(directory_.path() / "Fuzz.db");
   DatabaseAdapter adapter_{file_};
-  db::sql::Result::Rows shape_;
+  db::sql::Result::Rows schema_;
 };
 
 }  // namespace

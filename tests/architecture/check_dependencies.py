@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that every library which CMake looks for is declared for Debian, vcpkg and Conan too. Takes the repository's
+"""Checks that each library that CMake looks for is declared for Debian, vcpkg and Conan too. Takes the repository's
 root."""
 import json
 import pathlib
@@ -8,7 +8,7 @@ import sys
 
 root = pathlib.Path(sys.argv[1])
 
-# What CMake looks for, and what Debian, vcpkg and Conan call it. None: not for that one to bring.
+# What CMake looks for, and its names in Debian, vcpkg and Conan. None: not declared there.
 NAMES = {
     "benchmark": ("libbenchmark-dev", "benchmark", None),
     "Boost": ("libboost-dev", "boost-uuid", "boost"),
@@ -27,20 +27,15 @@ NAMES = {
     "Threads": (None, None, None),
 }
 
-
-def names_in_manifest(manifest):
-    entries = manifest["dependencies"] + [entry for feature in manifest["features"].values()
-                                          for entry in feature["dependencies"]]
-    return {entry if isinstance(entry, str) else entry["name"] for entry in entries} - {manifest["name"]}
-
-
 recipe = (root / "conanfile.py").read_text(encoding="utf-8")
 compile(recipe, "conanfile.py", "exec")
-declared = (
-    set(re.sub(r"#.*", "", (root / "cmake/set-up.sh").read_text(encoding="utf-8").split("\n)\n")[0]).split()),
-    names_in_manifest(json.loads((root / "vcpkg.json").read_text(encoding="utf-8"))),
-    set(re.findall(r'self\.requires\("([^/]+)/', recipe)),
-)
+manifest = json.loads((root / "vcpkg.json").read_text(encoding="utf-8"))
+entries = sum((feature["dependencies"] for feature in manifest["features"].values()), manifest["dependencies"])
+declared = {
+    "cmake/set-up.sh": set(re.sub("#.*", "", (root / "cmake/set-up.sh").read_text().split("\n)\n")[0]).split()),
+    "vcpkg.json": {entry if isinstance(entry, str) else entry["name"] for entry in entries} - {manifest["name"]},
+    "conanfile.py": set(re.findall(r'self\.requires\("([^/]+)/', recipe)),
+}
 lists = [path for folder in ("cmake", "host", "Core", "Application", "tools", "tests", "benchmarks", "fuzz")
          for path in (root / folder).rglob("*") if path.name == "CMakeLists.txt" or path.suffix == ".cmake"]
 looked_for = {name for path in lists if "consumer" not in path.parts
@@ -49,10 +44,10 @@ looked_for = {name for path in lists if "consumer" not in path.parts
 
 complaints = [f"CMake looks for {name}, which the table here does not know" for name in looked_for - NAMES.keys()]
 complaints += [f"nothing looks for {name} any longer" for name in NAMES.keys() - looked_for]
-for place, known, theirs in zip(("cmake/set-up.sh", "vcpkg.json", "conanfile.py"), declared, zip(*NAMES.values())):
-    wanted = {name for name in theirs if name}
+for (place, known), theirs in zip(declared.items(), zip(*NAMES.values())):
+    wanted = set(theirs) - {None}
     complaints += [f"{place} lacks {name}" for name in sorted(wanted - known)]
-    if place != "cmake/set-up.sh":  # where programs are declared as well
+    if place != "cmake/set-up.sh":  # which declares programs as well
         complaints += [f"{place} has {name}, which nothing looks for" for name in sorted(known - wanted)]
 print("\n".join(complaints) or f"{len(looked_for)} packages are declared everywhere")
 sys.exit(1 if complaints else 0)
