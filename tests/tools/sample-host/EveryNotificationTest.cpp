@@ -1,11 +1,8 @@
-// Plays every notification there is with the program itself.
-
 #include <gmock/gmock.h>
 
-#include "tests/support/Files.h"
-#include "tests/support/Process.h"
 #include "tests/support/Query.h"
 #include "tests/support/StoredEvent.h"
+#include "tests/tools/CommandTest.h"
 #include "tools/sample-host/NotificationTable.h"
 
 namespace qel::samplehost {
@@ -13,38 +10,35 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::filesystem::path everything = QEL_SOURCE_DIR "/tests/tools/sample-host/everything.jsonl";
-const std::filesystem::path workingDay = QEL_SOURCE_DIR "/samples/session.jsonl";
+class EveryNotificationTest : public test::CommandTest {};
 
-TEST(EveryNotificationTest, IsStoredAsExpectedWithEveryEnumerator) {
-  const test::TemporaryDirectory directory;
-  test::Process program(QEL_SAMPLE_HOST " --no-sending --directory " + directory.text() +
-                        " --session " + everything.string());
-  program.readUntil(EOF);
-  EXPECT_EQ(program.join(), 0) << program.errors();
+TEST_F(EveryNotificationTest, IsStoredAsExpectedWithEveryEnumerator) {
+  const auto played =
+      run("qel-sample-host --no-sending --directory $DIR"
+          " --session $TESTS/sample-host/everything.jsonl");
+  EXPECT_EQ(played.status, 0);
+  EXPECT_THAT(played.errors, HasSubstr("IssueListStorageListener::issuesRemoved"));
   std::string stored;
-  for (const auto& item : test::query(directory.path() / "SupportDatabase.db",
+  for (const auto& item : test::query(file("SupportDatabase.db"),
                                       "SELECT json FROM Items WHERE json_extract(json, "
                                       "'$.Category') <> 'MemoryUsage' ORDER BY ID")) {
     stored += test::summaryOf(item) + '\n';
   }
-  auto expected = everything;
-  EXPECT_EQ(stored, test::contentOf(expected.replace_extension("items")));
-  EXPECT_THAT(program.errors(), HasSubstr("IssueListStorageListener::issuesRemoved"));
+  EXPECT_EQ(stored, test::contentOf(QEL_TOOLS_TESTS "/sample-host/everything.items"));
 }
 
-TEST(EveryNotificationTest, IsInTheSampleSession) {
-  for (const auto& script : {everything, workingDay}) {
-    const auto text = test::contentOf(script);
+TEST_F(EveryNotificationTest, IsInBothSessionScripts) {
+  for (const auto* const name : {"/sample-host/everything.jsonl", "/../../samples/session.jsonl"}) {
+    SCOPED_TRACE(name);
+    const auto script = test::contentOf(QEL_TOOLS_TESTS + std::string(name));
     for (const auto notifications :
          {applicationNotifications(), projectNotifications(), issueNotifications()}) {
       for (const auto& notification : notifications) {
-        EXPECT_THAT(text, HasSubstr("{\"notify\": \"" + std::string(notification.name) + "\""))
-            << script;
+        EXPECT_THAT(script, HasSubstr("{\"notify\": \"" + std::string(notification.name) + "\""));
       }
     }
-    std::istringstream stream(text);
-    EXPECT_NO_THROW(readSessionScript(stream, script.string()));
+    std::istringstream stream(script);
+    EXPECT_NO_THROW(readSessionScript(stream, name));
   }
 }
 
