@@ -1,10 +1,22 @@
-#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "tests/support/Query.h"
+#include "tests/support/StoredEvent.h"
 #include "tests/tools/CommandTest.h"
 
 namespace qel::samplehost {
 namespace {
 
 class SessionTest : public test::CommandTest {};
+
+TEST_F(SessionTest, StoresEveryNotificationWithEveryEnumerator) {
+  expectTranscript("sample-host/notifications.txt");
+  std::string stored;
+  for (const auto& item : test::query(file("SupportDatabase.db"),
+                                      "SELECT json FROM Items WHERE json_extract(json, "
+                                      "'$.Category') <> 'MemoryUsage' ORDER BY ID")) {
+    stored += test::summaryOf(item) + '\n';
+  }
+  EXPECT_EQ(stored, test::contentOf(QEL_TOOLS_TESTS "/sample-host/everything.items"));
+}
 
 TEST_F(SessionTest, SaysWhyItCannotBegin) {
   expectTranscript("sample-host/options.txt");
@@ -27,7 +39,7 @@ TEST_F(SessionTest, LeavesADirectoryInUseToItsUser) {
   };
   const auto before = rows();
   EXPECT_NE(before.find("INSERT INTO Items"), std::string::npos);
-  const qel::db::sql::SqlDatabaseAdapter user(file("ItemDatabase.db"));
+  const db::sql::SqlDatabaseAdapter user(file("ItemDatabase.db"));
   const auto second = run(playing);
   EXPECT_EQ(second.status, 1);
   EXPECT_EQ(second.errors,
