@@ -9,6 +9,7 @@ import pathlib
 import re
 import sys
 
+root = pathlib.Path(sys.argv[1])
 INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.MULTILINE)
 STANDARD_HEADER = re.compile(r"^[a-z_]+$")
 GENERATED = {"QelAnalyticsExport.h"}
@@ -17,6 +18,8 @@ GENERATED = {"QelAnalyticsExport.h"}
 LIBRARY = "Application/Log/Analytics/"
 FLOORS = ["Items/", "Database/", "ServerConnection/", "SystemEnvironment/", "Reports/", "Listeners/", "Client/"]
 LAYERS = ["host/", "Core/", "host/QelBroadcaster/", "host/QelIssueUi/", *(LIBRARY + floor for floor in FLOORS), "tools/"]
+# Public headers, which are installed, include none of these.
+PRIVATE = set(re.findall(r"^ +(\S+\.h)", (root / "cmake/QelPublicHeaders.cmake").read_text(), re.MULTILINE))
 # What may include a higher floor of the library, and why.
 PARAMETER = LIBRARY + "Client/ActivateParameter.h"  # the host's record, which each reads its own members of
 EXCEPTIONS = {
@@ -31,7 +34,7 @@ def layer_of(path):
     return LAYERS.index(max((layer for layer in LAYERS if path.startswith(layer)), key=len))
 
 
-def complaints_about(root, path):
+def complaints_about(path):
     """Every line of the file that breaks a rule."""
     text = (root / path).read_text(encoding="utf-8")
     takes_third_parties = path.startswith("tools/") or (path.startswith("host/") and path.endswith(".cpp"))
@@ -43,13 +46,14 @@ def complaints_about(root, path):
             yield f"{path}: {name} is no path from the repository's root"
         elif name not in GENERATED and layer_of(name) > layer_of(path) and (path, name) not in EXCEPTIONS:
             yield f"{path}: {LAYERS[layer_of(path)]} must not include {name}"
+        elif name in PRIVATE and path.endswith(".h") and not path.startswith("tools/") and path not in PRIVATE:
+            yield f"{path}: a public header must not include {name}"
     if not path.startswith(("host/", "tools/")) and "_WIN32" in text:
         yield f"{path}: asks for the platform, which only host/ and tools/ do"
 
 
-root = pathlib.Path(sys.argv[1])
 files = sorted(str(path.relative_to(root)) for top in {layer.split("/")[0] for layer in LAYERS}
                for path in (root / top).rglob("*") if path.suffix in {".h", ".cpp"})
-complaints = [complaint for path in files for complaint in complaints_about(root, path)]
+complaints = [complaint for path in files for complaint in complaints_about(path)]
 print("\n".join(complaints) or f"{len(files)} files include what they may")
 sys.exit(1 if complaints or not files else 0)

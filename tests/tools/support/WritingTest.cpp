@@ -58,8 +58,6 @@ TEST_F(WritingTest, ReportsASessionOnOnePageThatNothingLeaves) {
 
 TEST_F(WritingTest, PurgesEverythingRecordedAndNothingElse) {
   recordForSending({help(firstSession)});
-  EXPECT_THAT(run("qel-support purge $DIR --yes").errors,
-              HasSubstr("is in use by another instance of the program"));
   endClients();
   expectTranscript("support/purging.txt");
 }
