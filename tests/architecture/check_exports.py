@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that the shared library exports the classes that its headers mark for export, their nested ones, and nothing
-else of its own. Takes nm, the library and the repository's root. The standard library's templates are skipped."""
+"""Checks that the shared library exports what its headers mark for export, with nested classes, and nothing else of its
+own. Takes nm, the library and the repository's root. The standard library's templates are skipped."""
 import pathlib
 import re
 import subprocess
@@ -10,7 +10,8 @@ import sys
 HEADER_ONLY = {"ActivateParameter", "WebUpdateReporterInterface", "IssueListInformationInterface"}
 # What nm prints before the class of a symbol that is none of its operations.
 KIND = re.compile(r"(?:vtable|VTT|typeinfo|typeinfo name|guard variable|(?:non-)?virtual thunk) (?:for|to) ")
-CLASS = re.compile(r"qel::log::analytics::(?:[a-z]\w*::)*([A-Z]\w*)")
+OWNER = re.compile(r"qel::log::analytics::(?:[a-z]\w*::)*(\w+)")
+MARK = re.compile(r"^(?:class|struct) QEL_ANALYTICS_EXPORT (\w+)|^QEL_ANALYTICS_EXPORT [^;{]*?(\w+)\(", re.MULTILINE)
 # Mangled names show what is the standard library's; demangled ones may begin with a return type.
 STANDARD = re.compile(r"_Z(?:T[VTIS]|GV)?(?:Z?N?K?(?:S[tabsiod]|9__gnu_cxx)|P?F)")
 
@@ -23,11 +24,11 @@ def symbols(*options):
     return [line.split(maxsplit=2)[2] for line in lines]
 
 
-marked = {name for header in pathlib.Path(root, "Application").rglob("*.h")
-          for name in re.findall(r"^(?:class|struct) QEL_ANALYTICS_EXPORT (\w+)", header.read_text(), re.MULTILINE)}
+marked = {match[1] or match[2] for header in pathlib.Path(root, "Application").rglob("*.h")
+          for match in MARK.finditer(header.read_text(encoding="utf-8"))}
 own = [KIND.sub("", name) for mangled, name in zip(symbols(), symbols("-C")) if not STANDARD.match(mangled)]
-class_of = {name: match[1] if (match := CLASS.match(name)) else None for name in own}
-complaints = [f"exported, but not marked: {name}" for name, owner in class_of.items() if owner not in marked]
-complaints += [f"marked, but not exported: {name}" for name in sorted(marked - HEADER_ONLY - set(class_of.values()))]
-print("\n".join(complaints) or f"{len(marked)} classes are exported, and nothing else")
+owner_of = {name: match[1] if (match := OWNER.match(name)) else None for name in own}
+complaints = [f"exported, but not marked: {name}" for name, owner in owner_of.items() if owner not in marked]
+complaints += [f"marked, but not exported: {name}" for name in sorted(marked - HEADER_ONLY - set(owner_of.values()))]
+print("\n".join(complaints) or f"{len(marked)} classes and functions are exported, and nothing else")
 sys.exit(1 if complaints or not own else 0)

@@ -1,10 +1,10 @@
-# The consumer is a project of its own. These tests configure, build and run it in each way in which a program can get
-# the library. The steps of one way are fixtures of each other.
+# The consumer is a separate project. These tests configure, build and run it in each way in which a program can use the
+# library. The steps of one way are fixtures of each other.
 set(consumerSource ${CMAKE_CURRENT_LIST_DIR})
 set(consumerBuild ${CMAKE_CURRENT_BINARY_DIR}/consumer)
 
-# qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these options of
-# CMake's and runs it.
+# qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these CMake
+# options and runs it. The consumer must log the text.
 function(qel_add_consumer_test name)
   cmake_parse_arguments(test "" "SAYS" "OPTIONS" ${ARGN})
   add_test(
@@ -16,12 +16,13 @@ function(qel_add_consumer_test name)
       ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 endfunction()
 
-# qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install this build and use it from there,
-# with find_package and with pkg-config.
+# qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install the build and use the installed
+# library with find_package and with pkg-config.
 function(qel_add_package_tests kind build)
   cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
   set(prefix ${consumerBuild}/installed-${kind})
-  add_test(NAME Adoption.Install${kind} COMMAND sh -c "rm -rf '${prefix}' && '${CMAKE_COMMAND}' --install '${build}' --prefix '${prefix}'")
+  add_test(NAME Adoption.Install${kind}
+           COMMAND sh -c "rm -rf '${prefix}' && '${CMAKE_COMMAND}' --install '${build}' --prefix '${prefix}'")
   qel_add_consumer_test(FindPackage${kind} OPTIONS -DCMAKE_PREFIX_PATH=${prefix} SAYS ${test_SAYS})
 
   set(program ${consumerBuild}/with-pkg-config-${kind})
@@ -41,7 +42,7 @@ endfunction()
 
 qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})
 
-# The sources as FetchContent takes them, without a network: static, and with the consumer's own log.
+# FetchContent with the local sources, without network: static, and with the consumer's own log.
 qel_add_consumer_test(
   FetchContent
   OPTIONS -DCONSUMER_FETCHES=ON -DFETCHCONTENT_SOURCE_DIR_QELANALYTICS=${PROJECT_SOURCE_DIR} -DBUILD_SHARED_LIBS=OFF
