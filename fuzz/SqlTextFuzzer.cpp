@@ -1,4 +1,4 @@
-// Whatever a row holds, it is stored as it is, and nothing else in the database changes.
+// Any text is stored as it is, and nothing else in the database changes.
 
 #include <cstdint>
 #include <map>
@@ -10,51 +10,31 @@
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/TemporaryDirectory.h"
 
-namespace qel::log::analytics::details {
-namespace {
-
-using fuzz::check;
-using Rows = std::map<int, std::string>;
-
-/// A database file with an empty table and one that stays as it is.
-class Database {
- public:
-  Database() {
-    adapter_.addTableIfNotExists("Items");
-    adapter_.addTableIfNotExists("Environments");
-    adapter_.insert("stays", "Environments");
-    shape_ = shape();
-    check(!shape_.empty(), "the tables are there");
-  }
-
-  void checkStoring(const std::string& text) {
-    adapter_.insert(text, "Items");
-    // The SQL layer refuses a statement with a NUL in it.
-    const bool isRefused = text.find('\0') != std::string::npos;
-    check(adapter_.getAll("Items") == (isRefused ? Rows{} : Rows{{1, text}}),
-          "a row is stored as it is");
-    check(adapter_.getAll("Environments") == Rows{{1, "stays"}}, "the other table stays");
-    check(shape() == shape_, "no table comes or goes");
-    if (!isRefused) {
-      adapter_.deleteByIds({1}, "Items");
-    }
-  }
-
- private:
-  db::sql::Result::Rows shape() { return file_->selectAll("sqlite_schema").result(); }
-
-  test::TemporaryDirectory directory_;
-  std::shared_ptr<db::sql::SqlDatabaseInterface> file_ =
-      std::make_shared<db::sql::SqlDatabaseAdapter>(directory_.path() / "Fuzz.db");
-  DatabaseAdapter adapter_{file_};
-  db::sql::Result::Rows shape_;
-};
-
-}  // namespace
-}  // namespace qel::log::analytics::details
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static qel::log::analytics::details::Database database;
-  database.checkStoring(std::string(reinterpret_cast<const char*>(data), size));
+  using namespace qel;
+  using Rows = std::map<int, std::string>;
+  static const test::TemporaryDirectory directory;
+  static const std::shared_ptr<db::sql::SqlDatabaseInterface> file =
+      std::make_shared<db::sql::SqlDatabaseAdapter>(directory.path() / "Fuzz.db");
+  static log::analytics::details::DatabaseAdapter adapter(file);
+  static const auto schema = [] {
+    adapter.addTableIfNotExists("Items");
+    adapter.addTableIfNotExists("Environments");
+    adapter.insert("stays", "Environments");
+    return file->selectAll("sqlite_schema").result();
+  }();
+  fuzz::check(!schema.empty(), "the tables are there");
+
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  adapter.insert(text, "Items");
+  // The SQL layer refuses a statement with a NUL in it.
+  const bool isRefused = text.find('\0') != std::string::npos;
+  fuzz::check(adapter.getAll("Items") == (isRefused ? Rows{} : Rows{{1, text}}),
+              "a row is stored as it is");
+  fuzz::check(adapter.getAll("Environments") == Rows{{1, "stays"}}, "the other table stays");
+  fuzz::check(file->selectAll("sqlite_schema").result() == schema, "the tables stay the same");
+  if (!isRefused) {
+    adapter.deleteByIds({1}, "Items");
+  }
   return 0;
 }

@@ -1,41 +1,21 @@
 #!/usr/bin/env python3
-"""Checks that the shared library exports the classes and functions of its interface and nothing else of its own.
-Takes nm and the library. What the standard library's templates leave in every library is not looked at."""
+"""Checks that the shared library exports what its headers mark for export, with nested classes, and nothing else of its
+own. Takes nm, the library and the repository's root. The standard library's templates are skipped."""
+import pathlib
 import re
 import subprocess
 import sys
 
-NAMESPACE = "qel::log::analytics::"
-EXPORTED = {NAMESPACE + name for name in """
-    Client ClientInterface
-    recordedFiles removeRecordings
-    AccumulatingDispatcher CipDatabaseClient CipDatabaseClientInterface CipDatabases
-    SupportDatabaseClient SupportDatabaseExporter
-    details::DatabaseAdapter details::DatabaseAdapterInterface details::DatabaseAdapterTimestampDecorator
-    details::DatabaseClientBase
-    items::ActionItem items::ApplicationItem items::BaseEventItem items::BaseEventItemWithDetail items::BaseItem
-    items::BimFileItem items::BimModelItem items::CipInfoItem items::CommandItem items::CrashReportItem
-    items::EnvironmentInterface items::EnvironmentItem items::EventInterface items::FocusItem items::GeneralEventItem
-    items::IssueListStorageEvent items::IssueListUserActionEvent items::ItemInterface items::ItemWrapper
-    items::MemoryUsageItem items::PresentationItem items::ProjectItem items::SaveItem items::UserInfoItem
-    items::UserLocationItem items::WebUpdateItem
-    items::details::ApplicationInfo items::details::HardwareEnvironmentInfo items::details::OsEnvironmentInfo
-    items::details::QelEnvironmentInfo
-    listeners::ActionListener listeners::ApplicationListener listeners::CommandListener listeners::GeneralListener
-    listeners::IssueListStorageListener listeners::IssueListUserActionListener listeners::ProjectListener
-    listeners::SaveListener
-    reports::MemoryUsageObserver reports::MemoryUsageReporterInterface
-    serverconnection::DbToServerConnection serverconnection::DbToServerConnectionInterface
-    systemenvironment::SystemEnvironment systemenvironment::SystemEnvironmentInterface""".split()}
-# `parameters::ActivateParameter`, `reports::WebUpdateReporterInterface` and `IssueListInformationInterface` belong to
-# the interface as well, but are complete in their headers: there is nothing of them to export.
-
-# What nm says of a symbol that is none of a class's operations, and what is the standard library's alone.
+# Marked, but complete in their headers: there is nothing of them to export.
+HEADER_ONLY = {"ActivateParameter", "WebUpdateReporterInterface", "IssueListInformationInterface"}
+# What nm prints before the class of a symbol that is none of its operations.
 KIND = re.compile(r"(?:vtable|VTT|typeinfo|typeinfo name|guard variable|(?:non-)?virtual thunk) (?:for|to) ")
-# The latter shows in the mangled names: demangled ones may begin with a return type.
+OWNER = re.compile(r"qel::log::analytics::(?:[a-z]\w*::)*(\w+)")
+MARK = re.compile(r"^(?:class|struct) QEL_ANALYTICS_EXPORT (\w+)|^QEL_ANALYTICS_EXPORT [^;{]*?(\w+)\(", re.MULTILINE)
+# Mangled names show what is the standard library's; demangled ones may begin with a return type.
 STANDARD = re.compile(r"_Z(?:T[VTIS]|GV)?(?:Z?N?K?(?:S[tabsiod]|9__gnu_cxx)|P?F)")
 
-nm, library = sys.argv[1:]
+nm, library, root = sys.argv[1:]
 
 
 def symbols(*options):
@@ -44,15 +24,11 @@ def symbols(*options):
     return [line.split(maxsplit=2)[2] for line in lines]
 
 
-complaints = []
-seen = set()
-for mangled, demangled in zip(symbols(), symbols("-C")):
-    name = KIND.sub("", demangled)
-    owner = next((known for known in EXPORTED if re.match(rf"{known}(::|\[|\(|$)", name)), None)
-    if owner:
-        seen.add(owner)
-    elif not STANDARD.match(mangled):
-        complaints.append(f"exported, but no part of the interface: {name}")
-complaints += [f"part of the interface, but not exported: {name}" for name in sorted(EXPORTED - seen)]
-print("\n".join(complaints) or f"the symbols of {len(seen)} classes and functions and the standard library")
-sys.exit(1 if complaints else 0)
+marked = {match[1] or match[2] for header in pathlib.Path(root, "Application").rglob("*.h")
+          for match in MARK.finditer(header.read_text(encoding="utf-8"))}
+own = [KIND.sub("", name) for mangled, name in zip(symbols(), symbols("-C")) if not STANDARD.match(mangled)]
+owner_of = {name: match[1] if (match := OWNER.match(name)) else None for name in own}
+complaints = [f"exported, but not marked: {name}" for name, owner in owner_of.items() if owner not in marked]
+complaints += [f"marked, but not exported: {name}" for name in sorted(marked - HEADER_ONLY - set(owner_of.values()))]
+print("\n".join(complaints) or f"{len(marked)} classes and functions are exported, and nothing else")
+sys.exit(1 if complaints or not own else 0)

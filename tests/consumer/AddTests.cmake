@@ -1,7 +1,5 @@
 # The consumer is a separate project. These tests configure, build and run it in each way in which a program can use the
 # library. The steps of one way are fixtures of each other.
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
-
 set(consumerSource ${CMAKE_CURRENT_LIST_DIR})
 set(consumerBuild ${CMAKE_CURRENT_BINARY_DIR}/consumer)
 
@@ -14,8 +12,8 @@ function(qel_add_consumer_test name)
     COMMAND
       ${CMAKE_CTEST_COMMAND} --build-and-test ${consumerSource} ${consumerBuild}/${name} --build-noclean
       --build-generator ${CMAKE_GENERATOR} --build-options -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} ${test_OPTIONS}
-      --test-command ${Python3_EXECUTABLE} ${consumerSource}/check_consumer.py ${consumerBuild}/${name}/consumer
-      $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
+      --test-command ${consumerSource}/check_consumer.sh ${consumerBuild}/${name}/consumer $<TARGET_FILE:qel-collector>
+      ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 endfunction()
 
 # qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install the build and use the installed
@@ -23,8 +21,8 @@ endfunction()
 function(qel_add_package_tests kind build)
   cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
   set(prefix ${consumerBuild}/installed-${kind})
-  add_test(NAME Adoption.Install${kind} COMMAND Python3::Interpreter ${consumerSource}/check_install.py
-                                                ${CMAKE_COMMAND} ${build} ${prefix})
+  add_test(NAME Adoption.Install${kind}
+           COMMAND sh -c "rm -rf '${prefix}' && '${CMAKE_COMMAND}' --install '${build}' --prefix '${prefix}'")
   qel_add_consumer_test(FindPackage${kind} OPTIONS -DCMAKE_PREFIX_PATH=${prefix} SAYS ${test_SAYS})
 
   set(program ${consumerBuild}/with-pkg-config-${kind})
@@ -32,7 +30,7 @@ function(qel_add_package_tests kind build)
 export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
 "@CMAKE_CXX_COMPILER@" -std=c++20 "@consumerSource@/main.cpp" -o "@program@" \
   $(pkg-config --cflags --libs qel-analytics) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
-"@Python3_EXECUTABLE@" "@consumerSource@/check_consumer.py" "@program@" "$@"
+"@consumerSource@/check_consumer.sh" "@program@" "$@"
 ]] @ONLY)
   add_test(NAME Adoption.PkgConfig${kind} COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector>
                                                   ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
@@ -59,8 +57,7 @@ find_program(QEL_DPKG_DEB dpkg-deb)
 mark_as_advanced(QEL_DPKG_DEB)
 if(QEL_DPKG_DEB)
   add_test(NAME Adoption.DebianPackages
-           COMMAND Python3::Interpreter ${consumerSource}/check_packages.py ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
-                   ${consumerBuild}/debian)
+           COMMAND ${consumerSource}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR} ${consumerBuild}/debian)
 endif()
 
 get_property(adoptionTests DIRECTORY PROPERTY TESTS)

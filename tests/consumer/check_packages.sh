@@ -1,0 +1,35 @@
+#!/bin/sh
+# Makes the Debian packages and checks their names, what they depend on, and that their programs run from an empty
+# directory into which they are unpacked. Takes cpack, the build directory and a directory for the packages.
+set -eu
+cpack=$1 build=$2 work=$3
+rm -rf "$work"
+"$cpack" --config "$build/CPackConfig.cmake" -G DEB -B "$work/packages" >/dev/null
+
+# expect_dependencies PACKAGE LIBRARY...: the file of a package that depends on these.
+expect_dependencies() {
+  depends=", $(dpkg-deb --field "$1" Depends)"
+  dpkg-deb --extract "$1" "$work/root"
+  rm "$1"
+  shift
+  for library; do
+    case $depends in
+      *", $library"*) ;;
+      *) echo "$library is not among the dependencies$depends" && exit 1 ;;
+    esac
+  done
+}
+cd "$work/packages"
+expect_dependencies libqelanalytics[0-9]_*.deb libc6 libcurl4 libspdlog libsqlite3-0 libssl3 libstdc++6
+expect_dependencies libqelanalytics-dev_*.deb libqelanalytics
+expect_dependencies qel-analytics-tools_*.deb libcpp-httplib libqelanalytics libsqlite3-0 libutf8proc
+if ls *.deb 2>/dev/null; then
+  echo "is no package that is expected" && exit 1
+fi
+
+for program in "$work"/root/usr/bin/*; do
+  "$program" --version
+  if ldd "$program" | grep libQel | grep -v "$work/root"; then
+    echo "$program loads a library from elsewhere" && exit 1
+  fi
+done
