@@ -17,7 +17,8 @@ GENERATED = {"QelAnalyticsExport.h"}
 # the host framework.
 LIBRARY = "Application/Log/Analytics/"
 FLOORS = ["Items/", "Database/", "ServerConnection/", "SystemEnvironment/", "Reports/", "Listeners/", "Client/"]
-LAYERS = ["host/", "Core/", "host/QelBroadcaster/", "host/QelIssueUi/", *(LIBRARY + floor for floor in FLOORS), "tools/"]
+LAYERS = ["host/", "Core/", "host/QelBroadcaster/", "host/QelIssueUi/",
+          *(LIBRARY + floor for floor in FLOORS), "tools/"]
 # Public headers, which are installed, include none of these.
 PRIVATE = set(re.findall(r"^ +(\S+\.h)", (root / "cmake/QelPublicHeaders.cmake").read_text(), re.MULTILINE))
 # What may include a higher floor of the library, and why.

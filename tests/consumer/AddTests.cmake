@@ -57,7 +57,8 @@ find_program(QEL_DPKG_DEB dpkg-deb)
 mark_as_advanced(QEL_DPKG_DEB)
 if(QEL_DPKG_DEB)
   add_test(NAME Adoption.DebianPackages
-           COMMAND ${consumerSource}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR} ${consumerBuild}/debian)
+           COMMAND ${consumerSource}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
+                   ${consumerBuild}/debian)
 endif()
 
 get_property(adoptionTests DIRECTORY PROPERTY TESTS)

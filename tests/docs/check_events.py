@@ -76,5 +76,5 @@ for heading, record in (("What every event carries", {**event, "Details": {"*": 
                         ("The environment", json.loads(read("docs/environment.json")))):
     in_page = {cells[0] for cells in rows_under(heading)}
     complaints += [f"{heading}: lacks {name}, or no record has it" for name in in_page ^ members(record)]
-print("\n".join(f"docs/events.md: {complaint}" for complaint in complaints) or f"{len(rows)} kinds of events are listed")
+print("\n".join(f"docs/events.md: {complaint}" for complaint in complaints) or f"{len(rows)} kinds of events")
 sys.exit(1 if complaints else 0)
