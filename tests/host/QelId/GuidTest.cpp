@@ -6,7 +6,7 @@
 namespace qel {
 namespace {
 
-TEST(GuidTest, ReadsTheUsualTextsAlone) {
+TEST(GuidTest, ReadsOnlyTheUsualTexts) {
   const std::string text = "01234567-89AB-CDEF-FEDC-BA9876543210";
   for (const std::string& read : {"{" + text + "}", "01234567-89ab-cdef" + text.substr(18)}) {
     EXPECT_EQ(Guid::parse(read).toString(false), text);
@@ -18,7 +18,7 @@ TEST(GuidTest, ReadsTheUsualTextsAlone) {
   }
 }
 
-TEST(GuidTest, NewOnesAreRandomOfVersionFour) {
+TEST(GuidTest, CreatesRandomIdsOfVersionFour) {
   EXPECT_NE(Guid::create(), Guid::create());
   EXPECT_EQ(Guid::create().bytes()[6] >> 4, 4);
 }

@@ -8,6 +8,7 @@
 
 #include "host/QelLog/LogManager.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
+#include "tests/support/Files.h"
 #include "tests/support/Logged.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -40,16 +41,18 @@ class TestDatabase : public SqlDatabaseAdapter {
 class SqlDatabaseTest : public testing::Test {
  protected:
   SqlDatabaseTest() {
-    fs::create_directory(directory_);
+    emptyDirectory();
     log::LogManager::instance().configure({.standardError = false, .file = logFile_});
   }
 
+  void emptyDirectory() const {
+    fs::remove_all(directory_);
+    fs::create_directory(directory_);
+  }
   std::string logged() const { return test::loggedIn(logFile_); }
-
-  std::vector<fs::path> asideFiles() const { return asideFiles(directory_); }
-  static std::vector<fs::path> asideFiles(const fs::path& directory) {
+  std::vector<fs::path> asideFiles() const {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(directory)) {
+    for (const auto& entry : fs::directory_iterator(directory_)) {
       if (entry.path().filename().string().starts_with("T.db.corrupt-")) {
         files.push_back(entry.path());
       }

@@ -14,26 +14,20 @@
 namespace qel::log::analytics {
 namespace {
 
-using broadcaster::ActionBroadcaster;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
 using namespace testing;
 using utilities::debugger::Debugger;
 
-void help(const std::string& topic) {
-  ActionBroadcaster::getInstance().notify(&broadcaster::ActionListenerInterface::onHelpAction,
-                                          broadcaster::event::HelpActionEvent{{topic, {}}});
-}
+constexpr auto Environments = CipDatabaseClientInterface::Environments;
 
 class ClientTest : public testing::Test {
  protected:
   ClientTest() {
     storage_.parameter.isSendingAllowed = [this] { return sendingAllowed_; };
-    storage_.parameter.createEnvironmentItem = test::anEnvironment;
     client_ = std::make_unique<Client>(std::move(storage_.owned));
   }
-  std::vector<std::string> environments() {
-    storage_.databases->join();
-    return storage_.support->texts(CipDatabaseClientInterface::Environments);
-  }
+  ~ClientTest() override { Debugger::setHook({}); }
 
   test::AssertionRecorder assertions_;
   test::MemoryStorage storage_;
@@ -42,59 +36,58 @@ class ClientTest : public testing::Test {
 };
 
 TEST_F(ClientTest, RecordsFromItsOnlyActivationToDestruction) {
-  EXPECT_THAT([] { const Client client(nullptr); },
-              ThrowsMessage<std::invalid_argument>("databases can not be assigned nullptr"));
+  EXPECT_THROW(Client(nullptr), std::invalid_argument);
   Broadcaster<issue::StorageListenerInterface> issues;
-  const auto tell = [&](const std::string& topic) {
-    help(topic);
-    issues.notify(&issue::StorageListenerInterface::issuesRemoveAll);
+  const auto askForHelp = [](const std::string& topic) {
+    broadcaster::ActionBroadcaster::getInstance().notify(
+        &broadcaster::ActionListenerInterface::onHelpAction,
+        broadcaster::event::HelpActionEvent{{topic, {}}});
   };
   client_->registerIssueListStorageListener(issues, nullptr);
-  client_->registerIssueListStorageListener(issues, nullptr);  // The first one lapses.
-  help("before");
+  client_->registerIssueListStorageListener(issues, nullptr);  // replaces the first one
+  askForHelp("before");
   EXPECT_FALSE(client_->isActive());
   client_->activate(storage_.parameter);
   EXPECT_TRUE(client_->isActive());
-  EXPECT_THAT([&] { client_->activate(storage_.parameter); },
-              ThrowsMessage<qel::exception>("Customer involvement client is already running."));
-  tell("between");
+  EXPECT_THROW(client_->activate(storage_.parameter), qel::exception);
+  askForHelp("between");
+  issues.notify(&issue::StorageListenerInterface::issuesRemoveAll);
   EXPECT_THAT(storage_.recorded(),
               ElementsAre("Help|Action|between|", "IssueListStorage|Issue|RemovedAll|"));
   client_.reset();
-  tell("after");
+  askForHelp("after");
+  issues.notify(&issue::StorageListenerInterface::issuesRemoveAll);
   EXPECT_THAT(assertions_.lines(), IsEmpty());
 }
 
-TEST_F(ClientTest, ACrashIsFollowedByTheMemoryOfProcessAndSystem) {
+TEST_F(ClientTest, RecordsTheMemoryOfProcessAndSystemAfterACrash) {
   client_->activate(storage_.parameter);
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  const auto told = ElementsAre("Application|Crashed|crash|Exception Code=1",
-                                StartsWith("MemoryUsage|Application|Crashed|"),
-                                StartsWith("MemoryUsage|Total|Crashed|"));
-  std::vector<std::string> last;
-  while (!Matches(told)(last)) {  // There may be no sample yet.
-    ASSERT_LT(std::chrono::steady_clock::now(), limit);
+  const auto isComplete = AllOf(Contains(StartsWith("MemoryUsage|Application|Crashed|")),
+                                Contains(StartsWith("MemoryUsage|Total|Crashed|")));
+  const auto limit = steady_clock::now() + seconds(30);
+  while (!Value(storage_.recorded(), isComplete)) {  // There may be no sample yet.
+    ASSERT_LT(steady_clock::now(), limit);
     broadcaster::ApplicationBroadcaster::getInstance().notify(
         &broadcaster::ApplicationListenerInterface::onApplicationCrashed,
         broadcaster::event::ApplicationCrashEvent{{"crash"}, 1});
-    last = storage_.recorded();
-    last.erase(last.begin(), last.end() - std::min<std::ptrdiff_t>(3, std::ssize(last)));
   }
 }
 
 TEST_F(ClientTest, WithoutPermissionItDescribesTheMachineOnceAndOnceMoreWhenSendingStarts) {
+  storage_.parameter.createEnvironmentItem = test::anEnvironment;
   client_->activate(storage_.parameter);
   const auto stamped = StartsWith(R"({"InstallationId": "installation", "SessionId": )"
                                   R"("00112233-4455-6677-8899-AABBCCDDEEFF", "Timestamp": ")");
-  EXPECT_THAT(environments(), ElementsAre(stamped));
+  storage_.databases->join();
+  EXPECT_THAT(storage_.support->texts(Environments), ElementsAre(stamped));
   client_->startSendingItems();
   client_->startSendingItems();
-  EXPECT_THAT(environments(), ElementsAre(stamped, stamped));
+  storage_.databases->join();
+  EXPECT_THAT(storage_.support->texts(Environments), ElementsAre(stamped, stamped));
 }
 
 TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
   test::Tally reads;
-  storage_.parameter.createEnvironmentItem = {};  // so that there is nothing to send
   storage_.sending->beforeRead = [&] { reads.add(); };
   sendingAllowed_ = true;
   client_->activate(storage_.parameter);
@@ -106,28 +99,25 @@ TEST_F(ClientTest, SendsAtTheStartAndOnceMoreAtTheStop) {
   EXPECT_EQ(reads.count(), 4);
 }
 
-TEST_F(ClientTest, ItsReleaseHasHalfAMinuteUnlessTheHostSaysOtherwise) {
-  using std::chrono::seconds;
-  constexpr auto unarmed = std::chrono::steady_clock::time_point::max();
-  for (const auto& [set, expected] : {std::pair(std::optional<seconds>(), seconds(30)),
-                                      std::pair(std::optional(seconds(100)), seconds(100))}) {
+TEST_F(ClientTest, ItsReleaseHasHalfAMinuteUnlessTheHostSetsALimit) {
+  for (const auto& set : {std::optional<seconds>(), std::optional(seconds(100))}) {
     test::MemoryStorage storage;
-    std::atomic<seconds> atTheLastPass{};
+    std::atomic<steady_clock::duration> atTheLastPass{};
     storage.sending->beforeRead = [&] {
-      atTheLastPass =
-          std::chrono::round<seconds>(utilities::exitDeadline() - std::chrono::steady_clock::now());
+      atTheLastPass = utilities::exitDeadline() - steady_clock::now();
     };
     auto client = std::make_unique<Client>(std::move(storage.owned));
     client->activate(storage.parameter);
     utilities::setExitDeadline(set);
     client.reset();
-    EXPECT_THAT(atTheLastPass.load(), AllOf(Gt(expected - seconds(10)), Le(expected)));
-    EXPECT_EQ(utilities::exitDeadline() == unarmed, !set);
+    const auto limit = set.value_or(seconds(30));
+    EXPECT_THAT(atTheLastPass.load(), AllOf(Gt(limit - seconds(10)), Le(limit)));
+    EXPECT_EQ(utilities::exitDeadline() == steady_clock::time_point::max(), !set);
   }
   utilities::setExitDeadline(std::nullopt);
 }
 
-TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
+TEST_F(ClientTest, AFailedPassIsRecordedAndDoesNotReachTheHost) {
   test::Tally breaks;
   Debugger::setHook([&] { breaks.add(); });
   storage_.sending->beforeRead = [] { throw std::out_of_range("no row"); };
@@ -138,7 +128,6 @@ TEST_F(ClientTest, AFailedPassIsReportedAndDoesNotReachTheHost) {
   storage_.sending->beforeRead = [] { throw 1; };
   client_->startSendingItems();
   EXPECT_TRUE(breaks.reaches(4));
-  Debugger::setHook({});
   EXPECT_THAT(storage_.recorded(),
               ElementsAre("CIP|SendingItems|Exception|Message=no row",
                           "CIP|SendingItems|Exception|Message=Unknown Exception"));
