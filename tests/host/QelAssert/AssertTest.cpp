@@ -14,8 +14,7 @@ struct LateReporter {
 TEST(AssertTest, DoesNotCallAHandlerThatWasDestroyed) {
   int calls = 0;
   std::thread([&calls] {
-    thread_local const LateReporter destroyedAfterTheHandler;
-    (void)destroyedAfterTheHandler;
+    [[maybe_unused]] thread_local const LateReporter destroyedAfterTheHandler;
     AssertFunctionOne::registerHandler([&calls](const AssertInfo&) { ++calls; });
     Assert::addAssert({"in time", "thread", __FILE__, __LINE__});
   }).join();

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <string>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -10,13 +9,6 @@ namespace qel::json {
 namespace {
 
 using namespace std::string_literals;
-
-/// The other kinds of members are tested with the environment, which has one of each.
-TEST(JsonObjectTest, WritesNumbersThatReadBackAndRepeatsKeys) {
-  JsonObject object;
-  object.addDouble("Number", -0.1).addDouble("Number", 1e100).addDouble("Infinite", -HUGE_VAL);
-  EXPECT_EQ(object.toString(), R"({"Number": -0.1, "Number": 1e+100, "Infinite": null})");
-}
 
 TEST(JsonObjectTest, EscapesAndRepairsTexts) {
   const std::pair<std::string, std::string> cases[] = {
@@ -36,10 +28,13 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
   }
 }
 
-TEST(JsonObjectTest, KeepsTheFirstOfKeysThatAreRepairedAlike) {
+TEST(JsonObjectTest, WritesRepeatedKeysButOfAMapOnlyTheFirstOfThoseRepairedAlike) {
   JsonObject object;
+  object.addDouble("m", -HUGE_VAL).addDouble("m", 1e100);
   object.addStringMap("m", {{"a\xE4", "first"}, {"a\xE4\"", "other"}, {"a\xF6", "second"}});
-  EXPECT_EQ(object.toString(), "{\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\"}}");
+  EXPECT_EQ(object.toString(),
+            "{\"m\": null, \"m\": 1e+100, "
+            "\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\"}}");
 }
 
 }  // namespace
