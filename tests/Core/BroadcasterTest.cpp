@@ -22,13 +22,13 @@ TEST(BroadcasterTest, CallsLiveListenersInOrderAndAllowsChangesDuringACall) {
   };
   const auto a = makeListener("a");
   auto b = makeListener("b");
+  const auto late = makeListener("late");
   const auto changing = std::make_shared<Listener>(Listener{[&](char) {
-    broadcaster.registerListener(makeListener("destroyed"));
-    broadcaster.registerListener(a);
-    broadcaster.unregisterListener(b);
+    broadcaster.registerListener(late);
+    broadcaster.unregisterListener(a);
     b.reset();
   }});
-  for (const auto& listener : {a, changing, b, a, b}) {
+  for (const auto& listener : {a, changing, b, a}) {
     broadcaster.registerListener(listener);
   }
   broadcaster.notify(&Listener::notified, '1');
@@ -37,7 +37,7 @@ TEST(BroadcasterTest, CallsLiveListenersInOrderAndAllowsChangesDuringACall) {
   EXPECT_THROW(broadcaster.notify(&Listener::notified, '2'), std::runtime_error);
   broadcaster.unregisterListener(changing);
   broadcaster.notify(&Listener::notified, '3');
-  EXPECT_EQ(calls, "a1a1a2a3a3a3");
+  EXPECT_EQ(calls, "a1a1late3");
 }
 
 TEST(BroadcasterTest, ReportsMisuseUnlessAssertionsAreOff) {

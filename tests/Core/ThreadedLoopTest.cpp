@@ -109,7 +109,8 @@ TEST(ThreadedLoopTest, TakesAStopAtAnyMomentFromAnyThread) {
     }
   });
   for (int i = 0; i < 300; ++i) {
-    loop.perform({}, succeed, std::chrono::microseconds(i % 3), {RunPolicy::AtStartAndStop, true});
+    loop.perform({}, succeed, i % 3 == 0 ? never : std::chrono::microseconds(i % 3),
+                 {RunPolicy::AtStartAndStop, true});
   }
   enough = true;
   stopper.join();

@@ -15,7 +15,7 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
       {R"(C:\plans\"A")", R"(C:\\plans\\\"A\")"},
       {"\b\f\n\r\t", R"(\b\f\n\r\t)"},
       {"a\0b\x01\x1F"s, R"(a\u0000b\u0001\u001f)"},
-      {"\x7F/", "\x7F/"},
+      {R"("A"/)", R"(\"A\"/)"},
       {"ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF", "ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF"},
       {"Geb\xE4ude", "Geb\uFFFDude"},          // Latin-1
       {"\xF0\x9F\x8F\"", "\uFFFD\\\""},        // the quote is kept
