@@ -24,11 +24,11 @@ TEST(BroadcasterTest, CallsLiveListenersInOrderAndAllowsChangesDuringACall) {
   auto b = makeListener("b");
   const auto late = makeListener("late");
   const auto changing = std::make_shared<Listener>(Listener{[&](char) {
-    broadcaster.registerListener(late);
     broadcaster.unregisterListener(a);
+    broadcaster.registerListener(late);
     b.reset();
   }});
-  for (const auto& listener : {a, changing, b, a}) {
+  for (const auto& listener : {changing, a, b, a}) {
     broadcaster.registerListener(listener);
   }
   broadcaster.notify(&Listener::notified, '1');
