@@ -1,7 +1,5 @@
 #include <cmath>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -12,22 +10,12 @@ namespace {
 
 using namespace std::string_literals;
 
-/// The other members are tested with the environment, which has one of each kind.
-TEST(JsonObjectTest, WritesNumbersThatReadBackAndKeysAsOftenAsTheyCome) {
-  EXPECT_EQ(JsonObject()
-                .addDouble("Number", -0.1)
-                .addDouble("Number", 1e100)
-                .addDouble("Infinite", -HUGE_VAL)
-                .toString(),
-            R"({"Number": -0.1, "Number": 1e+100, "Infinite": null})");
-}
-
 TEST(JsonObjectTest, EscapesAndRepairsTexts) {
-  const std::vector<std::pair<std::string, std::string>> cases = {
+  const std::pair<std::string, std::string> cases[] = {
       {R"(C:\plans\"A")", R"(C:\\plans\\\"A\")"},
       {"\b\f\n\r\t", R"(\b\f\n\r\t)"},
       {"a\0b\x01\x1F"s, R"(a\u0000b\u0001\u001f)"},
-      {"\x7F/", "\x7F/"},
+      {R"("A"/)", R"(\"A\"/)"},
       {"ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF", "ä \xE2\x80\xA8 \xF4\x8F\xBF\xBF"},
       {"Geb\xE4ude", "Geb\uFFFDude"},          // Latin-1
       {"\xF0\x9F\x8F\"", "\uFFFD\\\""},        // the quote is kept
@@ -40,15 +28,13 @@ TEST(JsonObjectTest, EscapesAndRepairsTexts) {
   }
 }
 
-TEST(JsonObjectTest, KeepsTheFirstOfKeysThatAreRepairedAlike) {
-  EXPECT_EQ(JsonObject()
-                .addStringMap("m", {{"a\xE4", "first"},
-                                    {"a\xE4\"", "other"},
-                                    {"a\xF6", "second"},
-                                    {"a\uFFFD", "third"},
-                                    {"ä", "plain"}})
-                .toString(),
-            "{\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\", \"ä\": \"plain\"}}");
+TEST(JsonObjectTest, WritesRepeatedKeysButOfAMapOnlyTheFirstOfThoseRepairedAlike) {
+  JsonObject object;
+  object.addDouble("m", -HUGE_VAL).addDouble("m", 1e100);
+  object.addStringMap("m", {{"a\xE4", "first"}, {"a\xE4\"", "other"}, {"a\xF6", "second"}});
+  EXPECT_EQ(object.toString(),
+            "{\"m\": null, \"m\": 1e+100, "
+            "\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\"}}");
 }
 
 }  // namespace

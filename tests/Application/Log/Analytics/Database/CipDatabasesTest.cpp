@@ -12,7 +12,6 @@ namespace qel::log::analytics {
 namespace {
 
 using test::MemoryStorage;
-using test::Tally;
 using namespace testing;
 using utilities::debugger::Debugger;
 
@@ -22,39 +21,28 @@ void insert(CipDatabases& databases, const std::string& event = "event") {
   databases.insert(std::make_unique<items::CrashReportItem>(event), Items);
 }
 
-TEST(CipDatabasesTest, WritesToTheDatabasesThatTheHostAllows) {
-  for (const auto& [toSending, toSupport] :
-       {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
-    MemoryStorage storage;
-    storage.parameter.isSendingAllowed = [allowed = toSending] { return allowed; };
-    storage.parameter.databaseCallback = [allowed = toSupport] { return allowed; };
-    auto& databases = storage.initialized();
-    EXPECT_EQ(databases.getWriteToCipDatabaseFunc(), toSending);
-    insert(databases);
-    databases.join();
-    EXPECT_THAT(storage.sending->texts(Items), SizeIs(toSending ? 1 : 0));
-    EXPECT_THAT(storage.support->texts(Items), SizeIs(toSupport ? 1 : 0));
-    EXPECT_FALSE(databases.errorOccurred());
-  }
-}
-
-TEST(CipDatabasesTest, AsksTheHostOnOneObjectThatKeepsItsState) {
+TEST(CipDatabasesTest, AsksTheHostBeforeEachBatchWhichDatabaseMayBeWritten) {
   MemoryStorage storage;
-  storage.parameter.databaseCallback = [asked = 0]() mutable { return ++asked == 2; };
+  storage.parameter.isSendingAllowed = [asked = 0]() mutable { return ++asked > 2; };
+  storage.parameter.databaseCallback = [asked = 0]() mutable { return ++asked % 2 == 0; };
   auto& databases = storage.initialized();
-  for (const auto* const event : {"first", "second", "third"}) {
+  for (const auto* const event : {"1", "2", "3", "4"}) {
     insert(databases, event);
     databases.join();
   }
-  EXPECT_THAT(storage.recorded(), ElementsAre("Application|Crash Report|second|"));
+  EXPECT_THAT(storage.sending->texts(Items), ElementsAre(HasSubstr("\"3\""), HasSubstr("\"4\"")));
+  EXPECT_THAT(storage.support->texts(Items), ElementsAre(HasSubstr("\"2\""), HasSubstr("\"4\"")));
+  EXPECT_TRUE(databases.getWriteToCipDatabaseFunc());
 }
 
 TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
+  const test::AssertionRecorder assertions;
   MemoryStorage storage;
   auto& databases = storage.initialized();
   storage.sending->beforeBatch = [&] {
     storage.sending->beforeBatch = {};
     insert(databases, "meanwhile");
+    assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
@@ -65,9 +53,10 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
               ElementsAre("Application|Crash Report|a|", "Application|Crash Report|b|",
                           "Application|Crash Report|meanwhile|", "Application|Crash Report|c|"));
   EXPECT_FALSE(databases.errorOccurred());
+  EXPECT_THAT(assertions.lines(), ElementsAre("f (file:1): reported to the host's thread"));
 }
 
-TEST(CipDatabasesTest, DiscardsAtItsEndWhatIsStillQueued) {
+TEST(CipDatabasesTest, DiscardsAtItsEndTheItemsThatAreStillQueued) {
   test::Tally batches;
   {
     AccumulatingDispatcher dispatcher([&](const auto&) { batches.add(); }, std::chrono::hours(1),
@@ -78,44 +67,26 @@ TEST(CipDatabasesTest, DiscardsAtItsEndWhatIsStillQueued) {
   EXPECT_EQ(batches.count(), 0);
 }
 
-TEST(CipDatabasesTest, ReportsAssertionsOfItsThreadTheWayTheHostsThreadDoes) {
-  const test::AssertionRecorder assertions;
-  MemoryStorage storage;
-  storage.support->beforeBatch = [] {
-    assert::Assert::addAssert({"from the worker", "f", "file", 1});
-  };
-  insert(storage.initialized());
-  storage.databases->join();
-  EXPECT_THAT(assertions.lines(), ElementsAre("f (file:1): from the worker"));
-}
-
 TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
   const std::function<void(MemoryStorage&)> faults[] = {
-      [](auto&) {},  // It has not been told yet who may be asked for permission.
-      [](auto& storage) {
-        storage.parameter.databaseCallback = {};
-        storage.initialized();
-      },
+      [](auto&) {},  // Without initialization nobody can be asked for permission.
       [](auto& storage) {
         storage.initialized();
         storage.support->beforeBatch = [] { throw 1; };
       }};
-  Tally breaks;
+  test::Tally breaks;
   Debugger::setHook([&] { breaks.add(); });
   for (const auto& prepare : faults) {
     MemoryStorage storage;
     prepare(storage);
-    const int breaksBefore = breaks.count();
-    for (int i = 0; i < 2; ++i) {
+    for (int times = 0; times < 2; ++times) {
       insert(*storage.databases);
       storage.databases->join();
       EXPECT_TRUE(storage.databases->errorOccurred());
-      storage.support->beforeBatch = {};
     }
-    EXPECT_EQ(breaks.count(), breaksBefore + 1);
     EXPECT_THAT(storage.sending->texts(Items), IsEmpty());
-    EXPECT_THAT(storage.support->texts(Items), IsEmpty());
   }
+  EXPECT_EQ(breaks.count(), 2) << "one for each fault";
   Debugger::setHook({});
 }
 

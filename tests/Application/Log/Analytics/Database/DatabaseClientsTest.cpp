@@ -5,6 +5,7 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "tests/support/Logged.h"
 #include "tests/support/MemoryDatabaseClient.h"
 #include "tests/support/Query.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -12,96 +13,118 @@
 namespace qel::log::analytics {
 namespace {
 
-using namespace std::chrono_literals;
+using std::chrono::steady_clock;
 using namespace testing;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
 constexpr auto noTable = static_cast<CipDatabaseClientInterface::Table>(2);
-const std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>> mixedBatch = {
-    {"one", Items}, {"machine", Environments}, {"", Items}, {"lost", noTable}, {"two", Items}};
 
 class DatabaseClientsTest : public testing::Test {
  protected:
-  void initialize() {
-    for (auto* client : both_) {
-      client->initialize(directory_.text());
-    }
-  }
-
-  test::TemporaryDirectory directory_;
+  const test::TemporaryDirectory directory_;
+  const std::filesystem::path sendingFile_ = directory_.path() / "ItemDatabase.db";
+  const std::filesystem::path supportFile_ = directory_.path() / "SupportDatabase.db";
   CipDatabaseClient sending_;
   SupportDatabaseClient support_{std::nullopt};
   const std::array<CipDatabaseClientInterface*, 2> both_{&sending_, &support_};
 };
 
-TEST_F(DatabaseClientsTest, DoNothingBeforeTheyAreInitialized) {
+TEST_F(DatabaseClientsTest, StoreTextsUnchangedInTheirTablesOnceTheyAreInitialized) {
   for (auto* client : both_) {
     client->insertMultiple({"x"}, Items);
-    client->insertMultiple(mixedBatch);
+    client->insertMultiple({{"x", Items}});
     client->deleteItems({{1, "x"}});
     client->vacuum();
     EXPECT_THAT(client->getAll(Items), Pair(Items, IsEmpty()));
     EXPECT_THAT(client->getAllFromSession("abc"), IsEmpty());
+
+    client->initialize(directory_.text());
+    client->insertMultiple({{"'it''s'", Items}, {"pc", Environments}, {"", Items}, {"x", noTable}});
+    client->insertMultiple({"'); DROP TABLE Items; --", ""}, Items);
+    EXPECT_THAT(client->getAllItems(),
+                ElementsAre(Pair(1, "'it''s'"), Pair(2, "'); DROP TABLE Items; --")));
+    EXPECT_THAT(client->getAll(Environments), Pair(Environments, ElementsAre(Pair(1, "pc"))));
+    EXPECT_THAT(client->getAll(noTable), Pair(noTable, IsEmpty()));
+
+    std::vector<int> ids{2, -12};
+    client->deleteByIds(noTable, ids);
+    client->deleteByIds(Items, ids);
+    client->insertMultiple({"next"}, Items);
+    EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "'it''s'"), Pair(2, "next")));
+    client->deleteItems(client->getAllItems());
+    client->deleteEnvironments({{1, ""}});
+    client->insertMultiple({"first"}, Items);
+    client->insertMultiple({"a"}, noTable);
+    EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "first")));
+  }
+  EXPECT_THAT(sending_.getAll(Environments).second, IsEmpty());
+  EXPECT_THAT(support_.getAll(Environments).second, ElementsAre(Pair(1, "a")));
+}
+
+TEST_F(DatabaseClientsTest, MakeTheDocumentedTables) {
+  sending_.initialize(directory_.text());
+  support_.initialize(directory_.text());
+  const std::string schema = "SELECT sql FROM sqlite_schema WHERE name <> 'sqlite_sequence'";
+  const std::string columns = " (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT";
+  const std::string timestamp =
+      ", timestamp_utc DATETIME NOT NULL DEFAULT(STRFTIME('%Y-%m-%d %H:%M:%S', 'NOW'))";
+  for (const auto& [file, end] :
+       {std::pair(sendingFile_, std::string(")")), {supportFile_, timestamp + ")"}}) {
+    EXPECT_THAT(test::query(file, schema),
+                ElementsAre("CREATE TABLE Items" + columns + end,
+                            "CREATE TABLE Environments" + columns + end));
   }
 }
 
-TEST_F(DatabaseClientsTest, KeepTheirTablesApart) {
-  initialize();
-  for (auto* client : both_) {
-    client->insertMultiple(mixedBatch);
-    EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "one"), Pair(2, "two")));
-    EXPECT_THAT(client->getAll(Environments), Pair(Environments, ElementsAre(Pair(1, "machine"))));
-    EXPECT_THAT(client->getAll(noTable), Pair(noTable, IsEmpty()));
-
-    std::vector<int> ids{1};
-    client->deleteByIds(noTable, ids);
-    client->deleteByIds(Items, ids);
-    EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(2, "two")));
-    client->deleteItems(client->getAllItems());
-    client->deleteEnvironments({{1, ""}});
-    client->insertMultiple({"three"}, Items);
-    client->insertMultiple({"a", "", "b"}, noTable);
-    EXPECT_THAT(client->getAllItems(), ElementsAre(Pair(1, "three")));
-  }
-  EXPECT_THAT(sending_.getAll(Environments).second, IsEmpty());
-  EXPECT_THAT(support_.getAll(Environments).second, ElementsAre(Pair(1, "a"), Pair(2, "b")));
+TEST_F(DatabaseClientsTest, LogAFailedDeletionAndRefuseAnIdOutOfRange) {
+  sending_.initialize(directory_.text());
+  sending_.insertMultiple({"one"}, Items);
+  test::query(sendingFile_,
+              "CREATE TRIGGER keep BEFORE DELETE ON Items BEGIN SELECT RAISE(ABORT, 'kept'); END");
+  testing::internal::CaptureStderr();
+  sending_.deleteItems({{1, "one"}});
+  EXPECT_THAT(test::endCaptureOfErrors(),
+              HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
+                        "delete all entries by id from Items database. Error: kept\n"));
+  EXPECT_THAT(test::query(sendingFile_, "SELECT seq FROM sqlite_sequence"), ElementsAre("1"));
+  test::query(sendingFile_, "INSERT INTO Items VALUES (2147483648, '')");
+  EXPECT_THROW(sending_.getAllItems(), std::out_of_range);
 }
 
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
-  initialize();
+  support_.initialize(directory_.text());
   support_.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
   for (const std::string table : {"Items", "Environments"}) {
-    test::query(directory_.path() / "SupportDatabase.db",
+    test::query(supportFile_,
                 "UPDATE " + table + " SET timestamp_utc = '2017-01-01' WHERE json = 'old'");
   }
-  SupportDatabaseClient client(3600s);
+  SupportDatabaseClient keepingAll(std::chrono::seconds::max());
+  keepingAll.initialize(directory_.text());
+  SupportDatabaseClient client(std::chrono::hours(1));
   client.initialize(directory_.text());
-  const auto limit = std::chrono::steady_clock::now() + 30s;
-  while (!client.getAll(Environments).second.empty() && std::chrono::steady_clock::now() < limit) {
+  const auto limit = steady_clock::now() + std::chrono::seconds(30);
+  while (!client.getAll(Environments).second.empty() && steady_clock::now() < limit) {
     std::this_thread::yield();
   }
   EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
   EXPECT_THAT(client.getAll(Environments).second, IsEmpty());
 }
 
-TEST(SupportDatabaseExporterTest, CopiesExactlyTheSessionsRows) {
+TEST_F(DatabaseClientsTest, AnExportCopiesExactlyTheRowsOfTheSession) {
   const std::string ours = R"({"SessionId": "S", "it's": 1})";
-  const test::TemporaryDirectory directory;
   const auto source = std::make_shared<SupportDatabaseClient>(std::nullopt);
   const auto target = std::make_shared<test::MemoryDatabaseClient>();
   SupportDatabaseExporter exporter(source);
-  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("S", target));
-  source->initialize(directory.text());
+  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("S", target)) << "not yet initialized";
+  source->initialize(directory_.text());
   source->insertMultiple({{R"({"SessionId": "ST"})", Items},
                           {ours, Items},
                           {R"({"SessionId":"S"})", Items},
-                          {ours + " ", Items},
                           {ours + "!", Environments}});
   EXPECT_FALSE(exporter.exportLastSessionToSqliteFile("U", target));
-  EXPECT_THAT(target->texts(Items), IsEmpty());
   EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("S", target));
-  EXPECT_THAT(target->texts(Items), ElementsAre(ours, ours + " "));
+  EXPECT_THAT(target->texts(Items), ElementsAre(ours));
   EXPECT_THAT(target->texts(Environments), ElementsAre(ours + "!"));
   EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("ST", target)) << "without an environment";
 }
