@@ -9,8 +9,8 @@ namespace qel::benchmarks {
 void measureHostThread();
 
 /// Measures the cost of an active client while nothing happens, and prints it. A second memory
-/// observer on the same databases runs `speed` times as fast as real time, so that a minute's run
-/// can take the samples and make the reports of an hour.
+/// observer on the same databases runs `speed` times as fast as real time. So a minute's run can
+/// take the samples of an hour.
 void measureIdleClient(int simulatedMinutes, int speed);
 
 /// Measures the memory that a pass over a full sending database takes beyond that of the idle

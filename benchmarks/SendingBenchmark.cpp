@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "Application/Log/Analytics/Client/PackageBatch.h"
 #include "Application/Log/Analytics/Client/SendingPass.h"
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"

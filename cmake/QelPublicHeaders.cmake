@@ -1,6 +1,7 @@
 # QEL_PUBLIC_HEADERS: the headers that are installed and compile alone, as paths from the repository's root. All headers
 # of the library, Core and the host framework are public, except the following. No public header includes them.
 set(privateHeaders
+    Application/Log/Analytics/Client/PackageBatch.h
     Application/Log/Analytics/Client/SendingPass.h
     Application/Log/Analytics/Items/CatalogueText.h
     Application/Log/Analytics/Listeners/InsertItem.h

@@ -1,5 +1,5 @@
-// A sending pass packs all that is stored, byte for byte, into packages of the promised size, and
-// the collector finds every row in them that is a JSON object.
+// A sending pass packs all stored rows, byte for byte, into packages of the promised size. The
+// collector finds every row in them that is a JSON object.
 
 #include <algorithm>
 #include <cstdint>

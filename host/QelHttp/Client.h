@@ -32,10 +32,12 @@ class Client {
   /// Returns a status below 400 only if the exchange was completed and the whole body was sent.
   /// Returns a status of 400 or above also if it came earlier, and logs it with the server's name.
   ///
-  /// Throws `Error` in all other cases: a name that cannot be resolved, a refused or lost
-  /// connection, an untrusted certificate, a proxy that refuses, a time limit, an oversized answer,
-  /// the exit deadline (even if it is armed meanwhile), or a field of the message with an invalid
-  /// value (see `Message`) or with CR, LF or NUL.
+  /// Throws `Error` in all other cases:
+  /// - a name that cannot be resolved, a refused or lost connection, a proxy that refuses,
+  /// - an untrusted certificate,
+  /// - a time limit, or the exit deadline, even if it is armed meanwhile,
+  /// - an oversized answer,
+  /// - a field of the message with an invalid value (see `Message`) or with CR, LF or NUL.
   ///
   /// If the server has closed a kept connection, the message is sent again over a new one. So a
   /// server may receive it twice.

@@ -2,7 +2,7 @@
 
 #include <array>
 
-/// Names of the files that this library makes beside a database file.
+/// Names of the files that this library makes next to a database file.
 namespace qel::db::sql {
 
 /// What SQLite appends to a database's name for its companions.

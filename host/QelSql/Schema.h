@@ -31,7 +31,7 @@ class Schema {
   void add(const std::string& statement);
 
   /// Applies the pending statements. An existing table is accepted if its first columns are those
-  /// of the statement, in their order and with the same key, and if further columns need no value.
+  /// of the statement, in their order and with the same key. Further columns must need no value.
   /// Anything else with the table's name makes the outcome `FileIsCorrupt`. Writes nothing to a
   /// file that has the schema.
   Outcome apply(Connection& connection);
@@ -45,8 +45,8 @@ class Schema {
   void noteId(std::int64_t id);
 
   /// A new file replaces the earlier one: every statement is pending again. IDs in the new file
-  /// begin above the highest known ID of the earlier file, so that a deletion by an earlier ID
-  /// deletes no newer row.
+  /// begin above the highest known ID of the earlier file. So a deletion by an earlier ID deletes
+  /// no newer row.
   void restart();
 
  private:

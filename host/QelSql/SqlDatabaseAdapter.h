@@ -16,12 +16,12 @@ namespace qel::db::sql {
 /// file is then checked, and the schema created, before the next statement.
 ///
 /// **Schema.** The object keeps the statements "PRAGMA auto_vacuum = INCREMENTAL" and "CREATE TABLE
-/// IF NOT EXISTS name (...)" (in this form, with a name without quotes), and applies them to every
+/// IF NOT EXISTS name (...)", in this form and with a name without quotes. It applies them to every
 /// file that it begins. An existing table is accepted if its first columns are those of the
 /// statement, in their order, and further columns need no value.
 ///
-/// **Damage.** If SQLite finds the file corrupt, or if something else has a table's name, the file
-/// and its journal are renamed with the date, this is logged, and a new file begins. The statement
+/// **Damage.** If SQLite finds the file corrupt, or if something else has a table's name, a new
+/// file begins. The old file and its journal are renamed with the date. The log says so. The statement
 /// that finds the damage fails, with its whole transaction. IDs in the new file begin above the
 /// highest known ID of the earlier file.
 ///

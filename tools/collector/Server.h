@@ -28,11 +28,11 @@ struct ServerSettings {
 /// stores them.
 ///
 /// **Answers.**
-/// - 204 once the whole package is on the disk,
-/// - 401 for unknown credentials, 413 for a body that is too large, 415 for one that is not plain
-///   JSON, 411 for one without a plain length, 400 for one that breaks off, 404 and 405 for
-///   anything else,
-/// - 503 while the store accepts nothing.
+/// - 204: the whole package is on the disk.
+/// - 401: the credentials are unknown.
+/// - 400, 411, 413, 415: the body breaks off, has no plain length, is too large, is not plain JSON.
+/// - 404, 405: another path or method.
+/// - 503: the store accepts nothing at present.
 ///
 /// The connection ends after every answer except 204.
 ///

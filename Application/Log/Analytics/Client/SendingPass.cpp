@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Client/SendingPass.h"
 
+#include "Application/Log/Analytics/Client/PackageBatch.h"
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
 #include "host/QelLog/LoggerInterface.h"
@@ -7,18 +8,6 @@
 namespace qel::log::analytics::details {
 
 using Table = CipDatabaseClientInterface::Table;
-
-void PackageBatch::add(int id, const std::string& json) {
-  texts_.push_back(&json);
-  ids_.push_back(id);
-  size_ += json.size();
-}
-
-void PackageBatch::clear() {
-  texts_.clear();
-  ids_.clear();
-  size_ = 0;
-}
 
 SendingPass::SendingPass(CipDatabaseClientInterface& database,
                          serverconnection::DbToServerConnectionInterface& connection,

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace qel::log::analytics::details {
+
+/// The rows of one table that go into one package: their IDs and references to their texts.
+class PackageBatch {
+ public:
+  explicit PackageBatch(std::size_t sizeLimit) : sizeLimit_(sizeLimit) {}
+
+  /// Adds a row. `json` must outlive the batch.
+  void add(int id, const std::string& json) {
+    texts_.push_back(&json);
+    ids_.push_back(id);
+    size_ += json.size();
+  }
+  /// Whether the texts have reached the size limit, so that the batch must be sent. The row that
+  /// reached the limit is part of the batch.
+  bool isFull() const { return size_ >= sizeLimit_; }
+  void clear() {
+    texts_.clear();
+    ids_.clear();
+    size_ = 0;
+  }
+
+  const std::vector<const std::string*>& texts() const { return texts_; }
+  std::vector<int>& ids() { return ids_; }
+
+ private:
+  const std::size_t sizeLimit_;
+  std::size_t size_ = 0;
+  std::vector<const std::string*> texts_;
+  std::vector<int> ids_;
+};
+
+}  // namespace qel::log::analytics::details
