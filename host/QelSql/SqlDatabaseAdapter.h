@@ -21,9 +21,9 @@ namespace qel::db::sql {
 /// statement, in their order, and further columns need no value.
 ///
 /// **Damage.** If SQLite finds the file corrupt, or if something else has a table's name, a new
-/// file begins. The old file and its journal are renamed with the date. The log says so. The statement
-/// that finds the damage fails, with its whole transaction. IDs in the new file begin above the
-/// highest known ID of the earlier file.
+/// file begins. The old file and its journal are renamed with the date. The log says so. The
+/// statement that finds the damage fails, with its whole transaction. IDs in the new file begin
+/// above the highest known ID of the earlier file.
 ///
 /// **Waiting.** Another process may hold the file, or another thread may use the object. A
 /// statement waits as long as its thread's patience lasts (`utilities::Patience`; 0.25 s if the
