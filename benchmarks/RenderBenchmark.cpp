@@ -37,7 +37,7 @@ void appendText(std::string& out, std::string_view text) {
 }
 
 struct Texts {
-  /// What stands before a member's value, and the value.
+  /// The text before a member's value, and the value.
   std::array<std::pair<std::string_view, std::string>, 6> members;
   Details details;
 };

@@ -30,7 +30,7 @@ bool DatabaseLock::takeTurn() {
   return true;
 }
 
-/// Whether another thread may have the lock now.
+/// Undoes one `lock`. Returns whether another thread may take it now.
 bool DatabaseLock::leave() {
   const utilities::MutexLock lock(mutex_);
   return --depth_ == 0;

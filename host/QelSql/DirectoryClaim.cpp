@@ -61,8 +61,8 @@ std::error_code lastError() { return {static_cast<int>(GetLastError()), std::sys
 
 LockFile::LockFile(const std::filesystem::path& directory)
     : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
+                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (file_ == INVALID_HANDLE_VALUE) {
     throwUnusable(directory, lastError());
   }
@@ -83,16 +83,30 @@ LockFile::~LockFile() { CloseHandle(file_); }
 
 std::error_code lastError() { return {errno, std::system_category()}; }
 
-LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(open((directory / lockFileName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
-                 S_IRUSR | S_IWUSR)) {
-  if (file_ == -1) {
-    throwUnusable(directory, lastError());
-  }
-  // An old lock file does not prove that journals can be created.
-  if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
-      flock(file_, LOCK_EX | LOCK_NB) == 0) {
-    return;
+/// False if the file was deleted, and perhaps created again, after it was opened.
+bool isOpenFile(int file, const std::filesystem::path& path) {
+  struct stat opened {};
+  struct stat present {};
+  return fstat(file, &opened) == 0 && stat(path.c_str(), &present) == 0 &&
+         opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
+}
+
+LockFile::LockFile(const std::filesystem::path& directory) {
+  const auto path = directory / lockFileName;
+  const auto openFile = [&] {
+    file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file_ == -1) {
+      throwUnusable(directory, lastError());
+    }
+    // An old lock file does not prove that journals can be created.
+    return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
+           flock(file_, LOCK_EX | LOCK_NB) == 0;
+  };
+  while (openFile()) {
+    if (isOpenFile(file_, path)) {
+      return;
+    }
+    close(file_);
   }
   const auto error = lastError();
   close(file_);

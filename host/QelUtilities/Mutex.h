@@ -19,7 +19,7 @@
 #define QEL_PT_GUARDED_BY(lock) QEL_THREAD_ANNOTATION(pt_guarded_by(lock))
 /// An operation whose caller holds the lock.
 #define QEL_REQUIRES(lock) QEL_THREAD_ANNOTATION(requires_capability(lock))
-/// An operation that takes the lock (the object itself if none is named), perhaps, or releases it.
+/// An operation that takes, tries to take, or releases the lock. Without an argument: the object.
 /// @{
 #define QEL_ACQUIRE(...) QEL_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define QEL_TRY_ACQUIRE(success) QEL_THREAD_ANNOTATION(try_acquire_capability(success))

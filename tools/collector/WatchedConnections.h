@@ -66,7 +66,7 @@ class WatchedConnections {
   void beginBody(WatchedConnection& connection, Sender sender) const;
   static void beginAnswer(WatchedConnection& connection);
   /// @}
-  /// Counts bytes that came.
+  /// Counts received bytes, and cuts the connection if a head is too large.
   void count(WatchedConnection& connection, std::size_t bytes) const;
 
   /// Cuts the connections whose time is over. Returns when the next deadline ends.

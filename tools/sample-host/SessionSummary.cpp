@@ -31,7 +31,7 @@ std::vector<std::string> storageFailures(const SessionSummary& summary) {
   if (summary.storageEnded) {
     failures.emplace_back(
         "Storage has ended before the session did: more than 10000 items were waiting to be "
-        "written, or writing failed. The waiting items and all later items are lost.");
+        "written, or writing failed. What was waiting then, and every item since, is lost.");
   }
   if (summary.after.fullMarkers > summary.before.fullMarkers) {
     failures.push_back(std::string(format::sendingDatabase) +
@@ -55,7 +55,7 @@ void print(const SessionSummary& summary, std::ostream& output) {
   printLine(output, "left", summary.after.forSending, "rows that still wait to be sent");
   if (summary.before.forSending > 0) {
     printLine(output, "left before", summary.before.forSending,
-              "rows of earlier sessions that were not sent yet");
+              "rows of earlier sessions, which waited to be sent already");
   }
   printLine(output, "for support", summary.storedForSupport(), "rows stored for support");
 }

@@ -5,6 +5,7 @@
 
 #include <kainjow/mustache.hpp>
 
+#include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/CategoryLanes.h"
 #include "tools/support/DisplayText.h"
@@ -95,6 +96,9 @@ std::string htmlReport(const Session& session, const std::vector<Event>& events)
   page.set_custom_escape(escaped);
   std::string html;
   page.render(report, [&html](const std::string& part) { html += part; });
+  if (!page.is_valid()) {
+    throw qel::exception("the template of the report is broken: " + page.error_message());
+  }
   return html;
 }
 

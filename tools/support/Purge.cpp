@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
-#include "host/QelSql/DirectoryClaim.h"
-#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
@@ -20,10 +18,6 @@ namespace qel::support {
 namespace {
 
 using log::analytics::RemovedFile;
-
-std::vector<std::filesystem::path> filesIn(const std::filesystem::path& directory) {
-  return log::analytics::recordedFiles(directory, isSampleHostFile);
-}
 
 std::string amount(std::size_t files, std::uintmax_t bytes) {
   return std::to_string(files) + (files == 1 ? " file, " : " files, ") + readableSize(bytes);
@@ -37,22 +31,6 @@ std::string amount(const std::vector<std::filesystem::path>& files) {
     bytes += unreadable ? 0 : size;
   }
   return amount(files.size(), bytes);
-}
-
-/// Asks while the directory is locked, so that no client adds to what the question names.
-bool isRemovalConfirmed(const std::filesystem::path& directory, const std::string& place) {
-  const auto lock = directory / db::sql::lockFileName;
-  std::error_code ignored;
-  const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
-  const db::sql::DirectoryClaim claim(directory);
-  if (confirmed("Remove all that is recorded in " + place + " (" + amount(filesIn(directory)) +
-                ")?")) {
-    return true;
-  }
-  if (!wasLockFileThere) {
-    std::filesystem::remove(lock, ignored);
-  }
-  return false;
 }
 
 bool report(const std::vector<RemovedFile>& removed, const std::string& place,
@@ -84,7 +62,7 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
   if (!std::filesystem::is_directory(directory, error)) {
     throw tools::InputError("there is no directory " + place);
   }
-  const auto files = filesIn(directory);
+  const auto files = log::analytics::recordedFiles(directory, isSampleHostFile);
   if (files.empty()) {
     output << "nothing is recorded in " << place << '\n';
     return true;
@@ -93,15 +71,19 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
     throw tools::InputError("there is no terminal to ask on: give --yes to remove " +
                             amount(files) + " from " + place);
   }
+  const auto isConfirmed = [&](const std::vector<std::filesystem::path>& found) {
+    return asked ||
+           confirmed("Remove all that is recorded in " + place + " (" + amount(found) + ")?");
+  };
   std::vector<RemovedFile> removed;
   try {
-    if (!asked && !isRemovalConfirmed(directory, place)) {
-      output << "nothing was removed\n";
-      return false;
-    }
-    removed = log::analytics::removeRecordings(directory, isSampleHostFile);
+    removed = log::analytics::removeRecordings(directory, isSampleHostFile, isConfirmed);
   } catch (const qel::exception& failure) {
     throw qel::exception(std::string("nothing was removed: ") + failure.what());
+  }
+  if (removed.empty()) {
+    output << "nothing was removed\n";
+    return false;
   }
   return report(removed, place, output);
 }

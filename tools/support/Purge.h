@@ -5,9 +5,9 @@
 
 namespace qel::support {
 
-/// Removes everything recorded in the directory and tells so on `output`. Asks on the terminal
-/// first unless `asked` already. Whether everything is gone. Throws `tools::InputError` when there
-/// is no such directory or nobody to ask, and `qel::exception` when another program uses it.
+/// Removes all recordings of the directory and prints each removed file to `output`. Asks on the
+/// terminal first, unless `asked`. Returns whether all files are gone. Throws `tools::InputError`
+/// if there is no such directory or no terminal, and `qel::exception` if a program uses it.
 bool purge(const std::filesystem::path& directory, bool asked, std::ostream& output);
 
 }  // namespace qel::support

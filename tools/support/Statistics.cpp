@@ -115,9 +115,9 @@ Statistics gatherStatistics(Recordings& recordings) {
   Counter counter(statistics.markers);
   for (auto* const database : recordings.databases()) {
     const bool sends = recordings.sending && database == &*recordings.sending;
-    const bool tells = sends && database->whyUnreadable().empty();
+    const bool isReadable = database->whyUnreadable().empty();
     statistics.files.push_back(
-        counter.read(*database, tells ? &statistics.waiting.emplace() : nullptr));
+        counter.read(*database, sends && isReadable ? &statistics.waiting.emplace() : nullptr));
   }
   if (statistics.waiting) {
     statistics.waiting->complete = recordings.sending->isReadWholly();

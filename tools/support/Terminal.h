@@ -7,6 +7,7 @@
 
 namespace qel::support {
 
+/// `Terminal::styled` has the codes in this order.
 enum class Style { Plain, Heading, Faint, Good, Bad };
 
 /// The properties of standard output that matter for printing.

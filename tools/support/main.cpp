@@ -139,12 +139,12 @@ class CommandLine {
 
   void addReadingCommands() {
     addJson(add("sessions", "Lists the sessions in a directory's databases.", showSessions));
-    auto* const show = add("show", "Shows what happened in a session.", showSession);
-    addSession(show);
-    addOption(show, "--category", arguments_.category, "only records of this category", "NAME");
-    addOption(show, "--since", arguments_.since,
+    auto* const showing = add("show", "Shows what happened in a session.", showSession);
+    addSession(showing);
+    addOption(showing, "--category", arguments_.category, "only records of this category", "NAME");
+    addOption(showing, "--since", arguments_.since,
               "only from then on, such as \"2026-11-21 09:30\" (UTC)", "TIME");
-    addJson(show);
+    addJson(showing);
     addJson(add("stats",
                 "Shows what the databases hold, what waits to be sent and whether anything was "
                 "lost.",

@@ -19,7 +19,7 @@ namespace qel {
 ///
 /// **Threads.** Registration belongs to one thread of the host. There a listener may also register
 /// or unregister itself or others while it is called. `notify` may run on any thread while no other
-/// thread registers or notifies, so that a crashing thread can announce the crash.
+/// thread registers or unregisters, so that a crashing thread can announce the crash.
 template <typename T>
 class Broadcaster {
  public:

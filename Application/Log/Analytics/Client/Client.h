@@ -7,7 +7,7 @@
 
 #include "Application/Log/Analytics/Client/ClientInterface.h"
 #include "Application/Log/Analytics/Items/PackageFormat.h"
-#include "Application/Log/Analytics/Listeners/Listeners.h"
+#include "Application/Log/Analytics/Listeners/ForwardDeclarations.h"
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelUtilities/ExitDeadline.h"
 
@@ -35,8 +35,9 @@ class DbToServerConnection;
 /// memory usage. It sends stored rows at once, every ten minutes, and once more at destruction.
 ///
 /// **Destruction** unregisters the listeners and waits for the last sending pass. It takes at most
-/// 30 seconds unless the host has armed an exit deadline (`utilities::setExitDeadline`). Only a disk
-/// that hangs takes longer. Queued items are lost unless the host calls `CipDatabases::join` first.
+/// 30 seconds unless the host has armed an exit deadline (`utilities::setExitDeadline`). Only a
+/// disk that hangs takes longer. Queued items are lost unless the host calls `CipDatabases::join`
+/// first.
 ///
 /// **Threads.** All operations belong to the thread on which the host registers listeners.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {

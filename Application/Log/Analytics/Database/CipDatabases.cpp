@@ -29,11 +29,11 @@ CipDatabases::CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDataba
 void CipDatabases::initialize(const parameters::ActivateParameter& parameter) {
   cipDatabase_->initialize(parameter.databasePath);
   supportDatabase_->initialize(parameter.databasePath);
-  Permissions permissions{
+  Permissions fresh{
       .toSending = std::make_shared<std::function<bool()>>(parameter.isSendingAllowed),
       .toSupport = std::make_shared<std::function<bool()>>(parameter.databaseCallback)};
   const utilities::MutexLock lock(permissionMutex_);
-  std::swap(permissions_, permissions);
+  std::swap(permissions_, fresh);
 }
 
 void CipDatabases::insert(std::unique_ptr<qel::json::ToJsonInterface> item,

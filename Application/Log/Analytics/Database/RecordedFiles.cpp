@@ -1,7 +1,8 @@
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
 
 #include <algorithm>
-#include <string>
+#include <string_view>
+#include <utility>
 
 #include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelSql/DirectoryClaim.h"
@@ -22,12 +23,11 @@ bool isFileOf(std::string_view database, std::string_view name) {
          std::find(companions.begin(), companions.end(), suffix) != companions.end();
 }
 
-std::vector<std::filesystem::path> filesWhoseName(const std::filesystem::path& directory,
-                                                  const HostFileFilter& fits) {
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& directory) {
   std::vector<std::filesystem::path> files;
   try {
     for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-      if (!entry.is_directory() && fits(utilities::utf8FromPath(entry.path().filename()))) {
+      if (!entry.is_directory()) {
         files.push_back(entry.path());
       }
     }
@@ -35,7 +35,6 @@ std::vector<std::filesystem::path> filesWhoseName(const std::filesystem::path& d
     throw qel::exception("cannot look into " + utilities::utf8FromPath(directory) + ": " +
                          failure.code().message());
   }
-  std::sort(files.begin(), files.end());
   return files;
 }
 
@@ -51,22 +50,39 @@ RemovedFile removeFile(const std::filesystem::path& file) {
 
 std::vector<std::filesystem::path> recordedFiles(const std::filesystem::path& directory,
                                                  const HostFileFilter& isHostFile) {
-  auto files = filesWhoseName(directory, [&](std::string_view name) {
-    return isFileOf(format::sendingDatabase, name) || isFileOf(format::supportDatabase, name) ||
-           (isHostFile && isHostFile(name));
+  const auto isLock = [](const std::filesystem::path& file) {
+    return file.filename() == db::sql::lockFileName;
+  };
+  auto files = filesIn(directory);
+  std::erase_if(files, [&](const std::filesystem::path& file) {
+    const auto name = utilities::utf8FromPath(file.filename());
+    return !isLock(file) && !isFileOf(format::sendingDatabase, name) &&
+           !isFileOf(format::supportDatabase, name) && !(isHostFile && isHostFile(name));
   });
-  const auto lock = filesWhoseName(
-      directory, [](std::string_view name) { return name == db::sql::lockFileName; });
-  files.insert(files.end(), lock.begin(), lock.end());
+  std::sort(files.begin(), files.end(), [&](const auto& left, const auto& right) {
+    return std::pair(isLock(left), left) < std::pair(isLock(right), right);
+  });
   return files;
 }
 
 std::vector<RemovedFile> removeRecordings(const std::filesystem::path& directory,
-                                          const HostFileFilter& isHostFile) {
+                                          const HostFileFilter& isHostFile,
+                                          const RemovalApproval& isApproved) {
   using db::sql::DirectoryClaim;
+  const auto lock = directory / db::sql::lockFileName;
+  std::error_code ignored;
+  const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
   const DirectoryClaim claim(directory, DirectoryClaim::Kind::Exclusive);
+  const auto files = recordedFiles(directory, isHostFile);
+  if (isApproved && !isApproved(files)) {
+    if (!wasLockFileThere) {
+      std::filesystem::remove(lock, ignored);
+    }
+    return {};
+  }
   std::vector<RemovedFile> removed;
-  for (const auto& file : recordedFiles(directory, isHostFile)) {
+  removed.reserve(files.size());
+  for (const auto& file : files) {
     removed.push_back(removeFile(file));
   }
   return removed;

@@ -32,12 +32,17 @@ TEST(RecordedFilesTest, AreRemovedOnceNoClientUsesThem) {
     client.initialize(directory.text());
     EXPECT_THROW(removeRecordings(directory.path()), qel::exception);
   }
-  const auto isHostFile = [](std::string_view name) { return name == "host.log"; };
+  const auto isHostFile = [](std::string_view name) {
+    return name == "host.log" || name == "Databases.lock";
+  };
   const auto files = recordedFiles(directory.path(), isHostFile);
   EXPECT_THAT(namesOf(files),
               ElementsAre("ItemDatabase.db", "ItemDatabase.db.corrupt-20261120T000000Z-wal",
                           "SupportDatabase.db-shm", "host.log", "Databases.lock"));
 
+  const auto refuse = [&](const auto& found) { return found != files; };
+  EXPECT_THAT(removeRecordings(directory.path(), isHostFile, refuse), IsEmpty());
+  EXPECT_EQ(recordedFiles(directory.path(), isHostFile), files);
   const auto removed = removeRecordings(directory.path(), [&](std::string_view name) {
     EXPECT_THROW(CipDatabaseClient().initialize(directory.text()), qel::exception);
     return isHostFile(name);
