@@ -1,37 +1,26 @@
-// Runs the sample host against a server in this process that keeps what a collector would.
+// Runs the sample host against a server in this process that stores packages as a collector does.
 
-#include <chrono>
-#include <filesystem>
-#include <functional>
 #include <random>
-#include <string>
 #include <thread>
-
-#include <gmock/gmock.h>
 
 #include "tests/faults/Effort.h"
 #include "tests/faults/OtherConnection.h"
-#include "tests/support/HttpsTestServer.h"
 #include "tests/support/Process.h"
-#include "tests/support/Query.h"
+#include "tests/support/Site.h"
 #include "tests/support/Tally.h"
 #include "tools/collector/PackageReader.h"
 #include "tools/collector/Store.h"
 
-namespace qel::samplehost {
+namespace qel::test {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using namespace testing;
 using std::chrono::system_clock;
-using test::OtherConnection;
-using test::query;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
-constexpr const char* serverName = "analytics.qel.example";
+constexpr const char* countRows = "SELECT count(*) FROM Items";
 
-/// Rows of a category of its own, numbered from 1.
+/// Rows of a category, numbered from 1.
 std::string scriptOf(const std::string& category, int rows, const std::string& wait = "") {
   std::string script;
   for (int row = 1; row <= rows; ++row) {
@@ -53,91 +42,83 @@ std::string among(const std::string& category, const std::string& expression) {
 
 class ProgramFaultsTest : public testing::Test {
  protected:
-  std::string hostFor(const std::string& server) const {
-    return QEL_SAMPLE_HOST " --directory " + data_.string() + " --ca " + certificates_.caFile() +
-           " --server " + server;
+  std::string hostFor(const std::string& server, const std::string& authority) const {
+    return QEL_SAMPLE_HOST " --directory " + site_.directory() + " --server " + server + " --ca " +
+           authority;
   }
 
-  /// To its end; its status.
-  int play(const std::string& commandLine, const std::string& script = "") {
-    test::Process host(commandLine, script);
-    host.readUntil(EOF);
-    const int status = host.join();
-    errors_ = host.errors();
-    return status;
+  /// Runs a program to its end, expects its status and returns its standard error.
+  static std::string play(const std::string& commandLine, const std::string& script = "",
+                          int status = 0) {
+    Process program(commandLine, script);
+    program.readUntil(EOF);
+    EXPECT_EQ(program.join(), status) << program.errors();
+    return program.errors();
   }
 
-  test::Reply receive(const test::Request& request) {
-    store_.add(collector::readPackage(request.body));
+  Reply receive(const Request& request) {
+    if (status_ == 204) {
+      store_.add(collector::readPackage(request.body));
+    }
     if (request.body.find("\"events\"") != std::string::npos) {
       afterStoring_();
     }
-    return {.status = 204};
+    return {.status = status_};
   }
 
   /// The collector has every row that the support database has, once.
   void expectEachRowReceivedOnce() const {
     EXPECT_THAT(query(storeFile_, "SELECT count(*), max(count) FROM events"),
-                ElementsAre(query(supportFile_, "SELECT count(*) FROM Items")[0] + "|1"));
+                ElementsAre(query(site_.supportFile(), countRows)[0] + "|1"));
   }
 
-  const test::TemporaryDirectory directory_;
-  const fs::path data_ = directory_.path() / "data";
-  const fs::path sendingFile_ = data_ / "ItemDatabase.db";
-  const fs::path supportFile_ = data_ / "SupportDatabase.db";
-  const bool created_ = fs::create_directory(data_);
-  const fs::path storeFile_ = directory_.path() / "store.db";
+  const TemporaryDirectory directory_;
+  const std::filesystem::path storeFile_ = directory_.path() / "store.db";
   collector::Store store_{storeFile_};
   std::function<void()> afterStoring_ = [] {};
-  test::TestCertificates certificates_;
-  test::HttpsTestServer server_{
-      {.identity = certificates_.issue(serverName),
-       .answer = [this](const test::Request& request) { return receive(request); }}};
-  const std::string host_ = hostFor(server_.address());
-  const std::string hostWithoutServer_ = hostFor("127.0.0.1:1 --exit-deadline 0");
-  std::string errors_;
+  std::atomic<int> status_{204};
+  const Site site_{{.answer = [this](const Request& request) { return receive(request); }}};
+  const std::string host_ = hostFor(site_.server().address(), site_.authority());
+  const std::string hostWithoutServer_ =
+      hostFor("127.0.0.1:1", site_.authority()) + " --exit-deadline 0";
 };
 
-TEST_F(ProgramFaultsTest, KillingItLosesNothingThatWasCommitted) {
+TEST_F(ProgramFaultsTest, AKillLosesNoCommittedRow) {
   std::mt19937 random(4711);  // NOLINT(cert-msc51-cpp): the same moments in every run
   double longestQueue = 0;
   double rowsBefore = 0;
-  const int rounds = test::effort(12, 500);
+  const int rounds = effort(12, 500);
   for (int round = 0; round < rounds; ++round) {
     SCOPED_TRACE(round);
-    if (round % 20 == 0) {  // The files would reach their cap otherwise.
-      fs::remove_all(data_);
-      fs::create_directory(data_);
+    if (round % 20 == 0) {  // Otherwise the files would reach their cap.
+      std::filesystem::remove(site_.sendingFile());
+      std::filesystem::remove(site_.supportFile());
       rowsBefore = 0;
     }
     const std::string session = "round" + std::to_string(round);
     const bool whileWriting = round % 2 == 1;
-    const fs::path journal =
-        (round / 2 % 2 == 0 ? sendingFile_ : supportFile_).string() + "-journal";
+    const auto journal =
+        (round % 4 < 2 ? site_.sendingFile() : site_.supportFile()).string() + "-journal";
     double committed = 0;
     {
       // The dispatcher writes once a second, or all the time when rows come while it writes.
-      test::Process host(
+      const Process host(
           hostWithoutServer_,
           scriptOf(session, 5000, whileWriting ? "{\"wait\": 0.001}\n" : "{\"wait\": 0.02}\n"));
-      while (!fs::exists(sendingFile_)) {
-        std::this_thread::yield();
-      }
-      const OtherConnection observer(sendingFile_);
+      ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(site_.sendingFile()); }));
+      const OtherConnection observer(site_.sendingFile());
       const auto seen = [&] { return observer.number(among(session, "max(number)")); };
-      while ((committed = seen()) == 0) {
-        std::this_thread::sleep_for(10ms);
-      }
-      const auto moment = system_clock::now() + std::chrono::milliseconds(random() % 1000);
+      ASSERT_TRUE(waitUntil([&] { return seen() > 0; }));
+      const auto moment = system_clock::now() + 1ms * (random() % 1000);
       while (system_clock::now() < moment) {
         committed = seen();
       }
-      while (whileWriting && !fs::exists(journal)) {
+      while (whileWriting && !std::filesystem::exists(journal)) {
         std::this_thread::yield();
       }
-    }  // It is killed here.
+    }  // The host is killed here.
     const std::chrono::duration<double> killed = system_clock::now().time_since_epoch();
-    for (const auto& file : {sendingFile_, supportFile_}) {
+    for (const auto& file : {site_.sendingFile(), site_.supportFile()}) {
       EXPECT_THAT(query(file, "PRAGMA integrity_check"), ElementsAre("ok"));
       const OtherConnection observer(file);
       EXPECT_EQ(observer.number(among(session, "count(*) - max(number)")), 0)
@@ -145,63 +126,124 @@ TEST_F(ProgramFaultsTest, KillingItLosesNothingThatWasCommitted) {
       longestQueue =
           std::max(longestQueue, killed.count() - observer.number(among(session, "max(time)")));
     }
-    const OtherConnection sending(sendingFile_);
+    const OtherConnection sending(site_.sendingFile());
     const double rows = sending.number(among(session, "count(*)"));
     EXPECT_GE(rows, committed);
     rowsBefore += rows;
     EXPECT_EQ(sending.number("SELECT count(*) FROM Items WHERE json LIKE '%\"round%'"), rowsBefore);
   }
-  // A second, and what the machine needs to write and to be observed.
+  // The period is one second; the machine also needs time to write and to observe.
   EXPECT_LT(longestQueue, 4);
-  test::measured() << rounds << " kills, newest stored row at most " << longestQueue << " s old\n";
+  measured() << rounds << " kills, newest stored row at most " << longestQueue << " s old\n";
 }
 
-TEST_F(ProgramFaultsTest, KillingItBetweenTheAnswerAndTheDeletionCountsNoRowTwice) {
-  const int rounds = test::effort(3, 100);
+TEST_F(ProgramFaultsTest, AKillBetweenTheAnswerAndTheDeletionCountsNoRowTwice) {
+  const int rounds = effort(3, 100);
   for (int round = 0; round < rounds; ++round) {
     SCOPED_TRACE(round);
-    EXPECT_EQ(play(hostWithoutServer_, scriptOf("r" + std::to_string(round), 100)), 0) << errors_;
-    const OtherConnection observer(sendingFile_);
-    const double waiting = observer.number("SELECT count(*) FROM Items");
+    play(hostWithoutServer_, scriptOf("r" + std::to_string(round), 100));
+    const OtherConnection observer(site_.sendingFile());
+    const double waiting = observer.number(countRows);
     EXPECT_GE(waiting, 100);
-    test::Tally held;
+    Tally held;
     afterStoring_ = [&] {
-      EXPECT_TRUE(observer.execute("BEGIN; SELECT count(*) FROM Items"));  // So it cannot commit.
+      // The reader's lock delays the commit of the deletion.
+      EXPECT_TRUE(observer.execute("BEGIN; SELECT count(*) FROM Items"));
       held.add();
     };
     {
-      test::Process host(host_);
+      const Process host(host_);
       ASSERT_TRUE(held.reaches(1));
-      const OtherConnection writer(sendingFile_);
-      const auto end = system_clock::now() + 10s;
-      while (writer.execute("BEGIN IMMEDIATE")) {  // until the host has begun to delete
-        EXPECT_TRUE(writer.execute("ROLLBACK"));
-        ASSERT_LT(system_clock::now(), end);
-      }
-    }  // It is killed here.
+      const OtherConnection writer(site_.sendingFile());
+      // The host has then begun to delete.
+      ASSERT_TRUE(waitUntil([&] { return !writer.execute("BEGIN IMMEDIATE; ROLLBACK"); }));
+    }  // The host is killed here.
     EXPECT_TRUE(observer.execute("COMMIT"));
-    EXPECT_GE(observer.number("SELECT count(*) FROM Items"), waiting);
+    EXPECT_GE(observer.number(countRows), waiting);
     afterStoring_ = [] {};
-    EXPECT_EQ(play(host_), 0) << errors_;
-    EXPECT_EQ(observer.number("SELECT count(*) FROM Items"), 0);
+    play(host_);
+    EXPECT_EQ(observer.number(countRows), 0);
     expectEachRowReceivedOnce();
   }
-  test::measured() << rounds << " kills, every row counted once\n";
+  measured() << rounds << " kills, every row counted once\n";
 }
 
 TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
-  EXPECT_EQ(play(hostWithoutServer_, scriptOf("first", 20)), 0) << errors_;
-  EXPECT_EQ(play("sh -c \"trap '' XFSZ; ulimit -f 100; exec " + hostWithoutServer_ + '"',
-                 scriptOf("second", 500)),
-            1);
-  EXPECT_THAT(errors_, HasSubstr("nothing of its transaction is stored: "));
-  EXPECT_THAT(errors_, HasSubstr("ItemDatabase.db stored "));
-  EXPECT_EQ(play(host_, scriptOf("third", 500)), 0) << errors_;
+  play(hostWithoutServer_, scriptOf("first", 20));
+  EXPECT_THAT(play("sh -c \"trap '' XFSZ; ulimit -f 100; exec " + hostWithoutServer_ + '"',
+                   scriptOf("second", 500), 1),
+              AllOf(HasSubstr("nothing of its transaction is stored: "),
+                    HasSubstr("ItemDatabase.db stored ")));
+  play(host_, scriptOf("third", 500));
   for (const auto& [category, rows] : {std::pair("first", 20), {"second", 0}, {"third", 500}}) {
-    EXPECT_EQ(OtherConnection(supportFile_).number(among(category, "count(*)")), rows);
+    EXPECT_EQ(OtherConnection(site_.supportFile()).number(among(category, "count(*)")), rows);
   }
   expectEachRowReceivedOnce();
 }
 
+/// The forms are plain, percent-encoded, hexadecimal digits, Base64, and Base64 with each user.
+/// They were made with the `xxd` and `base64` commands.
+TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
+  const auto secret = write(directory_.path() / "secret", "dagger&pie!99");
+  const auto forms = write(directory_.path() / "forms",
+                           "dagger&pie!99\ndagger%26pie%2199\n64616767657226706965213939\n"
+                           "ZGFnZ2VyJnBpZSE5O\nYWRhOmRhZ2dlciZwaWUhOTk=\nYm9iOmRhZ2dlciZwaWUhOTk=");
+  const auto script =
+      R"({"notify": "onHelpAction", "name": "search", "details": {"for": "password"}}
+{"join": true}
+{"stopSending": true}
+{"startSending": true}
+{"wait": 100})";
+  const TemporaryDirectory temporary;
+  setenv("TMPDIR", temporary.text().c_str(), 1);  // The standard errors are written there, too.
+  const auto betrayersAmong = [&](const std::string& files) {
+    return Process("grep -rlaF -f " + forms.string() + ' ' + files).readUntil(EOF);
+  };
+  const auto left = site_.directory() + ' ' + temporary.text() + ' ' + storeFile_.string();
+  const TestCertificates stranger;
+  const struct {
+    std::string user;
+    std::string host;
+    int status;
+    const char* trace;  ///< a text that the log then has
+  } sessions[] = {{"ada", host_, 500, "with status 500"},
+                  {"bob", host_, 401, "with status 401"},
+                  {"ada", hostWithoutServer_, 204, "127.0.0.1:1 failed"},
+                  {"ada", hostFor(site_.server().address(), stranger.caFile()), 204, "certificate"},
+                  {"ada", host_, 204, ""}};
+  for (const auto& session : sessions) {
+    SCOPED_TRACE(session.trace);
+    status_ = session.status;
+    const auto requestsBefore = site_.server().requests().size();
+    Process host(session.host + " --user " + session.user + " --secret-file " + secret.string(),
+                 script);
+    const auto log = site_.directory() + "/qel-sample-host.log";
+    EXPECT_TRUE(waitUntil([&] { return contentOf(log).find(session.trace) != std::string::npos; }));
+    EXPECT_TRUE(*session.trace != '\0' || site_.server().waitFor(1, requestsBefore + 1));
+    const auto process = "/proc/" + std::to_string(host.id());
+    EXPECT_THAT(contentOf(process + "/cmdline"), HasSubstr("qel-sample-host"));
+    EXPECT_THAT(contentOf(process + "/environ"), HasSubstr("TMPDIR"));
+    EXPECT_EQ(betrayersAmong(left + ' ' + process + "/cmdline " + process + "/environ"), "");
+    host.terminate();
+    const auto output = write(temporary.path() / "output", host.readUntil(EOF));
+    EXPECT_EQ(host.join(), 0) << host.errors();
+    EXPECT_THAT(contentOf(output), ContainsRegex("broadcast +1 "));
+    EXPECT_EQ(betrayersAmong(left), "");
+  }
+  EXPECT_THAT(Process("find " + site_.directory() + " -type f -printf '%m '").readUntil(EOF),
+              MatchesRegex("(600 ){5,}"));
+  // The search finds the secret, and the secret was sent.
+  EXPECT_THAT(betrayersAmong(directory_.text()), HasSubstr("/secret\n"));
+  EXPECT_THAT(site_.server().requests().front().head, HasSubstr("YWRhOmRhZ2dlciZwaWUhOTk="));
+  unsetenv("TMPDIR");
+}
+
+#ifdef QEL_LIBRARIES
+/// Their threads may still run when the host unloads a plug-in that uses them.
+TEST(LibrariesTest, CannotBeUnloaded) {
+  EXPECT_EQ(Process("readelf -d " QEL_LIBRARIES " | grep -c NODELETE").readUntil('\n'), "2");
+}
+#endif
+
 }  // namespace
-}  // namespace qel::samplehost
+}  // namespace qel::test

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Application/Log/Analytics/Client/ActivateParameter.h"
@@ -15,19 +13,12 @@
 
 namespace qel::test {
 
-/// A web-update reporter that notes what is asked of it.
-class FakeWebUpdateReporter : public log::analytics::reports::WebUpdateReporterInterface {
+class NoWebUpdates : public log::analytics::reports::WebUpdateReporterInterface {
  public:
-  bool isInformationAvailable() const override { return counts.has_value(); }
-  void reset() override {
-    ++resets;
-    counts.reset();
-  }
-  std::uint64_t getSuccessCount() const override { return counts.value().first; }
-  std::uint64_t getCorruptPackageCount() const override { return counts.value().second; }
-
-  std::optional<std::pair<std::uint64_t, std::uint64_t>> counts;
-  int resets = 0;
+  bool isInformationAvailable() const override { return false; }
+  void reset() override {}
+  std::uint64_t getSuccessCount() const override { return 0; }
+  std::uint64_t getCorruptPackageCount() const override { return 0; }
 };
 
 inline std::unique_ptr<log::analytics::items::EnvironmentItem> anEnvironment() {
@@ -37,8 +28,24 @@ inline std::unique_ptr<log::analytics::items::EnvironmentItem> anEnvironment() {
       details::HardwareEnvironmentInfo(), std::vector<details::QelEnvironmentInfo>(), false);
 }
 
+/// A valid parameter for a client or a database pair, and the reporter that it refers to.
+struct Activation {
+  const std::string directory = {};
+  NoWebUpdates webUpdateReporter = {};
+  log::analytics::parameters::ActivateParameter parameter{
+      .webUpdateReporter = webUpdateReporter,
+      .databasePath = directory,
+      .installationId = "installation",
+      .sessionId = Guid::parse("00112233-4455-6677-8899-AABBCCDDEEFF"),
+      .serverSecret = "secret",
+      .serverUser = "user",
+      .createEnvironmentItem = {},
+      .isSendingAllowed = [] { return true; },
+      .databaseCallback = [] { return true; }};
+};
+
 /// A database pair whose databases stay in memory, and the parameter to activate it with.
-class MemoryStorage {
+class MemoryStorage : public Activation {
  public:
   /// Initializes the pair and returns it.
   log::analytics::CipDatabases& initialized() const {
@@ -46,7 +53,7 @@ class MemoryStorage {
     return *databases;
   }
 
-  /// The events in the support database, each in one line, once all that was inserted is there.
+  /// The events in the support database, each in one line, after all queued rows are written.
   std::vector<std::string> recorded() const {
     databases->join();
     auto events = support->texts(MemoryDatabaseClient::Items);
@@ -54,21 +61,9 @@ class MemoryStorage {
     return events;
   }
 
-  FakeWebUpdateReporter webUpdateReporter;
-  log::analytics::parameters::ActivateParameter parameter{
-      .webUpdateReporter = webUpdateReporter,
-      .databasePath = "directory",
-      .installationId = "installation",
-      .sessionId = Guid::parse("00112233-4455-6677-8899-AABBCCDDEEFF"),
-      .serverSecret = {},
-      .serverUser = {},
-      .createEnvironmentItem = {},
-      .isSendingAllowed = [] { return true; },
-      .databaseCallback = [] { return true; }};
-
   MemoryDatabaseClient* sending = new MemoryDatabaseClient;
   MemoryDatabaseClient* support = new MemoryDatabaseClient;
-  /// May be moved on, to a client. Owns the two above.
+  /// Owns the two above. A test may move it to a client.
   std::unique_ptr<log::analytics::CipDatabases> owned =
       std::make_unique<log::analytics::CipDatabases>(
           std::unique_ptr<MemoryDatabaseClient>(sending),

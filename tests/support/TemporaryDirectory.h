@@ -7,15 +7,7 @@
 
 namespace qel::test {
 
-/// From now on temporary directories lie in memory, where there is such a place: for tests that
-/// write so often that a disk would take its time.
-inline void keepTemporaryDirectoriesInMemory() {
-  if (std::filesystem::is_directory("/dev/shm")) {
-    setenv("TMPDIR", "/dev/shm", 1);
-  }
-}
-
-/// A new empty directory, removed with all that is in it at the end.
+/// A new directory, removed with its contents at the end.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {

@@ -10,7 +10,7 @@
 
 namespace qel::test {
 
-/// Files (PEM) that a server proves itself with.
+/// The certificate and key of a server (PEM files).
 struct ServerIdentity {
   std::filesystem::path certificate;
   std::filesystem::path key;
@@ -18,8 +18,7 @@ struct ServerIdentity {
 
 enum class Validity { Current, Expired };
 
-/// A throw-away certificate authority, made with the `openssl` command, and the servers it
-/// certifies. The files are removed with it.
+/// A temporary certificate authority, made with the `openssl` command. Its end removes the files.
 class TestCertificates {
  public:
   TestCertificates() {
@@ -27,7 +26,7 @@ class TestCertificates {
         directory_.path().filename().string());  // Chains are built by name.
   }
 
-  /// The authority's own certificate, to be trusted (PEM).
+  /// The authority's own certificate (PEM), for clients to trust.
   std::string caFile() const { return directory_.path() / "ca.pem"; }
 
   /// A certificate for the host name.
