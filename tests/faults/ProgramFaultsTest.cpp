@@ -14,6 +14,7 @@
 namespace qel::test {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using namespace testing;
 using std::chrono::system_clock;
@@ -40,47 +41,45 @@ std::string among(const std::string& category, const std::string& expression) {
          category + "')";
 }
 
+std::string hostFor(const Site& site, const std::string& server, const std::string& authority) {
+  return QEL_SAMPLE_HOST " --directory " + site.directory() + " --server " + server + " --ca " +
+         authority;
+}
+
+/// Runs a program to its end, expects its status and returns its standard error.
+std::string play(const std::string& commandLine, const std::string& script = "", int status = 0) {
+  Process program(commandLine, script);
+  program.readUntil(EOF);
+  EXPECT_EQ(program.join(), status) << program.errors();
+  return program.errors();
+}
+
 class ProgramFaultsTest : public testing::Test {
  protected:
-  std::string hostFor(const std::string& server, const std::string& authority) const {
-    return QEL_SAMPLE_HOST " --directory " + site_.directory() + " --server " + server + " --ca " +
-           authority;
-  }
-
-  /// Runs a program to its end, expects its status and returns its standard error.
-  static std::string play(const std::string& commandLine, const std::string& script = "",
-                          int status = 0) {
-    Process program(commandLine, script);
-    program.readUntil(EOF);
-    EXPECT_EQ(program.join(), status) << program.errors();
-    return program.errors();
-  }
-
   Reply receive(const Request& request) {
-    if (status_ == 204) {
-      store_.add(collector::readPackage(request.body));
-    }
+    store_.add(collector::readPackage(request.body));
     if (request.body.find("\"events\"") != std::string::npos) {
       afterStoring_();
     }
-    return {.status = status_};
+    return {.status = 204};
   }
 
   /// The collector has every row that the support database has, once.
   void expectEachRowReceivedOnce() const {
     EXPECT_THAT(query(storeFile_, "SELECT count(*), max(count) FROM events"),
-                ElementsAre(query(site_.supportFile(), countRows)[0] + "|1"));
+                ElementsAre(query(support_, countRows)[0] + "|1"));
   }
 
   const TemporaryDirectory directory_;
-  const std::filesystem::path storeFile_ = directory_.path() / "store.db";
+  const fs::path storeFile_ = directory_.path() / "store.db";
   collector::Store store_{storeFile_};
   std::function<void()> afterStoring_ = [] {};
-  std::atomic<int> status_{204};
   const Site site_{{.answer = [this](const Request& request) { return receive(request); }}};
-  const std::string host_ = hostFor(site_.server().address(), site_.authority());
+  const fs::path sending_ = site_.sendingFile();
+  const fs::path support_ = site_.supportFile();
+  const std::string host_ = hostFor(site_, site_.server().address(), site_.authority());
   const std::string hostWithoutServer_ =
-      hostFor("127.0.0.1:1", site_.authority()) + " --exit-deadline 0";
+      hostFor(site_, "127.0.0.1:1", site_.authority()) + " --exit-deadline 0";
 };
 
 TEST_F(ProgramFaultsTest, AKillLosesNoCommittedRow) {
@@ -91,34 +90,33 @@ TEST_F(ProgramFaultsTest, AKillLosesNoCommittedRow) {
   for (int round = 0; round < rounds; ++round) {
     SCOPED_TRACE(round);
     if (round % 20 == 0) {  // Otherwise the files would reach their cap.
-      std::filesystem::remove(site_.sendingFile());
-      std::filesystem::remove(site_.supportFile());
+      fs::remove(sending_);
+      fs::remove(support_);
       rowsBefore = 0;
     }
     const std::string session = "round" + std::to_string(round);
     const bool whileWriting = round % 2 == 1;
-    const auto journal =
-        (round % 4 < 2 ? site_.sendingFile() : site_.supportFile()).string() + "-journal";
+    const auto journal = (round % 4 < 2 ? sending_ : support_).string() + "-journal";
     double committed = 0;
     {
       // The dispatcher writes once a second, or all the time when rows come while it writes.
       const Process host(
           hostWithoutServer_,
           scriptOf(session, 5000, whileWriting ? "{\"wait\": 0.001}\n" : "{\"wait\": 0.02}\n"));
-      ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(site_.sendingFile()); }));
-      const OtherConnection observer(site_.sendingFile());
+      ASSERT_TRUE(waitUntil([&] { return fs::exists(sending_); }));
+      const OtherConnection observer(sending_);
       const auto seen = [&] { return observer.number(among(session, "max(number)")); };
       ASSERT_TRUE(waitUntil([&] { return seen() > 0; }));
       const auto moment = system_clock::now() + 1ms * (random() % 1000);
       while (system_clock::now() < moment) {
         committed = seen();
       }
-      while (whileWriting && !std::filesystem::exists(journal)) {
+      while (whileWriting && !fs::exists(journal)) {
         std::this_thread::yield();
       }
     }  // The host is killed here.
     const std::chrono::duration<double> killed = system_clock::now().time_since_epoch();
-    for (const auto& file : {site_.sendingFile(), site_.supportFile()}) {
+    for (const auto& file : {sending_, support_}) {
       EXPECT_THAT(query(file, "PRAGMA integrity_check"), ElementsAre("ok"));
       const OtherConnection observer(file);
       EXPECT_EQ(observer.number(among(session, "count(*) - max(number)")), 0)
@@ -126,7 +124,7 @@ TEST_F(ProgramFaultsTest, AKillLosesNoCommittedRow) {
       longestQueue =
           std::max(longestQueue, killed.count() - observer.number(among(session, "max(time)")));
     }
-    const OtherConnection sending(site_.sendingFile());
+    const OtherConnection sending(sending_);
     const double rows = sending.number(among(session, "count(*)"));
     EXPECT_GE(rows, committed);
     rowsBefore += rows;
@@ -142,7 +140,7 @@ TEST_F(ProgramFaultsTest, AKillBetweenTheAnswerAndTheDeletionCountsNoRowTwice) {
   for (int round = 0; round < rounds; ++round) {
     SCOPED_TRACE(round);
     play(hostWithoutServer_, scriptOf("r" + std::to_string(round), 100));
-    const OtherConnection observer(site_.sendingFile());
+    const OtherConnection observer(sending_);
     const double waiting = observer.number(countRows);
     EXPECT_GE(waiting, 100);
     Tally held;
@@ -154,7 +152,7 @@ TEST_F(ProgramFaultsTest, AKillBetweenTheAnswerAndTheDeletionCountsNoRowTwice) {
     {
       const Process host(host_);
       ASSERT_TRUE(held.reaches(1));
-      const OtherConnection writer(site_.sendingFile());
+      const OtherConnection writer(sending_);
       // The host has then begun to delete.
       ASSERT_TRUE(waitUntil([&] { return !writer.execute("BEGIN IMMEDIATE; ROLLBACK"); }));
     }  // The host is killed here.
@@ -176,65 +174,66 @@ TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
                     HasSubstr("ItemDatabase.db stored ")));
   play(host_, scriptOf("third", 500));
   for (const auto& [category, rows] : {std::pair("first", 20), {"second", 0}, {"third", 500}}) {
-    EXPECT_EQ(OtherConnection(site_.supportFile()).number(among(category, "count(*)")), rows);
+    EXPECT_EQ(OtherConnection(support_).number(among(category, "count(*)")), rows);
   }
   expectEachRowReceivedOnce();
 }
 
-/// The forms are plain, percent-encoded, hexadecimal digits, Base64, and Base64 with each user.
-/// They were made with the `xxd` and `base64` commands.
+/// Searches for the plain secret, percent-encoded, in hexadecimal digits, in Base64, and in Base64
+/// with each user. The `xxd` and `base64` commands made these forms.
 TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
-  const auto secret = write(directory_.path() / "secret", "dagger&pie!99");
+  const TemporaryDirectory given;
+  const auto secret = write(given.path() / "secret", "dagger&pie!99");
+  const auto users = write(given.path() / "users", "ada:dagger&pie!99\nbob:other\n");
   const auto forms = write(directory_.path() / "forms",
                            "dagger&pie!99\ndagger%26pie%2199\n64616767657226706965213939\n"
                            "ZGFnZ2VyJnBpZSE5O\nYWRhOmRhZ2dlciZwaWUhOTk=\nYm9iOmRhZ2dlciZwaWUhOTk=");
-  const auto script =
-      R"({"notify": "onHelpAction", "name": "search", "details": {"for": "password"}}
-{"join": true}
-{"stopSending": true}
-{"startSending": true}
-{"wait": 100})";
-  const TemporaryDirectory temporary;
-  setenv("TMPDIR", temporary.text().c_str(), 1);  // The standard errors are written there, too.
   const auto betrayersAmong = [&](const std::string& files) {
     return Process("grep -rlaF -f " + forms.string() + ' ' + files).readUntil(EOF);
   };
-  const auto left = site_.directory() + ' ' + temporary.text() + ' ' + storeFile_.string();
-  const TestCertificates stranger;
-  const struct {
-    std::string user;
-    std::string host;
-    int status;
-    const char* trace;  ///< a text that the log then has
-  } sessions[] = {{"ada", host_, 500, "with status 500"},
-                  {"bob", host_, 401, "with status 401"},
-                  {"ada", hostWithoutServer_, 204, "127.0.0.1:1 failed"},
-                  {"ada", hostFor(site_.server().address(), stranger.caFile()), 204, "certificate"},
-                  {"ada", host_, 204, ""}};
-  for (const auto& session : sessions) {
-    SCOPED_TRACE(session.trace);
-    status_ = session.status;
-    const auto requestsBefore = site_.server().requests().size();
-    Process host(session.host + " --user " + session.user + " --secret-file " + secret.string(),
-                 script);
-    const auto log = site_.directory() + "/qel-sample-host.log";
-    EXPECT_TRUE(waitUntil([&] { return contentOf(log).find(session.trace) != std::string::npos; }));
-    EXPECT_TRUE(*session.trace != '\0' || site_.server().waitFor(1, requestsBefore + 1));
-    const auto process = "/proc/" + std::to_string(host.id());
-    EXPECT_THAT(contentOf(process + "/cmdline"), HasSubstr("qel-sample-host"));
-    EXPECT_THAT(contentOf(process + "/environ"), HasSubstr("TMPDIR"));
-    EXPECT_EQ(betrayersAmong(left + ' ' + process + "/cmdline " + process + "/environ"), "");
+  const TemporaryDirectory temporary;
+  setenv("TMPDIR", temporary.text().c_str(), 1);  // The standard errors are written there, too.
+  TestCertificates authority;
+  const auto identity = authority.issue("analytics.qel.example");
+  Process collector(COLLECTOR_PROGRAM " --listen 127.0.0.1:0 --credentials " + users.string() +
+                    " --store " + site_.directory() + "/store.db --certificate " +
+                    identity.certificate.string() + " --key " + identity.key.string());
+  const std::string address = collector.readUntil('\n').substr(strlen("listening on "));
+  const std::vector<std::array<std::string, 4>> sessions = {
+      {"bob", address, authority.caFile(), "with status 401"},
+      {"ada", "127.0.0.1:1", authority.caFile(), "127.0.0.1:1 failed"},
+      {"ada", address, site_.authority(), "certificate"},
+      {"ada", address, authority.caFile(), "204: events"}};
+  for (const auto& [user, server, trusted, trace] : sessions) {
+    SCOPED_TRACE(trace);
+    Process host(hostFor(site_, server, trusted) + " --exit-deadline 2 --user " + user +
+                     " --secret-file " + secret.string(),
+                 R"({"notify": "onHelpAction", "name": "search", "details": {"for": "password"}}
+{"join": true}
+{"stopSending": true}
+{"startSending": true}
+{"wait": 100})");
+    EXPECT_TRUE(waitUntil([&, &text = trace] {
+      const auto logs = contentOf(site_.directory() + "/qel-sample-host.log") + collector.errors();
+      return logs.find(text) != std::string::npos;
+    }));
+    std::string searched = site_.directory() + ' ' + temporary.text();
+    for (const auto id : {host.id(), collector.id()}) {
+      const auto visible = "/proc/" + std::to_string(id);
+      EXPECT_THAT(contentOf(visible + "/cmdline"), HasSubstr("qel-"));
+      EXPECT_THAT(contentOf(visible + "/environ"), HasSubstr("TMPDIR"));
+      searched += ' ' + visible + "/cmdline " + visible + "/environ";
+    }
+    EXPECT_EQ(betrayersAmong(searched), "");
     host.terminate();
     const auto output = write(temporary.path() / "output", host.readUntil(EOF));
     EXPECT_EQ(host.join(), 0) << host.errors();
     EXPECT_THAT(contentOf(output), ContainsRegex("broadcast +1 "));
-    EXPECT_EQ(betrayersAmong(left), "");
+    EXPECT_EQ(betrayersAmong(searched), "");
   }
   EXPECT_THAT(Process("find " + site_.directory() + " -type f -printf '%m '").readUntil(EOF),
-              MatchesRegex("(600 ){5,}"));
-  // The search finds the secret, and the secret was sent.
-  EXPECT_THAT(betrayersAmong(directory_.text()), HasSubstr("/secret\n"));
-  EXPECT_THAT(site_.server().requests().front().head, HasSubstr("YWRhOmRhZ2dlciZwaWUhOTk="));
+              MatchesRegex("(600 ){6,}"));
+  EXPECT_THAT(betrayersAmong(given.text()), AllOf(HasSubstr("/secret"), HasSubstr("/users")));
   unsetenv("TMPDIR");
 }
 

@@ -1,9 +1,3 @@
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <functional>
-#include <thread>
-
 #include <malloc.h>
 #include <unistd.h>
 
@@ -83,11 +77,12 @@ TEST(StartStopTest, BusySessionsStoreEachRowOnceAndFreeTheirMemory) {
   EXPECT_LT(growth, 1'048'576);
   EXPECT_GT(inserted, 10 * sessions);
   const auto stored = site.acceptedOrWaiting();
-  const auto supported = numbersIn(site.supportFile());
+  const auto supported = textsIn(site.supportFile());
   EXPECT_EQ(stored.size(), std::size_t(inserted));
   EXPECT_LT(supported.size(), std::size_t(inserted)) << "retention has deleted rows";
   for (const auto& numbers : {stored, supported}) {
-    EXPECT_THAT(std::set<int>(numbers.begin(), numbers.end()), testing::SizeIs(numbers.size()));
+    EXPECT_THAT(std::set<std::string>(numbers.begin(), numbers.end()),
+                testing::SizeIs(numbers.size()));
   }
   measured() << sessions << " sessions, " << inserted << " rows, each accepted or waiting once, "
              << growth << " bytes more allocated\n";

@@ -65,7 +65,6 @@ class HttpsTestServer::Implementation {
       const std::lock_guard lock(mutex);
       auto& kept = sockets.emplace_back(std::move(socket));
       threads.emplace_back([this, &kept] { serve(kept); });
-      changed.notify_all();
     }
   }
 
@@ -91,7 +90,6 @@ class HttpsTestServer::Implementation {
       {
         const std::lock_guard lock(mutex);
         requests.push_back(*request);
-        changed.notify_all();
       }
       const auto reply = options.answer(*request);
       give(stream, reply);
@@ -205,12 +203,9 @@ std::vector<Request> HttpsTestServer::requests() const {
   return implementation_->requests;
 }
 
-bool HttpsTestServer::waitFor(std::size_t connections, std::size_t requests) const {
-  std::unique_lock lock(implementation_->mutex);
-  return implementation_->changed.wait_for(lock, hangingTest, [&] {
-    return implementation_->threads.size() >= connections &&
-           implementation_->requests.size() >= requests;
-  });
+bool HttpsTestServer::waitFor(int connectionCount, std::size_t requestCount) const {
+  return waitUntil(
+      [&] { return connections() >= connectionCount && requests().size() >= requestCount; });
 }
 
 }  // namespace qel::test

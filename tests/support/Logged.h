@@ -1,9 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <filesystem>
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include "host/QelLog/LogManager.h"

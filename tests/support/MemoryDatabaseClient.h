@@ -1,11 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
 

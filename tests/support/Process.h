@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <string>
 #include <utility>
 
 #include <sys/wait.h>

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <set>
+
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "tests/support/MemoryStorage.h"
+#include "tests/support/Query.h"
 
 namespace qel::test {
 
@@ -15,6 +18,15 @@ struct Numbered : json::ToJsonInterface {
   const int number;
 };
 
+using Texts = std::multiset<std::string>;
+
+/// The texts of a database file except objects. The file must be sound.
+inline Texts textsIn(const std::filesystem::path& file) {
+  EXPECT_EQ(query(file, "PRAGMA integrity_check")[0], "ok");
+  const auto rows = query(file, "SELECT json FROM Items WHERE json NOT LIKE '{%'");
+  return {rows.begin(), rows.end()};
+}
+
 /// A pair over database files. The support database has no age limit without one here.
 inline std::unique_ptr<log::analytics::CipDatabases> filePair(
     std::optional<std::chrono::seconds> retention = std::nullopt) {
@@ -25,15 +37,14 @@ inline std::unique_ptr<log::analytics::CipDatabases> filePair(
 
 /// A client over database files, active from construction to destruction. Rows that are still
 /// queued at its end are lost; `databases.join()` writes them.
-class Session {
- public:
+struct Session {
   explicit Session(const std::string& directory,
                    std::optional<std::chrono::seconds> retention = std::nullopt)
-      : activation_{directory},
+      : activation{directory},
         databases(*filePair(retention).release()),
         client(std::unique_ptr<log::analytics::CipDatabases>(&databases)) {
-    activation_.parameter.createEnvironmentItem = anEnvironment;
-    client.activate(activation_.parameter);
+    activation.parameter.createEnvironmentItem = anEnvironment;
+    client.activate(activation.parameter);
   }
 
   void insert(int number) const {
@@ -41,10 +52,7 @@ class Session {
                      log::analytics::CipDatabaseClientInterface::Items);
   }
 
- private:
-  Activation activation_;
-
- public:
+  Activation activation;
   log::analytics::CipDatabases& databases;
   log::analytics::Client client;
 };

@@ -1,31 +1,15 @@
 #pragma once
 
-#include <set>
-
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "host/QelHttp/Settings.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/HttpsTestServer.h"
-#include "tests/support/Query.h"
 #include "tests/support/Session.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
-
-/// The texts of numbered items.
-using Numbers = std::multiset<int>;
-
-/// The numbered rows of a database file, which must be sound.
-inline Numbers numbersIn(const std::filesystem::path& file) {
-  EXPECT_THAT(query(file, "PRAGMA integrity_check"), testing::ElementsAre("ok"));
-  Numbers numbers;
-  for (const auto& text : query(file, "SELECT json FROM Items WHERE json NOT LIKE '{%'")) {
-    numbers.insert(std::stoi(text));
-  }
-  return numbers;
-}
 
 constexpr std::chrono::milliseconds exitDeadline{500};
 
@@ -72,14 +56,14 @@ class Site {
     earlier.insertMultiple(rows, earlier.Items);
   }
 
-  Numbers waiting() const { return numbersIn(sendingFile()); }
-  Numbers acceptedOrWaiting() const {
-    auto numbers = waiting();
+  /// The numbered items that the server or the sending database has.
+  Texts acceptedOrWaiting() const {
+    auto numbers = textsIn(sendingFile());
     for (const auto& request : server_.requests()) {
       const auto package = nlohmann::json::parse(request.body);
       for (const auto& row : package.value("events", nlohmann::json::array())) {
         if (row.is_number()) {
-          numbers.insert(row.get<int>());
+          numbers.insert(row.dump());
         }
       }
     }

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>

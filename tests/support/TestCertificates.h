@@ -1,10 +1,5 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -22,7 +17,7 @@ enum class Validity { Current, Expired };
 class TestCertificates {
  public:
   TestCertificates() {
-    run("openssl req -x509" + newKey() + "-keyout ca.key -out ca.pem -subj /CN=" +
+    run(std::string("openssl req -x509 ") + newKey + " -keyout ca.key -out ca.pem -subj /CN=" +
         directory_.path().filename().string());  // Chains are built by name.
   }
 
@@ -32,17 +27,15 @@ class TestCertificates {
   /// A certificate for the host name.
   ServerIdentity issue(const std::string& name, Validity validity = Validity::Current) {
     const std::string stem = "server" + std::to_string(++issued_);
-    run("openssl req" + newKey() + "-keyout " + stem + ".key -out request -subj /CN=" + name +
-        " -addext subjectAltName=DNS:" + name +
+    run(std::string("openssl req ") + newKey + " -keyout " + stem +
+        ".key -out request -subj /CN=" + name + " -addext subjectAltName=DNS:" + name +
         " && openssl x509 -req -in request -copy_extensions copy -CA ca.pem -CAkey ca.key -out " +
         stem + ".pem -days " + (validity == Validity::Expired ? "-1" : "1"));
     return {directory_.path() / (stem + ".pem"), directory_.path() / (stem + ".key")};
   }
 
  private:
-  static std::string newKey() {
-    return " -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes ";
-  }
+  static constexpr const char* newKey = "-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes";
 
   void run(const std::string& commands) const {
     const std::string inside = "cd " + directory_.text() + " && { " + commands + "; } 2>log";
