@@ -1,8 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <thread>
-
 #include <gmock/gmock.h>
 
 #include "tests/faults/Effort.h"
@@ -15,7 +12,6 @@
 namespace qel::test {
 
 using namespace std::chrono_literals;
-using namespace log::analytics;
 using std::chrono::steady_clock;
 
 /// A directory in memory for databases, and a log file.
@@ -23,6 +19,8 @@ class DatabaseDirectory : public testing::Test {
  protected:
   DatabaseDirectory() {
     log::LogManager::instance().configure({.standardError = false, .file = log_});
+    // The first message starts the thread of the log: memory may be short later.
+    log::LogManager::instance().getLogger("test")->log(log::Level::Warning, "begun");
     emptyDirectory();
   }
 

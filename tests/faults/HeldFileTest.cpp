@@ -24,8 +24,6 @@ steady_clock::duration timeOf(const std::function<void()>& call) {
 /// Both databases, which another process can hold.
 class HeldFileTest : public DatabaseDirectory {
  protected:
-  void hold() const { inBoth("BEGIN EXCLUSIVE"); }
-  void release() const { inBoth("COMMIT"); }
   void inBoth(const std::string& statement) const {
     EXPECT_TRUE(sending_.execute(statement) && support_.execute(statement));
   }
@@ -36,7 +34,7 @@ class HeldFileTest : public DatabaseDirectory {
 
 /// In the long form the release has no deadline except its own thirty seconds.
 TEST_F(HeldFileTest, DelaysRowsButNeitherTheStartNorTheRelease) {
-  hold();
+  inBoth("BEGIN EXCLUSIVE");
   std::unique_ptr<Session> session;
   EXPECT_LT(timeOf([&] { session = std::make_unique<Session>(data_, 1s); }), longestCall);
   std::size_t rows = 0;
@@ -56,7 +54,7 @@ TEST_F(HeldFileTest, DelaysRowsButNeitherTheStartNorTheRelease) {
     EXPECT_THAT(textsIn(file), SizeIs(rows)) << file;
     EXPECT_THAT(query(file, "PRAGMA auto_vacuum"), ElementsAre("2")) << file;
   }
-  hold();
+  inBoth("BEGIN EXCLUSIVE");
   session->insert(0);
   std::this_thread::sleep_for(1500ms);  // The worker takes the row and waits with it.
   utilities::setExitDeadline(effort(std::optional(300ms), {}));
@@ -116,10 +114,10 @@ TEST_F(HeldFileTest, DelaysAnExportForFiveSeconds) {
   for (const auto& [source, target] : {std::pair<Client, Client>(held, free), {free, held}}) {
     SupportDatabaseExporter exporter(source);
     bool isDone = true;
-    hold();
+    inBoth("BEGIN EXCLUSIVE");
     EXPECT_THAT(timeOf([&] { isDone = exporter.exportLastSessionToSqliteFile("S", target); }),
                 AllOf(Ge(5s), Lt(5s + longestCall)));
-    release();
+    inBoth("COMMIT");
     EXPECT_FALSE(isDone);
     EXPECT_THAT(held->getAllItems(), SizeIs(rows.size())) << "no row was added";
     EXPECT_THAT(free->texts(Items), SizeIs(rows.size()));

@@ -76,14 +76,7 @@ int sweepAllocations(const std::function<void()>& attempt) {
   return failures;
 }
 
-class OutOfMemoryTest : public DatabaseDirectory {
- protected:
-  OutOfMemoryTest() {
-    // The first message starts the thread of the log, before memory is short.
-    log::LogManager::instance().getLogger("test")->log(log::Level::Warning, "begun");
-    loggedIn(log_);
-  }
-};
+using OutOfMemoryTest = DatabaseDirectory;
 
 TEST_F(OutOfMemoryTest, RecordsAnEventOrThrowsAndRecordsTheNextOne) {
   MemoryStorage storage;

@@ -12,8 +12,6 @@ namespace {
 
 using namespace broadcaster;
 using namespace std::chrono_literals;
-using log::analytics::SupportDatabaseClient;
-using log::analytics::reports::MemoryUsageObserver;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
 using testing::ExitedWithCode;
@@ -30,8 +28,8 @@ std::ptrdiff_t allocatedWithout(const HttpsTestServer& server) {
 /// Uses all threads of the library at the same time, for a tenth of a second.
 void beBusy(Session& session, const std::string& directory, std::atomic<int>& inserted) {
   const auto end = steady_clock::now() + 100ms;
-  MemoryUsageObserver observer(session.databases,
-                               {.samplingInterval = 1ms, .reportingInterval = 20ms});
+  reports::MemoryUsageObserver observer(session.databases,
+                                        {.samplingInterval = 1ms, .reportingInterval = 20ms});
   observer.start();
   std::vector<std::function<void()>> actions(8, [&] { session.insert(inserted++); });
   actions.emplace_back([&] { observer.reportDetailedMemoryUsageOfCurrentProcessForCrash(); });

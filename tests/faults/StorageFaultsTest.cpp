@@ -2,13 +2,32 @@
 #include <pthread.h>
 #include <sqlite3.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
-#include "host/QelUtilities/Debugger.h"
+#include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
+#include "Application/Log/Analytics/Items/CrashReportItem.h"
 #include "host/QelUtilities/Exception.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/support/FakeConnection.h"
+
+static std::atomic<time_t> ahead{0};  ///< seconds that are added to the wall clock alone
+
+/// Replaces the system's function, for the standard library.
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const long result = syscall(SYS_clock_gettime, clock, time);
+  time->tv_sec += clock == CLOCK_REALTIME ? ahead.load() : 0;
+  return static_cast<int>(result);
+}
+
+/// Replaces the system's function, for SQLite.
+extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept {
+  timespec now{};
+  const int result = clock_gettime(CLOCK_REALTIME, &now);
+  *time = {now.tv_sec, 0};
+  return result;
+}
 
 namespace qel::test {
 namespace {
@@ -70,64 +89,57 @@ class StorageFaultsTest : public DatabaseDirectory {
     });
   }
 
-  bool meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const;
-};
+  /// Whether a call has failed.
+  bool meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const {
+    emptyDirectory();
+    std::vector<std::string> batches;
+    const auto insert = [&](CipDatabaseClient& client, const std::string& name) {
+      batches.push_back(name);
+      client.insertMultiple(batchOf(name));
+    };
+    if (hasEarlierRows) {
+      CipDatabaseClient earlier;
+      earlier.initialize(data_);
+      insert(earlier, "earlier");
+    }
+    const auto lossesBefore = timesLogged(lossLogged);
+    CipDatabaseClient client;
+    hasFailed = !isReplaced;
+    plannedFault = fault;
+    callsUntilFault = nthCall;
+    try {
+      client.initialize(data_);
+      insert(client, "before");
+      std::vector<int> first{1};
+      client.deleteByIds(Items, first);
+      client.vacuum();
+      insert(client, "after");
+      callsUntilFault = -1;
+    } catch (const qel::exception& failure) {
+      EXPECT_THAT(failure.what(), HasSubstr(sendingFile_));
+      callsUntilFault = -1;
+      client.initialize(data_);
+    }
+    insert(client, "healed");
 
-/// Whether a call has failed.
-bool StorageFaultsTest::meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const {
-  emptyDirectory();
-  if (hasEarlierRows) {
-    CipDatabaseClient earlier;
-    earlier.initialize(data_);
-    earlier.insertMultiple(batchOf("earlier"));
-  }
-  const auto lossesBefore = timesLogged(lossLogged);
-  CipDatabaseClient client;
-  bool isOpened = false;
-  hasFailed = !isReplaced;
-  plannedFault = fault;
-  callsUntilFault = nthCall;
-  try {
-    client.initialize(data_);
-    isOpened = true;
-    client.insertMultiple(batchOf("before"));
-    std::vector<int> first{1};
-    client.deleteByIds(Items, first);
-    client.vacuum();
-    client.insertMultiple(batchOf("after"));
-  } catch (const qel::exception& failure) {
-    EXPECT_THAT(failure.what(), HasSubstr(sendingFile_));
-  }
-  callsUntilFault = -1;
-  if (!isOpened) {
-    client.initialize(data_);
-  }
-  client.insertMultiple(batchOf("healed"));
-
-  const auto stored = textsIn(sendingFile_);
-  EXPECT_TRUE(stored.contains("healed2"));
-  EXPECT_EQ(stored.contains("earlier2"), hasEarlierRows);
-  std::vector<std::string> batches{"before", "after", "healed"};
-  if (hasEarlierRows) {
-    batches.insert(batches.begin(), "earlier");
-  }
-  int missing = 0;
-  for (const auto& batch : batches) {
-    const auto times = stored.count(batch + '2');
-    missing += times == 0 ? 1 : 0;
-    EXPECT_LE(times, 1U) << batch;
-    EXPECT_EQ(stored.count(batch + '3'), times) << batch;
-    const bool isDeletedFrom = batch == batches.front();
-    EXPECT_TRUE(isDeletedFrom || stored.count(batch + '1') == times) << batch;
-  }
-  if (isOpened) {
+    const auto stored = textsIn(sendingFile_);
+    EXPECT_TRUE(stored.contains("healed2"));
+    int missing = 0;
+    for (const auto& batch : batches) {
+      const auto times = stored.count(batch + '2');
+      missing += times == 0 ? 1 : 0;
+      EXPECT_LE(times, 1U) << batch;
+      EXPECT_EQ(stored.count(batch + '3'), times) << batch;
+      const bool isDeletedFrom = batch == batches.front();
+      EXPECT_TRUE(isDeletedFrom || stored.count(batch + '1') == times) << batch;
+    }
     EXPECT_EQ(missing, timesLogged(lossLogged) - lossesBefore) << "each lost batch is logged";
     EXPECT_LE(missing, fault == DiskFault::Once ? 1 : 2);
+    EXPECT_THAT(query(sendingFile_, "PRAGMA auto_vacuum"), ElementsAre("2"));
+    EXPECT_EQ(filesSetAside(), 0) << "a disk fault does not damage the file";
+    return hasFailed;
   }
-  EXPECT_THAT(query(sendingFile_, "PRAGMA auto_vacuum"), ElementsAre("2"));
-  EXPECT_EQ(filesSetAside(), 0) << "a disk fault does not damage the file";
-  return hasFailed;
-}
+};
 
 TEST_F(StorageFaultsTest, StoresABatchWholeOrNotAtAllWhicheverCallFails) {
   int faults = 0;
@@ -168,16 +180,14 @@ TEST_F(StorageFaultsTest, MarksEachCrossingOfTheCapOnceAndShrinksTheFile) {
 }
 
 TEST_F(StorageFaultsTest, UsesTheDatabaseWithoutAThreadForRetention) {
-  std::atomic<int> breaks{0};
-  utilities::debugger::Debugger::setHook([&] { ++breaks; });
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
+  pthread_attr_t usual;
+  pthread_getattr_default_np(&usual);
+  auto attributes = usual;
   pthread_attr_setstacksize(&attributes, std::size_t{1} << 60U);  // No thread gets such a stack.
   EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
   SupportDatabaseClient client(1s);
   client.initialize(data_);
-  utilities::debugger::Debugger::setHook({});
-  EXPECT_EQ(breaks, 1);
+  pthread_setattr_default_np(&usual);
   client.insertMultiple(batchOf("a"));
   EXPECT_THAT(client.getAllItems(), SizeIs(3));
 }
@@ -201,6 +211,43 @@ TEST_F(StorageFaultsTest, KeepsLaterRowsWhenTheFileIsReplacedInTheMiddleOfAPass)
   EXPECT_THAT(connection.packages, SizeIs(2));
   EXPECT_THAT(textsIn(sendingFile_),
               ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
+}
+
+TEST_F(StorageFaultsTest, AClockThatJumpsMovesRetentionButNoPeriods) {
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  const Activation activation{data_};
+  const auto pair = filePair();
+  pair->initialize(activation.parameter);
+  const auto insert = [&](const std::string& event) {
+    pair->insert(std::make_unique<items::CrashReportItem>(event), Items);
+  };
+  constexpr time_t year = 365 * 24 * 3600;
+  for (const auto& [jump, kept] :
+       {std::pair(year, "after"), {-year, "before after"}, {-7200, "before after"}}) {
+    SCOPED_TRACE(jump);
+    query(supportFile_, "DELETE FROM Items");
+    insert("before");
+    pair->join();
+    ahead += jump;
+    const auto jumped = steady_clock::now();
+    const auto after =
+        std::to_string(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
+    insert("after");
+    waitUntil([&] { return query(supportFile_, "SELECT * FROM Items").size() == 2; });
+    EXPECT_LT(steady_clock::now() - jumped, 5s) << "the period is one second";
+    const std::string isNow = ") - " + after + " BETWEEN 0 AND 5";
+    EXPECT_EQ(query(supportFile_, "SELECT strftime('%s', json_extract(json, '$.Timestamp')" +
+                                      isNow + ", strftime('%s', timestamp_utc" + isNow +
+                                      " FROM Items ORDER BY ID DESC")[0],
+              "1|1");
+    details::DatabaseAdapterTimestampDecorator(
+        std::make_shared<db::sql::SqlDatabaseAdapter>(supportFile_))
+        .deleteEntriesOlderThan("Items", 1h);
+    EXPECT_EQ(query(supportFile_,
+                    "SELECT group_concat(json_extract(json, '$.Event'), ' ') FROM Items")[0],
+              kept);
+  }
+  ahead = 0;
 }
 
 }  // namespace

@@ -20,10 +20,8 @@ constexpr std::chrono::milliseconds drip{100};
 
 asio::ssl::context contextFor(const ServerOptions& options) {
   asio::ssl::context context(asio::ssl::context::tls_server);
-  if (!options.identity.key.empty()) {
-    context.use_certificate_chain_file(options.identity.certificate);
-    context.use_private_key_file(options.identity.key, asio::ssl::context::pem);
-  }
+  context.use_certificate_chain_file(options.identity.certificate);
+  context.use_private_key_file(options.identity.key, asio::ssl::context::pem);
   if (options.protocol == Protocol::Tls11Only) {
     SSL_CTX_set_min_proto_version(context.native_handle(), TLS1_1_VERSION);
     SSL_CTX_set_max_proto_version(context.native_handle(), TLS1_1_VERSION);
@@ -65,6 +63,7 @@ class HttpsTestServer::Implementation {
       const std::lock_guard lock(mutex);
       auto& kept = sockets.emplace_back(std::move(socket));
       threads.emplace_back([this, &kept] { serve(kept); });
+      accepted.add();
     }
   }
 
@@ -90,6 +89,7 @@ class HttpsTestServer::Implementation {
       {
         const std::lock_guard lock(mutex);
         requests.push_back(*request);
+        requested.add();
       }
       const auto reply = options.answer(*request);
       give(stream, reply);
@@ -174,6 +174,9 @@ class HttpsTestServer::Implementation {
   asio::io_context io;
   tcp::acceptor acceptor{io, {asio::ip::address_v4::loopback(), 0}};
 
+  Tally accepted;
+  Tally requested;
+
   std::mutex mutex;
   std::condition_variable changed;
   bool isStopping = false;  ///< guarded by the mutex, as are those below
@@ -193,19 +196,16 @@ std::string HttpsTestServer::address() const {
   return "127.0.0.1:" + std::to_string(implementation_->acceptor.local_endpoint().port());
 }
 
-int HttpsTestServer::connections() const {
-  const std::lock_guard lock(implementation_->mutex);
-  return static_cast<int>(implementation_->threads.size());
-}
+int HttpsTestServer::connections() const { return implementation_->accepted.count(); }
 
 std::vector<Request> HttpsTestServer::requests() const {
   const std::lock_guard lock(implementation_->mutex);
   return implementation_->requests;
 }
 
-bool HttpsTestServer::waitFor(int connectionCount, std::size_t requestCount) const {
-  return waitUntil(
-      [&] { return connections() >= connectionCount && requests().size() >= requestCount; });
+bool HttpsTestServer::waitFor(int connectionCount, int requestCount) const {
+  return implementation_->accepted.reaches(connectionCount) &&
+         implementation_->requested.reaches(requestCount);
 }
 
 }  // namespace qel::test

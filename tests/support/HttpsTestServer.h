@@ -57,7 +57,7 @@ class HttpsTestServer {
   std::vector<Request> requests() const;
 
   /// Waits for that many connections and requests. Whether they came.
-  bool waitFor(int connectionCount, std::size_t requestCount) const;
+  bool waitFor(int connectionCount, int requestCount) const;
 
  private:
   class Implementation;

@@ -7,9 +7,11 @@
 
 namespace qel::test {
 
+using namespace log::analytics;
+
 /// A database client that keeps its rows in memory and can be made to fail. Operations that the
 /// library does not use do nothing.
-class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
+class MemoryDatabaseClient : public CipDatabaseClientInterface {
  public:
   /// Called before a batch is stored; may throw or block.
   std::function<void()> beforeBatch;

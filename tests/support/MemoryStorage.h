@@ -13,7 +13,7 @@
 
 namespace qel::test {
 
-class NoWebUpdates : public log::analytics::reports::WebUpdateReporterInterface {
+class NoWebUpdates : public reports::WebUpdateReporterInterface {
  public:
   bool isInformationAvailable() const override { return false; }
   void reset() override {}
@@ -21,18 +21,18 @@ class NoWebUpdates : public log::analytics::reports::WebUpdateReporterInterface 
   std::uint64_t getCorruptPackageCount() const override { return 0; }
 };
 
-inline std::unique_ptr<log::analytics::items::EnvironmentItem> anEnvironment() {
-  using namespace log::analytics::items;
-  return std::make_unique<EnvironmentItem>(
-      details::OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""),
-      details::HardwareEnvironmentInfo(), std::vector<details::QelEnvironmentInfo>(), false);
+inline std::unique_ptr<items::EnvironmentItem> anEnvironment() {
+  return std::make_unique<items::EnvironmentItem>(
+      items::details::OsEnvironmentInfo("os", "64", "en", "1", false, "", 96, ""),
+      items::details::HardwareEnvironmentInfo(), std::vector<items::details::QelEnvironmentInfo>(),
+      false);
 }
 
 /// A valid parameter for a client or a database pair, and the reporter that it refers to.
 struct Activation {
   const std::string directory = {};
   NoWebUpdates webUpdateReporter = {};
-  log::analytics::parameters::ActivateParameter parameter{
+  parameters::ActivateParameter parameter{
       .webUpdateReporter = webUpdateReporter,
       .databasePath = directory,
       .installationId = "installation",
@@ -45,10 +45,9 @@ struct Activation {
 };
 
 /// A database pair whose databases stay in memory, and the parameter to activate it with.
-class MemoryStorage : public Activation {
- public:
+struct MemoryStorage : Activation {
   /// Initializes the pair and returns it.
-  log::analytics::CipDatabases& initialized() const {
+  CipDatabases& initialized() const {
     databases->initialize(parameter);
     return *databases;
   }
@@ -64,11 +63,10 @@ class MemoryStorage : public Activation {
   MemoryDatabaseClient* sending = new MemoryDatabaseClient;
   MemoryDatabaseClient* support = new MemoryDatabaseClient;
   /// Owns the two above. A test may move it to a client.
-  std::unique_ptr<log::analytics::CipDatabases> owned =
-      std::make_unique<log::analytics::CipDatabases>(
-          std::unique_ptr<MemoryDatabaseClient>(sending),
-          std::unique_ptr<MemoryDatabaseClient>(support));
-  log::analytics::CipDatabases* databases = owned.get();
+  std::unique_ptr<CipDatabases> owned =
+      std::make_unique<CipDatabases>(std::unique_ptr<MemoryDatabaseClient>(sending),
+                                     std::unique_ptr<MemoryDatabaseClient>(support));
+  CipDatabases* databases = owned.get();
 };
 
 }  // namespace qel::test

@@ -28,11 +28,10 @@ inline Texts textsIn(const std::filesystem::path& file) {
 }
 
 /// A pair over database files. The support database has no age limit without one here.
-inline std::unique_ptr<log::analytics::CipDatabases> filePair(
+inline std::unique_ptr<CipDatabases> filePair(
     std::optional<std::chrono::seconds> retention = std::nullopt) {
-  return std::make_unique<log::analytics::CipDatabases>(
-      std::make_unique<log::analytics::CipDatabaseClient>(),
-      std::make_unique<log::analytics::SupportDatabaseClient>(retention));
+  return std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
+                                        std::make_unique<SupportDatabaseClient>(retention));
 }
 
 /// A client over database files, active from construction to destruction. Rows that are still
@@ -42,19 +41,18 @@ struct Session {
                    std::optional<std::chrono::seconds> retention = std::nullopt)
       : activation{directory},
         databases(*filePair(retention).release()),
-        client(std::unique_ptr<log::analytics::CipDatabases>(&databases)) {
+        client(std::unique_ptr<CipDatabases>(&databases)) {
     activation.parameter.createEnvironmentItem = anEnvironment;
     client.activate(activation.parameter);
   }
 
   void insert(int number) const {
-    databases.insert(std::make_unique<Numbered>(number),
-                     log::analytics::CipDatabaseClientInterface::Items);
+    databases.insert(std::make_unique<Numbered>(number), CipDatabaseClientInterface::Items);
   }
 
   Activation activation;
-  log::analytics::CipDatabases& databases;
-  log::analytics::Client client;
+  CipDatabases& databases;
+  Client client;
 };
 
 }  // namespace qel::test

@@ -51,7 +51,7 @@ class Site {
 
   /// Stores rows for sending as an earlier session.
   void store(const std::vector<std::string>& rows) const {
-    log::analytics::CipDatabaseClient earlier;
+    CipDatabaseClient earlier;
     earlier.initialize(directory());
     earlier.insertMultiple(rows, earlier.Items);
   }

@@ -11,7 +11,7 @@ namespace qel::test {
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "qel-test-XXXXXX").string();
+    std::string pattern = std::filesystem::temp_directory_path() / "qel-test-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
       throw std::runtime_error("cannot make a temporary directory " + pattern);
     }
@@ -25,7 +25,7 @@ class TemporaryDirectory {
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
-  std::string text() const { return path_.string(); }
+  std::string text() const { return path_; }
 
  private:
   std::filesystem::path path_;

@@ -40,8 +40,7 @@ class TestCertificates {
   void run(const std::string& commands) const {
     const std::string inside = "cd " + directory_.text() + " && { " + commands + "; } 2>log";
     if (std::system(inside.c_str()) != 0) {  // NOLINT(cert-env33-c): nothing in it is from outside
-      throw std::runtime_error("cannot make a certificate: " +
-                               contentOf(directory_.path() / "log"));
+      throw std::runtime_error(contentOf(directory_.path() / "log"));
     }
   }
 
