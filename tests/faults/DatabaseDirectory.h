@@ -11,9 +11,6 @@
 
 namespace qel::test {
 
-using namespace std::chrono_literals;
-using std::chrono::steady_clock;
-
 /// A directory in memory for databases, and a log file.
 class DatabaseDirectory : public testing::Test {
  protected:

@@ -10,8 +10,6 @@ namespace {
 using namespace testing;
 using utilities::Patience;
 
-constexpr auto Items = CipDatabaseClientInterface::Items;
-
 /// A call waits for a quarter of a second; the rest is a reserve for a busy machine.
 const auto longestCall = effort(450ms, 300ms);
 
@@ -61,9 +59,7 @@ TEST_F(HeldFileTest, DelaysRowsButNeitherTheStartNorTheRelease) {
   const auto time = timeOf([&] { session.reset(); });
   utilities::setExitDeadline(std::nullopt);
   EXPECT_LT(time, effort(1300ms, 31'000ms));
-  EXPECT_GT(timesLogged("SupportDatabase.db\": BEGIN failed, so nothing of its transaction is "
-                        "stored: database is locked"),
-            0);
+  EXPECT_GT(timesLogged("SupportDatabase.db\": BEGIN failed"), 0) << "the loss";
   measured() << rows << " rows stored after locks, released after " << time / 1ms << " ms\n";
 }
 
@@ -97,9 +93,7 @@ TEST_F(HeldFileTest, DelaysOnlyTheCallThatOverflowsTheQueueForAQuarterOfASecond)
   EXPECT_THAT(query(sendingFile_, "SELECT count(*) FROM Items WHERE json LIKE '%CriticalLarge%'"),
               ElementsAre("2"));
   EXPECT_EQ(timesLogged("the queue is full"), 2) << "no other row is logged";
-  EXPECT_EQ(timesLogged("qel.log.analytics.CipDatabases: the queue is full, so storage has ended: "
-                        "{\"Category\": \"CIP\", \"Subcategory\": \"InsertingItems\""),
-            2);
+  EXPECT_EQ(timesLogged("the queue is full, so storage has ended: {\"Category\": \"CIP\""), 2);
   EXPECT_EQ(timesLogged("SupportDatabase.db\": BEGIN failed"), 2);
 }
 

@@ -1,5 +1,4 @@
 #include <fstream>
-#include <mutex>
 
 #include <sqlite3.h>
 
@@ -13,15 +12,12 @@ namespace {
 
 using namespace testing;
 
-constexpr auto Items = CipDatabaseClientInterface::Items;
-constexpr long never = -1;
-
 // Of the current sweep:
 std::atomic<bool> failsFromThenOn{false};
 std::atomic<long> allocationToFail{0};
 std::atomic<bool> hasFailed{false};
 
-thread_local long untilFailure = never;
+thread_local long untilFailure = -1;  ///< negative for no failure
 
 bool mayAllocate() {
   if (untilFailure != 0) {
@@ -29,7 +25,7 @@ bool mayAllocate() {
     return true;
   }
   hasFailed = true;
-  untilFailure = failsFromThenOn ? 0 : never;
+  untilFailure = failsFromThenOn ? 0 : -1;
   return false;
 }
 
@@ -57,7 +53,7 @@ bool runShortDuring(const std::function<void()>& action) {
   } catch (const std::bad_alloc&) {
     threw = true;
   }
-  untilFailure = never;
+  untilFailure = -1;
   return threw;
 }
 

@@ -13,7 +13,6 @@ namespace qel::test {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 using namespace testing;
 using std::chrono::system_clock;
 
@@ -54,14 +53,6 @@ std::string play(const std::string& commandLine, const std::string& script = "",
 
 class ProgramFaultsTest : public testing::Test {
  protected:
-  Reply receive(const Request& request) {
-    store_.add(collector::readPackage(request.body));
-    if (request.body.find("\"events\"") != std::string::npos) {
-      afterStoring_();
-    }
-    return {.status = 204};
-  }
-
   /// The collector has every row that the support database has, once.
   void expectEachRowReceivedOnce() const {
     EXPECT_THAT(query(storeFile_, "SELECT count(*), max(count) FROM events"),
@@ -72,7 +63,13 @@ class ProgramFaultsTest : public testing::Test {
   const fs::path storeFile_ = directory_.path() / "store.db";
   collector::Store store_{storeFile_};
   std::function<void()> afterStoring_ = [] {};
-  const Site site_{{.answer = [this](const Request& request) { return receive(request); }}};
+  const Site site_{{.answer = [this](const Request& request) {
+    store_.add(collector::readPackage(request.body));
+    if (request.body.find("\"events\"") != std::string::npos) {
+      afterStoring_();
+    }
+    return Reply{.status = 204};
+  }}};
   const fs::path sending_ = site_.sendingFile();
   const fs::path support_ = site_.supportFile();
   const std::string host_ = hostFor(site_, site_.server().address(), site_.authority());
@@ -176,17 +173,14 @@ TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
   expectEachRowReceivedOnce();
 }
 
-/// Searches for the plain secret, percent-encoded, in hexadecimal digits, in Base64, and in Base64
-/// with each user. The `xxd` and `base64` commands made these forms.
+/// secrets.txt has the plain secret, percent-encoded, in hexadecimal digits, in Base64, and in
+/// Base64 with each user. The `xxd` and `base64` commands made these forms.
 TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   const TemporaryDirectory given;
   const auto secret = write(given.path() / "secret", "dagger&pie!99");
   const auto users = write(given.path() / "users", "ada:dagger&pie!99\nbob:other\n");
-  const auto forms = write(directory_.path() / "forms",
-                           "dagger&pie!99\ndagger%26pie%2199\n64616767657226706965213939\n"
-                           "ZGFnZ2VyJnBpZSE5O\nYWRhOmRhZ2dlciZwaWUhOTk=\nYm9iOmRhZ2dlciZwaWUhOTk=");
   const auto betrayersAmong = [&](const std::string& files) {
-    return Process("grep -rlaF -f " + forms.string() + ' ' + files).readUntil(EOF);
+    return Process("grep -rlaF -f " TEST_DATA "/secrets.txt " + files).readUntil(EOF);
   };
   const TemporaryDirectory temporary;
   setenv("TMPDIR", temporary.text().c_str(), 1);  // The standard errors are written there, too.
@@ -204,12 +198,7 @@ TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   for (const auto& [user, server, trusted, trace] : sessions) {
     SCOPED_TRACE(trace);
     Process host(hostFor(site_, server, trusted) + " --exit-deadline 2 --user " + user +
-                     " --secret-file " + secret.string(),
-                 R"({"notify": "onHelpAction", "name": "search", "details": {"for": "password"}}
-{"join": true}
-{"stopSending": true}
-{"startSending": true}
-{"wait": 100})");
+                 " --secret-file " + secret.string() + " --session " TEST_DATA "/secrets.jsonl");
     EXPECT_TRUE(waitUntil([&, &text = trace] {
       const auto logs = contentOf(site_.directory() + "/qel-sample-host.log") + collector.errors();
       return logs.find(text) != std::string::npos;

@@ -16,8 +16,6 @@ namespace asio = boost::asio;
 using asio::ip::tcp;
 using boost::system::error_code;
 
-constexpr std::chrono::milliseconds drip{100};
-
 asio::ssl::context contextFor(const ServerOptions& options) {
   asio::ssl::context context(asio::ssl::context::tls_server);
   context.use_certificate_chain_file(options.identity.certificate);
@@ -155,7 +153,7 @@ class HttpsTestServer::Implementation {
       write(headOf(reply) + body);
     } else if (manner == Manner::Dripped) {
       write(headOf(reply));
-      for (auto next = body.begin(); next != body.end() && pauseFor(drip); ++next) {
+      for (auto next = body.begin(); next != body.end() && pauseFor(100ms); ++next) {
         write({*next});
       }
     } else if (manner != Manner::ResetUnanswered) {

@@ -1,9 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
@@ -13,8 +10,7 @@
 
 namespace qel::test {
 
-class NoWebUpdates : public reports::WebUpdateReporterInterface {
- public:
+struct NoWebUpdates : reports::WebUpdateReporterInterface {
   bool isInformationAvailable() const override { return false; }
   void reset() override {}
   std::uint64_t getSuccessCount() const override { return 0; }
@@ -39,7 +35,7 @@ struct Activation {
       .sessionId = Guid::parse("00112233-4455-6677-8899-AABBCCDDEEFF"),
       .serverSecret = "secret",
       .serverUser = "user",
-      .createEnvironmentItem = {},
+      .createEnvironmentItem = anEnvironment,
       .isSendingAllowed = [] { return true; },
       .databaseCallback = [] { return true; }};
 };

@@ -17,7 +17,11 @@ class Process {
  public:
   /// Starts a command line of the shell, with `input` as its standard input.
   explicit Process(const std::string& commandLine, const std::string& input = "")
-      : output_(start(commandLine, write(directory_.path() / "input", input))),
+      // NOLINTNEXTLINE(cert-env33-c): the tests' own commands
+      : output_(popen(("cd " + write(directory_.path() / "input", input).parent_path().string() +
+                       "; echo $$; exec " + commandLine + " <input 2>errors")
+                          .c_str(),
+                      "re")),
         id_(std::stoi(readUntil('\n'))) {}
   ~Process() {
     if (output_ != nullptr) {
@@ -46,17 +50,11 @@ class Process {
   std::string errors() const { return contentOf(directory_.path() / "errors"); }
   /// The same when it has this text, or after ten seconds.
   std::string errorsWith(const std::string& text) const {
-    waitUntil([&] { return errors().find(text) != std::string::npos; }, std::chrono::seconds(10));
+    waitUntil([&] { return errors().find(text) != std::string::npos; }, 10s);
     return errors();
   }
 
  private:
-  static FILE* start(const std::string& commandLine, const std::filesystem::path& input) {
-    const std::string command = "cd " + input.parent_path().string() + "; echo $$; exec " +
-                                commandLine + " <input 2>errors";
-    return popen(command.c_str(), "re");  // NOLINT(cert-env33-c): the tests' own commands
-  }
-
   const TemporaryDirectory directory_;
   FILE* output_;
   const pid_t id_;

@@ -10,6 +10,8 @@
 
 namespace qel::test {
 
+constexpr auto Items = CipDatabaseClientInterface::Items;
+
 /// An item whose text is its number.
 struct Numbered : json::ToJsonInterface {
   explicit Numbered(int ofItem) : number(ofItem) {}
@@ -18,10 +20,8 @@ struct Numbered : json::ToJsonInterface {
   const int number;
 };
 
-using Texts = std::multiset<std::string>;
-
 /// The texts of a database file except objects. The file must be sound.
-inline Texts textsIn(const std::filesystem::path& file) {
+inline std::multiset<std::string> textsIn(const std::filesystem::path& file) {
   EXPECT_EQ(query(file, "PRAGMA integrity_check")[0], "ok");
   const auto rows = query(file, "SELECT json FROM Items WHERE json NOT LIKE '{%'");
   return {rows.begin(), rows.end()};
@@ -42,13 +42,10 @@ struct Session {
       : activation{directory},
         databases(*filePair(retention).release()),
         client(std::unique_ptr<CipDatabases>(&databases)) {
-    activation.parameter.createEnvironmentItem = anEnvironment;
     client.activate(activation.parameter);
   }
 
-  void insert(int number) const {
-    databases.insert(std::make_unique<Numbered>(number), CipDatabaseClientInterface::Items);
-  }
+  void insert(int number) const { databases.insert(std::make_unique<Numbered>(number), Items); }
 
   Activation activation;
   CipDatabases& databases;

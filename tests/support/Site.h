@@ -7,19 +7,20 @@
 #include "host/QelUtilities/ExitDeadline.h"
 #include "tests/support/HttpsTestServer.h"
 #include "tests/support/Session.h"
+#include "tests/support/Tally.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
 
-constexpr std::chrono::milliseconds exitDeadline{500};
+constexpr auto exitDeadline = 500ms;
 
 /// Releases a session under the exit deadline. The time that it took.
 inline auto releaseTime(std::unique_ptr<Session> session) {
-  const auto begin = std::chrono::steady_clock::now();
+  const auto begin = steady_clock::now();
   utilities::setExitDeadline(exitDeadline);
   session.reset();
   utilities::setExitDeadline(std::nullopt);
-  return std::chrono::steady_clock::now() - begin;
+  return steady_clock::now() - begin;
 }
 
 inline ServerOptions answering(const Reply& reply) {
@@ -57,7 +58,7 @@ class Site {
   }
 
   /// The numbered items that the server or the sending database has.
-  Texts acceptedOrWaiting() const {
+  std::multiset<std::string> acceptedOrWaiting() const {
     auto numbers = textsIn(sendingFile());
     for (const auto& request : server_.requests()) {
       const auto package = nlohmann::json::parse(request.body);

@@ -7,16 +7,20 @@
 
 namespace qel::test {
 
-constexpr std::chrono::seconds hangingTest{30};  ///< longer than a test waits that does not hang
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
 
-/// Waits for a condition that nothing announces. Whether it holds.
+constexpr auto hangingTest = 30s;  ///< longer than a test waits that does not hang
+
+/// Waits for a condition that nothing announces. Whether it held once.
 template <typename Condition>
 bool waitUntil(Condition condition, std::chrono::seconds limit = hangingTest) {
-  const auto end = std::chrono::steady_clock::now() + limit;
-  while (!condition() && std::chrono::steady_clock::now() < end) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  bool holds = condition();
+  for (const auto end = steady_clock::now() + limit; !holds && steady_clock::now() < end;) {
+    std::this_thread::sleep_for(1ms);
+    holds = condition();
   }
-  return condition();
+  return holds;
 }
 
 /// Counts events on other threads. A test can wait for a count.
