@@ -1,21 +1,23 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
+#include <gmock/gmock.h>
 
-#include <gtest/gtest.h>
-
-#include "host/QelLog/LogManager.h"
+#include "tests/faults/Effort.h"
 #include "tests/support/Logged.h"
+#include "tests/support/Query.h"
+#include "tests/support/Session.h"
+#include "tests/support/Tally.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
 
-/// A directory in memory for databases, and the log of what happens to them.
+/// A directory in memory for databases, and a log file.
 class DatabaseDirectory : public testing::Test {
  protected:
   DatabaseDirectory() {
     log::LogManager::instance().configure({.standardError = false, .file = log_});
+    // The first message starts the thread of the log: memory may be short later.
+    log::LogManager::instance().getLogger("test")->log(log::Level::Warning, "begun");
     emptyDirectory();
   }
 
@@ -24,14 +26,20 @@ class DatabaseDirectory : public testing::Test {
     std::filesystem::create_directory(data_);
   }
 
-  std::string logged() const { return loggedIn(log_); }
+  int timesLogged(const std::string& text) const {
+    const auto log = loggedIn(log_);
+    int times = 0;
+    for (auto at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) {
+      ++times;
+    }
+    return times;
+  }
 
-  const TemporaryDirectory directory_ = [] {
-    keepTemporaryDirectoriesInMemory();
-    return TemporaryDirectory();
-  }();
+  const TemporaryDirectory directory_;
   const std::filesystem::path log_ = directory_.path() / "log";
   const std::filesystem::path data_ = directory_.path() / "data";
+  const std::filesystem::path sendingFile_ = data_ / "ItemDatabase.db";
+  const std::filesystem::path supportFile_ = data_ / "SupportDatabase.db";
 };
 
 }  // namespace qel::test

@@ -1,35 +1,16 @@
-#include <algorithm>
-#include <chrono>
-#include <future>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
-#include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/Patience.h"
 #include "tests/faults/DatabaseDirectory.h"
-#include "tests/faults/Effort.h"
 #include "tests/faults/OtherConnection.h"
-#include "tests/faults/Session.h"
-#include "tests/support/MemoryDatabaseClient.h"
-#include "tests/support/Query.h"
 
 namespace qel::test {
 namespace {
 
-using namespace std::chrono_literals;
-using log::analytics::SupportDatabaseClient;
-using log::analytics::SupportDatabaseExporter;
-using std::chrono::steady_clock;
-using testing::AllOf;
-using testing::Ge;
-using testing::HasSubstr;
-using testing::Lt;
+using namespace testing;
+using utilities::Patience;
 
-/// Beyond the quarter of a second that a call may wait, this is the machine's part.
+/// A call waits for a quarter of a second; the rest is a reserve for a busy machine.
 const auto longestCall = effort(450ms, 300ms);
 
 steady_clock::duration timeOf(const std::function<void()>& call) {
@@ -38,107 +19,105 @@ steady_clock::duration timeOf(const std::function<void()>& call) {
   return steady_clock::now() - begin;
 }
 
-/// Both databases, which another process holds.
+/// Both databases, which another process can hold.
 class HeldFileTest : public DatabaseDirectory {
  protected:
-  void hold() const {
-    for (const auto* other : {&sending_, &support_}) {
-      EXPECT_TRUE(other->execute("BEGIN EXCLUSIVE"));
-    }
-  }
-  void release() const {
-    for (const auto* other : {&sending_, &support_}) {
-      EXPECT_TRUE(other->execute("COMMIT"));
-    }
-  }
-  std::vector<std::string> stored(const std::string& file) const {
-    return query(data_ / file, "SELECT json FROM Items WHERE json NOT LIKE '{%' ORDER BY ID");
+  void inBoth(const std::string& statement) const {
+    EXPECT_TRUE(sending_.execute(statement) && support_.execute(statement));
   }
 
-  const OtherConnection sending_{data_ / "ItemDatabase.db"};
-  const OtherConnection support_{data_ / "SupportDatabase.db"};
+  const OtherConnection sending_{sendingFile_};
+  const OtherConnection support_{supportFile_};
 };
 
-TEST_F(HeldFileTest, AClientStartsAtOnceAndStoresWhenTheFilesAreFree) {
-  hold();
+/// In the long form the release has no deadline except its own thirty seconds.
+TEST_F(HeldFileTest, DelaysRowsButNeitherTheStartNorTheRelease) {
+  inBoth("BEGIN EXCLUSIVE");
   std::unique_ptr<Session> session;
   EXPECT_LT(timeOf([&] { session = std::make_unique<Session>(data_, 1s); }), longestCall);
-  session->insert(1);
-  std::this_thread::sleep_for(effort(1500ms, 20'000ms));
-  release();
+  std::size_t rows = 0;
+  const auto insertFor = [&](std::chrono::seconds time) {
+    for (const auto end = steady_clock::now() + time; steady_clock::now() < end; ++rows) {
+      session->insert(0);
+      std::this_thread::sleep_for(20ms);
+    }
+  };
+  insertFor(effort(1s, 20s));
+  EXPECT_TRUE(support_.execute("COMMIT"));
+  insertFor(effort(1s, 60s));
+  EXPECT_TRUE(sending_.execute("COMMIT"));
   session->databases.join();
   EXPECT_FALSE(session->databases.errorOccurred());
-  for (const auto* const file : {"ItemDatabase.db", "SupportDatabase.db"}) {
-    EXPECT_THAT(stored(file), testing::ElementsAre("1")) << file;
-    EXPECT_THAT(query(data_ / file, "PRAGMA auto_vacuum"), testing::ElementsAre("2")) << file;
+  for (const auto& file : {sendingFile_, supportFile_}) {
+    EXPECT_THAT(textsIn(file), SizeIs(rows)) << file;
+    EXPECT_THAT(query(file, "PRAGMA auto_vacuum"), ElementsAre("2")) << file;
   }
+  inBoth("BEGIN EXCLUSIVE");
+  session->insert(0);
+  std::this_thread::sleep_for(1500ms);  // The worker takes the row and waits with it.
+  utilities::setExitDeadline(effort(std::optional(300ms), {}));
+  const auto time = timeOf([&] { session.reset(); });
+  utilities::setExitDeadline(std::nullopt);
+  EXPECT_LT(time, effort(1300ms, 31'000ms));
+  EXPECT_GT(timesLogged("SupportDatabase.db\": BEGIN failed"), 0) << "the loss";
+  measured() << rows << " rows stored after locks, released after " << time / 1ms << " ms\n";
 }
 
-TEST_F(HeldFileTest, AnOverflowKeepsTheHostWaitingForAQuarterOfASecond) {
-  Session session(data_);
-  session.databases.join();
-  hold();
-  auto longest = steady_clock::duration::zero();
-  for (int number = 0; !session.databases.errorOccurred(); ++number) {
-    longest = std::max(longest, timeOf([&] { session.insert(number); }));
-    if (number == 0) {
-      std::this_thread::sleep_for(1500ms);  // The worker takes it, and waits with it.
-    }
+TEST_F(HeldFileTest, DelaysOnlyTheCallThatOverflowsTheQueueForAQuarterOfASecond) {
+  for (const auto callersPatience : {Patience::ofHost, Patience::unlimited}) {
+    const Session session(data_);
+    session.databases.join();
+    EXPECT_TRUE(support_.execute("BEGIN EXCLUSIVE"));
+    session.insert(0);
+    std::this_thread::sleep_for(1500ms);  // The worker takes the row and waits with it.
+    const auto queueing = timeOf([&] {
+      for (int number = 1; number <= 10'000; ++number) {
+        session.insert(number);
+      }
+    });
+    EXPECT_LT(queueing, longestCall);
+    EXPECT_FALSE(session.databases.errorOccurred());
+    EXPECT_LT(timeOf([&] {
+                const Patience patience(callersPatience);
+                session.insert(-1);
+              }),
+              longestCall);
+    EXPECT_TRUE(session.databases.errorOccurred());
+    session.insert(-2);
+    measured() << "10,000 items queued in " << queueing / 1us << " us\n";
+    EXPECT_TRUE(support_.execute("COMMIT"));
+    session.databases.join();
   }
-  EXPECT_LT(longest, longestCall);
-  EXPECT_THAT(logged(),
-              AllOf(HasSubstr("qel.log.analytics.CipDatabases: the queue is full, so storage has "
-                              "ended: {\"Category\": \"CIP\", \"Subcategory\": \"InsertingItems\""),
-                    HasSubstr("SupportDatabase.db\": BEGIN failed")));
-  release();
-  session.databases.join();
-  EXPECT_THAT(stored("SupportDatabase.db"), testing::ElementsAre("0"));
+  EXPECT_THAT(textsIn(supportFile_), ElementsAre("0", "0"));
+  EXPECT_THAT(textsIn(sendingFile_), ElementsAre("0", "0"));
+  EXPECT_THAT(query(sendingFile_, "SELECT count(*) FROM Items WHERE json LIKE '%CriticalLarge%'"),
+              ElementsAre("2"));
+  EXPECT_EQ(timesLogged("the queue is full"), 2) << "no other row is logged";
+  EXPECT_EQ(timesLogged("the queue is full, so storage has ended: {\"Category\": \"CIP\""), 2);
+  EXPECT_EQ(timesLogged("SupportDatabase.db\": BEGIN failed"), 2);
 }
 
-TEST_F(HeldFileTest, AnExportWaitsForFiveSeconds) {
+TEST_F(HeldFileTest, DelaysAnExportForFiveSeconds) {
   const auto held = std::make_shared<SupportDatabaseClient>(std::nullopt);
   held->initialize(data_);
   const auto free = std::make_shared<MemoryDatabaseClient>();
   const std::vector<std::string> rows(100, R"({"SessionId": "S"})");
-  held->insertMultiple(rows, SupportDatabaseClient::Items);
-  free->insertMultiple(rows, SupportDatabaseClient::Items);
-  for (const bool isSourceHeld : {true, false}) {
-    using Client = std::shared_ptr<log::analytics::CipDatabaseClientInterface>;
-    SupportDatabaseExporter exporter(isSourceHeld ? Client(held) : Client(free));
-    hold();
-    EXPECT_THAT(timeOf([&] {
-                  EXPECT_FALSE(exporter.exportLastSessionToSqliteFile(
-                      "S", isSourceHeld ? Client(free) : Client(held)));
-                }),
+  held->insertMultiple(rows, Items);
+  free->insertMultiple(rows, Items);
+  using Client = std::shared_ptr<CipDatabaseClientInterface>;
+  for (const auto& [source, target] : {std::pair<Client, Client>(held, free), {free, held}}) {
+    SupportDatabaseExporter exporter(source);
+    bool isDone = true;
+    inBoth("BEGIN EXCLUSIVE");
+    EXPECT_THAT(timeOf([&] { isDone = exporter.exportLastSessionToSqliteFile("S", target); }),
                 AllOf(Ge(5s), Lt(5s + longestCall)));
-    release();
-    EXPECT_THAT(held->getAllItems(), testing::SizeIs(rows.size())) << "none was added";
-    EXPECT_THAT(free->texts(SupportDatabaseClient::Items), testing::SizeIs(rows.size()));
+    inBoth("COMMIT");
+    EXPECT_FALSE(isDone);
+    EXPECT_THAT(held->getAllItems(), SizeIs(rows.size())) << "no row was added";
+    EXPECT_THAT(free->texts(Items), SizeIs(rows.size()));
   }
-  const std::string givenUp =
-      "([^\n]*waiting until it is free\n)?[^\n]*a statement was given up: database is "
-      "locked[^\n]*\n";
-  EXPECT_THAT(logged(),
-              testing::MatchesRegex(givenUp + givenUp +
-                                    "[^\n]*the export of session S is incomplete[^\n]*\n"));
-}
-
-/// In its short form the file is free again before the thirty seconds are over.
-TEST_F(HeldFileTest, AReleaseEndsWithoutAnySetting) {
-  auto session = std::make_unique<Session>(data_);
-  session->databases.join();
-  hold();
-  session->insert(1);
-  std::this_thread::sleep_for(1500ms);  // The worker takes it, and waits with it.
-  auto holder = std::async(std::launch::async, [&] {
-    std::this_thread::sleep_for(effort(1s, 40s));
-    release();
-  });
-  const auto time = timeOf([&] { session.reset(); });
-  holder.get();
-  EXPECT_LT(time, 31s);
-  EXPECT_THAT(stored("SupportDatabase.db"), testing::SizeIs(effort(1, 0)));
-  measured() << "released after " << time / 1ms << " ms\n";
+  EXPECT_EQ(timesLogged("a statement was given up: database is locked"), 2) << "once an export";
+  EXPECT_EQ(timesLogged("the export of session S is incomplete"), 1);
 }
 
 }  // namespace

@@ -1,39 +1,39 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
+#include <memory>
 
 #include <sqlite3.h>
 
 namespace qel::test {
 
-/// A connection as another program has one, to a database that the product works on.
+/// A connection of another program to a database of the product.
 class OtherConnection {
  public:
   explicit OtherConnection(const std::filesystem::path& file) {
-    sqlite3_open(file.c_str(), &database_);
+    sqlite3* database = nullptr;
+    sqlite3_open(file.c_str(), &database);
+    database_.reset(database);
   }
-  OtherConnection(const OtherConnection&) = delete;
-  OtherConnection& operator=(const OtherConnection&) = delete;
-  ~OtherConnection() { sqlite3_close(database_); }
 
-  /// False when it cannot be done, or not now.
+  /// False when it fails, or another connection has a lock.
   bool execute(const std::string& statements) const {
-    return sqlite3_exec(database_, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    return sqlite3_exec(database_.get(), statements.c_str(), nullptr, nullptr, nullptr) ==
+           SQLITE_OK;
   }
 
   /// The first column of the first row, 0 without one.
   double number(const std::string& statement) const {
-    sqlite3_stmt* prepared = nullptr;
-    sqlite3_prepare_v2(database_, statement.c_str(), -1, &prepared, nullptr);
-    const double number =
-        sqlite3_step(prepared) == SQLITE_ROW ? sqlite3_column_double(prepared, 0) : 0;
-    sqlite3_finalize(prepared);
+    double number = 0;
+    const auto read = [](void* result, int, char** columns, char**) {
+      *static_cast<double*>(result) = columns[0] == nullptr ? 0 : std::stod(columns[0]);
+      return 0;
+    };
+    sqlite3_exec(database_.get(), statement.c_str(), read, &number, nullptr);
     return number;
   }
 
  private:
-  sqlite3* database_ = nullptr;
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> database_{nullptr, sqlite3_close};
 };
 
 }  // namespace qel::test

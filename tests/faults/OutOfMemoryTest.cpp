@@ -1,41 +1,80 @@
-#include <algorithm>
-#include <chrono>
 #include <fstream>
-#include <mutex>
 
-#include "tests/faults/ShortMemory.h"
-#include "tests/faults/Site.h"
+#include <sqlite3.h>
+
+#include "tests/faults/DatabaseDirectory.h"
 #include "tests/support/AssertionRecorder.h"
-#include "tests/support/Logged.h"
+#include "tests/support/Site.h"
 #include "tools/sample-host/SessionScript.h"
 
 namespace qel::test {
 namespace {
 
-using namespace log::analytics;
+using namespace testing;
 
-constexpr auto Items = CipDatabaseClientInterface::Items;
+// Of the current sweep:
+std::atomic<bool> failsFromThenOn{false};
+std::atomic<long> allocationToFail{0};
+std::atomic<bool> hasFailed{false};
 
-class OutOfMemoryTest : public testing::Test {
- protected:
-  OutOfMemoryTest() {
-    keepTemporaryDirectoriesInMemory();
-    testing::internal::CaptureStderr();
-    // Its thread, which comes with the first message, is there before memory runs short.
-    log::LogManager::instance().getLogger("test")->log(log::Level::Warning, "begun");
-    logged();
+thread_local long untilFailure = -1;  ///< negative for no failure
+
+bool mayAllocate() {
+  if (untilFailure != 0) {
+    untilFailure -= untilFailure > 0 ? 1 : 0;
+    return true;
   }
-  ~OutOfMemoryTest() override { endCaptureOfErrors(); }
+  hasFailed = true;
+  untilFailure = failsFromThenOn ? 0 : -1;
+  return false;
+}
 
-  /// What was logged since the last call.
-  static std::string logged() {
-    auto text = endCaptureOfErrors();
-    testing::internal::CaptureStderr();
-    return text;
+sqlite3_mem_methods memoryOfSqlite;
+
+const bool canSqliteRunShort = [] {
+  sqlite3_config(SQLITE_CONFIG_GETMALLOC, &memoryOfSqlite);
+  auto methods = memoryOfSqlite;
+  methods.xMalloc = [](int size) { return mayAllocate() ? memoryOfSqlite.xMalloc(size) : nullptr; };
+  methods.xRealloc = [](void* memory, int size) {
+    return mayAllocate() ? memoryOfSqlite.xRealloc(memory, size) : nullptr;
+  };
+  return sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK;
+}();
+
+/// Makes the planned allocation of this thread fail from now on.
+void runShort() { untilFailure = allocationToFail; }
+
+/// The same until the action ends. Whether the action ended by `std::bad_alloc`.
+bool runShortDuring(const std::function<void()>& action) {
+  bool threw = false;
+  runShort();
+  try {
+    action();
+  } catch (const std::bad_alloc&) {
+    threw = true;
   }
-};
+  untilFailure = -1;
+  return threw;
+}
 
-TEST_F(OutOfMemoryTest, AnEventIsRecordedOrThrowsAndTheNextOneIsRecorded) {
+/// Repeats an attempt until none of its allocations fails: first with one failing allocation, then
+/// with all allocations from one on failing. Returns how many attempts saw a failure.
+int sweepAllocations(const std::function<void()>& attempt) {
+  int failures = 0;
+  for (const bool fromThenOn : {false, true}) {
+    failsFromThenOn = fromThenOn;
+    allocationToFail = 0;
+    for (attempt(); hasFailed.exchange(false) && canSqliteRunShort; attempt()) {
+      ++allocationToFail;
+      ++failures;
+    }
+  }
+  return failures;
+}
+
+using OutOfMemoryTest = DatabaseDirectory;
+
+TEST_F(OutOfMemoryTest, RecordsAnEventOrThrowsAndRecordsTheNextOne) {
   MemoryStorage storage;
   storage.parameter.isSendingAllowed = [] { return false; };
   Client client(std::move(storage.owned));
@@ -48,13 +87,12 @@ TEST_F(OutOfMemoryTest, AnEventIsRecordedOrThrowsAndTheNextOneIsRecorded) {
   int events = 0;
   for (const auto& step : samplehost::readSessionScript(script, "script")) {
     const auto* const event = std::get_if<samplehost::Broadcast>(&step.action);
-    if (event == nullptr) {
-      continue;
-    }
     const auto atFirst = recorded();
-    (*event)();
+    if (event != nullptr) {
+      (*event)();
+    }
     if (recorded() == atFirst) {
-      continue;  // Only a host that registers a store of issues is told of what happens there.
+      continue;  // It is a control line, or an event of an issue storage, which is not registered.
     }
     ++events;
     const int failures = sweepAllocations([&] {
@@ -70,11 +108,11 @@ TEST_F(OutOfMemoryTest, AnEventIsRecordedOrThrowsAndTheNextOneIsRecorded) {
   EXPECT_GT(events, 20);
 }
 
-TEST_F(OutOfMemoryTest, QueueingAllocatesNothingAndAFullQueueFailsAllTheSame) {
-  const auto fillWith = [](int items) {
-    return sweepAllocations([&] {
+TEST_F(OutOfMemoryTest, QueuesWithoutAllocationsAndEndsStorageWhenTheQueueIsFull) {
+  for (const int items : {1, 2}) {
+    const int failures = sweepAllocations([&] {
       int batches = 0;
-      AccumulatingDispatcher dispatcher([&](const auto&) { ++batches; }, std::chrono::hours(1), 1);
+      AccumulatingDispatcher dispatcher([&](const auto&) { ++batches; }, 3600s, 1);
       dispatcher.start();
       for (int i = 0; i < items; ++i) {
         auto item = std::make_unique<Numbered>(i);
@@ -82,123 +120,107 @@ TEST_F(OutOfMemoryTest, QueueingAllocatesNothingAndAFullQueueFailsAllTheSame) {
       }
       EXPECT_EQ(dispatcher.hasFailed(), items > 1);
       dispatcher.join();
-      const bool isMarkerLost = items > 1 && hasRunShort();
-      EXPECT_EQ(batches, isMarkerLost ? 0 : 1);
+      EXPECT_EQ(batches, hasFailed ? 0 : 1) << "the items, or the marker";
     });
-  };
-  EXPECT_EQ(fillWith(1), 0);
-  EXPECT_GT(fillWith(2), 0);
+    EXPECT_EQ(failures > 0, items > 1);
+  }
 }
 
-/// The first of a batch, from which on the worker's memory is short.
-class ShorteningItem : public json::ToJsonInterface {
+/// From the rendering of this item on, the worker's memory is short.
+struct ShorteningItem : json::ToJsonInterface {
   std::string toJson() const override {
     runShort();
     return {};
   }
 };
 
-TEST_F(OutOfMemoryTest, ABatchIsStoredWholeOrNotAtAllAndItsLossIsNoticed) {
-  const TemporaryDirectory directory;
-  MemoryStorage memory;
-  memory.parameter.databasePath = directory.text();
-  std::vector<bool> isLossNoticed;
+TEST_F(OutOfMemoryTest, StoresABatchWholeOrLogsItsLoss) {
+  const Activation activation{data_};
+  int batch = 0;
   const int failures = sweepAllocations([&] {
     const AssertionRecorder assertions;
-    CipDatabases databases(std::make_unique<CipDatabaseClient>(),
-                           std::make_unique<SupportDatabaseClient>(std::nullopt));
-    databases.initialize(memory.parameter);
-    const int number = 2 * static_cast<int>(isLossNoticed.size());
-    databases.insert(std::make_unique<ShorteningItem>(), Items);
-    databases.insert(std::make_unique<Numbered>(number), Items);
-    databases.insert(std::make_unique<Numbered>(number + 1), Items);
-    databases.join();
-    isLossNoticed.push_back(databases.errorOccurred() || !assertions.lines().empty() ||
-                            !logged().empty());
+    const auto logBefore = loggedIn(log_);
+    const auto pair = filePair();
+    pair->initialize(activation.parameter);
+    pair->insert(std::make_unique<ShorteningItem>(), Items);
+    pair->insert(std::make_unique<Numbered>(++batch), Items);
+    pair->insert(std::make_unique<Numbered>(batch), Items);
+    pair->join();
+    const bool isLossLogged =
+        pair->errorOccurred() || !assertions.lines().empty() || loggedIn(log_) != logBefore;
+    for (const auto& file : {sendingFile_, supportFile_}) {
+      const auto rows = textsIn(file).count(std::to_string(batch));
+      EXPECT_TRUE(rows == 2 || (rows == 0 && isLossLogged)) << file << ' ' << batch;
+    }
   });
   EXPECT_GT(failures, 50);
-  for (const auto* file : {"SupportDatabase.db", "ItemDatabase.db"}) {
-    const auto stored = numbersIn(directory.path() / file);
-    for (std::size_t i = 0; i < isLossNoticed.size(); ++i) {
-      const int number = 2 * static_cast<int>(i);
-      const bool isStored = std::ranges::binary_search(stored, number);
-      EXPECT_EQ(std::ranges::binary_search(stored, number + 1), isStored) << file << ' ' << i;
-      EXPECT_TRUE(isStored || isLossNoticed[i]) << file << ' ' << i;
-    }
-  }
 }
 
-/// A sending database whose first reader's memory is short from then on.
-class Shortening : public CipDatabaseClient {
- public:
+/// A sending database that makes the memory of its first reader short.
+struct ShorteningDatabase : CipDatabaseClient {
   std::pair<Table, RowMap> getAll(Table table) override {
-    std::call_once(once_, runShort);
+    std::call_once(once, runShort);
     return CipDatabaseClient::getAll(table);
   }
-
- private:
-  std::once_flag once_;
+  std::once_flag once;
 };
 
-TEST_F(OutOfMemoryTest, WhatAFailedPassHasLeftALaterOneSends) {
+TEST_F(OutOfMemoryTest, SendsTheRowsOfAFailedPassWithALaterOne) {
   const Site site;
-  MemoryStorage memory;
-  memory.parameter.databasePath = site.directory();
+  const Activation activation{site.directory()};
   int rows = 0;
   const int failures = sweepAllocations([&] {
-    auto database = std::make_unique<Shortening>();
+    auto database = std::make_unique<ShorteningDatabase>();
     database->initialize(site.directory());
     database->insertMultiple({std::to_string(rows++)}, Items);
     Client client(std::make_unique<CipDatabases>(std::move(database),
                                                  std::make_unique<MemoryDatabaseClient>()));
-    client.activate(memory.parameter);
-    client.startSendingItems();  // another pass, on a thread with memory enough
+    client.activate(activation.parameter);
+    client.startSendingItems();  // The thread of this pass has memory enough.
   });
   EXPECT_GT(failures, 50);
-  EXPECT_THAT(site.waiting(), testing::IsEmpty());
-  auto accepted = site.acceptedOrWaiting();
-  accepted.erase(std::unique(accepted.begin(), accepted.end()), accepted.end());
-  EXPECT_TRUE(accepted == numbersBelow(rows));
+  EXPECT_THAT(textsIn(site.sendingFile()), IsEmpty());
+  const auto accepted = site.acceptedOrWaiting();
+  EXPECT_THAT(std::set<std::string>(accepted.begin(), accepted.end()), SizeIs(rows));
 }
 
-TEST_F(OutOfMemoryTest, AFileOfAnotherShapeIsUsedWhenThereIsMemoryAgain) {
-  const TemporaryDirectory directory;
+TEST_F(OutOfMemoryTest, SurvivesAFileOfAnotherSchemaAndACorruptFile) {
+  const std::string key = "(ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT";
+  const std::string creation = "CREATE TABLE IF NOT EXISTS Items " + key + ")";
+  const std::string insertion = "INSERT INTO Items(json) VALUES ('x')";
   int files = 0;
-  const int failures = sweepAllocations([&] {
-    const auto file = directory.path() / (std::to_string(files++) + ".db");
-    db::sql::SqlDatabaseAdapter(file).execute(
-        "CREATE TABLE \"Items\" (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT, more TEXT)");
-    db::sql::SqlDatabaseAdapter database(file);
-    runShortDuring([&] {
-      database.execute(
-          "CREATE TABLE IF NOT EXISTS Items (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)");
+  for (const bool isCorrupt : {false, true}) {
+    const int failures = sweepAllocations([&] {
+      const auto file = data_ / std::to_string(files++);
+      db::sql::SqlDatabaseAdapter(file).execute("CREATE TABLE \"Items\" " + key + ", more TEXT)");
+      db::sql::SqlDatabaseAdapter database(file);
+      if (isCorrupt) {
+        database.execute(creation);
+        std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekp(24) << "changed!";  // SQLite reads the file again when this counter changes.
+        stream.seekp(4096) << std::string(4096, '\xff');
+      }
+      runShortDuring([&] {
+        const auto transaction = isCorrupt ? database.beginTransaction() : ScopeGuard();
+        database.execute(isCorrupt ? insertion : creation);
+      });
+      EXPECT_THAT(database.selectAll("Items").result(), IsEmpty());
+      EXPECT_TRUE(isCorrupt || database.execute(insertion).boSuccess());
+      EXPECT_THAT(database.selectAll("Items").result(), SizeIs(isCorrupt ? 0 : 1));
     });
-    EXPECT_TRUE(database.execute("INSERT INTO Items(json) VALUES ('x')").boSuccess());
-    EXPECT_EQ(database.selectAll("Items").result().size(), 1U);
-  });
-  EXPECT_GT(failures, 20);
-}
-
-TEST_F(OutOfMemoryTest, ReplacingACorruptFileFailsWithoutEndingTheProcess) {
-  const TemporaryDirectory directory;
-  int files = 0;
-  const int failures = sweepAllocations([&] {
-    const auto file = directory.path() / (std::to_string(files++) + ".db");
-    db::sql::SqlDatabaseAdapter database(file);
-    database.execute("CREATE TABLE Items (json TEXT)");
-    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-    stream.seekp(24) << "changed!";  // the counter that tells SQLite to read anew
-    stream.seekp(4096) << std::string(4096, '\xff');
-    stream.close();
-    runShortDuring([&] {
-      const auto transaction = database.beginTransaction();
-      database.execute("INSERT INTO Items VALUES ('x')");
-    });
-    const auto stored = database.execute("SELECT * FROM Items");
-    EXPECT_TRUE(!stored.boSuccess() || stored.result().empty());
-  });
-  EXPECT_GT(failures, 20);
+    EXPECT_GT(failures, 20);
+  }
 }
 
 }  // namespace
 }  // namespace qel::test
+
+/// These replace the allocation functions of the program. Inlined, they would not match for GCC.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* const memory = qel::test::mayAllocate() ? std::malloc(size) : nullptr;
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}

@@ -1,166 +1,158 @@
-#include <atomic>
-#include <cerrno>
-#include <filesystem>
-#include <set>
-#include <string>
-#include <vector>
-
-#include <dlfcn.h>
-#include <gmock/gmock.h>
-#include <pthread.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
-#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
-#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
-#include "host/QelLog/LogManager.h"
-#include "host/QelUtilities/Debugger.h"
+#include "Application/Log/Analytics/Database/DatabaseAdapterTimestampDecorator.h"
+#include "Application/Log/Analytics/Items/CrashReportItem.h"
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/Patience.h"
 #include "tests/faults/DatabaseDirectory.h"
-#include "tests/faults/Effort.h"
-#include "tests/faults/FaultyDisk.h"
-#include "tests/faults/OtherConnection.h"
 #include "tests/support/FakeConnection.h"
-#include "tests/support/Query.h"
 
-namespace qel::log::analytics {
+static std::atomic<time_t> ahead{0};  ///< seconds that are added to the wall clock alone
+
+/// Replaces the system's function, for the standard library.
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const long result = syscall(SYS_clock_gettime, clock, time);
+  time->tv_sec += clock == CLOCK_REALTIME ? ahead.load() : 0;
+  return static_cast<int>(result);
+}
+
+/// Replaces the system's function, for SQLite.
+extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept {
+  timespec now{};
+  const int result = clock_gettime(CLOCK_REALTIME, &now);
+  *time = {now.tv_sec, 0};
+  return result;
+}
+
+namespace qel::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::DiskFault;
-using test::query;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::SizeIs;
+using namespace testing;
 using Batch = std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>>;
 
-constexpr auto Items = CipDatabaseClientInterface::Items;
+constexpr const char* lossLogged = "so nothing of its transaction is stored: ";
+
+/// `ForGood` makes all later calls fail too, `Full` only those that write.
+enum class DiskFault { Once, ForGood, Full };
+
+std::atomic<int> callsUntilFault{-1};
+std::atomic<DiskFault> plannedFault;
+std::atomic<bool> hasFailed{false};
+
+/// Counts the call. True when it must fail.
+bool fails(bool isWrite) {
+  callsUntilFault -= callsUntilFault > 0 ? 1 : 0;
+  if (callsUntilFault != 0 || (plannedFault == DiskFault::Full && !isWrite)) {
+    return false;
+  }
+  if (plannedFault == DiskFault::Once) {
+    callsUntilFault = -1;
+  }
+  hasFailed = true;
+  // The error of a network disk: SQLite reports a failed read with EIO as a corrupt file.
+  errno = plannedFault == DiskFault::Full ? ENOSPC : ETIMEDOUT;
+  return true;
+}
+
+/// Replaces a system call of SQLite by one that can fail.
+template <auto call, bool isWrite = false, typename Result, typename... Arguments>
+bool replace(const char* name, Result (*)(Arguments...)) {
+  const auto callOrFail =
+      +[](Arguments... arguments) -> Result { return fails(isWrite) ? -1 : call(arguments...); };
+  auto* const system = sqlite3_vfs_find("unix");
+  return system->xSetSystemCall(system, name, reinterpret_cast<sqlite3_syscall_ptr>(callOrFail)) ==
+         SQLITE_OK;
+}
+
+int openFile(const char* file, int flags, int mode) { return open(file, flags, mode); }
+
+const bool isReplaced =
+    replace<openFile>("open", openFile) && replace<pread64>("pread64", pread64) &&
+    replace<pwrite64, true>("pwrite64", pwrite64) &&
+    replace<ftruncate64>("ftruncate", ftruncate64) && replace<unlink>("unlink", unlink);
 
 Batch batchOf(const std::string& name) {
   return {{name + '1', Items}, {name + '2', Items}, {name + '3', Items}};
 }
 
-std::atomic<bool> hasThreads{true};
-
-}  // namespace
-}  // namespace qel::log::analytics
-
-/// In place of the system's: there may be no thread to be had.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*start)(void*), void* argument) {
-  using Create = decltype(&pthread_create);
-  static const auto systems = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
-  return qel::log::analytics::hasThreads ? systems(thread, attributes, start, argument) : EAGAIN;
-}
-
-namespace qel::log::analytics {
-namespace {
-
-class StorageFaultsTest : public test::DatabaseDirectory {
+class StorageFaultsTest : public DatabaseDirectory {
  protected:
-  int filesSetAside() const {
-    return static_cast<int>(
-        std::ranges::count_if(fs::directory_iterator(data_), [](const auto& entry) {
-          return entry.path().filename().string().find(".corrupt-") != std::string::npos;
-        }));
-  }
-
-  std::set<std::string> texts() const {
-    const auto rows = query(file_, "SELECT json FROM Items");
-    std::set<std::string> texts(rows.begin(), rows.end());
-    EXPECT_THAT(rows, SizeIs(texts.size())) << "a row stands there twice";
-    return texts;
-  }
-
-  int lossesLogged() const {
-    const auto text = logged();
-    int losses = 0;
-    for (std::size_t at = 0; (at = text.find("so nothing of its", at)) != std::string::npos; ++at) {
-      ++losses;
+  /// Whether a call has failed.
+  bool meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const {
+    emptyDirectory();
+    std::vector<std::string> batches;
+    const auto insert = [&](CipDatabaseClient& client, const std::string& name) {
+      batches.push_back(name);
+      client.insertMultiple(batchOf(name));
+    };
+    if (hasEarlierRows) {
+      CipDatabaseClient earlier;
+      earlier.initialize(data_);
+      insert(earlier, "earlier");
     }
-    return losses;
+    const auto lossesBefore = timesLogged(lossLogged);
+    CipDatabaseClient client;
+    hasFailed = !isReplaced;
+    plannedFault = fault;
+    callsUntilFault = nthCall;
+    try {
+      client.initialize(data_);
+      insert(client, "before");
+      std::vector<int> first{1};
+      client.deleteByIds(Items, first);
+      client.vacuum();
+      insert(client, "after");
+      callsUntilFault = -1;
+    } catch (const qel::exception& failure) {
+      EXPECT_THAT(failure.what(), HasSubstr(sendingFile_));
+      callsUntilFault = -1;
+      client.initialize(data_);
+    }
+    insert(client, "healed");
+
+    const auto stored = textsIn(sendingFile_);
+    EXPECT_TRUE(stored.contains("healed2"));
+    int missing = 0;
+    for (const auto& batch : batches) {
+      const auto times = stored.count(batch + '2');
+      missing += times == 0 ? 1 : 0;
+      EXPECT_LE(times, 1U) << batch;
+      EXPECT_EQ(stored.count(batch + '3'), times) << batch;
+      const bool isDeletedFrom = batch == batches.front();
+      EXPECT_TRUE(isDeletedFrom || stored.count(batch + '1') == times) << batch;
+    }
+    EXPECT_EQ(missing, timesLogged(lossLogged) - lossesBefore) << "each lost batch is logged";
+    EXPECT_LE(missing, fault == DiskFault::Once ? 1 : 2);
+    EXPECT_THAT(query(sendingFile_, "PRAGMA auto_vacuum"), ElementsAre("2"));
+    EXPECT_EQ(timesLogged("it was set aside"), 0) << "a disk fault does not damage the file";
+    return hasFailed;
   }
-
-  bool meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const;
-
-  const fs::path file_ = data_ / "ItemDatabase.db";
 };
 
-/// Whether the nth call was made, so that it failed.
-bool StorageFaultsTest::meetFault(int nthCall, DiskFault fault, bool hasEarlierRows) const {
-  emptyDirectory();
-  if (hasEarlierRows) {
-    CipDatabaseClient earlier;
-    earlier.initialize(data_);
-    earlier.insertMultiple(batchOf("earlier"));
-  }
-  CipDatabaseClient client;
-  bool isOpened = false;
-  const auto lossesBefore = lossesLogged();
-  test::failDiskAt(nthCall, fault);
-  try {
-    client.initialize(data_);
-    isOpened = true;
-    client.insertMultiple(batchOf("before"));
-    std::vector<int> first{1};
-    client.deleteByIds(Items, first);
-    client.vacuum();
-    client.insertMultiple(batchOf("after"));
-  } catch (const qel::exception& failure) {
-    EXPECT_THAT(failure.what(), HasSubstr(file_));
-  }
-  const bool hasFailed = test::healDisk();
-  if (!isOpened) {
-    client.initialize(data_);
-  }
-  client.insertMultiple(batchOf("healed"));
-  const auto stored = texts();
-  int missing = 0;
-  for (const std::string name : {"before", "after"}) {
-    const bool isStored = stored.contains(name + '2');
-    missing += isStored ? 0 : 1;
-    EXPECT_EQ(stored.contains(name + '3'), isStored) << name;
-    const bool isDeletedFrom = name == "before" && !hasEarlierRows;
-    EXPECT_TRUE(isDeletedFrom || stored.contains(name + '1') == isStored) << name;
-  }
-  for (const char* const row : {"healed1", "healed2", "healed3"}) {
-    EXPECT_TRUE(stored.contains(row));
-  }
-  EXPECT_TRUE(!hasEarlierRows || (stored.contains("earlier2") && stored.contains("earlier3")));
-  if (isOpened) {
-    EXPECT_EQ(missing, lossesLogged() - lossesBefore) << "a batch is stored, or its loss is told";
-    EXPECT_LE(missing, fault == DiskFault::Once ? 1 : 2);
-  }
-  EXPECT_THAT(query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
-  EXPECT_THAT(query(file_, "PRAGMA auto_vacuum"), ElementsAre("2"));
-  EXPECT_EQ(filesSetAside(), 0) << "a fault of the disk is no corruption";
-  return hasFailed;
-}
-
-TEST_F(StorageFaultsTest, ABatchIsStoredWholeOrNotAtAllWhicheverCallFails) {
+TEST_F(StorageFaultsTest, StoresABatchWholeOrNotAtAllWhicheverCallFails) {
   int faults = 0;
   for (const auto fault : {DiskFault::Once, DiskFault::ForGood, DiskFault::Full}) {
     for (const bool hasEarlierRows : {false, true}) {
-      int nthCall = 1;
-      while (meetFault(nthCall, fault, hasEarlierRows) && !HasFailure()) {
-        ++nthCall;
+      for (int call = 1; meetFault(call, fault, hasEarlierRows); ++call, ++faults) {
+        ASSERT_FALSE(HasFailure())
+            << "fault " << int(fault) << " of call " << call << ", earlier rows " << hasEarlierRows;
       }
-      EXPECT_FALSE(HasFailure()) << "fault " << int(fault) << " of call " << nthCall
-                                 << ", earlier rows " << hasEarlierRows;
-      faults += nthCall - 1;
     }
   }
   EXPECT_GT(faults, 300);
-  EXPECT_THAT(logged(),
-              HasSubstr("nothing of its transaction is stored: database or disk is full"));
-  test::measured() << faults << " faults\n";
+  EXPECT_GT(timesLogged(std::string(lossLogged) + "database or disk is full"), 0);
+  measured() << faults << " faults\n";
 }
 
-TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndTheFileShrinks) {
+TEST_F(StorageFaultsTest, MarksEachCrossingOfTheCapOnceAndShrinksTheFile) {
   CipDatabaseClient client;
   client.initialize(data_);
   const Batch fiveMegabytes(500, {std::string(10'000, 'x'), Items});
-  const int crossings = test::effort(2, 20);
+  const int crossings = effort(2, 20);
   for (int crossing = 1; crossing <= crossings; ++crossing) {
     for (int batch = 1; batch <= 8; ++batch) {
       client.insertMultiple(fiveMegabytes);
@@ -172,75 +164,83 @@ TEST_F(StorageFaultsTest, EachCrossingOfTheCapIsMarkedOnceAndTheFileShrinks) {
     client.vacuum();
     EXPECT_LT(client.getDatabaseFileSize(), 100'000U);
   }
-  test::measured() << crossings << " crossings, file of " << client.getDatabaseFileSize().value()
-                   << " bytes after the last\n";
+  measured() << crossings << " crossings, file of " << client.getDatabaseFileSize().value()
+             << " bytes after the last\n";
 }
 
-TEST_F(StorageFaultsTest, AFileIsKeptIfItsTablesCanBeUsedAndOtherwiseSetAside) {
-  const std::string ours = "INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT";
-  const std::string row = "INSERT INTO Items(ID, json) VALUES (7, 'old'); ";
-  const struct {
-    std::string making;
-    bool isKept;
-  } files[] = {
-      {"CREATE TABLE Items(ID " + ours + ");" + row, true},
-      {"PRAGMA auto_vacuum = 2; CREATE TABLE \"items\" (\"ID\" " + ours + ", more);" + row, true},
-      {"CREATE TABLE Others(a)", true},
-      {"CREATE VIEW Environments AS SELECT 1 AS ID, 'x' AS json", false},
-      {"PRAGMA auto_vacuum = 2; CREATE TABLE items(ID INTEGER PRIMARY KEY, text)", false},
-  };
-  for (const auto& [making, isKept] : files) {
-    SCOPED_TRACE(making);
-    emptyDirectory();
-    EXPECT_TRUE(test::OtherConnection(file_).execute(making));
-    test::write(file_.string() + "-journal", "left behind");
-    CipDatabaseClient client;
-    client.initialize(data_);
-    client.insertMultiple({{"new", Items}, {"new", CipDatabaseClientInterface::Environments}});
-    const bool hasOldRow = making.ends_with(row);
-    EXPECT_THAT(client.getAllItems(), SizeIs(hasOldRow ? 2 : 1));
-    EXPECT_THAT(client.getAll(CipDatabaseClientInterface::Environments).second, SizeIs(1));
-    EXPECT_EQ(filesSetAside(), isKept ? 0 : 1);
-    EXPECT_THAT(query(file_, "SELECT json FROM Items"), SizeIs(hasOldRow ? 2 : 1));
-    const utilities::Patience worker(utilities::Patience::unlimited);
-    client.vacuum();
-    EXPECT_THAT(query(file_, "PRAGMA auto_vacuum"), ElementsAre("2"));
-  }
-  EXPECT_THAT(logged(), HasSubstr("it was set aside as"));
-}
-
-TEST_F(StorageFaultsTest, WithoutAThreadForRetentionTheDatabaseIsUsedAllTheSame) {
-  std::atomic<int> breaks{0};
-  utilities::debugger::Debugger::setHook([&] { ++breaks; });
-  SupportDatabaseClient client(std::chrono::seconds(1));
-  hasThreads = false;
+TEST_F(StorageFaultsTest, UsesTheDatabaseWithoutAThreadForRetention) {
+  pthread_attr_t usual;
+  pthread_getattr_default_np(&usual);
+  auto attributes = usual;
+  pthread_attr_setstacksize(&attributes, std::size_t{1} << 60U);  // No thread gets such a stack.
+  EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
+  SupportDatabaseClient client(1s);
   client.initialize(data_);
-  hasThreads = true;
-  utilities::debugger::Debugger::setHook({});
-  EXPECT_EQ(breaks, 1);
+  pthread_setattr_default_np(&usual);
   client.insertMultiple(batchOf("a"));
   EXPECT_THAT(client.getAllItems(), SizeIs(3));
 }
 
-/// The pass has read the rows, and deletes them by their IDs once they are accepted.
-TEST_F(StorageFaultsTest, AReplacementInTheMiddleOfAPassCostsNoRowThatCameLater) {
+/// The pass reads the rows first, and deletes them by ID after the server has accepted them.
+TEST_F(StorageFaultsTest, KeepsLaterRowsWhenTheFileIsReplacedInTheMiddleOfAPass) {
   CipDatabaseClient client;
   client.initialize(data_);
   client.insertMultiple({"1", "2"}, Items);
-  test::FakeConnection connection;
+  FakeConnection connection;
   connection.failure = [&] {
-    if (filesSetAside() == 0) {
-      test::write(file_, std::string(8192, '\xee'));
+    if (timesLogged("it was set aside") == 0) {
+      write(sendingFile_, std::string(8192, '\xee'));
       client.insertMultiple(batchOf("lost"));
-      EXPECT_EQ(filesSetAside(), 1);
+      EXPECT_EQ(timesLogged("it was set aside"), 1);
     }
     client.insertMultiple(batchOf(std::to_string(connection.packages.size()) + "new"));
   };
-  const auto logger = LogManager::instance().getLogger("pass");
+  const auto logger = log::LogManager::instance().getLogger("pass");
   details::SendingPass(client, connection, *logger, 1).run();
-  EXPECT_THAT(connection.packages, SizeIs(2));
-  EXPECT_THAT(texts(), ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
+  EXPECT_THAT(textsIn(sendingFile_),
+              ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
+}
+
+TEST_F(StorageFaultsTest, AClockThatJumpsMovesRetentionButNoPeriods) {
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  const Activation activation{data_};
+  const auto pair = filePair();
+  pair->initialize(activation.parameter);
+  const auto insert = [&](const std::string& event) {
+    pair->insert(std::make_unique<items::CrashReportItem>(event), Items);
+  };
+  constexpr time_t year = 365 * 24 * 3600;
+  for (const auto& [jump, kept] :
+       {std::pair(year, "after"), {-year, "before after"}, {-7200, "before after"}}) {
+    SCOPED_TRACE(jump);
+    query(supportFile_, "DELETE FROM Items");
+    insert("before");
+    pair->join();
+    ahead += jump;
+    const auto jumped = steady_clock::now();
+    const auto after = query(supportFile_, "SELECT strftime('%s', 'now')")[0];
+    insert("after");
+    waitUntil([&] { return query(supportFile_, "SELECT * FROM Items").size() == 2; });
+    EXPECT_LT(steady_clock::now() - jumped, 5s) << "the period is one second";
+    const std::string isNow = ") - " + after + " BETWEEN 0 AND 5";
+    EXPECT_EQ(query(supportFile_, "SELECT strftime('%s', json_extract(json, '$.Timestamp')" +
+                                      isNow + ", strftime('%s', timestamp_utc" + isNow +
+                                      " FROM Items ORDER BY ID DESC")[0],
+              "1|1");
+    details::DatabaseAdapterTimestampDecorator(
+        std::make_shared<db::sql::SqlDatabaseAdapter>(supportFile_))
+        .deleteEntriesOlderThan("Items", 1h);
+    EXPECT_EQ(query(supportFile_,
+                    "SELECT group_concat(json_extract(json, '$.Event'), ' ') FROM Items")[0],
+              kept);
+  }
+  ahead = 0;
 }
 
 }  // namespace
-}  // namespace qel::log::analytics
+}  // namespace qel::test
+
+/// Replaces the system's function, which is no replaceable call of SQLite.
+extern "C" int fdatasync(int file) {
+  return qel::test::fails(false) ? -1 : static_cast<int>(syscall(SYS_fdatasync, file));
+}

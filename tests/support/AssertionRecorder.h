@@ -1,13 +1,12 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "host/QelAssert/Assert.h"
 
 namespace qel::test {
 
-/// Collects what the constructing thread reports as failed assertions, for as long as it lives.
+/// Collects the failed assertions of the constructing thread during its lifetime.
 class AssertionRecorder {
  public:
   AssertionRecorder() {

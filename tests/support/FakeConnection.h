@@ -1,15 +1,13 @@
 #pragma once
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnectionInterface.h"
 
 namespace qel::test {
 
-/// A server connection that notes the packages and accepts as many as it is told to.
+/// A server connection that keeps the packages and accepts as many as a test sets.
 class FakeConnection : public log::analytics::serverconnection::DbToServerConnectionInterface {
  public:
   void initalize(const log::analytics::parameters::ActivateParameter&) override {}

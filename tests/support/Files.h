@@ -2,8 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
 
 namespace qel::test {
 

@@ -1,262 +1,209 @@
 #include "tests/support/HttpsTestServer.h"
 
-#include <algorithm>
-#include <array>
-#include <csignal>
-#include <stdexcept>
+#include <list>
+#include <optional>
 #include <utility>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <openssl/ssl.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio.hpp>
+#include <boost/asio/ssl.hpp>
+
+#include "tests/support/Tally.h"
 
 namespace qel::test {
 namespace {
 
-constexpr std::chrono::seconds hangingTest{30};
-constexpr std::chrono::milliseconds drip{100};
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
 
-void require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    throw std::runtime_error(std::string("cannot start the test server: ") + what);
-  }
-}
-
-SSL_CTX* makeTls(const ServerOptions& options) {
-  SSL_CTX* const tls = SSL_CTX_new(TLS_server_method());
-  const auto& [certificate, key] = options.identity;
-  require(SSL_CTX_use_certificate_chain_file(tls, certificate.c_str()) == 1, "certificate");
-  require(SSL_CTX_use_PrivateKey_file(tls, key.c_str(), SSL_FILETYPE_PEM) == 1, "key");
+asio::ssl::context contextFor(const ServerOptions& options) {
+  asio::ssl::context context(asio::ssl::context::tls_server);
+  context.use_certificate_chain_file(options.identity.certificate);
+  context.use_private_key_file(options.identity.key, asio::ssl::context::pem);
   if (options.protocol == Protocol::Tls11Only) {
-    require(SSL_CTX_set_min_proto_version(tls, TLS1_1_VERSION) == 1 &&
-                SSL_CTX_set_max_proto_version(tls, TLS1_1_VERSION) == 1 &&
-                SSL_CTX_set_cipher_list(tls, "ALL:@SECLEVEL=0") == 1,
-            "TLS 1.1");
+    SSL_CTX_set_min_proto_version(context.native_handle(), TLS1_1_VERSION);
+    SSL_CTX_set_max_proto_version(context.native_handle(), TLS1_1_VERSION);
+    SSL_CTX_set_cipher_list(context.native_handle(), "ALL:@SECLEVEL=0");
   }
-  return tls;
+  return context;
 }
 
 std::string headOf(const Reply& reply) {
-  const std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " Told So\r\n";
-  return head + reply.headers + "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
+  return "HTTP/1.1 " + std::to_string(reply.status) + " Reason\r\n" + reply.headers +
+         "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
 }
 
 }  // namespace
 
-/// The server's end of one connection. A TLS connection is closed with the alert that TLS asks for.
-class HttpsTestServer::Stream {
+class HttpsTestServer::Implementation {
  public:
-  Stream(int socket, SSL_CTX* tls)
-      : socket_(socket), bio_(BIO_new_socket(socket, BIO_NOCLOSE), BIO_free_all) {
-    if (tls) {
-      bio_.reset(BIO_push(BIO_new_ssl(tls, 0), bio_.release()));
+  explicit Implementation(ServerOptions given)
+      : options(std::move(given)), context(contextFor(options)), accepting([this] { accept(); }) {}
+
+  ~Implementation() {
+    ::shutdown(acceptor.native_handle(), SHUT_RDWR);
+    accepting.join();
+    {
+      const std::lock_guard lock(mutex);
+      isStopping = true;
+      for (auto& socket : sockets) {
+        ::shutdown(socket.native_handle(), SHUT_RDWR);
+      }
+      changed.notify_all();
+    }
+    threads.clear();
+  }
+
+  void accept() {
+    error_code error;
+    for (tcp::socket socket(io); !acceptor.accept(socket, error); socket = tcp::socket(io)) {
+      ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
+      const std::lock_guard lock(mutex);
+      auto& kept = sockets.emplace_back(std::move(socket));
+      threads.emplace_back([this, &kept] { serve(kept); });
+      accepted.add();
     }
   }
 
-  /// Appends what comes next; false at the end.
-  bool read(std::string& text) {
-    std::array<char, 16'384> part{};
-    const int count = BIO_read(bio_.get(), part.data(), static_cast<int>(part.size()));
-    text.append(part.data(), static_cast<std::size_t>(std::max(count, 0)));
-    return count > 0;
+  void serve(tcp::socket& socket) {
+    error_code error;
+    if (options.protocol == Protocol::PlainHttp || options.protocol == Protocol::Silent) {
+      serveRequests(socket);
+    } else {
+      asio::ssl::stream<tcp::socket&> stream(socket, context);
+      if (!stream.handshake(stream.server, error) && serveRequests(stream)) {
+        stream.shutdown(error);
+      }
+    }
+    const std::lock_guard lock(mutex);
+    socket.close(error);
   }
 
-  bool write(std::string_view text) {
-    return text.empty() || BIO_write(bio_.get(), text.data(), static_cast<int>(text.size())) > 0;
+  /// Serves one request after the other. False when the connection must be reset.
+  template <typename Stream>
+  bool serveRequests(Stream& stream) {
+    std::string received;
+    while (const auto request = readRequest(stream, received)) {
+      {
+        const std::lock_guard lock(mutex);
+        requests.push_back(*request);
+        requested.add();
+      }
+      const auto reply = options.answer(*request);
+      give(stream, reply);
+      if (reply.manner == Manner::Reset || reply.manner == Manner::ResetUnanswered) {
+        stream.lowest_layer().set_option(asio::socket_base::linger(true, 0));
+        return false;
+      }
+      if (reply.manner != Manner::Ordinary || request->head.empty()) {
+        return true;
+      }
+      while (options.answerAfter == AnswerAfter::Headers && read(stream, received, 1)) {
+        received.clear();
+      }
+    }
+    return true;
   }
 
-  /// Reads until the client closes its end.
-  void drain() {
-    for (std::string discarded; read(discarded); discarded.clear()) {
+  template <typename Stream>
+  static bool read(Stream& stream, std::string& received, std::size_t atLeast) {
+    error_code error;
+    asio::read(stream, asio::dynamic_buffer(received), asio::transfer_at_least(atLeast), error);
+    return !error;
+  }
+
+  template <typename Stream>
+  std::optional<Request> readRequest(Stream& stream, std::string& received) const {
+    std::size_t headEnd = 0;
+    while ((headEnd = received.find("\r\n\r\n")) == std::string::npos) {
+      if (!read(stream, received, 1)) {
+        return std::nullopt;
+      }
+      if (options.protocol == Protocol::Silent) {
+        received.clear();
+      } else if (received[0] < 'A' || received[0] > 'Z') {
+        return Request{.head = "", .body = std::exchange(received, "")};
+      }
+    }
+    Request request{.head = received.substr(0, headEnd + 4), .body = ""};
+    received.erase(0, headEnd + 4);
+    const std::string lengthName = "\r\nContent-Length: ";
+    const auto lengthLine = request.head.find(lengthName);
+    if (options.answerAfter == AnswerAfter::WholeRequest && lengthLine != std::string::npos) {
+      const auto length = std::stoul(request.head.substr(lengthLine + lengthName.size()));
+      if (received.size() < length && !read(stream, received, length - received.size())) {
+        return std::nullopt;
+      }
+      request.body = received.substr(0, length);
+      received.erase(0, length);
+    }
+    return request;
+  }
+
+  template <typename Stream>
+  void give(Stream& stream, const Reply& reply) {
+    error_code error;
+    const auto write = [&](const std::string& text) {
+      asio::write(stream, asio::buffer(text), error);
+    };
+    const auto& [status, manner, headers, body] = reply;
+    if (manner == Manner::Stalled) {
+      pauseFor(hangingTest);
+    } else if (manner == Manner::Ordinary) {
+      write(headOf(reply) + body);
+    } else if (manner == Manner::Dripped) {
+      write(headOf(reply));
+      for (auto next = body.begin(); next != body.end() && pauseFor(100ms); ++next) {
+        write({*next});
+      }
+    } else if (manner != Manner::ResetUnanswered) {
+      write(headOf(reply) + body.substr(0, body.size() / 2));
     }
   }
 
-  /// Makes closing the socket reset the connection, which is one of TLS.
-  void reset() {
-    SSL* tls = nullptr;
-    BIO_get_ssl(bio_.get(), &tls);
-    SSL_set_quiet_shutdown(tls, 1);
-    const linger atOnce{.l_onoff = 1, .l_linger = 0};
-    ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+  /// False when the server stops during the pause.
+  bool pauseFor(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex);
+    return !changed.wait_for(lock, time, [this] { return isStopping; });
   }
 
-  std::string received;  ///< beyond the last request
+  const ServerOptions options;
+  asio::ssl::context context;
+  asio::io_context io;
+  tcp::acceptor acceptor{io, {asio::ip::address_v4::loopback(), 0}};
 
- private:
-  const int socket_;
-  std::unique_ptr<BIO, void (*)(BIO*)> bio_;
+  Tally accepted;
+  Tally requested;
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isStopping = false;  ///< guarded by the mutex, as are those below
+  std::list<tcp::socket> sockets;
+  std::vector<std::jthread> threads;
+  std::vector<Request> requests;
+
+  std::thread accepting;
 };
 
 HttpsTestServer::HttpsTestServer(ServerOptions options)
-    : options_(std::move(options)),
-      tls_(nullptr, SSL_CTX_free),
-      listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  if (options_.protocol == Protocol::Tls || options_.protocol == Protocol::Tls11Only) {
-    tls_.reset(makeTls(options_));
-  }
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* const generic = reinterpret_cast<sockaddr*>(&address);
-  require(::bind(listener_, generic, size) == 0 && ::listen(listener_, SOMAXCONN) == 0 &&
-              ::getsockname(listener_, generic, &size) == 0,
-          "socket");
-  port_ = ntohs(address.sin_port);
-  accepting_ = std::thread([this] { acceptConnections(); });
+    : implementation_(std::make_unique<Implementation>(std::move(options))) {}
+
+HttpsTestServer::~HttpsTestServer() = default;
+
+std::string HttpsTestServer::address() const {
+  return "127.0.0.1:" + std::to_string(implementation_->acceptor.local_endpoint().port());
 }
 
-HttpsTestServer::~HttpsTestServer() {
-  {
-    const std::lock_guard lock(mutex_);
-    stopping_ = true;
-    for (const int socket : openSockets_) {
-      ::shutdown(socket, SHUT_RDWR);
-    }
-    changed_.notify_all();
-  }
-  ::shutdown(listener_, SHUT_RDWR);
-  accepting_.join();
-  for (auto& connection : connections_) {
-    connection.join();
-  }
-  ::close(listener_);
-}
-
-std::string HttpsTestServer::address() const { return "127.0.0.1:" + std::to_string(port_); }
-
-int HttpsTestServer::connections() const {
-  const std::lock_guard lock(mutex_);
-  return static_cast<int>(connections_.size());
-}
+int HttpsTestServer::connections() const { return implementation_->accepted.count(); }
 
 std::vector<Request> HttpsTestServer::requests() const {
-  const std::lock_guard lock(mutex_);
-  return requests_;
+  const std::lock_guard lock(implementation_->mutex);
+  return implementation_->requests;
 }
 
-bool HttpsTestServer::waitFor(std::size_t connections, std::size_t requests) const {
-  std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, hangingTest, [&] {
-    return connections_.size() >= connections && requests_.size() >= requests;
-  });
-}
-
-void HttpsTestServer::acceptConnections() {
-  for (;;) {
-    const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (socket < 0) {
-      return;
-    }
-    const std::lock_guard lock(mutex_);
-    if (stopping_) {
-      ::close(socket);
-      return;
-    }
-    openSockets_.insert(socket);
-    connections_.emplace_back([this, socket] { serve(socket); });
-    changed_.notify_all();
-  }
-}
-
-void HttpsTestServer::serve(int socket) {
-  // The client's own protection against this signal is not to be had for it.
-  sigset_t brokenPipe;
-  sigemptyset(&brokenPipe);
-  sigaddset(&brokenPipe, SIGPIPE);
-  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
-  {
-    Stream stream(socket, tls_.get());
-    if (options_.protocol == Protocol::Silent) {
-      stream.drain();
-    }
-    while (serveRequest(stream)) {
-    }
-  }
-  const std::lock_guard lock(mutex_);
-  openSockets_.erase(socket);
-  ::close(socket);
-}
-
-bool HttpsTestServer::serveRequest(Stream& stream) {
-  const auto request = readRequest(stream);
-  if (!request) {
-    return false;
-  }
-  {
-    const std::lock_guard lock(mutex_);
-    requests_.push_back(*request);
-    changed_.notify_all();
-  }
-  const bool isKept = give(stream, options_.answer(*request)) && !request->head.empty();
-  if (isKept && options_.answerAfter == AnswerAfter::Headers) {
-    stream.drain();
-  }
-  return isKept && options_.answerAfter == AnswerAfter::WholeRequest;
-}
-
-std::optional<Request> HttpsTestServer::readRequest(Stream& stream) const {
-  auto& received = stream.received;
-  std::size_t headEnd = 0;
-  while ((headEnd = received.find("\r\n\r\n")) == std::string::npos) {
-    if (!stream.read(received)) {
-      return std::nullopt;
-    }
-    if (received[0] < 'A' || received[0] > 'Z') {
-      return Request{.head = "", .body = std::exchange(received, "")};
-    }
-  }
-  Request request{.head = received.substr(0, headEnd + 2), .body = ""};
-  received.erase(0, headEnd + 4);
-  const std::string_view lengthName = "\r\nContent-Length: ";
-  const auto lengthLine = request.head.find(lengthName);
-  if (options_.answerAfter == AnswerAfter::Headers || lengthLine == std::string::npos) {
-    return request;
-  }
-  const auto length = std::stoul(request.head.substr(lengthLine + lengthName.size()));
-  while (received.size() < length) {
-    if (!stream.read(received)) {
-      return std::nullopt;
-    }
-  }
-  request.body = received.substr(0, length);
-  received.erase(0, length);
-  return request;
-}
-
-bool HttpsTestServer::give(Stream& stream, const Reply& reply) {
-  const std::string_view body = reply.body;
-  switch (reply.manner) {
-    case Manner::Ordinary:
-      return stream.write(headOf(reply)) && stream.write(body);
-    case Manner::Truncated:
-    case Manner::Reset:
-      stream.write(headOf(reply));
-      stream.write(body.substr(0, body.size() / 2));
-      break;
-    case Manner::Dripped:
-      stream.write(headOf(reply));
-      for (auto rest = body; !rest.empty() && pauseFor(drip); rest.remove_prefix(1)) {
-        stream.write(rest.substr(0, 1));
-      }
-      break;
-    case Manner::Stalled:
-      pauseFor(hangingTest);
-      break;
-    case Manner::ResetUnanswered:
-      break;
-  }
-  if (reply.manner == Manner::Reset || reply.manner == Manner::ResetUnanswered) {
-    stream.reset();
-  }
-  return false;
-}
-
-bool HttpsTestServer::pauseFor(std::chrono::milliseconds time) {
-  std::unique_lock lock(mutex_);
-  return !changed_.wait_for(lock, time, [this] { return stopping_; });
+bool HttpsTestServer::waitFor(int connectionCount, int requestCount) const {
+  return implementation_->accepted.reaches(connectionCount) &&
+         implementation_->requested.reaches(requestCount);
 }
 
 }  // namespace qel::test

@@ -1,28 +1,24 @@
 #pragma once
 
-#include <chrono>
-#include <filesystem>
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include "host/QelLog/LogManager.h"
 #include "tests/support/Files.h"
 
-/// The log is written by a thread of its own; these wait for it.
+/// A thread of its own writes the log. These functions wait for it.
 namespace qel::test {
 
 inline void waitForTheLog() {
   EXPECT_TRUE(log::LogManager::instance().flush(std::chrono::seconds(10)));
 }
 
-/// What stands in a log file.
+/// The content of a log file.
 inline std::string loggedIn(const std::filesystem::path& file) {
   waitForTheLog();
   return contentOf(file);
 }
 
-/// Ends a capture of standard error, and returns it with what was logged.
+/// Ends a capture of standard error, and returns it with the log.
 inline std::string endCaptureOfErrors() {
   waitForTheLog();
   return testing::internal::GetCapturedStderr();

@@ -1,26 +1,23 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
 
 namespace qel::test {
 
-/// A database client that keeps its rows in memory and can be told to misbehave. What neither the
-/// client nor its parts ask of a database does nothing.
-class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
+using namespace log::analytics;
+
+/// A database client that keeps its rows in memory and can be made to fail. Operations that the
+/// library does not use do nothing.
+class MemoryDatabaseClient : public CipDatabaseClientInterface {
  public:
   /// Called before a batch is stored; may throw or block.
   std::function<void()> beforeBatch;
   /// Called before rows are read; may throw.
   std::function<void()> beforeRead;
-  /// What was asked of this client, in order: "initialize DIR", "batch N", "delete TABLE id,id",
-  /// "vacuum".
+  /// The deletions and vacuums in their order: "delete TABLE id,id", "vacuum".
   std::vector<std::string> calls() const {
     const std::lock_guard lock(mutex_);
     return calls_;
@@ -36,7 +33,7 @@ class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
     return texts;
   }
 
-  void initialize(const std::string& directory) override { note("initialize " + directory); }
+  void initialize(const std::string&) override {}
   void insertMultiple(const std::vector<std::string>& jsons, Table table) override {
     const std::lock_guard lock(mutex_);
     for (const auto& json : jsons) {
@@ -47,7 +44,6 @@ class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
     if (beforeBatch) {
       beforeBatch();
     }
-    note("batch " + std::to_string(batch.size()));
     for (const auto& [json, table] : batch) {
       insertMultiple({json}, table);
     }
@@ -70,7 +66,7 @@ class MemoryDatabaseClient : public log::analytics::CipDatabaseClientInterface {
     note("delete " + std::to_string(table) + " " + list);
   }
   RowMap getAllItems() override { return {}; }
-  /// All that there is, whatever the session.
+  /// All rows, whatever the session.
   std::map<Table, RowMap> getAllFromSession(std::string) override {
     const std::lock_guard lock(mutex_);
     return {{Items, rows_[Items]}, {Environments, rows_[Environments]}};

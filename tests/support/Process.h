@@ -1,28 +1,28 @@
 #pragma once
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <string>
-#include <thread>
 #include <utility>
 
 #include <sys/wait.h>
 
 #include "tests/support/Files.h"
+#include "tests/support/Tally.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
 
-/// A program in a process of its own, which is killed at the latest at the end.
+/// A program in a process of its own. The destructor kills it.
 class Process {
  public:
-  /// Starts what a shell makes of the command line, with `input` as its standard input.
+  /// Starts a command line of the shell, with `input` as its standard input.
   explicit Process(const std::string& commandLine, const std::string& input = "")
-      : output_(start(commandLine, write(directory_.path() / "input", input))),
+      // NOLINTNEXTLINE(cert-env33-c): the tests' own commands
+      : output_(popen(("cd " + write(directory_.path() / "input", input).parent_path().string() +
+                       "; echo $$; exec " + commandLine + " <input 2>errors")
+                          .c_str(),
+                      "re")),
         id_(std::stoi(readUntil('\n'))) {}
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
   ~Process() {
     if (output_ != nullptr) {
       kill(id_, SIGKILL);
@@ -30,12 +30,11 @@ class Process {
     }
   }
 
-  /// What it prints up to this character, which is left out, or up to the end of its output.
+  /// Its output up to this character, which is left out, or up to the end.
   std::string readUntil(int end) {
     std::string text;
-    for (int character = fgetc(output_); character != EOF && character != end;
-         character = fgetc(output_)) {
-      text += static_cast<char>(character);
+    for (int c = 0; (c = fgetc(output_)) != EOF && c != end;) {
+      text += static_cast<char>(c);
     }
     return text;
   }
@@ -47,26 +46,15 @@ class Process {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
-  /// What it has written to standard error.
+  /// Its standard error until now.
   std::string errors() const { return contentOf(directory_.path() / "errors"); }
-  /// The same once it holds this text, which a log writes soon, or after ten seconds without it.
+  /// The same when it has this text, or after ten seconds.
   std::string errorsWith(const std::string& text) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    std::string written = errors();
-    while (written.find(text) == std::string::npos && std::chrono::steady_clock::now() < end) {
-      std::this_thread::yield();
-      written = errors();
-    }
-    return written;
+    waitUntil([&] { return errors().find(text) != std::string::npos; }, 10s);
+    return errors();
   }
 
  private:
-  static FILE* start(const std::string& commandLine, const std::filesystem::path& input) {
-    const std::string command = "cd " + input.parent_path().string() + "; echo $$; exec " +
-                                commandLine + " <input 2>errors";
-    return popen(command.c_str(), "re");  // NOLINT(cert-env33-c): the tests' own commands
-  }
-
   const TemporaryDirectory directory_;
   FILE* output_;
   const pid_t id_;

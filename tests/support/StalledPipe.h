@@ -1,8 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -12,21 +9,18 @@
 
 namespace qel::test {
 
-/// A named pipe that is full, so that whoever writes to it waits until it is read.
+/// A named pipe that is full: a write waits until the pipe is read.
 class StalledPipe {
  public:
   StalledPipe() {
     while (::write(end_, "\n", 1) == 1) {
     }
   }
-  StalledPipe(const StalledPipe&) = delete;
-  StalledPipe& operator=(const StalledPipe&) = delete;
   ~StalledPipe() { ::close(end_); }
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// Reads until this text has come, and returns all that came; what has come when ten seconds
-  /// bring nothing more.
+  /// Reads until this text has come, or nothing for ten seconds, and returns everything.
   std::string readUntil(const std::string& last) const {
     std::string text;
     std::string part(4096, '\0');

@@ -3,10 +3,27 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 namespace qel::test {
 
-/// Counts what happens on other threads, and lets a test wait for it.
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+constexpr auto hangingTest = 30s;  ///< longer than a test waits that does not hang
+
+/// Waits for a condition that nothing announces. Whether it held once.
+template <typename Condition>
+bool waitUntil(Condition condition, std::chrono::seconds limit = hangingTest) {
+  bool holds = condition();
+  for (const auto end = steady_clock::now() + limit; !holds && steady_clock::now() < end;) {
+    std::this_thread::sleep_for(1ms);
+    holds = condition();
+  }
+  return holds;
+}
+
+/// Counts events on other threads. A test can wait for a count.
 class Tally {
  public:
   void add() {
@@ -20,10 +37,10 @@ class Tally {
     return count_;
   }
 
-  /// Whether the count reaches `count` before a limit that only a hanging program exceeds.
+  /// Whether the count reaches `count` before a time that only a hanging test needs.
   bool reaches(int count) const {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(30), [&] { return count_ >= count; });
+    return changed_.wait_for(lock, hangingTest, [&] { return count_ >= count; });
   }
 
  private:

@@ -1,16 +1,11 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
 
-/// Files (PEM) that a server proves itself with.
+/// The certificate and key of a server (PEM files).
 struct ServerIdentity {
   std::filesystem::path certificate;
   std::filesystem::path key;
@@ -18,38 +13,34 @@ struct ServerIdentity {
 
 enum class Validity { Current, Expired };
 
-/// A throw-away certificate authority, made with the `openssl` command, and the servers it
-/// certifies. The files are removed with it.
+/// A temporary certificate authority, made with the `openssl` command. Its end removes the files.
 class TestCertificates {
  public:
   TestCertificates() {
-    run("openssl req -x509" + newKey() + "-keyout ca.key -out ca.pem -subj /CN=" +
+    run(std::string("openssl req -x509 ") + newKey + " -keyout ca.key -out ca.pem -subj /CN=" +
         directory_.path().filename().string());  // Chains are built by name.
   }
 
-  /// The authority's own certificate, to be trusted (PEM).
+  /// The authority's own certificate (PEM), for clients to trust.
   std::string caFile() const { return directory_.path() / "ca.pem"; }
 
   /// A certificate for the host name.
   ServerIdentity issue(const std::string& name, Validity validity = Validity::Current) {
     const std::string stem = "server" + std::to_string(++issued_);
-    run("openssl req" + newKey() + "-keyout " + stem + ".key -out request -subj /CN=" + name +
-        " -addext subjectAltName=DNS:" + name +
+    run(std::string("openssl req ") + newKey + " -keyout " + stem +
+        ".key -out request -subj /CN=" + name + " -addext subjectAltName=DNS:" + name +
         " && openssl x509 -req -in request -copy_extensions copy -CA ca.pem -CAkey ca.key -out " +
         stem + ".pem -days " + (validity == Validity::Expired ? "-1" : "1"));
     return {directory_.path() / (stem + ".pem"), directory_.path() / (stem + ".key")};
   }
 
  private:
-  static std::string newKey() {
-    return " -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes ";
-  }
+  static constexpr const char* newKey = "-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes";
 
   void run(const std::string& commands) const {
     const std::string inside = "cd " + directory_.text() + " && { " + commands + "; } 2>log";
     if (std::system(inside.c_str()) != 0) {  // NOLINT(cert-env33-c): nothing in it is from outside
-      throw std::runtime_error("cannot make a certificate: " +
-                               contentOf(directory_.path() / "log"));
+      throw std::runtime_error(contentOf(directory_.path() / "log"));
     }
   }
 
