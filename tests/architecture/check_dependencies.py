@@ -7,10 +7,10 @@ import sys
 
 root = pathlib.Path(sys.argv[1])
 
-# The packages that CMake looks for, with their names in Debian and vcpkg. None: not provided there.
+# The packages that CMake looks for, with the names of their parts in Debian and vcpkg. None: not provided there.
 NAMES = {
     "benchmark": ("libbenchmark-dev", "benchmark"),
-    "Boost": ("libboost-dev", "boost-uuid"),
+    "Boost": ("libboost-dev", "boost-asio boost-uuid"),
     "CLI11": ("libcli11-dev", "cli11"),
     "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib"),
     "CURL": ("libcurl4-openssl-dev", "curl"),
@@ -47,7 +47,7 @@ looked_for = {name for path in lists if "consumer" not in path.parts
 complaints = [f"CMake looks for {name}, which the table here does not know" for name in looked_for - NAMES.keys()]
 complaints += [f"nothing looks for {name} any longer" for name in NAMES.keys() - looked_for]
 for place, known, theirs in zip(("cmake/set-up.sh", "vcpkg.json"), declared, zip(*NAMES.values())):
-    wanted = {name for name in theirs if name}
+    wanted = {name for names in theirs if names for name in names.split()}
     complaints += [f"{place} lacks {name}" for name in sorted(wanted - known)]
     if place != "cmake/set-up.sh":  # which also declares programs
         complaints += [f"{place} has {name}, which nothing looks for" for name in sorted(known - wanted)]
