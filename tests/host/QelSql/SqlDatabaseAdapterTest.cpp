@@ -22,8 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;
-using test::contentOf;
-using test::write;
+using namespace test;
 using namespace testing;
 using utilities::Patience;
 using utilities::setExitDeadline;
@@ -235,7 +234,6 @@ TEST_F(SqlDatabaseAdapterTest, KeepsAFileThatRowsCanBeStoredIn) {
       {"TABLE T" + key + "other TEXT, json TEXT)", false},
       {"TABLE T(ID INTEGER, json TEXT)", false},
       {"TABLE T(ID INT PRIMARY KEY, json TEXT)", false},
-      {"TABLE T(ID INTEGER PRIMARY KEY, json TEXT) WITHOUT ROWID", false},
       {"TABLE T" + key + "json TEXT, more TEXT NOT NULL)", false},
       {"VIEW T AS SELECT 1 AS ID, 'x' AS json", false},
   };
