@@ -34,10 +34,7 @@ namespace {
 
 using namespace std::string_literals;
 using std::chrono::milliseconds;
-using test::AnswerAfter;
-using test::HttpsTestServer;
-using test::Manner;
-using test::Protocol;
+using namespace test;
 using namespace testing;
 using utilities::setExitDeadline;
 
@@ -72,8 +69,8 @@ class HttpClientTest : public testing::Test {
     }
   }
 
-  test::TestCertificates certificates_;
-  const test::ServerIdentity identity_ = certificates_.issue(serverName);
+  TestCertificates certificates_;
+  const ServerIdentity identity_ = certificates_.issue(serverName);
   const HttpsTestServer server_{{.identity = identity_}};
   Settings settings_;
   Message message_{serverName, "/a", "application/json", "{}", "customer", secret, false};
@@ -81,7 +78,7 @@ class HttpClientTest : public testing::Test {
 
 TEST_F(HttpClientTest, ReturnsAnAnswerThatIsCompleteOrRefuses) {
   struct Exchange {
-    test::Reply reply;
+    Reply reply;
     std::string expected;  ///< the status, or a pattern of the message
     std::string body = "{}";
     AnswerAfter answerAfter = AnswerAfter::WholeRequest;
@@ -122,11 +119,11 @@ TEST_F(HttpClientTest, ReturnsAnAnswerThatIsCompleteOrRefuses) {
 }
 
 TEST_F(HttpClientTest, SendsNothingToServersThatAreNotTrusted) {
-  test::TestCertificates strangers;
-  const std::tuple<test::ServerIdentity, Protocol, const char*> servers[] = {
+  TestCertificates strangers;
+  const std::tuple<ServerIdentity, Protocol, const char*> servers[] = {
       {strangers.issue(serverName), Protocol::Tls, "unable to get local issuer certificate"},
       {certificates_.issue("elsewhere.example"), Protocol::Tls, "no alternative certificate"},
-      {certificates_.issue(serverName, test::Validity::Expired), Protocol::Tls, "has expired"},
+      {certificates_.issue(serverName, Validity::Expired), Protocol::Tls, "has expired"},
       {identity_, Protocol::Tls11Only, "protocol version"},
       {identity_, Protocol::PlainHttp, "wrong version number"},
       {identity_, Protocol::Silent, "SSL connection timeout"},
@@ -139,9 +136,8 @@ TEST_F(HttpClientTest, SendsNothingToServersThatAreNotTrusted) {
     EXPECT_THAT(post(message_), AllOf(MatchesRegex(failed(reason)), HasSubstr(server.address()),
                                       Not(HasSubstr(secret))));
     EXPECT_EQ(server.connections(), 1) << reason;
-    EXPECT_THAT(server.requests(),
-                Each(AllOf(Field(&test::Request::head, ""),
-                           Field(&test::Request::body, Not(HasSubstr("the body"))))));
+    EXPECT_THAT(server.requests(), Each(AllOf(Field(&Request::head, ""),
+                                              Field(&Request::body, Not(HasSubstr("the body"))))));
   }
 }
 
@@ -202,7 +198,7 @@ TEST_F(HttpClientTest, KeepsAConnectionUntilAMessageClosesIt) {
 
 TEST_F(HttpClientTest, UsesOnlyTheProxyOfTheSettings) {
   const HttpsTestServer proxy({.identity = identity_,
-                               .answer = [](const auto&) { return test::Reply{403}; },
+                               .answer = [](const auto&) { return Reply{403}; },
                                .protocol = Protocol::PlainHttp});
   for (const char* variable : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
     setenv(variable, ("http://" + proxy.address()).c_str(), 1);

@@ -110,7 +110,6 @@ TEST(LogManagerTest, ItsThreadTakesNoSignals) {
   kill(getpid(), SIGUSR1);  // ends the process when another thread takes it
   int signal = 0;
   EXPECT_EQ(sigwait(&signals, &signal), 0);
-  EXPECT_EQ(signal, SIGUSR1);
 }
 
 #ifndef QEL_NO_THREADS_AFTER_FORK

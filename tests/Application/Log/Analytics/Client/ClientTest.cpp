@@ -19,7 +19,6 @@ namespace {
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 using namespace testing;
-using utilities::debugger::Debugger;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
 constexpr auto Items = CipDatabaseClientInterface::Items;
@@ -30,7 +29,7 @@ class ClientTest : public testing::Test {
     storage_.parameter.isSendingAllowed = [] { return false; };
     client_ = std::make_unique<Client>(std::move(storage_.owned));
   }
-  ~ClientTest() override { Debugger::setHook({}); }
+  ~ClientTest() override { utilities::debugger::Debugger::setHook({}); }
 
   test::MemoryStorage storage_;
   std::unique_ptr<Client> client_;
@@ -43,16 +42,11 @@ TEST_F(ClientTest, RecordsFromItsOnlyActivationToDestruction) {
         &broadcaster::ActionListenerInterface::onHelpAction,
         broadcaster::event::HelpActionEvent{{topic, {}}});
   };
-  Broadcaster<issue::StorageListenerInterface> issues;
-  client_->registerIssueListStorageListener(issues, nullptr);
-  client_->registerIssueListStorageListener(issues, nullptr);  // replaces the first one
   askForHelp("before");
   client_->activate(storage_.parameter);
   EXPECT_THROW(client_->activate(storage_.parameter), qel::exception);
   askForHelp("between");
-  issues.notify(&issue::StorageListenerInterface::issuesRemoveAll);
-  EXPECT_THAT(storage_.recorded(),
-              ElementsAre("Help|Action|between|", "IssueListStorage|Issue|RemovedAll|"));
+  EXPECT_THAT(storage_.recorded(), ElementsAre("Help|Action|between|"));
   client_.reset();
   askForHelp("after");
 }
@@ -104,7 +98,7 @@ TEST_F(ClientTest, ItsReleaseHasHalfAMinute) {
 
 TEST_F(ClientTest, AFailedPassIsRecordedAndDoesNotReachTheHost) {
   test::Tally breaks;
-  Debugger::setHook([&] { breaks.add(); });
+  utilities::debugger::Debugger::setHook([&] { breaks.add(); });
   storage_.sending->beforeRead = [] { throw std::out_of_range("no row"); };
   storage_.parameter.isSendingAllowed = [] { return true; };
   testing::internal::CaptureStderr();

@@ -13,7 +13,6 @@ namespace {
 
 using test::MemoryStorage;
 using namespace testing;
-using utilities::debugger::Debugger;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
 
@@ -46,12 +45,10 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
-  insert(databases, "b");
   databases.join();
-  insert(databases, "c");
+  EXPECT_THAT(storage.support->texts(Items), SizeIs(2));
   EXPECT_THAT(storage.recorded(),
-              ElementsAre("Application|Crash Report|a|", "Application|Crash Report|b|",
-                          "Application|Crash Report|meanwhile|", "Application|Crash Report|c|"));
+              ElementsAre("Application|Crash Report|a|", "Application|Crash Report|meanwhile|"));
   EXPECT_FALSE(databases.errorOccurred());
   EXPECT_THAT(assertions.lines(), ElementsAre("f (file:1): reported to the host's thread"));
 }
@@ -75,7 +72,7 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
         storage.support->beforeBatch = [] { throw 1; };
       }};
   test::Tally breaks;
-  Debugger::setHook([&] { breaks.add(); });
+  utilities::debugger::Debugger::setHook([&] { breaks.add(); });
   for (const auto& prepare : faults) {
     MemoryStorage storage;
     prepare(storage);
@@ -87,7 +84,7 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
     EXPECT_THAT(storage.sending->texts(Items), IsEmpty());
   }
   EXPECT_EQ(breaks.count(), 2) << "one for each fault";
-  Debugger::setHook({});
+  utilities::debugger::Debugger::setHook({});
 }
 
 }  // namespace

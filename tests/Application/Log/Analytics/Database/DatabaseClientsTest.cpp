@@ -1,10 +1,11 @@
-#include <thread>
-
 #include <gmock/gmock.h>
 
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "host/QelSql/SqlDatabaseAdapter.h"
+#include "tests/support/AssertionRecorder.h"
 #include "tests/support/Logged.h"
 #include "tests/support/MemoryDatabaseClient.h"
 #include "tests/support/Query.h"
@@ -92,12 +93,27 @@ TEST_F(DatabaseClientsTest, LogAFailedDeletionAndRefuseAnIdOutOfRange) {
   EXPECT_THROW(sending_.getAllItems(), std::out_of_range);
 }
 
+TEST_F(DatabaseClientsTest, ReportAnInsertionThatThrows) {
+  class Failing : public db::sql::SqlDatabaseAdapter {
+   public:
+    using SqlDatabaseAdapter::SqlDatabaseAdapter;
+    db::sql::Result execute(const std::string& statement) override {
+      return statement.starts_with("INSERT") ? throw std::runtime_error("disk on fire")
+                                             : SqlDatabaseAdapter::execute(statement);
+    }
+  };
+  const test::AssertionRecorder assertions;
+  details::DatabaseAdapter(std::make_shared<Failing>(sendingFile_)).insert("{}", "Items");
+  EXPECT_THAT(assertions.lines(), ElementsAre(EndsWith("DatabaseAdapter): disk on fire")));
+}
+
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   support_.initialize(directory_.text());
   support_.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
   for (const std::string table : {"Items", "Environments"}) {
-    test::query(supportFile_,
-                "UPDATE " + table + " SET timestamp_utc = '2017-01-01' WHERE json = 'old'");
+    test::query(supportFile_, "UPDATE " + table +
+                                  " SET timestamp_utc = datetime('now', CASE json "
+                                  "WHEN 'old' THEN '-2 hours' ELSE '-30 minutes' END)");
   }
   SupportDatabaseClient keepingAll(std::chrono::seconds::max());
   keepingAll.initialize(directory_.text());
@@ -105,7 +121,6 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   client.initialize(directory_.text());
   const auto limit = steady_clock::now() + std::chrono::seconds(30);
   while (!client.getAll(Environments).second.empty() && steady_clock::now() < limit) {
-    std::this_thread::yield();
   }
   EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
   EXPECT_THAT(client.getAll(Environments).second, IsEmpty());
