@@ -109,8 +109,9 @@ TEST_F(HeldFileTest, DelaysAnExportForFiveSeconds) {
     SupportDatabaseExporter exporter(source);
     bool isDone = true;
     inBoth("BEGIN EXCLUSIVE");
-    EXPECT_THAT(timeOf([&] { isDone = exporter.exportLastSessionToSqliteFile("S", target); }),
-                AllOf(Ge(5s), Lt(5s + longestCall)));
+    EXPECT_THAT(
+        timeOf([&, &to = target] { isDone = exporter.exportLastSessionToSqliteFile("S", to); }),
+        AllOf(Ge(5s), Lt(5s + longestCall)));
     inBoth("COMMIT");
     EXPECT_FALSE(isDone);
     EXPECT_THAT(held->getAllItems(), SizeIs(rows.size())) << "no row was added";
