@@ -223,13 +223,5 @@ TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   unsetenv("TMPDIR");
 }
 
-#ifdef QEL_LIBRARIES
-/// Their threads may still run when the host unloads a plug-in that uses them.
-TEST(LibrariesTest, CannotBeUnloaded) {
-  EXPECT_THAT(Process("readelf -d " QEL_LIBRARIES).readUntil(EOF),
-              ContainsRegex("NODELETE(.|\n)*NODELETE"));
-}
-#endif
-
 }  // namespace
 }  // namespace qel::test
