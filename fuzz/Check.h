@@ -6,7 +6,7 @@
 
 namespace qel::fuzz {
 
-/// Ends the run unless `holds`; the fuzzer then keeps the input that did it.
+/// Aborts the run if `holds` is false. The fuzzer then keeps the input that caused the failure.
 inline void check(bool holds, std::string_view promise) {
   if (!holds) {
     std::cerr << "Not kept: " << promise << '\n';

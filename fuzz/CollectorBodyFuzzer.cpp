@@ -1,5 +1,5 @@
-// The collector reads any request body: each text that it returns is part of the body, and a row is
-// a JSON object.
+// Checks that the collector can read any request body. Each string that it returns must be part of
+// the body, and each row must be a JSON object.
 
 #include <cstdint>
 #include <string_view>
@@ -17,7 +17,7 @@ using nlohmann::json;
 
 void checkRows(const std::vector<Row>& rows) {
   for (const Row& row : rows) {
-    // The parser takes NUL for the end of the text and skips a byte order mark in front.
+    // The parser treats a NUL as the end of the text and skips a byte order mark at the start.
     check(row.text.starts_with('{') && row.text.find('\0') == std::string_view::npos,
           "a sound row is nothing but a JSON object");
     const auto parsed = json::parse(row.text);
@@ -30,7 +30,7 @@ void checkRows(const std::vector<Row>& rows) {
   }
 }
 
-/// Of a body that was read as a package.
+/// Compares a body that was read as a package with the result of a JSON parser.
 void checkAgainstParser(std::string_view body, std::size_t rowsRead) {
   const auto parsed = json::parse(body, nullptr, /*allow_exceptions=*/false);
   if (parsed.is_discarded() || body.find('\0') != std::string_view::npos) {

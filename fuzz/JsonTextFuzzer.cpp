@@ -1,4 +1,5 @@
-// An object of any texts and numbers parses strictly and reads back as it was built.
+// Checks that a strict parser accepts an object with any strings and numbers and reads back the
+// values that were added.
 
 #include <bit>
 #include <cmath>
@@ -17,12 +18,12 @@ namespace {
 
 using Expected = nlohmann::ordered_json;
 
-/// The text as it has to be read back, with what is no UTF-8 replaced.
+/// The text that a reader must get, with invalid UTF-8 replaced.
 std::string repaired(const std::string& text) {
   return Expected::parse(Expected(text).dump(-1, ' ', false, Expected::error_handler_t::replace));
 }
 
-/// Adds a member and returns what it has to read back as.
+/// Adds a member to `object` and returns the value that a reader must get.
 Expected addMember(FuzzedDataProvider& input, const std::string& key, JsonObject& object) {
   switch (input.ConsumeIntegralInRange(0, 2)) {
     case 0: {
@@ -48,7 +49,7 @@ Expected addMember(FuzzedDataProvider& input, const std::string& key, JsonObject
       object.addStringMap(key, values);
       auto expected = Expected::object();
       for (const auto& [name, value] : values) {
-        expected.emplace(repaired(name), repaired(value));  // the first one stays
+        expected.emplace(repaired(name), repaired(value));  // the first value is kept
       }
       return expected;
     }
@@ -66,10 +67,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   auto expected = Expected::object();
   while (input.remaining_bytes() > 0) {
     const auto key = input.ConsumeRandomLengthString();
-    expected[repaired(key)] = addMember(input, key, object);  // a reader keeps the last one
+    expected[repaired(key)] = addMember(input, key, object);  // a reader keeps the last value
   }
   const std::string text = object.toString();
-  // Texts are compared since they tell 1 from 1.0, and -0.0 from 0.0, unlike parsed values.
+  // The serialized texts are compared because, unlike parsed values, they distinguish 1 from 1.0,
+  // and -0.0 from 0.0.
   check(Expected::parse(text).dump() == expected.dump(), "an object reads back as it was built");
   check(text.find('\n') == std::string::npos, "an object is one line");
   return 0;

@@ -1,5 +1,5 @@
-// A sending pass packs all stored rows, byte for byte, into packages of the promised size. The
-// collector finds every row in them that is a JSON object.
+// Checks that a sending pass packs all stored rows, byte for byte, into packages of the specified
+// size. The collector must find every row that is a JSON object.
 
 #include <algorithm>
 #include <cstdint>
@@ -31,7 +31,7 @@ class SilentLogger : public LoggerInterface {
   void log(int /*level*/, const std::string& /*message*/) override {}
 };
 
-/// The rows of each package: the one that reaches the limit is the last.
+/// Splits the rows into packages. The row that reaches the limit is the last of its package.
 std::vector<Texts> batchesOf(const Texts& rows, std::size_t limit) {
   std::vector<Texts> batches;
   std::size_t size = limit;
@@ -60,14 +60,14 @@ std::string_view withoutBlanks(std::string_view text) {
   return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
-/// Unlike the parser this takes no NUL for the end, and no byte order mark in front.
+/// Unlike the parser, this function rejects a NUL in the text and a byte order mark at the start.
 bool isJsonObject(const std::string& text) {
   return withoutBlanks(text).starts_with('{') && text.find('\0') == std::string::npos &&
          nlohmann::json::accept(text);
 }
 
-/// Whether brackets and strings close in the row. Otherwise it may reach into another, and both are
-/// kept in other pieces.
+/// True if all brackets and strings that open in the row also close in it. Otherwise the row may
+/// extend into the next row, and the collector may split the two rows differently.
 bool standsAlone(const std::string& row) {
   const auto body = packageOf({row}, "events");
   const auto split = collector::splitPackage(body, 1);

@@ -1,4 +1,5 @@
-// Any text is stored as it is, and nothing else in the database changes.
+// Checks that any text without a NUL is stored unchanged and that nothing else in the database
+// changes.
 
 #include <cstdint>
 #include <map>
@@ -27,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const std::string text(reinterpret_cast<const char*>(data), size);
   adapter.insert(text, "Items");
-  // The SQL layer refuses a statement with a NUL in it.
+  // The SQL layer rejects a statement that contains a NUL.
   const bool isRefused = text.find('\0') != std::string::npos;
   fuzz::check(adapter.getAll("Items") == (isRefused ? Rows{} : Rows{{1, text}}),
               "a row is stored as it is");

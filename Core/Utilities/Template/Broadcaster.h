@@ -12,19 +12,20 @@
 
 namespace qel {
 
-/// Registers the listeners of interface `T` of a host and calls them.
+/// Registers listeners that implement the interface `T`, and notifies them.
 ///
 /// **Ownership.** The broadcaster holds weak references. A listener that was destroyed is not
 /// called.
 ///
-/// **Threads.** Registration belongs to one thread of the host. There a listener may also register
-/// or unregister itself or others while it is called. `notify` may run on any thread while no other
-/// thread registers or unregisters, so that a crashing thread can announce the crash.
+/// **Threads.** Listeners must be registered and unregistered on one thread of the host. A listener
+/// that is called on that thread may register or unregister itself and others. `notify` may be
+/// called on any thread while no other thread registers or unregisters listeners, so that a
+/// crashing thread can announce the crash.
 template <typename T>
 class Broadcaster {
  public:
   /// Appends the listener. A listener that is registered twice is called twice. A null listener is
-  /// reported as an assertion, but is appended, too.
+  /// reported as an assertion failure, but is still appended.
   void registerListener(std::shared_ptr<T> listener) {
     if (!listener) {
       report(nullRegistered);
@@ -33,7 +34,7 @@ class Broadcaster {
   }
 
   /// Removes every entry of the listener and keeps the order of the rest. A listener that is null
-  /// or not registered is reported as an assertion.
+  /// or not registered is reported as an assertion failure.
   void unregisterListener(const std::shared_ptr<T>& listener) {
     if (!listener) {
       report(nullUnregistered);
@@ -46,9 +47,10 @@ class Broadcaster {
     }
   }
 
-  /// Calls `operation` with `arguments` on each listener that was registered when the call began
-  /// and is still alive, in the order of registration. A listener is kept alive only during its own
-  /// call. An exception from a listener ends the notification and reaches the caller.
+  /// Calls `operation` with `arguments` on each listener that was registered when `notify` was
+  /// called and is still alive, in the order of registration. A listener is kept alive only during
+  /// its own call. An exception from a listener ends the notification and is passed on to the
+  /// caller.
   template <typename Operation, typename... Arguments>
   void notify(Operation operation, const Arguments&... arguments) const {
     const auto snapshot = listeners_;

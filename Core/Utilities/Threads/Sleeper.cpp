@@ -7,7 +7,7 @@ namespace qel::util {
 using std::chrono::steady_clock;
 
 Sleeper::Outcome Sleeper::sleepUntil(steady_clock::time_point deadline) {
-  // A much longer single wait overflows in the time arithmetic of some runtimes.
+  // A much longer wait overflows the time arithmetic of some runtimes.
   constexpr std::chrono::seconds longestWait{864'000};
   const auto isStopped = [this]() QEL_REQUIRES(mutex_) { return state_ == StopRequested; };
   utilities::MutexLock lock(mutex_);
@@ -38,7 +38,7 @@ steady_clock::time_point deadlineAfter(steady_clock::time_point now,
   if (!(interval.count() > 0)) {
     return now;
   }
-  // The extra second keeps the conversion below from rounding beyond the range of the clock.
+  // The extra second prevents the conversion below from rounding beyond the range of the clock.
   const std::chrono::duration<double> left = steady_clock::time_point::max() - now;
   if (interval + std::chrono::seconds(1) >= left) {
     return steady_clock::time_point::max();

@@ -30,7 +30,8 @@ bool runsAtStop(const RunPolicy& policy) {
 }
 
 /// Writes the whole line at once, so that lines of several threads do not mix. Writes nothing if
-/// memory runs out or standard error takes no line now: the worker must not wait for a reader.
+/// memory allocation fails or writing would block, because the worker must not wait for a reader of
+/// standard error.
 void writeToStandardError(const std::type_info& type, std::string_view separator,
                           const char* message) noexcept try {
   if (!utilities::standardErrorTakesLine()) {
@@ -77,7 +78,8 @@ void ThreadedLoop::stopAndJoin() {
     return;
   }
   stop();
-  // Without the mutex: the current run may wait for a thread that is about to call `stop`.
+  // The mutex is not locked here, because the current run may wait for a thread that is about to
+  // call `stop`.
   thread_.join();
 }
 

@@ -18,33 +18,36 @@ namespace parameters {
 
 /// The settings with which a host activates the client.
 ///
-/// The two permission functions are called on threads of the client and of the host. They must be
-/// thread-safe, must not call the client, and must not throw. An exception ends storage for good.
+/// The two permission functions, `isSendingAllowed` and `databaseCallback`, are called on threads
+/// of the client and of the host. They must be thread-safe, must not call the client, and must not
+/// throw. An exception from one of them ends storage for good.
 struct QEL_ANALYTICS_EXPORT ActivateParameter {
   /// Must outlive the client.
   reports::WebUpdateReporterInterface& webUpdateReporter;
   /// Directory of both databases (UTF-8). It must exist. Only one process at a time can use it.
   std::string databasePath;
-  /// Identify the installation and the run of the program. Both are set once per process: the first
-  /// value that is not empty (not null) is kept.
+  /// Identify the installation and the run of the program. Each can be set only once per process:
+  /// the first non-empty (non-null) value is kept.
   /// @{
   std::string installationId;
   qel::Guid sessionId;
   /// @}
-  /// Basic authentication for every package, none if both are empty. The user must not contain a
-  /// colon. The secret is never written anywhere.
+  /// The credentials for Basic authentication with every package. If both are empty, no
+  /// authentication is used. The user must not contain a colon. The secret is never logged or
+  /// stored.
   /// @{
   std::string serverSecret;
   std::string serverUser;
   /// @}
-  /// Describes the machine. Called on the client's thread when sending starts, or once at
-  /// activation when sending is not allowed. May be empty or return null: nothing is stored then.
-  /// An exception leaves `activate` or `startSendingItems`, and the client stays active.
+  /// Describes the machine. `activate` calls the function once. If sending is not allowed at that
+  /// time, the first `startSendingItems` calls it again. If the function is empty or returns null,
+  /// no environment is stored. An exception propagates out of `activate` or `startSendingItems`,
+  /// and the client stays active.
   std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem;
-  /// Whether items may be stored for sending. Called for every batch. Sending starts at activation
-  /// if the result is true then. Required.
+  /// Whether items may be stored for sending. Called for every batch. If it returns true during
+  /// activation, sending starts. Must be set.
   std::function<bool()> isSendingAllowed;
-  /// Whether items may be copied to the support database. Called for every batch. Required.
+  /// Whether items may be copied to the support database. Called for every batch. Must be set.
   std::function<bool()> databaseCallback;
 };
 

@@ -34,7 +34,8 @@ using qel::util::RunPolicy;
 
 constexpr std::chrono::seconds longestRelease{30};
 
-/// Creates the listener in a member of the client, which releases an earlier one, and registers it.
+/// Stores a new listener in `listener`, a member of the client, and registers it. An earlier
+/// listener in the member is released.
 template <typename Broadcaster, typename Listener, typename... Arguments>
 void createAndRegister(std::shared_ptr<Listener>& listener, Arguments&&... arguments) {
   listener = std::make_shared<Listener>(std::forward<Arguments>(arguments)...);
@@ -148,7 +149,8 @@ void Client::insertEnvironmentItem() {
   }
 }
 
-/// Shares the logger, because the client releases its own reference before the last pass.
+/// The returned function shares ownership of the logger, because the client releases its own
+/// reference before the last pass.
 std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
     const utilities::Patience patience(utilities::Patience::unlimited);

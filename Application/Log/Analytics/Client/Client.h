@@ -31,26 +31,26 @@ class DbToServerConnection;
 
 /// The client that a host creates to take part in the customer involvement programme.
 ///
-/// **Work.** Nothing happens before `activate`. Then the client records the host's broadcasts and
-/// memory usage. It sends stored rows at once, every ten minutes, and once more at destruction.
+/// **Work.** `activate` starts recording the host's broadcasts and memory usage. Stored rows are
+/// sent when sending starts, then every ten minutes, and once more during destruction.
 ///
 /// **Destruction** unregisters the listeners and waits for the last sending pass. It takes at most
-/// 30 seconds unless the host has armed an exit deadline (`utilities::setExitDeadline`). Only a
-/// disk that hangs takes longer. Queued items are lost unless the host calls `CipDatabases::join`
+/// 30 seconds unless the host has set an exit deadline (`utilities::setExitDeadline`). It takes
+/// longer only if the disk hangs. Queued items are lost unless the host calls `CipDatabases::join`
 /// first.
 ///
-/// **Threads.** All operations belong to the thread on which the host registers listeners.
+/// **Threads.** All operations must be called on the thread on which the host registers listeners.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
  public:
-  /// Throws `std::invalid_argument` when `databases` is null.
+  /// Throws `std::invalid_argument` if `databases` is null.
   explicit Client(std::unique_ptr<CipDatabases> databases);
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
   ~Client() override;
 
-  /// Throws `qel::exception` when the client is already active, and whatever opening the databases
-  /// throws. Throws `std::bad_function_call` when `isSendingAllowed` is empty: the client is active
-  /// then, and storage ends for good with the next batch.
+  /// Throws `qel::exception` if the client is already active. Passes on exceptions from opening the
+  /// databases. Throws `std::bad_function_call` if `isSendingAllowed` is empty. The client is then
+  /// active, but the next batch ends storage for good.
   void activate(const parameters::ActivateParameter& parameter) override;
   bool isActive() const override { return active_; }
   void registerIssueListStorageListener(
@@ -65,8 +65,8 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   void insertEnvironmentItem();
   std::function<bool()> sendItemsFunc();
 
-  // Each member may use those before it. They are destroyed in the reverse order.
-  utilities::DefaultExitDeadline releaseDeadline_;  ///< armed during destruction
+  // Each member may use the members before it. Members are destroyed in reverse order.
+  utilities::DefaultExitDeadline releaseDeadline_;  ///< set during destruction
   bool active_ = false;
   bool sendingStarted_ = false;
   std::size_t packageSizeLimit_ = format::packageSizeLimit;
@@ -83,7 +83,7 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   std::shared_ptr<listeners::SaveListener> saveListener_;
   std::shared_ptr<listeners::GeneralListener> generalListener_;
   std::shared_ptr<reports::MemoryUsageObserver> memoryUsageObserver_;
-  std::future<void> startupTask_;  ///< the first sending waits for it, if it is valid
+  std::future<void> startupTask_;  ///< if valid, the first start of sending waits for it
   std::shared_ptr<LoggerInterface> logger_;
 };
 

@@ -10,28 +10,30 @@
 
 namespace qel::log::analytics {
 
-/// The analytics client. All calls come from one thread of the host.
+/// The analytics client. All operations must be called on the same thread of the host.
 class QEL_ANALYTICS_EXPORT ClientInterface {
  public:
   virtual ~ClientInterface() = default;
 
-  /// Opens the databases, registers the listeners, and starts sending if the host allows it. Can be
-  /// called once.
+  /// Opens the databases, registers the listeners, and starts sending if the host allows it. Can
+  /// succeed only once.
   virtual void activate(const parameters::ActivateParameter& parameter) = 0;
   /// Whether `activate` has registered the listeners. Never becomes false again.
   virtual bool isActive() const = 0;
-  /// Records the stored issues that the broadcaster announces, with texts from `information`, until
-  /// the client is destroyed. Independent of activation. The listener stays registered, so the
-  /// broadcaster must not notify while the client is destroyed.
+  /// Records the changes of stored issues that `broadcaster` announces, until the client is
+  /// destroyed. `information` provides the texts for the issues. May be called before or after
+  /// `activate`. The listener stays registered, so `broadcaster` must not notify while the client
+  /// is being destroyed.
   virtual void registerIssueListStorageListener(
       qel::Broadcaster<qel::log::issue::StorageListenerInterface>& broadcaster,
       std::unique_ptr<IssueListInformationInterface> information) = 0;
-  /// Starts sending after activation, or restarts it with an immediate pass. Waits for a loop that
-  /// still runs, which makes a last pass first. The wait lasts as long as the exchanges of that
-  /// pass take or a database is held, and at most until the exit deadline.
+  /// Starts sending in an activated client, or restarts it. A sending pass starts at once. If
+  /// sending is still running, the call first stops it and waits for its last pass. That pass may
+  /// wait for the server or for a database that another process has locked. The call stops waiting
+  /// at the exit deadline.
   virtual void startSendingItems() = 0;
-  /// Ends sending after one more pass and does not wait for it. Reports an assertion if nothing was
-  /// started.
+  /// Ends sending after one more pass, without waiting for that pass. Reports an assertion failure
+  /// if sending was never started.
   virtual void stopSendingItems() = 0;
 };
 

@@ -6,7 +6,8 @@
 
 namespace qel::log::analytics::details {
 
-/// The rows of one table that go into one package: their IDs and references to their texts.
+/// The rows of one table that go into one package. Stores their IDs and pointers to their JSON
+/// texts.
 class PackageBatch {
  public:
   explicit PackageBatch(std::size_t sizeLimit) : sizeLimit_(sizeLimit) {}
@@ -17,8 +18,8 @@ class PackageBatch {
     ids_.push_back(id);
     size_ += json.size();
   }
-  /// Whether the texts have reached the size limit, so that the batch must be sent. The row that
-  /// reached the limit is part of the batch.
+  /// Whether the total size of the texts has reached the limit, so that the batch must be sent. The
+  /// row that reached the limit is part of the batch.
   bool isFull() const { return size_ >= sizeLimit_; }
   void clear() {
     texts_.clear();

@@ -20,12 +20,13 @@ class PackageBatch;
 
 /// One attempt to send all stored rows to the server.
 ///
-/// Environments go first, then items, in packages. The rows of a package are deleted from the
-/// database once the server has accepted it. A refused package ends the pass: its rows and all
-/// later ones stay. An exception from the database or the connection ends the pass, too.
+/// Environments are sent first, then items, both in packages. The rows of a package are deleted
+/// from the database once the server has accepted the package. A rejected package ends the pass;
+/// its rows and all later rows stay in the database. An exception from the database or the
+/// connection also ends the pass.
 class SendingPass {
  public:
-  /// Database, connection and logger must outlive the pass.
+  /// The database, the connection and the logger must outlive the pass.
   SendingPass(CipDatabaseClientInterface& database,
               serverconnection::DbToServerConnectionInterface& connection, LoggerInterface& logger,
               std::size_t packageSizeLimit);

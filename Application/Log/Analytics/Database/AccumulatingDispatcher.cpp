@@ -19,9 +19,9 @@ AccumulatingDispatcher::AccumulatingDispatcher(Callback callback,
 }
 
 AccumulatingDispatcher::~AccumulatingDispatcher() {
-  // The destruction of the loop runs the worker once more, which then finds an empty queue. The
-  // items are destroyed without the lock, because one may hold the last reference to an object of
-  // the host.
+  // The loop's destructor makes the worker run once more; that run finds an empty queue. The items
+  // are destroyed after the mutex is unlocked, because an item may hold the last reference to an
+  // object of the host.
   std::vector<Entry> discarded;
   const utilities::MutexLock lock(mutex_);
   discarded.swap(pending_);
@@ -77,8 +77,9 @@ bool AccumulatingDispatcher::drain() {
   }
 }
 
-/// The mutex stays locked. Other adding threads wait for it and then find that the dispatcher has
-/// failed. The worker does not lock it after a failure, so the stop here cannot deadlock.
+/// The mutex stays locked during this call. Other threads in `add` wait for the mutex and then find
+/// that the dispatcher has failed. The worker does not lock the mutex after a failure, so stopping
+/// the loop here cannot deadlock.
 void AccumulatingDispatcher::fail() {
   const Patience patience(Patience::ofHost);
   failed_ = true;
@@ -93,7 +94,7 @@ void AccumulatingDispatcher::fail() {
         CipDatabaseClientInterface::Items);
     callback_(marker);
   } catch (...) {
-    // The dispatcher has already failed. There is no further place to report this.
+    // The dispatcher has already failed, and there is nowhere else to report the exception.
     return;
   }
 }

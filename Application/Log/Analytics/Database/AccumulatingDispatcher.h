@@ -14,28 +14,29 @@
 
 namespace qel::log::analytics {
 
-/// A queue between the threads that add items and the storage that writes them. Once every period a
+/// A queue between the threads that add items and the storage that writes them. Once per period a
 /// worker passes all queued items to a callback.
 ///
-/// **Failure.** A full queue or a callback that throws makes the dispatcher fail for good. Queued
-/// items are discarded, later items are dropped, and `hasFailed` stays true. The thread that finds
-/// the queue full also writes one information item.
+/// **Failure.** The dispatcher fails for good if the queue is full when an item is added, or if the
+/// callback throws. Queued items are discarded, later items are dropped, and `hasFailed` stays
+/// true. The thread that finds the queue full also passes one information item to the callback.
 ///
-/// **Destruction** discards queued items. Call `join` before it to write them.
+/// **Destruction** discards queued items. To write them, call `join` first.
 ///
-/// **Threads.** Any thread may call `add` and `hasFailed`. `start`, `join` and destruction belong
-/// to one thread at a time.
+/// **Threads.** `add` and `hasFailed` are thread-safe. `start`, `join` and the destructor must not
+/// be called concurrently.
 class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
  public:
   /// An item, which is never null, and its table.
   using Entry =
       std::pair<std::unique_ptr<qel::json::ToJsonInterface>, CipDatabaseClientInterface::Table>;
-  /// Receives a batch on the worker, in the order of adding. The information item of a full queue
-  /// arrives on the adding thread, possibly at the same time.
+  /// Receives a batch on the worker, with the items in the order in which they were added. The
+  /// information item about a full queue is passed on the thread that called `add`, possibly while
+  /// the worker passes a batch.
   using Callback = std::function<void(const std::vector<Entry>&)>;
 
-  /// Does not start the worker. Reserves memory for `capacity` entries twice, so that adding does
-  /// not allocate.
+  /// Does not start the worker. Reserves memory for two queues of `capacity` entries, so that `add`
+  /// does not allocate.
   AccumulatingDispatcher(Callback callback, std::chrono::duration<double> period,
                          unsigned int capacity);
   AccumulatingDispatcher(const AccumulatingDispatcher&) = delete;
@@ -49,10 +50,10 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   void add(std::unique_ptr<qel::json::ToJsonInterface> item,
            CipDatabaseClientInterface::Table table);
 
-  /// Waits until the callback has received all queued items. The worker then goes on.
+  /// Waits until the callback has received all queued items. The worker then continues.
   void join();
 
-  /// Whether the dispatcher has failed for good and drops all items. Any thread.
+  /// Whether the dispatcher has failed for good and drops all items. Thread-safe.
   bool hasFailed() const { return failed_; }
 
  private:
@@ -61,7 +62,7 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
 
   utilities::Mutex mutex_;
   std::vector<Entry> pending_ QEL_GUARDED_BY(mutex_);
-  std::vector<Entry> working_;  ///< of the worker alone
+  std::vector<Entry> working_;  ///< used only by the worker
   const Callback callback_;
   const std::chrono::duration<double> period_;
   std::atomic<bool> failed_{false};

@@ -52,7 +52,7 @@ CipDatabaseClient::getAllFromSession(std::string /*sessionId*/) {
 }
 
 std::optional<std::uint64_t> CipDatabaseClient::getDatabaseFileSize() {
-  std::error_code unreadable;  // the size is then all ones, which counts as full
+  std::error_code unreadable;  // on error, the size is the maximum, which counts as full
   return std::filesystem::file_size(file(), unreadable);
 }
 

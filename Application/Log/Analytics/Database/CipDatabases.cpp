@@ -9,7 +9,7 @@ namespace qel::log::analytics {
 
 namespace {
 
-/// Only the dispatcher creates this item, when it ends storage.
+/// True if the batch is the dispatcher's report of a full queue. Nothing else creates such an item.
 bool reportsFullQueue(const std::vector<AccumulatingDispatcher::Entry>& batch) {
   const auto* const info = dynamic_cast<const items::CipInfoItem*>(batch.front().first.get());
   return info != nullptr && info->getSubCategory() == "InsertingItems";
@@ -71,7 +71,7 @@ void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch
   }
 }
 
-/// A copy, so that the host is asked without the mutex.
+/// Returns a copy, so that the mutex is not locked while the host's functions are called.
 CipDatabases::Permissions CipDatabases::permissions() const {
   const utilities::MutexLock lock(permissionMutex_);
   return permissions_;

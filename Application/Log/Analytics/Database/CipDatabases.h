@@ -16,27 +16,28 @@ namespace parameters {
 struct ActivateParameter;
 }
 
-/// The support database and the sending database. Items reach them only through this class.
+/// The support database and the sending database. Items reach the databases only through this
+/// class.
 ///
-/// **Writing.** Items are queued. Once a second each queued item is rendered once and written to
-/// the support database and then to the sending database. Each write needs the host's permission at
-/// that moment.
+/// **Writing.** Items are queued. Once per second, each queued item is rendered once and written to
+/// the support database and then to the sending database. Before each of the two writes, the host
+/// is asked for its permission.
 ///
 /// **Errors.** A queue overflow, or an exception while items are rendered or written, ends storage
-/// for good, and `errorOccurred` stays true. An item that is written before `initialize` has the
-/// same effect, because there is no permission to ask.
+/// for good, and `errorOccurred` stays true. Writing an item before `initialize` has the same
+/// effect, because there is no permission function yet.
 class QEL_ANALYTICS_EXPORT CipDatabases {
  public:
-  /// Takes both clients, which must not be null, and starts the worker.
+  /// Takes ownership of both clients, which must not be null, and starts the worker.
   CipDatabases(std::unique_ptr<CipDatabaseClientInterface> cipDatabase,
                std::unique_ptr<CipDatabaseClientInterface> supportDatabase);
 
-  /// Opens both databases in the directory of the parameter and copies its permissions. Throws what
-  /// opening throws.
+  /// Opens both databases in the directory that `parameter` names, and copies its permission
+  /// functions. Passes on exceptions from opening the databases.
   void initialize(const parameters::ActivateParameter& parameter);
 
-  /// Queues the item for the table. Any thread. Takes one lock and allocates nothing, except for
-  /// the one call that finds the queue full and writes an information item itself.
+  /// Queues the item for the table. Thread-safe. Locks one mutex and allocates no memory. Only the
+  /// call that finds the queue full does more: it also writes an information item.
   void insert(std::unique_ptr<qel::json::ToJsonInterface> item,
               CipDatabaseClientInterface::Table table);
 
@@ -44,20 +45,20 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   CipDatabaseClientInterface& getCipDatabase() { return *cipDatabase_; }
 
   /// Asks the host whether items may be written to the sending database. Throws
-  /// `std::bad_function_call` if the host has set no permission.
+  /// `std::bad_function_call` if the host has set no permission function.
   bool getWriteToCipDatabaseFunc() const;
 
-  /// Whether storage has ended for good. Any thread.
+  /// Whether storage has ended for good. Thread-safe.
   bool errorOccurred() const;
 
-  /// Waits until all queued items are written. The host calls it on the thread that initializes and
+  /// Waits until all queued items are written. Must be called on the thread that initializes and
   /// destroys the object.
   void join();
 
  private:
-  /// Shared by all threads that ask, because the host's function may have state.
+  /// All threads share one function object, because the host's function may have state.
   using Permission = std::shared_ptr<const std::function<bool()>>;
-  /// What may be written to each of the databases.
+  /// The permissions to write to each of the databases.
   struct Permissions {
     Permission toSending;
     Permission toSupport;
@@ -71,7 +72,7 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   const std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;
   mutable utilities::Mutex permissionMutex_;
   Permissions permissions_ QEL_GUARDED_BY(permissionMutex_);
-  AccumulatingDispatcher dispatcher_;  ///< destroyed first: its worker uses the rest
+  AccumulatingDispatcher dispatcher_;  ///< destroyed first, because its worker uses the rest
 };
 
 }  // namespace qel::log::analytics

@@ -38,8 +38,7 @@ std::string insertStatement(const std::string& json, const std::string& table) {
   }
 }
 
-/// Converts as `std::stoi` does, with exception messages that do not depend on the standard
-/// library.
+/// Converts like `std::stoi`, but the exception messages do not depend on the standard library.
 int idFrom(const std::string& text) {
   try {
     return std::stoi(text);
@@ -56,7 +55,7 @@ std::map<int, std::string> rowMapFrom(Result result) {
     return rows;
   }
   for (auto& row : std::move(result).result()) {
-    // Rows mostly arrive in ascending order, so the end is the likely position.
+    // Rows usually arrive in ascending order of their IDs, so the end is the likely position.
     rows.emplace_hint(rows.end(), idFrom(row[0]), std::move(row[1]));
   }
   return rows;
@@ -117,7 +116,7 @@ void DatabaseAdapter::insertOrFail(const std::string& json, const std::string& t
   try {
     statement = insertStatement(json, table);
   } catch (const std::bad_alloc&) {
-    execute({});  // Fails, so that a transaction is not stored without this row.
+    execute({});  // Fails, so that a transaction is not committed without this row.
     throw;
   }
   execute(statement);

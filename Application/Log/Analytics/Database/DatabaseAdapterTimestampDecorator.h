@@ -8,16 +8,16 @@
 
 namespace qel::log::analytics::details {
 
-/// An adapter whose tables also hold the time of writing of each row, so that rows can be deleted
-/// by age. The column is `timestamp_utc`, with texts such as "2026-11-21 09:30:05" in UTC.
+/// An adapter whose tables also record when each row was written, so that rows can be deleted by
+/// age. The column `timestamp_utc` holds strings such as "2026-11-21 09:30:05", in UTC.
 class QEL_ANALYTICS_EXPORT DatabaseAdapterTimestampDecorator : public DatabaseAdapter {
  public:
   using DatabaseAdapter::DatabaseAdapter;
 
   void addTableIfNotExists(const std::string& table) override;
-  /// Deletes the rows that were written more than `age` before the current second of the system
-  /// clock. Times are compared as texts, which is correct while both have the same number of
-  /// digits. SQL failures are ignored.
+  /// Deletes the rows that were written more than `age` ago, to the second. The current time is
+  /// that of the system clock. Times are compared as strings, which is correct while both have the
+  /// same number of digits. SQL failures are ignored.
   void deleteEntriesOlderThan(const std::string& table, std::chrono::seconds age);
 };
 

@@ -8,7 +8,7 @@ namespace {
 
 using utilities::Patience;
 
-// Never destroyed: the retention thread may still run while the process exits.
+// Never destroyed, because the retention thread may still run while the process exits.
 const std::string& itemsTable = *new std::string(format::itemsTable);
 const std::string& environmentsTable = *new std::string(format::environmentsTable);
 

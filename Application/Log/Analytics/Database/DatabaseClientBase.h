@@ -25,16 +25,17 @@ class QEL_ANALYTICS_EXPORT DatabaseClientBase : public CipDatabaseClientInterfac
  protected:
   /// Creates both tables through the adapter.
   static void addTables(DatabaseAdapterInterface& adapter);
-  /// Sets the adapter and its database file in place of earlier ones.
+  /// Sets the adapter and its database file, and replaces any earlier ones.
   void use(std::shared_ptr<DatabaseAdapterInterface> adapter, std::filesystem::path file);
   /// The adapter, null until it is set.
   std::shared_ptr<DatabaseAdapterInterface> adapter() const;
   /// The database file, empty until it is set.
   std::filesystem::path file() const;
-  /// Inserts the texts that are not empty and belong to a known table, in one transaction.
+  /// Inserts the non-empty strings that belong to a known table, in one transaction.
   static void insertTogether(DatabaseAdapterInterface& adapter,
                              const std::vector<std::pair<std::string, Table>>& rows);
-  /// Inserts each text that is not empty. Stops once the patience of the calling thread has ended.
+  /// Inserts each non-empty string. Skips the remaining strings once a wait has used up the calling
+  /// thread's patience (its limit for waiting, see `utilities::Patience`).
   static void insertEach(DatabaseAdapterInterface& adapter, const std::vector<std::string>& jsons,
                          const std::string& table);
 

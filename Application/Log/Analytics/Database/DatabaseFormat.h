@@ -4,7 +4,7 @@
 #include <string>
 
 /// Names and limits of the client's databases, as `docs/data-format.md` describes them. Programs
-/// that read the databases include this header, too.
+/// that read the databases also include this header.
 namespace qel::log::analytics::format {
 
 /// The database files.
@@ -17,10 +17,10 @@ inline constexpr const char* supportDatabase = "SupportDatabase.db";
 inline constexpr const char* itemsTable = "Items";
 inline constexpr const char* environmentsTable = "Environments";
 /// @}
-/// In bytes. A sending database of this size or more takes no batch.
+/// The size limit in bytes. A sending database of this size or more accepts no batch.
 inline constexpr std::uint64_t sendingDatabaseLimit = 30'720'000;
 
-/// The text that every record of the session contains.
+/// The string that every record of the session contains.
 inline std::string sessionMark(const std::string& sessionId) {
   return R"("SessionId": ")" + sessionId + '"';
 }

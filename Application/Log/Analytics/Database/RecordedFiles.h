@@ -11,42 +11,45 @@
 
 namespace qel::log::analytics {
 
-/// Whether a file of this name (UTF-8) belongs to the host and goes with the recordings, such as
-/// the host's log.
+/// Returns true for a file of the host that must be listed and removed with the recordings, such as
+/// the host's log. The name is UTF-8.
 using HostFileFilter = std::function<bool(std::string_view name)>;
 
-/// The files that clients have made in the directory, recognised by name: databases with their
-/// journals, corrupt databases that were set aside, and the lock file. The list includes the files
-/// that the filter accepts. It is sorted, with the lock file at its end.
+/// The files that clients have created in the directory, recognised by name. These are databases
+/// with their journals, corrupt databases that were set aside (renamed under a dated name), and the
+/// lock file. The list also includes the files that the filter accepts. It is sorted by path, with
+/// the lock file last.
 ///
-/// Any thread may call, also while a client uses the directory. Throws `qel::exception` when the
+/// Thread-safe; may be called while a client uses the directory. Throws `qel::exception` if the
 /// directory cannot be read.
 QEL_ANALYTICS_EXPORT std::vector<std::filesystem::path> recordedFiles(
     const std::filesystem::path& directory, const HostFileFilter& isHostFile = {});
 
-/// The result of the removal of one file.
+/// The result of removing one file.
 struct RemovedFile {
   std::filesystem::path file;  ///< as listed by `recordedFiles`
   std::uintmax_t size = 0;     ///< in bytes before the removal, 0 if unknown
-  std::error_code error;       ///< why the file could not be removed, if so
+  std::error_code error;       ///< the reason if the removal failed
 };
 
-/// Asked before anything of the list is removed. False keeps all files.
+/// Called with the list before any file is removed. If it returns false, all files are kept.
 using RemovalApproval = std::function<bool(const std::vector<std::filesystem::path>& files)>;
 
-/// Removes the `recordedFiles` of the directory and returns them in the same order. A file that
-/// cannot be removed does not stop the removal of the others. The lock file, which the call creates
-/// if there is none, is among them. Returns nothing if the approval is set and is refused.
+/// Removes the `recordedFiles` of the directory and returns the results in the same order. If a
+/// file cannot be removed, the call continues with the other files. The call creates the lock file
+/// if there is none, and removes it with the other files. Returns an empty list if `isApproved` is
+/// set and returns false.
 ///
 /// **Lock.** The directory is locked during the call. Throws `qel::exception`, and removes nothing,
-/// when a client of this or another process uses the directory, or when the directory cannot be
-/// locked or read.
+/// if a client of this or another process uses the directory, or if the directory cannot be locked
+/// or read.
 ///
-/// **Host.** Release the client before the call. If the client has a retention age, its retention
-/// thread may use the directory a little longer: then the call throws and can be repeated.
+/// **Host.** The client must be released before the call. If the client has a retention age, its
+/// retention thread may still use the directory for a short time. In this case the call throws and
+/// can be repeated.
 ///
-/// **Threads.** Any thread may call. Filter and approval are called on this thread, under the lock,
-/// and must not make a client use the directory.
+/// **Threads.** Thread-safe. The filter and the approval function are called on the calling thread
+/// while the directory is locked. They must not make a client use the directory.
 QEL_ANALYTICS_EXPORT std::vector<RemovedFile> removeRecordings(
     const std::filesystem::path& directory, const HostFileFilter& isHostFile = {},
     const RemovalApproval& isApproved = {});

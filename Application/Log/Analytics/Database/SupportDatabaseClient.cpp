@@ -27,12 +27,13 @@ void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seco
   }
 }
 
-/// The thread is detached and shares the adapter, so that it can outlive the client.
+/// The thread is detached and shares ownership of the adapter, so the thread can outlive the
+/// client.
 void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
                     std::chrono::seconds age) {
   try {
     std::thread([adapter = std::move(adapter), age] { deleteOldRows(*adapter, age); }).detach();
-  } catch (...) {  // No thread can be created.
+  } catch (...) {  // The thread could not be created.
     utilities::debugger::Debugger::vBreak();
   }
 }

@@ -7,20 +7,21 @@
 
 namespace qel::log::analytics {
 
-/// The support database, "SupportDatabase.db". It holds a copy of every item with the time of
-/// writing, so that support staff can get the rows of a session. It has no size limit. Rows are
+/// The support database, "SupportDatabase.db". It holds a copy of every item and the time when it
+/// was written, so that support staff can get the rows of a session. It has no size limit. Rows are
 /// deleted by age.
 class QEL_ANALYTICS_EXPORT SupportDatabaseClient : public details::DatabaseClientBase {
  public:
-  /// Each `initialize` deletes the rows older than `retention` once, on a separate thread. Without
-  /// a value all rows are kept.
+  /// Each `initialize` deletes the rows older than `retention` once, on a separate thread. If
+  /// `retention` has no value, all rows are kept.
   explicit SupportDatabaseClient(std::optional<std::chrono::seconds> retention);
 
   void initialize(const std::string& directory) override;
   /// Any table other than `Items` counts as `Environments`.
   void insertMultiple(const std::vector<std::string>& jsons, Table table) override;
   void insertMultiple(const std::vector<std::pair<std::string, Table>>& rows) override;
-  /// The session's rows, with an entry for each of both tables even if it is empty.
+  /// The rows of the session. The map has an entry for each of the two tables, even if the table
+  /// has no such rows.
   std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;
 
  private:

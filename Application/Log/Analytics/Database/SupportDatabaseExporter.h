@@ -11,15 +11,15 @@ namespace qel::log::analytics {
 /// calling thread.
 class QEL_ANALYTICS_EXPORT SupportDatabaseExporter {
  public:
-  /// The exporter keeps a reference to `source`.
+  /// The exporter shares ownership of `source`.
   explicit SupportDatabaseExporter(const std::shared_ptr<CipDatabaseClientInterface>& source);
 
-  /// Returns whether there were rows to copy and all were copied. The caller has opened `target`.
-  /// Rows get new IDs there and keep their texts.
+  /// Returns true if there were rows to copy and all of them were copied. The caller must have
+  /// opened `target`. The copied rows get new IDs and keep their JSON texts.
   ///
-  /// Waits at most five seconds while others hold the databases. An incomplete copy is logged, and
-  /// the next try needs an empty target. Throws `std::out_of_range` when the source knows the
-  /// session but returns it without a table that is needed.
+  /// Waits at most five seconds in total if the databases are locked. An incomplete copy is logged.
+  /// A retry needs an empty target. Throws `std::out_of_range` if the source returns a non-empty
+  /// map that lacks a needed table.
   bool exportLastSessionToSqliteFile(const std::string& sessionId,
                                      const std::shared_ptr<CipDatabaseClientInterface>& target);
 

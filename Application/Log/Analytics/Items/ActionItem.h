@@ -10,7 +10,7 @@
 namespace qel::log::analytics::items {
 
 /// The view in which the user acted. The category is "BCF", "Help", "Start Page", "Project Manager"
-/// or "Graphic", and "Unknown" for any other value.
+/// or "Graphic". It is "Unknown" for any other value.
 enum class ActionArea : std::uint32_t { Bcf, Help, StartPage, ProjectManager, Graphic };
 
 /// An action of the user in a view of the program. The subcategory is "Action".

@@ -13,13 +13,13 @@ namespace qel::log::analytics::items {
 /// The host chooses the text of the event.
 class QEL_ANALYTICS_EXPORT ApplicationItem : public BaseEventItemWithDetail {
  public:
-  /// The subcategory is the enumerator's name, empty for any other value.
+  /// The subcategory is the enumerator's name, or empty for any other value.
   enum class Type : std::uint32_t { Started, Stopped, Crashed, Asserted };
 
-  /// The detail "Exception Code" is the code as an unsigned number, for every type.
+  /// For every type, the detail "Exception Code" is `exceptionCode` as an unsigned number.
   ApplicationItem(const std::string& event, const Type& type, int exceptionCode);
 
-  /// A failed assertion, which the details describe.
+  /// An item for a failed assertion; `info` becomes the details.
   ApplicationItem(const std::string& event, const assert::AssertInfo& info);
 
   std::string getCategory() const override;

@@ -12,12 +12,13 @@ namespace qel::log::analytics::items {
 /// A record of an event. Subclasses define the event, and this class renders it.
 class QEL_ANALYTICS_EXPORT BaseEventItem : public BaseItem, public EventInterface {
  public:
-  /// The members "Category", "Subcategory", "Event", "InstallationId", "SessionId", "Timestamp" and
-  /// "Details", in this order. "Subcategory", "Event" and "Details" are left out when empty.
+  /// A JSON object with the members "Category", "Subcategory", "Event", "InstallationId",
+  /// "SessionId", "Timestamp" and "Details", in this order. "Subcategory", "Event" and "Details"
+  /// are omitted if they are empty.
   std::string toJson() const override;
 
  private:
-  /// The map that `getDetails` returns a copy of, null if there is none.
+  /// The map of which `getDetails` returns a copy, or null if there is no such map.
   virtual const std::map<std::string, std::string>* storedDetails() const { return nullptr; }
 };
 

@@ -12,18 +12,18 @@ namespace qel::log::analytics::items {
 /// An event with a map of details.
 class QEL_ANALYTICS_EXPORT BaseEventItemWithDetail : public BaseEventItem {
  public:
-  /// Starts with these details, or with none.
+  /// Creates an event with these details.
   explicit BaseEventItemWithDetail(std::map<std::string, std::string> details = {});
 
-  /// Inserts a detail. A key that exists keeps its value.
+  /// Adds a detail. If the key already exists, its value is kept.
   void addDetail(const std::string& key, const std::string& value);
 
   std::map<std::string, std::string> getDetails() const override;
 
  protected:
-  /// For a class that does not override `getDetails`. It passes its own type, and its objects are
-  /// rendered without a copy of the map. For a small map the copy takes longer than the rendering.
-  /// Objects of derived classes are rendered with the copy.
+  /// For a derived class that does not override `getDetails`. The class passes its own type, so
+  /// that its objects are rendered without copying the map. Copying a small map takes longer than
+  /// rendering it. Objects of classes that derive from that class are rendered from a copy.
   explicit BaseEventItemWithDetail(const std::type_info& type,
                                    std::map<std::string, std::string> details = {});
 

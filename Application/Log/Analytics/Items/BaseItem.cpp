@@ -13,8 +13,8 @@ struct Session {
   std::string text = id.toString(false);
 };
 
-// A worker may render items while the host sets the ids, and while the process exits. Values that
-// were returned are therefore never changed or destroyed.
+// A worker may render items while the host sets the IDs, and while the process exits. Therefore a
+// value that has been returned is never changed or destroyed.
 std::atomic<const std::string*>& installationId() {
   static const auto* const none = new std::string;
   static std::atomic<const std::string*> current{none};

@@ -16,20 +16,20 @@ namespace qel::log::analytics::items {
 
 /// A record of the analytics client with its time, its installation and its session.
 ///
-/// All items of the process share the two ids. One thread sets them once, before other threads
-/// render items.
+/// All items of the process share the installation ID and the session ID. Only one thread may set
+/// them, and it should do so before other threads render items.
 class QEL_ANALYTICS_EXPORT BaseItem : public ItemInterface, public json::ToJsonInterface {
  public:
   /// Sets the time stamp to the current time.
   BaseItem() { updateTimestamp(); }
 
-  /// Each keeps the first value that is not empty (not null) and ignores later calls.
+  /// Each function keeps the first non-empty (non-null) value and ignores later calls.
   /// @{
   static void setInstallationId(const std::string& id);
   static void setSessionId(const Guid& id);
   /// @}
 
-  /// An empty text and the null GUID until they are set.
+  /// Until they are set, the installation ID is empty and the session ID is the null GUID.
   /// @{
   const std::string& getInstallationId() const override;
   const Guid& getSessionId() const override;

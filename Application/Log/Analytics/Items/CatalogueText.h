@@ -8,8 +8,9 @@
 
 namespace qel::log::analytics::items {
 
-/// Returns the text of an enumerator from a table that is indexed by the values. A value without a
-/// name has the text `fallback`. An item is rendered without a member whose text is empty.
+/// Returns the text of an enumerator from a table that is indexed by the enumerators' values.
+/// Returns `fallback` for a value that has no text. A subcategory or an event whose text is empty
+/// is not rendered.
 template <std::size_t count, typename Enumeration>
 std::string textOf(const std::array<std::string_view, count>& texts, Enumeration value,
                    std::string_view fallback) {

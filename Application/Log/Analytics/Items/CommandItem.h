@@ -9,14 +9,15 @@
 
 namespace qel::log::analytics::items {
 
-/// A command of the host application began or ended. The event is the text of the command. Category
-/// "Command".
+/// A command of the host application started or ended. The event is the text of the command.
+/// Category "Command".
 class QEL_ANALYTICS_EXPORT CommandItem : public BaseEventItemWithDetail {
  public:
-  /// The subcategory is the enumerator's name, empty for any other value.
+  /// The subcategory is the enumerator's name, or empty for any other value.
   enum class State : std::uint32_t { Started, Accepted, Cancelled };
 
-  /// `details` come from the host. Details that are added later do not replace them.
+  /// `details` come from the host. A detail that is added later does not replace one with the same
+  /// key.
   CommandItem(std::string command, State state, std::map<std::string, std::string> details);
 
   std::string getCategory() const override;

@@ -8,11 +8,11 @@
 
 namespace qel::log::analytics::items {
 
-/// A crash report was created. The event is its text. Category "Application", subcategory "Crash
-/// Report", no details. The client never creates this item itself.
+/// A crash report was created. The event is the text of the report. Category "Application",
+/// subcategory "Crash Report", no details. The client never creates this item itself.
 class QEL_ANALYTICS_EXPORT CrashReportItem : public BaseEventItem {
  public:
-  /// An empty `text` leaves the event out.
+  /// If `text` is empty, the event is omitted.
   explicit CrashReportItem(std::string text);
 
   std::string getCategory() const override;

@@ -8,18 +8,18 @@
 
 namespace qel::log::analytics::items {
 
-/// The machine and the host applications installed on it.
+/// Describes the machine and the host applications installed on it.
 class QEL_ANALYTICS_EXPORT EnvironmentInterface {
  public:
   virtual ~EnvironmentInterface() = default;
 
-  /// The machine. The reference is valid as long as the object.
+  /// The machine. The references are valid as long as the object lives.
   /// @{
   virtual const details::OsEnvironmentInfo& getOsEnvironmentInfo() const = 0;
   virtual const details::HardwareEnvironmentInfo& getHardwareEnvironmentInfo() const = 0;
   /// @}
   /// The installed host applications, including the running one. The reference is valid as long as
-  /// the object.
+  /// the object lives.
   virtual const std::vector<details::QelEnvironmentInfo>& getQelEnvironmentInfo() const = 0;
 };
 

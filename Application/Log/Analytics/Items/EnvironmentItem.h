@@ -13,8 +13,9 @@ namespace qel::log::analytics::items {
 /// A description of the machine and the host applications installed on it.
 class QEL_ANALYTICS_EXPORT EnvironmentItem : public BaseItem, public EnvironmentInterface {
  public:
-  /// The first of `applications` that is current is the active one. Without one, the texts of the
-  /// active application are empty. `isInternal` marks machines of the program's vendor.
+  /// The first current entry of `applications` is the active application. If there is no current
+  /// entry, all values of the active application are empty. `isInternal` marks machines of the
+  /// program's vendor.
   EnvironmentItem(const details::OsEnvironmentInfo& os,
                   const details::HardwareEnvironmentInfo& hardware,
                   const std::vector<details::QelEnvironmentInfo>& applications, bool isInternal);
@@ -27,9 +28,9 @@ class QEL_ANALYTICS_EXPORT EnvironmentItem : public BaseItem, public Environment
     return applications_;
   }
 
-  /// The members "InstallationId", "SessionId", "Timestamp", "IsInternal",
-  /// "CurrentActiveApplication", "OS", "Hardware" and "InstalledApplications", in this order and
-  /// always all of them.
+  /// A JSON object with the members "InstallationId", "SessionId", "Timestamp", "IsInternal",
+  /// "CurrentActiveApplication", "OS", "Hardware" and "InstalledApplications", always all of them
+  /// in this order.
   std::string toJson() const override;
 
  private:

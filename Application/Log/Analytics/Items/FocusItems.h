@@ -9,15 +9,15 @@
 
 namespace qel::log::analytics::items {
 
-/// Whether the focus was gained or lost. The subcategory is the enumerator's name, empty for any
+/// Whether focus was gained or lost. The subcategory is the enumerator's name, or empty for any
 /// other value.
 enum class FocusKind : std::uint32_t { Focused, Unfocused };
 
-/// Something that is edited in its own window got or lost the focus. Subclasses define the
-/// category. The event is the name. There are no details.
+/// An object that is edited in its own window gained or lost focus. Subclasses define the category.
+/// The event is the name of the object. There are no details.
 class QEL_ANALYTICS_EXPORT FocusItem : public BaseEventItem {
  public:
-  /// `name` is the name of what got or lost the focus.
+  /// `name` is the name of the object.
   FocusItem(std::string name, FocusKind kind);
 
   std::string getSubCategory() const override;
@@ -29,7 +29,7 @@ class QEL_ANALYTICS_EXPORT FocusItem : public BaseEventItem {
   FocusKind kind_;
 };
 
-/// A BIM file got or lost the focus. Category "BimFile".
+/// A BIM file gained or lost focus. Category "BimFile".
 class QEL_ANALYTICS_EXPORT BimFileItem : public FocusItem {
  public:
   using FocusItem::FocusItem;
@@ -37,7 +37,7 @@ class QEL_ANALYTICS_EXPORT BimFileItem : public FocusItem {
   std::string getCategory() const override;
 };
 
-/// A BIM model got or lost the focus. Category "BimModel".
+/// A BIM model gained or lost focus. Category "BimModel".
 class QEL_ANALYTICS_EXPORT BimModelItem : public FocusItem {
  public:
   using FocusItem::FocusItem;
@@ -45,7 +45,7 @@ class QEL_ANALYTICS_EXPORT BimModelItem : public FocusItem {
   std::string getCategory() const override;
 };
 
-/// A presentation got or lost the focus. Category "Presentation".
+/// A presentation gained or lost focus. Category "Presentation".
 class QEL_ANALYTICS_EXPORT PresentationItem : public FocusItem {
  public:
   using FocusItem::FocusItem;

@@ -12,13 +12,13 @@ namespace qel::log::analytics::items {
 /// "Issue".
 class QEL_ANALYTICS_EXPORT IssueListStorageEvent : public BaseEventItemWithDetail {
  public:
-  /// The event is the enumerator's name, "Unknown" for any other value.
+  /// The event is the enumerator's name, or "Unknown" for any other value.
   enum class Change : std::uint32_t { Added, Removed, RemovedAll };
 
-  /// Starts without details.
+  /// Creates an event with no details.
   explicit IssueListStorageEvent(Change change);
 
-  /// For the copy of an item that reports a later change of the same issue.
+  /// Changes the event. Used for a copy of an item, to report a later change of the same issue.
   void setChange(Change change) { change_ = change; }
 
   std::string getCategory() const override;

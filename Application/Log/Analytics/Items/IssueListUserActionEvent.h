@@ -12,9 +12,11 @@ namespace qel::log::analytics::items {
 /// "IssueListAction".
 class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDetail {
  public:
-  /// The list. The subcategory is the enumerator's name, "Unknown" for any other value.
+  /// The list that was used. The subcategory is the enumerator's name, or "Unknown" for any other
+  /// value.
   enum class List : std::uint32_t { Issue, Collision };
-  /// The control that was used. The event is the enumerator's name, "Unknown" for any other value.
+  /// The control that was used. The event is the enumerator's name, or "Unknown" for any other
+  /// value.
   enum class Control : std::uint32_t {
     ContextMenu,
     UnreadIssuesNavigator,
@@ -23,7 +25,7 @@ class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDe
     NotificationDialog
   };
 
-  /// Starts without details.
+  /// Creates an event with no details.
   IssueListUserActionEvent(List list, Control control);
 
   std::string getCategory() const override;

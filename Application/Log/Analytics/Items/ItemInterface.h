@@ -13,7 +13,7 @@ class QEL_ANALYTICS_EXPORT ItemInterface {
  public:
   virtual ~ItemInterface() = default;
 
-  /// The installation and the run of the program.
+  /// The IDs of the installation and of the run of the program.
   /// @{
   virtual const std::string& getInstallationId() const = 0;
   virtual const Guid& getSessionId() const = 0;

@@ -7,8 +7,8 @@
 namespace qel::log::analytics::items {
 namespace {
 
-/// Reserves the memory at once, because the list can have a megabyte. The text after the list fits,
-/// too.
+/// Reserves the memory once, because the list can be a megabyte long. The reserved memory also has
+/// room for the text after the list.
 void appendMerged(std::string& out, const std::vector<const std::string*>& list) {
   constexpr std::size_t rest = 64;
   std::size_t size = out.size() + rest;

@@ -12,8 +12,8 @@ namespace qel::log::analytics::items {
 
 /// The JSON document for the upload of a batch of stored rows.
 ///
-/// The rows are complete JSON texts and are joined without parsing. The wrapper refers to the texts
-/// of the caller, which must outlive it.
+/// The rows are complete JSON texts and are joined without parsing. The wrapper refers to the
+/// strings of the caller, which must outlive the wrapper.
 class QEL_ANALYTICS_EXPORT ItemWrapper {
  public:
   /// Refers to the rows of one table. Null elements are skipped. Rows of an unknown table are
@@ -21,24 +21,24 @@ class QEL_ANALYTICS_EXPORT ItemWrapper {
   ItemWrapper(const std::vector<const std::string*>& rows, CipDatabaseClientInterface::Table table);
   ItemWrapper(std::vector<const std::string*>&& rows,
               CipDatabaseClientInterface::Table table) = delete;
-  /// Refers to the same rows.
+  /// The copy refers to the same rows.
   ItemWrapper(const ItemWrapper&) = default;
 
-  /// Does nothing: a wrapper keeps the rows of its construction.
+  /// Does nothing, because a wrapper always refers to the rows that its constructor received.
   // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned.
   ItemWrapper& operator=(const ItemWrapper&) { return *this; }
 
   /// Whether there are no rows. False for an unknown table.
   bool isNullOrEmpty() const;
 
-  /// Writes the texts that are not null, separated by commas.
+  /// Writes the strings of `list` that are not null to `out`, separated by commas.
   void mergeList(const std::vector<const std::string*>& list, std::ostringstream& out) const;
 
-  /// `{"version": "3.1", "environments": [...], "events": [...]}`, with the list that is set and
-  /// not empty.
+  /// Returns `{"version": "3.1", "environments": [...], "events": [...]}`, with only the list that
+  /// is set and not empty.
   std::string toJson() const;
-  /// Replaces the content of `text` by the same document. Reuses its memory if that is large
-  /// enough.
+  /// Writes the document that `toJson` returns to `text`, replacing its content and reusing its
+  /// capacity.
   void writeTo(std::string& text) const;
 
  private:

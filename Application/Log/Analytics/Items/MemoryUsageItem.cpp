@@ -12,8 +12,8 @@ namespace {
 constexpr std::array<std::string_view, 2> scopeTexts{"Total", "Application"};
 constexpr std::array<std::string_view, 2> phaseTexts{"Runtime", "Crashed"};
 
-/// The part before the decimal point of the time with six decimals: 45000.25 gives "45000", and
-/// 45000.9999999 is rounded to "45001".
+/// The whole seconds of the time after rounding to six decimals: 45000.25 gives "45000", and
+/// 45000.9999999 gives "45001".
 std::string keyOf(const datetime::DateTime& time) {
   std::string text = utilities::textWithSixDecimals(time.secondsSinceEpoch());
   text.erase(std::min(text.find('.'), text.size()));

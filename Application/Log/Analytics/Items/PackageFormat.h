@@ -2,11 +2,12 @@
 
 #include <cstddef>
 
-/// Limits and texts of the packages that a client uploads, as `docs/data-format.md` describes them.
-/// Programs that receive packages include this header, too.
+/// Limits and strings of the packages that a client uploads, as `docs/data-format.md` describes
+/// them. Programs that receive packages also include this header.
 namespace qel::log::analytics::format {
 
-/// In bytes of row text. The row that reaches this limit is the last one of its package.
+/// The size limit in bytes of row text. The row that reaches this limit is the last row of its
+/// package.
 inline constexpr std::size_t packageSizeLimit = 1'000'000;
 
 /// The version in every package.

@@ -8,11 +8,11 @@
 
 namespace qel::log::analytics::items {
 
-/// A project was opened, closed, or restored after an unclean end. The event is its name. Category
-/// "Project".
+/// A project was opened, closed, or restored after the program had ended uncleanly. The event is
+/// the name of the project. Category "Project".
 class QEL_ANALYTICS_EXPORT ProjectItem : public BaseEventItemWithDetail {
  public:
-  /// The subcategory is the enumerator's name, empty for any other value.
+  /// The subcategory is the enumerator's name, or empty for any other value.
   enum class Event : std::uint32_t { Opened, Closed, Restored };
 
   /// `project` is the project's name.

@@ -10,7 +10,7 @@ namespace qel::log::analytics::items {
 /// A save prompt was answered, or a file was saved automatically. Category "Save".
 class QEL_ANALYTICS_EXPORT SaveItem : public BaseEventItemWithDetail {
  public:
-  /// `kind` is what was saved and becomes the subcategory.
+  /// `kind` names what was saved. It becomes the subcategory.
   SaveItem(std::string kind, std::string event);
 
   std::string getCategory() const override;

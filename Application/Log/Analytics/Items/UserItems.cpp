@@ -21,7 +21,7 @@ std::string UserLocationItem::getSubCategory() const { return "Location"; }
 std::string UserLocationItem::getEvent() const { return {}; }
 
 std::map<std::string, std::string> UserLocationItem::getDetails() const {
-  // The server replaces this GUID by the location.
+  // The server replaces this GUID with the location.
   return {{"set-on-backend", "3F0A9C12-7B4E-4D21-9E6A-5C8B2D7F1A04"}};
 }
 

@@ -16,8 +16,8 @@ class QEL_ANALYTICS_EXPORT UserInfoItem : public BaseEventItem {
   std::string getSubCategory() const override;
   std::string getEvent() const override;
 
-  /// The detail "Username". Each call asks the platform, and throws `qel::exception` when the
-  /// platform knows no name.
+  /// The detail "Username". Each call asks the platform for the name. Throws `qel::exception` if
+  /// the platform knows no name.
   std::map<std::string, std::string> getDetails() const override;
 };
 

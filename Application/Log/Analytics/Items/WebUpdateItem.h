@@ -13,7 +13,7 @@ namespace qel::log::analytics::items {
 /// "Reports", no event.
 class QEL_ANALYTICS_EXPORT WebUpdateItem : public BaseEventItem {
  public:
-  /// The details are "success" and "corrupt package", also when they are 0.
+  /// The details are "success" and "corrupt package", even if they are 0.
   WebUpdateItem(std::uint64_t success, std::uint64_t corrupt);
 
   std::string getCategory() const override;

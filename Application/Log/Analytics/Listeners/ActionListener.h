@@ -11,8 +11,8 @@ namespace qel::log::analytics::listeners {
 
 /// Records user actions in the BCF, help, project manager and graphic views.
 ///
-/// An exception while an item is created or inserted reaches the broadcaster. This holds for every
-/// listener, except for the creation of the item of an added issue.
+/// An exception that occurs while an item is created or inserted propagates to the broadcaster.
+/// This applies to every listener of the client, except when the item of an added issue is created.
 class QEL_ANALYTICS_EXPORT ActionListener : public qel::broadcaster::ActionListenerInterface {
  public:
   /// The databases must outlive the listener.

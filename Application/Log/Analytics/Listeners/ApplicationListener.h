@@ -16,7 +16,7 @@ class WebUpdateReporterInterface;
 namespace qel::log::analytics::listeners {
 
 /// Records the start, the stop, crashes and failed assertions of the application. A start also
-/// records the results of web updates. A crash also records the memory usage before it.
+/// records the results of web updates. A crash also records the memory usage before the crash.
 class QEL_ANALYTICS_EXPORT ApplicationListener
     : public qel::broadcaster::ApplicationListenerInterface {
  public:
@@ -25,10 +25,10 @@ class QEL_ANALYTICS_EXPORT ApplicationListener
                       std::shared_ptr<reports::MemoryUsageReporterInterface> memoryUsageReporter,
                       reports::WebUpdateReporterInterface& webUpdateReporter);
 
-  /// Records the start, then a request to the server for the user's location, then the results of
-  /// web updates if there are any. These results are then discarded.
+  /// Records the start, a request to the server for the user's location, and the results of web
+  /// updates if there are any, in this order. Then discards the results of web updates.
   void onApplicationStarted(const qel::broadcaster::event::ApplicationStartEvent& event) override;
-  /// Records the stop with the exception code 0, like a start.
+  /// Records the stop with the exception code 0, as for a start.
   void onApplicationStopped(const qel::broadcaster::event::ApplicationStopEvent& event) override;
   /// Records the crash with its code, then the memory usage of the process and of the system.
   void onApplicationCrashed(const qel::broadcaster::event::ApplicationCrashEvent& event) override;

@@ -16,7 +16,7 @@ using items::CommandItem;
 using qel::broadcaster::CommandLocation;
 using namespace qel::broadcaster::event;
 
-// In lower case, unlike all other texts.
+// These names are in lower case, unlike those of all other enumerations.
 constexpr std::array<std::string_view, 11> locationTexts{
     "code",          "grip",  "command line", "accel table", "menu",        "context toolbar",
     "fixed toolbar", "popup", "object popup", "status bar",  "view toolbar"};

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The listeners, declared for code that only holds them.
+/// Forward declarations of the listeners, for code that only stores pointers to them.
 namespace qel::log::analytics::listeners {
 
 class ActionListener;

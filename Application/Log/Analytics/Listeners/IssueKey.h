@@ -10,9 +10,9 @@
 namespace qel::log::analytics::listeners::details {
 
 /// Identifies an issue. Keys are compared member by member in the order of declaration. A missing
-/// message comes first. The category of a message is not compared.
+/// message sorts first. The category of a message is not compared.
 struct IssueKey {
-  /// Copies the compared values of the issue.
+  /// Copies the values of the issue that are compared.
   explicit IssueKey(const issue::IssueInstance& issue)
       : objectAttributes(issue.objectAttributes), description(issue.description), id(issue.id) {
     if (issue.message) {
@@ -23,11 +23,11 @@ struct IssueKey {
 
   friend auto operator<=>(const IssueKey&, const IssueKey&) = default;
 
-  /// The compared values of a message.
+  /// The values of a message that are compared.
   struct Message {
     friend auto operator<=>(const Message&, const Message&) = default;
 
-    /// Compared in this order.
+    /// The members are compared in this order.
     /// @{
     Guid id;
     std::string action;
@@ -36,7 +36,7 @@ struct IssueKey {
     /// @}
   };
 
-  /// Compared in this order.
+  /// The members are compared in this order.
   /// @{
   std::optional<Message> message;
   std::vector<issue::ObjectAttributes> objectAttributes;

@@ -10,9 +10,9 @@ namespace qel::log::analytics {
 
 /// Provides the texts that the host shows its users for issues.
 ///
-/// The host implements it. It is called on the thread that announces stored issues. If it throws an
-/// exception derived from `std::exception`, the issue is not recorded, and the exception is not
-/// passed on.
+/// The host implements this interface. Its operations are called on the thread that announces
+/// stored issues. If one throws an exception derived from `std::exception`, the issue is not
+/// recorded, and the exception is not passed on.
 class QEL_ANALYTICS_EXPORT IssueListInformationInterface {
  public:
   virtual ~IssueListInformationInterface() = default;
@@ -24,9 +24,9 @@ class QEL_ANALYTICS_EXPORT IssueListInformationInterface {
   virtual std::string getMessageSystemTypeText(const issue::IssueMessage& message) const = 0;
   virtual std::string getMessageObjectDescriptionText(const issue::IssueMessage& message) const = 0;
   /// @}
-  /// Called for each record of an added issue. Only the texts of the first record are used. The
-  /// attributes are 0 (message type), 1 (profession), 2 (description), 4 (model), 6 (medium), 7
-  /// (system) and 8 (time stamp).
+  /// Called for each attribute record of an added issue. Only the texts of the first record are
+  /// used. The values of `attribute` are 0 (message type), 1 (profession), 2 (description), 4
+  /// (model), 6 (medium), 7 (system) and 8 (time stamp).
   virtual std::string getObjectAttributeText(std::uint32_t attribute,
                                              const issue::ObjectAttributes& record) const = 0;
 };

@@ -26,7 +26,8 @@ struct AttributeKey {
   const char* key;
 };
 
-// The server expects the spelling of the first key. Attributes 3 and 5 are not recorded.
+// The first key is misspelled deliberately: the server expects it that way. Attributes 3 and 5 are
+// not recorded.
 constexpr std::array<AttributeKey, 7> attributeKeys{{{1, "ObjectAttributeProffesion"},
                                                      {2, "ObjectAttributeDescription"},
                                                      {0, "ObjectAttributeMessageType"},
@@ -123,7 +124,7 @@ void IssueListStorageListener::addMessageDetails(const IssueInstance& issue,
   item.addDetail("MessageCategory", textOf(messageCategoryTexts, message.category, "Unknown"));
 }
 
-/// If there are several records, the texts of the first one are kept.
+/// If there are several records, the texts of the first record are kept.
 void IssueListStorageListener::addObjectAttributes(const IssueInstance& issue,
                                                    IssueListStorageEvent& item) const {
   for (const auto& record : issue.objectAttributes) {

@@ -18,12 +18,12 @@ namespace qel::log::analytics::listeners {
 
 /// Records the issues that are added to the issue list of the host and removed from it.
 ///
-/// **Cache.** The listener keeps the item of each added issue. It records an addition only once,
-/// and the removal with the same details. Removing all issues clears nothing: a later removal of
-/// one of them is still recorded, and a later addition is not. Without an information object no
-/// additions are recorded.
+/// **Cache.** The listener keeps the item of each added issue. It records each addition only once,
+/// and records the removal with the details of the addition. `issuesRemoveAll` does not clear the
+/// cache. A later removal of a cached issue is still recorded, and a repeated addition is not. If
+/// there is no information object, no additions are recorded.
 ///
-/// **Threads.** Takes no lock: the host notifies from one thread at a time.
+/// **Threads.** Not thread-safe. The host must notify on one thread at a time.
 class QEL_ANALYTICS_EXPORT IssueListStorageListener
     : public qel::log::issue::StorageListenerInterface {
  public:
@@ -32,10 +32,11 @@ class QEL_ANALYTICS_EXPORT IssueListStorageListener
                            std::unique_ptr<IssueListInformationInterface> information);
 
   /// Records the issue unless it is null, `flag` is set, or it is already recorded. Reports an
-  /// assertion if there is no information object or if that throws.
+  /// assertion failure if there is no information object or if the information object throws.
   void issueAdded(const std::shared_ptr<issue::IssueInstance>& issue, bool flag) override;
-  /// Records the removal of the recorded issues with the current time, and forgets them. Reports an
-  /// assertion for each other issue. Null issues are skipped.
+  /// Records the removal of each recorded issue with the current time, and removes the issue from
+  /// the cache. Reports an assertion failure for each issue that was not recorded. Null issues are
+  /// skipped.
   void issuesRemoved(const std::vector<std::shared_ptr<issue::IssueInstance>>& issues) override;
   /// Records that the list was emptied, without details.
   void issuesRemoveAll() override;

@@ -9,8 +9,8 @@ class CipDatabases;
 
 namespace qel::log::analytics::listeners {
 
-/// Records projects that are opened, closed and restored, and the focus of BIM files, BIM models
-/// and presentations.
+/// Records when projects are opened, closed and restored, and when BIM files, BIM models and
+/// presentations gain or lose focus.
 class QEL_ANALYTICS_EXPORT ProjectListener : public qel::broadcaster::ProjectListenerInterface {
  public:
   /// The databases must outlive the listener.
@@ -22,7 +22,7 @@ class QEL_ANALYTICS_EXPORT ProjectListener : public qel::broadcaster::ProjectLis
   void onProjectClosed(const qel::broadcaster::event::ProjectCloseEvent& event) override;
   /// Records "LastSave" and "ProjectFile" unchanged, and "UserAction" as "Yes", "No" or "Unknown".
   void onProjectRestored(const qel::broadcaster::event::ProjectRestoreDialogEvent& event) override;
-  /// Each records only the name of what got or lost the focus.
+  /// Each records only the name of the object that gained or lost focus.
   /// @{
   void onBimFileFocused(const qel::broadcaster::event::BimFileFocusEvent& event) override;
   void onBimFileUnfocused(const qel::broadcaster::event::BimFileUnfocusEvent& event) override;

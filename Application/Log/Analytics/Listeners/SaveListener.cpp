@@ -20,7 +20,7 @@ constexpr std::array<std::string_view, 2> kindTexts{"SaveFile", "SaveProject"};
 constexpr std::array<std::string_view, 7> answerTexts{"Ok", "Cancel",   "Retry",   "Yes",
                                                       "No", "TryAgain", "Continue"};
 
-/// An unknown kind has an empty text, unlike an unknown answer.
+/// The text of an unknown kind is empty, whereas the text of an unknown answer is "Unknown".
 std::unique_ptr<SaveItem> itemOf(SaveKind kind, const std::string& event) {
   return std::make_unique<SaveItem>(items::textOf(kindTexts, kind, ""), event);
 }

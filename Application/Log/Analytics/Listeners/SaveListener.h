@@ -10,16 +10,16 @@ class CipDatabases;
 namespace qel::log::analytics::listeners {
 
 /// Records answers to save prompts, and automatic saves. The subcategory is "SaveFile" or
-/// "SaveProject", empty for any other kind.
+/// "SaveProject", or empty for any other kind.
 class QEL_ANALYTICS_EXPORT SaveListener : public qel::broadcaster::SaveListenerInterface {
  public:
   /// The databases must outlive the listener.
   explicit SaveListener(CipDatabases& databases) : databases_(databases) {}
 
-  /// Event "UserAction". Records the answer as "UserAction" ("Unknown" if it has no name) and the
-  /// prompt as "Message", even if it is empty.
+  /// The event is "UserAction". Records the answer as "UserAction" ("Unknown" if the answer has no
+  /// name). Records the prompt as "Message", even if the prompt is empty.
   void onSavePromptAnswered(const qel::broadcaster::event::SaveDialogEvent& event) override;
-  /// Event "AutoSave". Records "ProjectFilePath", and "Succeeded" as "True" or "False".
+  /// The event is "AutoSave". Records "ProjectFilePath", and "Succeeded" as "True" or "False".
   void onAutoSave(const qel::broadcaster::event::AutoSaveEvent& event) override;
 
  private:

@@ -10,21 +10,21 @@
 
 namespace qel::log::analytics::reports::details {
 
-/// Memory readings in KB by time.
+/// Memory readings in KB, keyed by time.
 using MemorySamples = std::map<qel::datetime::DateTime, unsigned long long>;
 
 /// The readings since the last report. A crashing thread can read them without waiting.
 ///
-/// One thread at a time writes, under the observer's mutex. Any thread may read at any time without
-/// a lock. A reader sees only complete readings: a slot is written before the count that covers it
-/// is released. The slot is written again only after two calls of `clear`. The observer makes these
-/// a reporting interval apart, except at its start and stop.
+/// Writers must lock the observer's mutex. Any thread may read at any time without a lock. A reader
+/// sees only complete readings, because a slot is written before the count that includes it is
+/// stored with release order. A slot is overwritten only after two calls of `clear`. The observer
+/// calls `clear` once per reporting interval, and also when it starts and stops.
 class CrashReadableSamples {
  public:
   /// A reporting interval has about 31 readings. Readings beyond the capacity are dropped.
   static constexpr std::size_t capacity = 128;
 
-  /// Drops the reading when there is no room.
+  /// Adds a reading, or drops it if the capacity is reached.
   void add(qel::datetime::DateTime time, std::uint64_t kilobytes) {
     Series& series = series_[current_.load(std::memory_order_relaxed)];
     const auto count = series.count.load(std::memory_order_relaxed);
@@ -36,15 +36,15 @@ class CrashReadableSamples {
     series.count.store(count + 1, std::memory_order_release);
   }
 
-  /// A reader that is already running still sees the earlier readings.
+  /// Discards all readings. A reader that is already running still sees them.
   void clear() {
     const auto other = 1 - current_.load(std::memory_order_relaxed);
     series_[other].count.store(0, std::memory_order_relaxed);
     current_.store(other, std::memory_order_release);
   }
 
-  /// A copy of the readings since `clear`, the first one of those with equal times. Allocates
-  /// memory.
+  /// A copy of the readings since the last `clear`. Of readings with equal times, only the first is
+  /// copied. Allocates memory.
   MemorySamples read() const {
     const Series& series = series_[current_.load(std::memory_order_acquire)];
     const auto count = series.count.load(std::memory_order_acquire);

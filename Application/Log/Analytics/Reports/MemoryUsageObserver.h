@@ -19,13 +19,14 @@ namespace qel::log::analytics::reports {
 
 /// The intervals and the sources of memory readings.
 struct MemoryUsageOptions {
-  /// From the end of one run to the start of the next.
+  /// The time from the end of one run to the start of the next.
   /// @{
   std::chrono::duration<double> samplingInterval = std::chrono::seconds(10);
   std::chrono::duration<double> reportingInterval = std::chrono::minutes(5);
   /// @}
-  /// Used physical memory. Called on the sampling worker. Sampling ends when a function throws in
-  /// the first run, or in a later run and in its immediate retry.
+  /// Return the used physical memory. Called on the sampling worker. Sampling ends if a function
+  /// throws in the first run. It also ends if a function throws in a later run and again in the
+  /// immediate retry.
   /// @{
   std::function<std::uint64_t()> usedBySystemInKB =
       &platform::windows::SystemInformation::getUsedPhysicalMemoryOfSystemInKB;
@@ -34,19 +35,19 @@ struct MemoryUsageOptions {
   /// @}
 };
 
-/// Samples the physical memory that the process and the whole system use. Every reporting interval,
-/// and once more at destruction, it reports the smallest and the largest sample of each. Ends by
-/// itself once the databases have failed.
+/// Samples the physical memory that the process and the whole system use. Once per reporting
+/// interval, and once more during destruction, the observer reports the smallest and the largest
+/// sample of the process and of the system. It stops by itself once the databases have failed.
 ///
-/// Each interval has its own worker. `start` and destruction belong to the host's thread. Any
-/// thread may report a crash.
+/// Each interval has its own worker. `start` and the destructor must be called on the host's
+/// thread. The operations that report a crash are thread-safe.
 class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInterface {
  public:
   /// The databases must outlive the observer. Does not start the workers.
   explicit MemoryUsageObserver(CipDatabases& databases, MemoryUsageOptions options = {});
 
   /// Discards earlier samples and starts the workers. The first sample is taken at once, on the
-  /// worker.
+  /// sampling worker.
   void start();
 
   void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override;
@@ -67,13 +68,14 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
   utilities::Mutex mutex_;
   details::MemorySamples systemSamples_ QEL_GUARDED_BY(mutex_);
   details::MemorySamples processSamples_ QEL_GUARDED_BY(mutex_);
-  /// The same samples, written with the mutex held and read without it.
+  /// Copies of the samples for a crash report, written with `mutex_` locked and read without it.
   /// @{
   details::CrashReadableSamples systemForCrash_;
   details::CrashReadableSamples processForCrash_;
   /// @}
   qel::util::ThreadedLoop samplingLoop_;
-  qel::util::ThreadedLoop reportingLoop_;  ///< destroyed first: its last report reads the samples
+  /// Destroyed first, because its last report reads the samples.
+  qel::util::ThreadedLoop reportingLoop_;
 };
 
 }  // namespace qel::log::analytics::reports

@@ -7,7 +7,7 @@
 namespace qel::log::analytics::serverconnection {
 namespace {
 
-/// A negative status becomes a large number and is refused.
+/// A negative status is converted to a large number and therefore counts as rejected.
 bool accepts(int statusCode) { return static_cast<unsigned int>(statusCode) < 400; }
 
 }  // namespace

@@ -5,11 +5,11 @@
 
 namespace qel::log::analytics::serverconnection {
 
-/// Posts packages to the analytics server over HTTPS. A status below 400 means that the package is
-/// accepted.
+/// Posts packages to the analytics server over HTTPS. A status below 400 means that the server has
+/// accepted the package.
 class QEL_ANALYTICS_EXPORT DbToServerConnection : public DbToServerConnectionInterface {
  public:
-  /// Uses the server that the build defines. There is no user yet.
+  /// Uses the server that the build defines. `initalize` sets the user and the secret later.
   DbToServerConnection();
 
   void initalize(const parameters::ActivateParameter& parameter) override;

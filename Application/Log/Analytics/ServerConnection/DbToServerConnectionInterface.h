@@ -12,11 +12,12 @@ namespace qel::log::analytics::serverconnection {
 /// Sends packages to the analytics server.
 class QEL_ANALYTICS_EXPORT DbToServerConnectionInterface {
  public:
-  /// Copies the user and the secret. Must be called before the first `send`, and never at the same
-  /// time as one.
+  /// Copies the user and the secret. Must be called before the first `send`, and never concurrently
+  /// with `send`.
   virtual void initalize(const parameters::ActivateParameter& parameter) = 0;
-  /// Returns whether the server accepted the package. A package without rows is not sent and not
-  /// accepted. Throws what the exchange throws when it does not end validly. One thread at a time.
+  /// Returns true if the server accepted the package. A package with no rows is not sent, and the
+  /// result is false. Passes on exceptions from the HTTPS exchange. Must not be called
+  /// concurrently.
   virtual bool send(items::ItemWrapper& package) = 0;
   virtual ~DbToServerConnectionInterface() = default;
 };

@@ -4,11 +4,11 @@
 
 namespace qel::log::analytics::systemenvironment {
 
-/// The name of the current user, read at construction. All other facts are empty and only complete
-/// the interface. The object never changes, so any thread may read it.
+/// Provides the name of the current user, which the constructor reads. All other facts are empty
+/// and exist only to complete the interface. The object never changes, so it is thread-safe.
 class QEL_ANALYTICS_EXPORT SystemEnvironment : public SystemEnvironmentInterface {
  public:
-  /// Throws `qel::exception` when the name of the user is unknown.
+  /// Throws `qel::exception` if the name of the user is unknown.
   SystemEnvironment();
 
   const std::vector<std::string>& getIpAddresses() const override { return ipAddresses_; }

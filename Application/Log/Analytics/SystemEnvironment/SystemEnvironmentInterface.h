@@ -12,7 +12,7 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
  public:
   /// The operating system.
   struct OS {
-    /// As the system reports them.
+    /// Values as the system reports them.
     /// @{
     std::string name;
     std::string bitness;
@@ -22,9 +22,9 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
     int screenDpi = 0;  ///< dots per inch, 0 if not gathered
   };
 
-  /// One graphic card.
+  /// One graphics card.
   struct GraphicCard {
-    /// As the system reports them. The memory has a unit.
+    /// Values as the system reports them. The value of `memory` includes a unit.
     /// @{
     std::string name;
     std::string vendor;
@@ -37,17 +37,17 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
 
   /// The machine itself.
   struct Hardware {
-    /// As the system reports them. The memory has a unit.
+    /// Values as the system reports them. The value of `memory` includes a unit.
     /// @{
     std::string cpu;
     std::string memory;
     /// @}
-    std::vector<GraphicCard> graphicCards;  ///< one for each card
+    std::vector<GraphicCard> graphicCards;  ///< one entry for each card
   };
 
   /// One installed application.
   struct Application {
-    /// As the application reports them.
+    /// Values as the application reports them.
     /// @{
     std::string name;
     std::string version;
@@ -63,11 +63,11 @@ class QEL_ANALYTICS_EXPORT SystemEnvironmentInterface {
 
   virtual ~SystemEnvironmentInterface() = default;
 
-  /// The facts were gathered once. References are valid as long as the object.
+  /// The facts are gathered once. The references are valid as long as the object lives.
   /// @{
   virtual const std::vector<std::string>& getIpAddresses() const = 0;
   virtual const std::string& getScreenResolution() const = 0;
-  /// Login name (UTF-8).
+  /// The login name (UTF-8).
   virtual const std::string& getCurrentUser() const = 0;
   virtual const OS& getOS() const = 0;
   virtual const Hardware& getHardware() const = 0;

@@ -9,27 +9,27 @@
 
 namespace qel::log::analytics::items::details {
 
-/// One installed host application. The host chooses the texts, and any of them may be empty.
+/// One installed host application. The host chooses the strings, and any of them may be empty.
 struct QEL_ANALYTICS_EXPORT ApplicationInfo {
   /// Name and version of the application.
   /// @{
   std::string name;
   std::string version;
   /// @}
-  /// Version, date and build configuration (such as "Release") of the program file.
+  /// Version, date and build configuration (such as "Release") of the executable file.
   /// @{
   std::string exeVersion;
   std::string exeDate;
   std::string exeConfig;
   /// @}
-  /// In the host's notation, such as "de_DE" and "64".
+  /// The language and the bitness in the host's notation, such as "de_DE" and "64".
   /// @{
   std::string language;
   std::string bitness;
   /// @}
 
-  /// The members "Name", "Version", "ExeVersion", "ExeDate", "ExeConfig", "Language" and "Bitness",
-  /// in this order and always all of them.
+  /// A JSON object with the members "Name", "Version", "ExeVersion", "ExeDate", "ExeConfig",
+  /// "Language" and "Bitness", always all of them in this order.
   json::JsonObject asJsonObject() const;
 };
 
@@ -37,13 +37,13 @@ struct QEL_ANALYTICS_EXPORT ApplicationInfo {
 class QEL_ANALYTICS_EXPORT QelEnvironmentInfo {
  public:
   /// `isCurrent` marks the application that hosts this client. The host chooses the other values.
-  /// Texts, lists and maps may be empty.
+  /// Strings, lists and maps may be empty.
   QelEnvironmentInfo(ApplicationInfo application, bool isCurrent, std::string webUpdate,
                      std::vector<std::string> userFiles,
                      std::map<std::string, std::string> iniFiles,
                      std::map<std::string, std::string> startSettings);
 
-  /// Name, version and program file.
+  /// Name, version and executable file.
   const ApplicationInfo& application() const { return application_; }
   /// Whether the application hosts this client. Not rendered.
   bool isCurrent() const { return isCurrent_; }
@@ -51,14 +51,14 @@ class QEL_ANALYTICS_EXPORT QelEnvironmentInfo {
   const std::string& getWebupdate() const { return webUpdate_; }
   /// The user's files of the application.
   const std::vector<std::string>& getUserFiles() const { return userFiles_; }
-  /// Facts about configuration files and start settings, by names that the host chooses.
+  /// Facts about configuration files and start settings, keyed by names that the host chooses.
   /// @{
   const std::map<std::string, std::string>& getIniFiles() const { return iniFiles_; }
   const std::map<std::string, std::string>& getStartSettings() const { return startSettings_; }
   /// @}
 
-  /// The members of the application, then "WebUpdate", "UserFiles", "IniFiles" and "StartSettings",
-  /// in this order and always all of them.
+  /// A JSON object with the members of the application, then "WebUpdate", "UserFiles", "IniFiles"
+  /// and "StartSettings", always all of them in this order.
   json::JsonObject asJsonObject() const;
 
  private:

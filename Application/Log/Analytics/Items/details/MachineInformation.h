@@ -8,10 +8,10 @@
 
 namespace qel::log::analytics::items::details {
 
-/// The operating system and the screen. The host chooses the texts, and any of them may be empty.
+/// The operating system and the screen. The host chooses the strings, and any of them may be empty.
 class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
  public:
-  /// Takes all values.
+  /// Sets all values.
   OsEnvironmentInfo(std::string name, std::string bitness, std::string language,
                     std::string buildNumber, bool isTerminalServer, std::string screenResolution,
                     int screenDpi, std::string graphicCardDriver);
@@ -25,16 +25,16 @@ class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
   /// @}
   /// Whether the system is a terminal server.
   bool isTerminalServer() const { return isTerminalServer_; }
-  /// For example "1920x1080".
+  /// The resolution in pixels, for example "1920x1080".
   const std::string& getScreenResolution() const { return screenResolution_; }
-  /// In dots per inch.
+  /// The screen density in dots per inch.
   int getScreenDpi() const { return screenDpi_; }
-  /// Name or version of the driver.
+  /// Name or version of the graphics driver.
   const std::string& getGraphicCardDriver() const { return graphicCardDriver_; }
 
-  /// The members "Name", "Bitness", "Language", "BuildNumber", "IsTerminalServer",
-  /// "ScreenResolution", "ScreenDPI" (a number) and "GraphicCardDriver", in this order and
-  /// always all of them.
+  /// A JSON object with the members "Name", "Bitness", "Language", "BuildNumber",
+  /// "IsTerminalServer", "ScreenResolution", "ScreenDPI" (a number) and "GraphicCardDriver", always
+  /// all of them in this order.
   json::JsonObject asJsonObject() const;
 
  private:
@@ -48,25 +48,26 @@ class QEL_ANALYTICS_EXPORT OsEnvironmentInfo {
   std::string graphicCardDriver_;
 };
 
-/// The machine's hardware. The host chooses the texts, and any of them may be empty.
+/// The machine's hardware. The host chooses the strings, and any of them may be empty.
 class QEL_ANALYTICS_EXPORT HardwareEnvironmentInfo {
  public:
-  /// `memory` maps names to figures with their units.
+  /// `memory` maps names to sizes with their units.
   /// @{
   HardwareEnvironmentInfo() = default;
   HardwareEnvironmentInfo(std::string cpu, std::string graphicCard,
                           std::map<std::string, std::string> memory);
   /// @}
 
-  /// The model.
+  /// The model of the processor or of the graphics card.
   /// @{
   const std::string& getCpu() const { return cpu_; }
   const std::string& getGraphicCard() const { return graphicCard_; }
   /// @}
-  /// Figures with their units, by name.
+  /// Sizes with their units, keyed by name.
   const std::map<std::string, std::string>& getMemory() const { return memory_; }
 
-  /// The members "GraphicCard", "CPU" and "Memory", in this order and always all of them.
+  /// A JSON object with the members "GraphicCard", "CPU" and "Memory", always all of them in this
+  /// order.
   json::JsonObject asJsonObject() const;
 
  private:
