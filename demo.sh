@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Demonstrates the client with a real server: installs missing packages, builds, starts a collector as the analytics
 # server, plays a working day of a CAD program with the sample host, and shows the received items.
-# Keeps only build/release.
+# Leaves nothing behind except build/release.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-speed=200 # times real time
+speed=200 # how many times faster than real time
 
 bold=''
 plain=''
@@ -23,12 +23,12 @@ announce() {
 umask 077
 work=$(mktemp --directory)
 
-# Stops the jobs that still run, whatever ends this script.
+# Stops the jobs that are still running, however this script ends.
 clean_up() {
   local status=$?
   trap '' INT TERM
   local job
-  for job in $(jobs -p | sort -rn); do # the last started job first
+  for job in $(jobs -p | sort -rn); do # starts with the newest job
     kill -TERM -- "-$job" 2>/dev/null || true
     wait "$job" 2>/dev/null || true
   done
@@ -47,8 +47,8 @@ trap clean_up EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# Runs a command as a job with its own process group. So all its processes can be stopped, and an interruption does not
-# wait for them.
+# Runs a command as a job with its own process group. So all its processes can be stopped, and an interrupted script
+# does not wait for them.
 run() {
   set -m
   "$@" &

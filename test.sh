@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs missing packages, builds everything and runs the tests. Passes its arguments to ctest, such as "-R Session".
+# Installs missing packages, builds everything and runs the tests. Passes its arguments, such as "-R Session", to ctest.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 

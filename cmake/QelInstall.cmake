@@ -1,5 +1,5 @@
-# Installation, and the files by which other projects find the installed libraries. Components: `library` (needed to run
-# programs), `development` (needed to build them) and `tools`.
+# Installs the libraries, headers and programs, and the files with which other projects find the libraries. Components:
+# `library` (needed to run programs), `development` (needed to build them) and `tools`.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -17,7 +17,7 @@ else()
   set(static OFF)
 endif()
 
-# In linking order: each library before the libraries that it uses.
+# In linking order: each library comes before the libraries that it uses.
 set(hostLibraries
     QelBroadcaster
     QelIssueUi
@@ -40,7 +40,7 @@ foreach(program qel-collector qel-sample-host qel-support)
 endforeach()
 
 if(UNIX AND NOT APPLE)
-  # The installed tree can be moved.
+  # Relative paths, so that the installed tree can be moved.
   file(RELATIVE_PATH fromPrograms "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(QelAnalytics ${hostLibraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
   if(programs)
@@ -101,7 +101,7 @@ endforeach()
 
 if(programs)
   install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  # A program's folder may hold its manual page and its completion for bash.
+  # A program's folder may contain its manual page and its completion for bash.
   file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
   file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
   install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)

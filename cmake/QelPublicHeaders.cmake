@@ -1,5 +1,6 @@
-# QEL_PUBLIC_HEADERS: the headers that are installed and compile alone, as paths from the repository's root. All headers
-# of the library, Core and the host framework are public, except the following. No public header includes them.
+# QEL_PUBLIC_HEADERS: the headers that are installed and must compile on their own, as paths from the repository's root.
+# All headers of the library, Core and the host framework are public, except the following headers. No public header may
+# include these.
 set(privateHeaders
     Application/Log/Analytics/Client/PackageBatch.h
     Application/Log/Analytics/Client/SendingPass.h

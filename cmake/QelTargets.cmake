@@ -11,11 +11,11 @@ find_package(Threads REQUIRED)
 add_library(QelBuildSettings INTERFACE)
 target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-  # Members are used with the lock that guards them: host/QelUtilities/Mutex.h
+  # Checks the annotations in host/QelUtilities/Mutex.h: members are used only while their lock is held.
   target_compile_options(QelBuildSettings INTERFACE -Wthread-safety)
 endif()
 if(PROJECT_IS_TOP_LEVEL)
-  # A new warning of a newer compiler must not break the build of an embedding project.
+  # Not in an embedding project, whose build must not break because a newer compiler has new warnings.
   target_compile_options(QelBuildSettings INTERFACE -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
@@ -28,15 +28,15 @@ if(QEL_SANITIZE)
   target_link_options(QelBuildSettings INTERFACE -fsanitize=${QEL_SANITIZE})
 endif()
 
-# qel_configure_target(<name>): the settings of any library or program.
+# qel_configure_target(<name>): applies the settings of every library and program.
 function(qel_configure_target target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:QelBuildSettings>)
 endfunction()
 
-# qel_add_library(<name> <source>...): a library with its Qel:: alias. All symbols are visible, except in QelAnalytics,
-# which hides its internal ones. Include paths start at the repository's root.
+# qel_add_library(<name> <source>...): defines a library and its Qel:: alias. All symbols are visible, except in
+# QelAnalytics, which hides its internal symbols. Include paths start at the repository's root.
 function(qel_add_library target)
   add_library(${target} ${ARGN})
   add_library(Qel::${target} ALIAS ${target})

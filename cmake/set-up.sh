@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the missing packages for the build, the tests, the checks and the demonstration. For Debian 12.
-# If nothing is missing, it changes nothing and needs neither network nor root rights.
+# Installs the missing packages for the build, the tests, the checks and the demonstration. For Debian 12. If no package
+# is missing, the script changes nothing and needs neither a network nor root privileges.
 set -euo pipefail
 
 packages=(
@@ -19,7 +19,7 @@ packages=(
   doxygen
   # fuzzing and the address sanitizer; llvm adds source lines to their reports
   clang libclang-rt-dev llvm
-  # demonstration, and reference programs of the tests
+  # demonstration, and programs that the tests run
   ca-certificates openssl sqlite3 curl python3
 )
 

@@ -12,9 +12,10 @@ namespace {
 
 std::atomic<bool> assertionsEnabled{true};
 
-/// The handler that the calling thread has registered. Null also after the thread's objects are
-/// destroyed, since later code, such as a static object's destructor, may still report. Trivially
-/// destroyed, so it can be read until the thread ends.
+/// The handler that the calling thread has registered; null if there is none. Null again after the
+/// thread's `thread_local` objects are destroyed, because later code, such as a static object's
+/// destructor, may still report assertions. Trivially destroyed, so it can be read until the thread
+/// ends.
 constinit thread_local const AssertHandler* handlerOfThread = nullptr;
 
 struct RegisteredHandler {

@@ -11,13 +11,13 @@ namespace event {
 
 /// A user action in one of the program's views.
 struct ActionEvent {
-  std::string name;                            ///< in the host's words (UTF-8)
-  std::map<std::string, std::string> details;  ///< by keys of the host's choice; may be empty
+  std::string name;                            ///< the action's name, chosen by the host (UTF-8)
+  std::map<std::string, std::string> details;  ///< with keys of the host's choice; may be empty
 };
 
 /// An action in the BCF view.
 struct BcfActionEvent : ActionEvent {};
-/// An action in the help.
+/// An action in the help view.
 struct HelpActionEvent : ActionEvent {};
 /// An action in the project manager.
 struct ProjectManagerEvent : ActionEvent {};
@@ -31,7 +31,7 @@ class ActionListenerInterface {
  public:
   virtual ~ActionListenerInterface() = default;
 
-  /// One action each. The event is valid only during the call.
+  /// Called for each action in the corresponding view. The event is valid only during the call.
   /// @{
   virtual void onBcfAction(const event::BcfActionEvent& event) = 0;
   virtual void onHelpAction(const event::HelpActionEvent& event) = 0;
@@ -43,7 +43,7 @@ class ActionListenerInterface {
 /// The process's broadcaster of user actions.
 class ActionBroadcaster : public Broadcaster<ActionListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static ActionBroadcaster& getInstance();
 };
 

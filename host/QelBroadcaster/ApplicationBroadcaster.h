@@ -25,19 +25,19 @@ struct ApplicationCrashEvent : ApplicationEvent {
   std::int32_t code = 0;  ///< the platform's exception code
 };
 
-/// A check in the program has failed.
+/// An assertion failed in the program.
 struct ApplicationAssertEvent : ApplicationEvent {
   assert::AssertInfo assertInfo;  ///< the record that the assertion handler received
 };
 
 }  // namespace event
 
-/// Receives the application's start, stop, crash and failed assertions.
+/// Is notified when the application starts, stops, crashes or fails an assertion.
 class ApplicationListenerInterface {
  public:
   virtual ~ApplicationListenerInterface() = default;
 
-  /// Called when it happens. The event is valid only during the call.
+  /// Called when the event happens. The event is valid only during the call.
   /// @{
   virtual void onApplicationStarted(const event::ApplicationStartEvent& event) = 0;
   virtual void onApplicationStopped(const event::ApplicationStopEvent& event) = 0;
@@ -49,7 +49,7 @@ class ApplicationListenerInterface {
 /// The process's broadcaster of application events.
 class ApplicationBroadcaster : public Broadcaster<ApplicationListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static ApplicationBroadcaster& getInstance();
 };
 

@@ -9,7 +9,7 @@
 
 namespace qel::broadcaster {
 
-/// Where in the user interface a command was invoked.
+/// The place from which a command was invoked.
 enum class CommandLocation : std::uint32_t {
   Code,
   Grip,
@@ -26,24 +26,24 @@ enum class CommandLocation : std::uint32_t {
 
 namespace event {
 
-/// A command begins.
+/// A command starts.
 struct CommandStartEvent {
-  std::string id;    ///< the command's, the same at its end (UTF-8, like all texts here)
-  std::string text;  ///< its name for users
-  CommandLocation location = CommandLocation::Code;  ///< what invoked it
-  /// By keys of the host's choice. No map is the same as an empty one.
+  std::string id;    ///< the same in the stop event (UTF-8, like all strings here)
+  std::string text;  ///< the command's name for users
+  CommandLocation location = CommandLocation::Code;  ///< the place of invocation
+  /// Details with keys of the host's choice. No map means the same as an empty map.
   std::optional<std::map<std::string, std::string>> details;
 };
 
 /// A command ends.
 struct CommandStopEvent {
-  /// As at its start.
+  /// The same values as in the start event.
   /// @{
   std::string id;
   std::string text;
   /// @}
-  bool cancelled = false;  ///< otherwise it was accepted
-  /// By keys of the host's choice. No map is the same as an empty one.
+  bool cancelled = false;  ///< false if the command was accepted
+  /// Details with keys of the host's choice. No map means the same as an empty map.
   std::optional<std::map<std::string, std::string>> details;
 };
 
@@ -54,7 +54,8 @@ class CommandListenerInterface {
  public:
   virtual ~CommandListenerInterface() = default;
 
-  /// Only its `id` pairs a command's start and end. The event is valid only during the call.
+  /// The start and the end of a command are paired only by their `id`. The event is valid only
+  /// during the call.
   /// @{
   virtual void onCommandStarted(const event::CommandStartEvent& event) = 0;
   virtual void onCommandStopped(const event::CommandStopEvent& event) = 0;
@@ -64,7 +65,7 @@ class CommandListenerInterface {
 /// The process's broadcaster of commands.
 class CommandBroadcaster : public Broadcaster<CommandListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static CommandBroadcaster& getInstance();
 };
 

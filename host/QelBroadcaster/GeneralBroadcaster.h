@@ -10,14 +10,15 @@ namespace qel::broadcaster {
 
 namespace event {
 
-/// A host event that describes itself. Listeners may keep it, and read and release it later on
-/// other threads. Its texts must not change and must be safe to read there.
+/// A host event that describes itself. Listeners may keep the event, and read and release it later
+/// on other threads. So its strings must not change, and reading them must be thread-safe.
 class GeneralEventInterface {
  public:
   virtual ~GeneralEventInterface() = default;
 
-  /// In the host's words (UTF-8). Any of them may be empty. They must not throw: a listener that
-  /// reads them later may stop for good.
+  /// The parts of the description, chosen by the host (UTF-8). Each part may be empty. These
+  /// operations must not throw, because a listener that reads the event later may then stop
+  /// permanently.
   /// @{
   virtual std::string getCategory() const = 0;
   virtual std::string getSubCategory() const = 0;
@@ -35,14 +36,15 @@ class GeneralListenerInterface {
  public:
   virtual ~GeneralListenerInterface() = default;
 
-  /// `event` may be null, for an event without a description. A listener may keep it.
+  /// `event` may be null, which means an event without a description. A listener may keep the
+  /// pointer.
   virtual void onGeneralAction(std::shared_ptr<const event::GeneralEventInterface> event) = 0;
 };
 
 /// The process's broadcaster of events that describe themselves.
 class GeneralBroadcaster : public Broadcaster<GeneralListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static GeneralBroadcaster& getInstance();
 };
 

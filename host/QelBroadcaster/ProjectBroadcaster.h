@@ -14,27 +14,27 @@ namespace event {
 
 /// A project was opened.
 struct ProjectOpenEvent {
-  std::string project;      ///< its name (UTF-8, like all texts here)
-  std::string information;  ///< may be empty
+  std::string project;      ///< the project's name (UTF-8, like all strings here)
+  std::string information;  ///< additional information; may be empty
 };
 
 /// A project was closed.
 struct ProjectCloseEvent {
-  std::string project;  ///< its name
+  std::string project;  ///< the project's name
 };
 
-/// The program found a project that was open when it ended uncleanly, and asked the user whether to
-/// restore it.
+/// The program found a project that was open when an earlier run ended uncleanly. It asked the user
+/// whether to restore the project.
 struct ProjectRestoreDialogEvent {
-  std::string project;                        ///< its name
-  std::string lastSave;                       ///< its time, as the user saw it
-  std::string projectFile;                    ///< its path
+  std::string project;                        ///< the project's name
+  std::string lastSave;                       ///< time of the last save, as the user saw it
+  std::string projectFile;                    ///< the project file's path
   RestoreAnswer answer = RestoreAnswer::Yes;  ///< both answers are broadcast
 };
 
-/// An object with a name gained or lost the focus.
+/// A named object gained or lost the focus.
 struct FocusEvent {
-  std::string name;  ///< of the file, model or presentation
+  std::string name;  ///< name of the file, model or presentation
 };
 
 /// A BIM file gained the focus.
@@ -52,12 +52,12 @@ struct PresentationUnfocusEvent : FocusEvent {};
 
 }  // namespace event
 
-/// Receives the opening, closing and restoring of projects, and changes of the focus.
+/// Is notified when projects are opened, closed and restored, and when the focus changes.
 class ProjectListenerInterface {
  public:
   virtual ~ProjectListenerInterface() = default;
 
-  /// Called when it has happened. The event is valid only during the call.
+  /// Called after the event has happened. The event is valid only during the call.
   /// @{
   virtual void onProjectOpened(const event::ProjectOpenEvent& event) = 0;
   virtual void onProjectClosed(const event::ProjectCloseEvent& event) = 0;
@@ -74,7 +74,7 @@ class ProjectListenerInterface {
 /// The process's broadcaster of project events.
 class ProjectBroadcaster : public Broadcaster<ProjectListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static ProjectBroadcaster& getInstance();
 };
 

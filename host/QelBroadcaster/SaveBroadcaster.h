@@ -7,7 +7,7 @@
 
 namespace qel::broadcaster {
 
-/// The object that is saved.
+/// The kind of object that is saved.
 enum class SaveKind : std::uint32_t { File, Project };
 
 /// The user's answer to a save prompt.
@@ -17,7 +17,7 @@ namespace event {
 
 /// The user answered a prompt about saving.
 struct SaveDialogEvent {
-  /// The object to save, the prompt's text (UTF-8), and the user's choice.
+  /// The kind of object to save, the prompt's text (UTF-8), and the user's choice.
   /// @{
   SaveKind kind = SaveKind::File;
   std::string message;
@@ -25,9 +25,9 @@ struct SaveDialogEvent {
   /// @}
 };
 
-/// The program saved, or tried to save, by itself.
+/// The program saved automatically, or tried to.
 struct AutoSaveEvent {
-  /// The object to save, the project file's path (UTF-8), and whether it succeeded.
+  /// The kind of object to save, the project file's path (UTF-8), and whether saving succeeded.
   /// @{
   SaveKind kind = SaveKind::File;
   std::string path;
@@ -37,12 +37,12 @@ struct AutoSaveEvent {
 
 }  // namespace event
 
-/// Receives answers to save prompts, and automatic saves.
+/// Is notified of answers to save prompts, and of automatic saves.
 class SaveListenerInterface {
  public:
   virtual ~SaveListenerInterface() = default;
 
-  /// Called when it has happened. The event is valid only during the call.
+  /// Called after the event has happened. The event is valid only during the call.
   /// @{
   virtual void onSavePromptAnswered(const event::SaveDialogEvent& event) = 0;
   virtual void onAutoSave(const event::AutoSaveEvent& event) = 0;
@@ -52,7 +52,7 @@ class SaveListenerInterface {
 /// The process's broadcaster of save events.
 class SaveBroadcaster : public Broadcaster<SaveListenerInterface> {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static SaveBroadcaster& getInstance();
 };
 

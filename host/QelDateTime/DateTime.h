@@ -4,11 +4,12 @@
 
 namespace qel::datetime {
 
-/// A moment as one double: seconds since 1970-01-01 00:00 UTC with their fraction. Leap seconds are
-/// not counted.
+/// A moment as one double: the seconds since 1970-01-01 00:00 UTC, with a fraction. Leap seconds
+/// are not counted.
 class DateTime {
  public:
-  /// The epoch, or a moment so many seconds after it. A negative number is before it.
+  /// The epoch, or the moment `secondsSinceEpoch` seconds after the epoch. A negative number means
+  /// a moment before the epoch.
   /// @{
   DateTime() = default;
   explicit DateTime(double secondsSinceEpoch) : seconds_(secondsSinceEpoch) {}
@@ -24,7 +25,7 @@ class DateTime {
     return time;
   }
 
-  /// Negative before the epoch.
+  /// The seconds since the epoch; negative if the moment is before the epoch.
   double secondsSinceEpoch() const { return seconds_; }
 
   friend auto operator<=>(const DateTime&, const DateTime&) = default;

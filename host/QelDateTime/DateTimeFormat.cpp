@@ -9,11 +9,12 @@ namespace {
 
 using Milliseconds = std::chrono::sys_time<std::chrono::milliseconds>;
 
-/// The millisecond of `time`, limited to the years 0000 to 9999. NaN counts as the first.
+/// `time` rounded down to milliseconds, and limited to the years 0000 to 9999. NaN becomes the
+/// first millisecond of the year 0000.
 Milliseconds millisecondOf(const DateTime& time) {
   constexpr double first = -62'167'219'200'000;  // 0000-01-01T00:00:00.000Z
   constexpr double last = 253'402'300'799'999;   // 9999-12-31T23:59:59.999Z
-  // Unlike std::clamp, fmax and fmin ignore a NaN.
+  // Unlike std::clamp, fmax and fmin ignore a NaN argument.
   const double count =
       std::fmin(std::fmax(std::floor(time.secondsSinceEpoch() * 1000), first), last);
   return Milliseconds(std::chrono::milliseconds(static_cast<std::int64_t>(count)));

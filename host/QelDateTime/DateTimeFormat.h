@@ -9,17 +9,17 @@ namespace qel::datetime {
 /// Formats moments as text.
 class DateTimeFormat {
  public:
-  /// The formats. Their numbers never change.
+  /// The supported formats. Their numeric values never change.
   enum class SpecialFormat {
-    /// UTC in RFC 3339 with milliseconds, truncated: "2026-11-21T09:30:05.123Z".
+    /// UTC in the format of RFC 3339, truncated to milliseconds: "2026-11-21T09:30:05.123Z".
     UtcMilliseconds = 2
   };
 
-  /// For a number without a format, every text is empty.
+  /// If `format` is not an enumerator, `toString` returns an empty string.
   explicit DateTimeFormat(SpecialFormat format) : format_(format) {}
 
-  /// The text of `time`. Moments outside the years 0000 to 9999 become the nearest one inside. Must
-  /// be fast, since every stored record gets such a text.
+  /// Formats `time`. A moment outside the years 0000 to 9999 becomes the nearest moment in these
+  /// years. Must be fast, because it is called for every stored record.
   std::string toString(const DateTime& time) const;
 
  private:

@@ -17,7 +17,7 @@ bool isNameCharacter(char c) {
 
 bool isPathCharacter(char c) { return c > ' ' && c <= '~' && c != '#'; }
 
-/// Refuses values that would end a header line, or change the request or its receiver. No error
+/// Rejects values that would end a header line, or change the request or its recipient. No error
 /// message quotes a value.
 void check(const Message& message) {
   const auto require = [](bool holds, const char* complaint) {
@@ -39,7 +39,7 @@ void check(const Message& message) {
   require(isOneLine(message.secret), "the secret holds CR, LF or NUL");
 }
 
-/// The reason why the outcome is no response. Empty for a response.
+/// The reason why the outcome is not a response; empty if the outcome is a response.
 std::string refusalOf(const Outcome& outcome) {
   if (outcome.status >= 400) {
     return {};

@@ -6,20 +6,22 @@
 
 namespace qel::protocol::https {
 
-/// An exchange that did not end validly. The message names the failure and the server, and no
-/// secret.
+/// An exchange that failed, or that could not start. The error message describes the failure, and
+/// names the server if the exchange started. It contains no secret.
 class Error : public qel::exception {
  public:
   using qel::exception::exception;
 };
 
-/// Posts over HTTPS: TLS 1.2 or newer, the peer's certificate and name always verified, redirects
-/// never followed.
+/// Posts messages over HTTPS with TLS 1.2 or newer. Always verifies the peer's certificate and
+/// name. Never follows redirects.
 ///
-/// **Cost.** Cheap to construct: a pool of the process keeps connections and trusted certificates.
+/// **Cost.** Cheap to construct, because a pool of the process keeps connections and trusted
+/// certificates.
 ///
-/// **Threads.** One thread at a time uses an object. Several objects may post at once. Threads may
-/// still post while the process exits: exchanges in flight then end, and later ones fail.
+/// **Threads.** Only one thread at a time may use an object. Different objects may post at the same
+/// time. Threads may still post while the process exits. Exchanges in flight are then ended, and
+/// later exchanges fail.
 class Client {
  public:
   Client() = default;
@@ -27,20 +29,22 @@ class Client {
   Client& operator=(const Client&) = delete;
   virtual ~Client() = default;
 
-  /// Sends the message and waits for the answer.
+  /// Sends the message and waits for the response.
   ///
   /// Returns a status below 400 only if the exchange was completed and the whole body was sent.
-  /// Returns a status of 400 or above also if it came earlier, and logs it with the server's name.
+  /// Returns a status of 400 or above even if it arrived earlier, and logs it with the server's
+  /// name.
   ///
   /// Throws `Error` in all other cases:
-  /// - a name that cannot be resolved, a refused or lost connection, a proxy that refuses,
+  /// - a name that cannot be resolved,
+  /// - a connection that is lost, or refused by the server or a proxy,
   /// - an untrusted certificate,
-  /// - a time limit, or the exit deadline, even if it is armed meanwhile,
-  /// - an oversized answer,
+  /// - an exceeded time limit or exit deadline, even if the deadline is set during the exchange,
+  /// - a response that is too large,
   /// - a field of the message with an invalid value (see `Message`) or with CR, LF or NUL.
   ///
-  /// If the server has closed a kept connection, the message is sent again over a new one. So a
-  /// server may receive it twice.
+  /// If the server has closed a kept connection, the message is sent again over a new connection.
+  /// So a server may receive the message twice.
   virtual http::Response post(const Message& message);
 };
 

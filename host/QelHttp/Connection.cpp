@@ -48,20 +48,20 @@ void append(Lines& lines, const std::string& line) {
   lines.reset(longer);
 }
 
-/// A time limit in milliseconds for libcurl, which takes 0 as no limit.
+/// A time limit in milliseconds for libcurl. It is at least 1, because 0 means no limit.
 long limitOf(milliseconds limit) {
   constexpr milliseconds::rep longest = std::numeric_limits<int>::max();
   return static_cast<long>(std::clamp<milliseconds::rep>(limit.count(), 1, longest));
 }
 
-/// One request and its answer.
+/// One request and its response.
 class Transfer {
  public:
   Transfer(const Settings& settings, const Message& message)
       : message_(message), room_(settings.largestResponse) {
     set(CURLOPT_ERRORBUFFER, errorText_.data());
-    // With this option libcurl does not block SIGPIPE. That is not needed, since libcurl and the
-    // TLS library send in a way that does not raise it.
+    // With this option libcurl does not block SIGPIPE. Blocking is not needed, because libcurl and
+    // the TLS library send without raising this signal.
     set(CURLOPT_NOSIGNAL, 1L);
     reachServer(settings);
     trust(settings);
@@ -71,7 +71,7 @@ class Transfer {
   }
 
   CURL* handle() const { return easy_.get(); }
-  /// The first failure of an option.
+  /// The first error from setting an option; `CURLE_OK` if there was none.
   CURLcode setUp() const { return setUp_; }
 
   Outcome outcome(std::string failure) const {
@@ -83,7 +83,7 @@ class Transfer {
             std::move(failure)};
   }
 
-  /// The text for a result, empty for success.
+  /// The error text for a result; empty for success.
   std::string reasonOf(CURLcode result) const {
     if (result == CURLE_OK) {
       return {};
@@ -91,7 +91,7 @@ class Transfer {
     if (result == CURLE_WRITE_ERROR) {
       return "the answer is larger than allowed";
     }
-    if (result == CURLE_OUT_OF_MEMORY) {  // also for a line beyond libcurl's own limit
+    if (result == CURLE_OUT_OF_MEMORY) {  // also if a line exceeds libcurl's own limit
       return "out of memory, or a header line of the answer is too long";
     }
     return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(result);
@@ -113,7 +113,7 @@ class Transfer {
     set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     set(CURLOPT_FOLLOWLOCATION, 0L);
     set(CURLOPT_FORBID_REUSE, message_.closeConnection ? 1L : 0L);
-    // With empty texts, libcurl ignores the environment.
+    // If these strings are empty, libcurl ignores the environment variables.
     set(CURLOPT_PROXY, settings.proxy.c_str());
     set(CURLOPT_NOPROXY, "");
     if (connectsElsewhere(settings, message_.host)) {
@@ -132,9 +132,9 @@ class Transfer {
       set(CURLOPT_CAINFO, settings.caBundle.c_str());
     }
     if (!settings.caBundle.empty() || systemBundle != nullptr) {
-      // Otherwise the system's directory of certificates is trusted too. Only certificates from a
-      // file alone are kept in memory. The result does not matter: it is an error only where
-      // directories are not supported.
+      // Without this, the system's certificate directory is trusted too. Certificates are cached in
+      // memory only if they all come from a file. The result does not matter, because it is an
+      // error only where directories are not supported.
       static_cast<void>(curl_easy_setopt(handle(), CURLOPT_CAPATH, nullptr));
     }
 #ifdef _WIN32
@@ -149,7 +149,7 @@ class Transfer {
     set(CURLOPT_TIMEOUT_MS, limitOf(settings.totalTimeout));
     set(CURLOPT_LOW_SPEED_LIMIT, settings.lowSpeedBytesPerSecond);
     set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(settings.lowSpeedTime.count()));
-    // The end of a transfer does not wait for a name server.
+    // With this option, ending a transfer does not wait for a name server.
     set(CURLOPT_QUICK_EXIT, 1L);
   }
 
@@ -174,7 +174,8 @@ class Transfer {
     set(CURLOPT_WRITEDATA, this);
   }
 
-  /// libcurl calls it with each part of the answer. Taking less than the whole ends the transfer.
+  /// libcurl calls this with each part of the response. Accepting less than the whole part ends the
+  /// transfer.
   static std::size_t take(const char*, std::size_t size, std::size_t count, void* transfer) {
     auto& room = static_cast<Transfer*>(transfer)->room_;
     const std::size_t taken = std::min(size * count, room);
@@ -183,15 +184,15 @@ class Transfer {
   }
 
   const Message& message_;
-  std::size_t room_;  ///< so many bytes may still come
+  std::size_t room_;  ///< how many bytes of the response may still arrive
   std::array<char, CURL_ERROR_SIZE> errorText_{};
   CURLcode setUp_ = CURLE_OK;
   Lines headers_;
   Lines connectTo_;
-  Easy easy_{existing(curl_easy_init())};  ///< refers to all of the above
+  Easy easy_{existing(curl_easy_init())};  ///< refers to all members above
 };
 
-/// Sets the library up once in this process.
+/// Initializes libcurl once in this process.
 void setUpLibrary() {
   static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
   if (result != CURLE_OK) {
@@ -217,7 +218,8 @@ class Connection::Implementation {
   }
 
  private:
-  /// Runs the transfer to its end. Returns why it was not completed, or an empty text.
+  /// Runs the transfer until it ends. Returns the reason why it was not completed, or an empty
+  /// string.
   std::string run(const Transfer& transfer) {
     int running = 1;
     while (running > 0) {
@@ -237,7 +239,8 @@ class Connection::Implementation {
     return transfer.reasonOf(curl_multi_info_read(multi_.get(), &others)->data.result);
   }
 
-  /// Milliseconds to wait for the network: short, since an exit deadline may be armed meanwhile.
+  /// How many milliseconds to wait for the network. The wait is short, because an exit deadline may
+  /// be set during the wait.
   static int pauseWithin(steady_clock::duration left) {
     constexpr milliseconds longest{100};
     const auto pause = std::min<steady_clock::duration>(left, longest);

@@ -8,21 +8,22 @@
 
 namespace qel::protocol::https {
 
-/// The result of an exchange, complete or not.
+/// The result of an exchange, whether it was completed or not.
 struct Outcome {
-  /// Of the last answer that began; 0 without one. A status from 100 to 199 is not final.
+  /// Status of the last response whose headers started to arrive; 0 if there was none. A status
+  /// from 100 to 199 is not final.
   int status = 0;
   bool wholeBodySent = false;
-  /// Why the exchange was not completed. Empty if it was.
+  /// The reason why the exchange was not completed; empty if it was completed.
   std::string failure;
 };
 
-/// Keeps for the next exchange: the open connection, the trusted certificates in memory, and the
-/// resolved addresses. Keeps nothing of a message. All exchanges use the same settings. One thread
-/// at a time.
+/// A connection for several exchanges. For the next exchange it keeps the open socket, the trusted
+/// certificates in memory, and the resolved addresses. It keeps no part of a message. All exchanges
+/// use the same settings. Only one thread at a time may use an object.
 class Connection {
  public:
-  /// Throws `Error` when the transfer library cannot be set up.
+  /// Throws `Error` if libcurl cannot be initialized.
   explicit Connection(std::shared_ptr<const Settings> settings);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -30,12 +31,14 @@ class Connection {
 
   const std::shared_ptr<const Settings>& settings() const { return settings_; }
 
-  /// Posts a message with checked fields. Blocks until the exchange ends, not noticeably longer
-  /// than the time limits and the exit deadline, even if that is armed meanwhile.
+  /// Posts a message whose fields the caller has checked. Blocks until the exchange ends, at most
+  /// slightly longer than the time limits and the exit deadline allow. This includes a deadline
+  /// that is set during the exchange.
   Outcome exchange(const Message& message);
 
-  /// Frees the TLS library's data of the calling thread. Otherwise the library frees it at the end
-  /// of the thread, when an exiting process may already have destroyed the library's own data.
+  /// Frees the TLS library's thread-local state for the calling thread. Otherwise the library frees
+  /// this state when the thread exits. By then, an exiting process may already have destroyed the
+  /// library's own data.
   static void leaveThread();
 
  private:

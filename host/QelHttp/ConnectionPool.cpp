@@ -13,14 +13,14 @@
 namespace qel::protocol::https {
 
 ConnectionPool& ConnectionPool::instance() {
-  // Never destroyed: worker threads may still post while the process exits.
+  // Never destroyed, because worker threads may still post while the process exits.
   static auto* const pool = new ConnectionPool;
   return *pool;
 }
 
 ConnectionPool::ConnectionPool() {
-  // The first connection makes the TLS library register its own clean-up. A function that is
-  // registered later runs earlier.
+  // The first connection makes the TLS library register its own exit handler. An exit handler that
+  // is registered later runs earlier, so `endAll` runs first.
   idle_.push_back(std::make_unique<Connection>(settingsInForce()));
   std::atexit([] { instance().endAll(); });
 }
@@ -54,8 +54,8 @@ void ConnectionPool::leave() {
 }
 
 void ConnectionPool::endAll() {
-  // Long enough for exchanges to see the deadline. Threads that the system has already ended never
-  // leave.
+  // Long enough for exchanges to notice the deadline. The wait is limited, because threads that the
+  // system has already terminated never call `leave`.
   constexpr std::chrono::seconds longestWait{2};
   utilities::setExitDeadline(std::chrono::milliseconds::zero());
   utilities::MutexLock lock(mutex_);
@@ -65,7 +65,7 @@ void ConnectionPool::endAll() {
 }
 
 std::unique_ptr<Connection> ConnectionPool::take(const std::shared_ptr<const Settings>& settings) {
-  std::vector<std::unique_ptr<Connection>> outdated;  // closed after the mutex was released
+  std::vector<std::unique_ptr<Connection>> outdated;  // closed after the mutex is released
   {
     const utilities::MutexLock lock(mutex_);
     const auto current = std::partition(idle_.begin(), idle_.end(), [&](const auto& connection) {

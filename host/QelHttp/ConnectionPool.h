@@ -9,19 +9,19 @@
 namespace qel::protocol::https {
 
 /// The idle connections of this process. When the process exits, the pool ends the exchanges in
-/// flight and refuses new ones, before the TLS library destroys its data. Any thread.
+/// flight and rejects new ones before the TLS library destroys its data. Thread-safe.
 class ConnectionPool {
  public:
   static ConnectionPool& instance();
 
-  /// Posts a message with checked fields, over an idle connection with this same settings object or
-  /// over a new one. Throws `Error` when the transfer library cannot be set up.
+  /// Posts a message whose fields the caller has checked. Uses an idle connection with the same
+  /// settings object, or a new connection. Throws `Error` if libcurl cannot be initialized.
   Outcome exchange(const Message& message, const std::shared_ptr<const Settings>& settings);
 
  private:
   ConnectionPool();
 
-  [[nodiscard]] bool enter();  ///< false: the process exits
+  [[nodiscard]] bool enter();  ///< returns false if the process is exiting
   void leave();
   void endAll();
   std::unique_ptr<Connection> take(const std::shared_ptr<const Settings>& settings);

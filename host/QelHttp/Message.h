@@ -4,15 +4,15 @@
 
 namespace qel::protocol::https {
 
-/// A request to post.
+/// A POST request.
 struct Message {
-  std::string host;  ///< the server's name in ASCII, without a port; its certificate must have it
+  std::string host;  ///< the server's name in ASCII as in its certificate, without a port
   std::string path;  ///< begins with a slash; sent unchanged, may have a query but no fragment
-  std::string contentType;  ///< the Content-Type header's value; empty: no such header
+  std::string contentType;  ///< the Content-Type header's value; if empty, no such header is sent
   std::string body;         ///< any bytes, sent unchanged
-  std::string user;    ///< with the secret, Basic authentication (RFC 7617), so without a colon;
-                       ///< both empty: none
-  std::string secret;  ///< never written to a log, a message or a command line
+  std::string user;    ///< user name for Basic authentication (RFC 7617), without a colon; if it
+                       ///< and the secret are empty, there is no authentication
+  std::string secret;  ///< password; never written to a log, an error message or a command line
   bool closeConnection = false;  ///< close the connection after the exchange instead of keeping it
 };
 

@@ -2,9 +2,11 @@
 
 namespace qel::protocol::http {
 
-/// The server's answer to a request, without its body.
+/// The server's response to a request, without its body.
 struct Response {
-  int statusCode = 0;  ///< of the final answer, from 200 on; below 400 the request was accepted
+  /// The status of the final response, at least 200. A status below 400 means that the request was
+  /// accepted.
+  int statusCode = 0;
 };
 
 }  // namespace qel::protocol::http

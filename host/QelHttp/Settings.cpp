@@ -13,7 +13,7 @@ struct ProcessState {
 };
 
 ProcessState& processState() {
-  // Never destroyed: worker threads may still post while the process exits.
+  // Never destroyed, because worker threads may still post while the process exits.
   static auto* const state = new ProcessState;
   return *state;
 }

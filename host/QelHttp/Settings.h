@@ -6,36 +6,38 @@
 
 namespace qel::protocol::https {
 
-/// How this process connects to servers. The host sets it once, before the first request.
+/// How this process connects to servers. The host should set this once, before the first request.
 struct Settings {
-  /// A PEM file with the only certificates to trust. Empty: the system's certificates.
+  /// A PEM file with the only certificates to trust. If empty, the system's certificates are
+  /// trusted.
   std::string caBundle;
-  /// Connections to the host `connectFor` (as written in `Message::host`) go to this "address:port"
-  /// instead. The certificate is still checked against the name. Empty: no redirection.
+  /// Connections to the host `connectFor` (as written in `Message::host`) go to the "address:port"
+  /// in `connectTo` instead. The certificate is still checked against the host's name. If
+  /// `connectTo` is empty, connections go to the host itself.
   /// @{
   std::string connectTo;
   std::string connectFor;
   /// @}
-  /// Proxy URL. Empty: no proxy, whatever the environment variables contain.
+  /// The proxy's URL. If empty, no proxy is used, whatever the environment variables contain.
   std::string proxy;
-  /// For name resolution, connection and TLS handshake together; at least 1 ms.
+  /// Time limit for name resolution, connection and TLS handshake together; at least 1 ms.
   std::chrono::milliseconds connectTimeout{10'000};
-  /// For a whole exchange; at least 1 ms.
+  /// Time limit for a whole exchange; at least 1 ms.
   std::chrono::milliseconds totalTimeout{120'000};
-  /// An exchange fails if it is slower than this for the given time, also while the server prepares
-  /// its answer. If either is 0, no exchange fails for this reason.
+  /// An exchange fails if it is slower than `lowSpeedBytesPerSecond` for `lowSpeedTime`, even while
+  /// the server prepares its response. If either is 0, no exchange fails for this reason.
   /// @{
   long lowSpeedBytesPerSecond = 100;
   std::chrono::seconds lowSpeedTime{30};
   /// @}
-  /// Largest answer with headers, in bytes.
+  /// The largest allowed response with its headers, in bytes.
   std::size_t largestResponse = std::size_t{1024} * 1024;
 };
 
-/// Replaces the settings of the process. Exchanges under way keep their settings. Connections with
-/// earlier settings are not used again. Any thread.
+/// Replaces the settings of the process. Exchanges in flight keep their settings. Connections with
+/// earlier settings are not used again. Thread-safe.
 void setSettings(const Settings& settings);
-/// A copy of the last settings, or of the defaults. Any thread.
+/// A copy of the current settings; the defaults if none were set. Thread-safe.
 Settings getSettings();
 
 }  // namespace qel::protocol::https

@@ -7,11 +7,11 @@
 
 namespace qel::protocol::https {
 
-/// The last settings. Every call of `setSettings` makes a new object, so two exchanges have the
-/// same settings exactly if their pointers are equal. Any thread.
+/// The current settings. Every call of `setSettings` creates a new object. So two exchanges have
+/// the same settings if and only if their pointers are equal. Thread-safe.
 std::shared_ptr<const Settings> settingsInForce();
 
-/// Whether connections for a host go to `Settings::connectTo`.
+/// Whether connections to `host` go to `Settings::connectTo` instead.
 inline bool connectsElsewhere(const Settings& settings, const std::string& host) {
   return !settings.connectTo.empty() && settings.connectFor == host;
 }

@@ -21,7 +21,7 @@ Guid::Bytes bytesOf(const boost::uuids::uuid& id) {
   return bytes;
 }
 
-/// Whether a hyphen precedes the byte of this index in the text.
+/// Whether a hyphen precedes the byte with this index in the text.
 bool beginsGroup(std::size_t index) {
   return index == 4 || index == 6 || index == 8 || index == 10;
 }
@@ -31,12 +31,12 @@ bool beginsGroup(std::size_t index) {
 Guid Guid::create() { return Guid(bytesOf(boost::uuids::random_generator_pure()())); }
 
 Guid Guid::parse(std::string_view text) {
-  // Boost also accepts texts without hyphens, which are shorter.
+  // Boost also accepts strings without hyphens. The length check rejects them.
   if (text.size() == lengthWithoutBraces || text.size() == lengthWithBraces) {
     try {
       return Guid(bytesOf(boost::uuids::string_generator()(text.begin(), text.end())));
     } catch (const std::runtime_error&) {
-      // throws below, like a text of a wrong length
+      // The statement below throws, as for a string of a wrong length.
     }
   }
   throw qel::exception("not a GUID: \"" + std::string(text) + '"');

@@ -8,13 +8,13 @@
 
 namespace qel {
 
-/// A globally unique identifier: 16 bytes in the order of their text.
+/// A globally unique identifier: 16 bytes in the order in which they are written.
 class Guid {
  public:
-  /// The first byte is the first in the text.
+  /// The 16 bytes, starting with the byte that is written first.
   using Bytes = std::array<std::uint8_t, 16>;
 
-  /// The null GUID, all bytes zero, or these bytes unchanged.
+  /// The null GUID (all bytes are zero), or a GUID with the given bytes.
   /// @{
   Guid() = default;
   explicit Guid(const Bytes& bytes) : bytes_(bytes) {}
@@ -23,16 +23,16 @@ class Guid {
   /// A new random GUID (version 4 of RFC 4122).
   static Guid create();
 
-  /// Reads 32 hexadecimal digits in groups of 8-4-4-4-12, of either case, with or without a pair of
-  /// braces. Throws `qel::exception` for any other text.
+  /// Parses 32 hexadecimal digits of either case in groups of 8-4-4-4-12, with or without a pair of
+  /// braces. Throws `qel::exception` for any other string.
   static Guid parse(std::string_view text);
 
-  /// Whether all bytes are zero, which means no identifier.
+  /// True if all bytes are zero (the null GUID).
   bool isNull() const { return *this == Guid(); }
-  /// Valid as long as this object.
+  /// The bytes. The reference is valid as long as this object exists.
   const Bytes& bytes() const { return bytes_; }
 
-  /// Upper-case hexadecimal digits in groups of 8-4-4-4-12, in braces if `braces` is set.
+  /// Upper-case hexadecimal digits in groups of 8-4-4-4-12, in braces if `braces` is true.
   std::string toString(bool braces) const;
 
   friend auto operator<=>(const Guid&, const Guid&) = default;

@@ -7,17 +7,17 @@
 
 namespace qel::log::issue {
 
-/// Receives changes of the issues that the host stores, one notification at a time. Null issues are
-/// ignored.
+/// Is notified of changes to the issues that the host stores. The host must send one notification
+/// at a time. Null issues are ignored.
 class StorageListenerInterface {
  public:
   virtual ~StorageListenerInterface() = default;
 
-  /// `flag` is set for an issue that is not to be reported.
+  /// An issue was added. It is not reported if `flag` is true.
   virtual void issueAdded(const std::shared_ptr<IssueInstance>& issue, bool flag) = 0;
-  /// Issues are found by comparison (see `IssueInstance`).
+  /// Issues were removed. They are identified by comparison (see `IssueInstance`).
   virtual void issuesRemoved(const std::vector<std::shared_ptr<IssueInstance>>& issues) = 0;
-  /// The list was emptied. Its issues are not named.
+  /// All issues were removed. The notification does not list them.
   virtual void issuesRemoveAll() = 0;
   /// The user read these issues, or marked them as unread.
   virtual void issueReadStateChanged(const std::vector<std::shared_ptr<IssueInstance>>& issues) = 0;

@@ -23,7 +23,7 @@ bool isPlain(std::string_view text) {
   });
 }
 
-/// Most texts are plain and need only quotes. The library escapes the rest.
+/// Most strings are plain and need only quotes. The JSON library escapes all other strings.
 void appendText(std::string& out, std::string_view text) {
   if (!isPlain(text)) {
     constexpr int oneLine = -1;
@@ -129,7 +129,7 @@ std::string JsonObject::toString() && {
   return std::move(text_);
 }
 
-/// Grows the text once for the whole member, since most members are short.
+/// Resizes the text only once for the whole member, because most members are short.
 void JsonObject::appendPlainMember(std::string_view key, std::string_view value) {
   constexpr std::string_view between = "\": \"";
   const std::string_view before = text_.back() == '{' ? "\"" : ", \"";
@@ -144,7 +144,7 @@ void JsonObject::appendPlainMember(std::string_view key, std::string_view value)
 }
 
 void JsonObject::appendKey(std::string_view key) {
-  const bool isFirstMember = text_.back() == '{';  // a member never ends in an opening brace
+  const bool isFirstMember = text_.back() == '{';  // a member never ends with an opening brace
   if (!isFirstMember) {
     text_ += ", ";
   }

@@ -9,8 +9,8 @@ class ToJsonInterface {
  public:
   virtual ~ToJsonInterface() = default;
 
-  /// May be called on another thread than the one that made the object. Should not throw, since an
-  /// exception may end the storage for good.
+  /// May be called on a different thread from the one that created the object. Should not throw,
+  /// because an exception may stop the storage permanently.
   virtual std::string toJson() const = 0;
 };
 

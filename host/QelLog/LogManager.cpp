@@ -33,8 +33,8 @@ constexpr std::chrono::seconds patienceWithOldSinks{1};
 #ifdef _WIN32
 using StandardErrorSink = spdlog::sinks::stderr_sink_st;
 #else
-/// Does not use the C library's stream: a write that stalls would hold the stream's lock, for which
-/// the end of the process waits.
+/// Does not use the C library's stream. A stalled write would hold the stream's lock, and the
+/// exiting process would wait for that lock.
 class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
@@ -94,7 +94,7 @@ class Logger : public LoggerInterface {
     try {
       LogQueue::instance().add(name_, level, message);
     } catch (const std::exception&) {
-      return;  // no memory or no thread
+      return;  // allocation failed or the thread could not start
     }
   }
 
@@ -129,7 +129,7 @@ class LogManager::Implementation {
 };
 
 LogManager& LogManager::instance() {
-  // Never destroyed: worker threads may still log while the process exits.
+  // Never destroyed, because worker threads may still log while the process exits.
   static auto* const manager = new LogManager;
   return *manager;
 }

@@ -14,41 +14,43 @@ namespace qel::log {
 struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
-  /// Whether messages go to standard error, with or without a file.
+  /// Whether messages go to standard error, even if there is a log file.
   bool standardError = true;
-  /// The log file; empty: none. Only the owner may read it, since messages may quote what customers
-  /// typed.
+  /// The log file; if empty, no file is written. Only the owner may read the file, because messages
+  /// may quote what customers typed.
   std::filesystem::path file;
-  /// A file that would exceed this many bytes is renamed with a number, and a new one begins.
+  /// A log file that would exceed this many bytes is renamed with a number, and a new file is
+  /// started.
   std::size_t largestFile = std::size_t{10} * 1024 * 1024;
-  /// How many renamed files are kept.
+  /// The number of renamed files that are kept.
   std::size_t olderFiles = 2;
 };
 
-/// The process's loggers by name. Until `configure`, the defaults of `LogSettings` apply.
+/// The process's loggers by name. Until `configure` is called, the defaults of `LogSettings` apply.
 ///
-/// **Threads.** Any thread may call the operations and the loggers, until the process ends. The
-/// log's own thread writes the messages.
+/// **Threads.** Thread-safe, including the loggers; may be used until the process ends. A thread of
+/// the log writes the messages.
 ///
-/// **Overload.** Loggers never wait. If more than a thousand messages wait, the oldest are dropped,
-/// and the log reports their number.
+/// **Overload.** Loggers never block. If more than a thousand messages are queued, the oldest are
+/// dropped, and the log reports the number of dropped messages.
 ///
-/// **At exit.** An orderly end of the process writes the remaining messages, for at most a second.
+/// **At exit.** When the process exits normally, it writes the remaining messages for at most a
+/// second.
 class LogManager {
  public:
-  /// The same object in every library. Never destroyed.
+  /// Returns the same object in every library. The object is never destroyed.
   static LogManager& instance();
 
-  /// The logger of this name, never null. Later calls of `configure` apply to it.
+  /// The logger with this name; never null. Later calls of `configure` apply to this logger too.
   std::shared_ptr<LoggerInterface> getLogger(const std::string& name);
 
-  /// Replaces the settings, also for existing loggers. First waits for at most a second until
-  /// earlier messages are written under the old settings. Throws `qel::exception`, which names the
-  /// file, if the log file cannot be opened; the settings then stay.
+  /// Replaces the settings, also for existing loggers. First waits at most a second until earlier
+  /// messages are written with the old settings. If the log file cannot be opened, throws
+  /// `qel::exception`, which names the file, and keeps the old settings.
   void configure(const LogSettings& settings);
 
-  /// Waits until all earlier messages are written or dropped, at most for `patience`. Returns
-  /// whether they are.
+  /// Waits at most `patience` until all earlier messages are written or dropped. Returns false if
+  /// the time was not sufficient.
   bool flush(std::chrono::milliseconds patience);
 
   LogManager(const LogManager&) = delete;

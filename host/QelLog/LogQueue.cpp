@@ -24,8 +24,8 @@ namespace {
 using spdlog::details::log_msg;
 using std::chrono::milliseconds;
 
-/// Large enough for bursts of lines, and small in memory. A message can be a refused package of a
-/// megabyte, but a client logs only one of these in ten minutes.
+/// Large enough for bursts of messages, and small in memory. A message can contain a rejected
+/// package of a megabyte, but a client logs only one such message in ten minutes.
 constexpr std::size_t capacity = 1000;
 constexpr milliseconds patienceAtExit{1000};
 
@@ -44,8 +44,8 @@ spdlog::level::level_enum severityOf(int level) {
   }
 }
 
-/// Blocks the program's signals for threads that are started while it lives. It does not block the
-/// signals of faults, which go to the thread that causes them.
+/// Blocks the program's signals for threads that are started while this object exists. Signals that
+/// report a fault are not blocked, because they go to the thread that causes the fault.
 class SignalBlock {
  public:
 #ifndef _WIN32
@@ -72,12 +72,12 @@ void write(const LogQueue::Sinks& sinks, const log_msg& message) {
       sink->log(message);
       sink->flush();
     } catch (const std::exception&) {
-      continue;  // there is no other place to report it
+      continue;  // the failure cannot be reported anywhere else
     }
   }
 }
 
-/// Constructed before the static objects of libraries that use the log, and so destroyed after
+/// Constructed before the static objects of libraries that use the log. So it is destroyed after
 /// them.
 const struct AtExit {
   AtExit() = default;
@@ -88,7 +88,7 @@ const struct AtExit {
 
 }  // namespace
 
-/// Called on the log's own thread.
+/// Writes messages to the sinks. Called on the queue's thread.
 class LogQueue::Writer final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
  public:
   explicit Writer(LogQueue& queue) : queue_(queue) {}
@@ -118,10 +118,10 @@ LogQueue::LogQueue()
     : worker_(std::make_shared<spdlog::async_logger>(
           "", std::make_shared<Writer>(*this), std::weak_ptr<spdlog::details::thread_pool>())),
       sinks_(std::make_shared<Sinks>()) {
-  // The default error handler writes to standard error.
+  // The default error handler would write to standard error.
   worker_->set_error_handler([](const std::string&) {});
 #ifndef _WIN32
-  // A forked child does not have the log's thread. Its first message starts one.
+  // A forked child process does not have the queue's thread. Its first message starts a new thread.
   pthread_atfork([]() QEL_ACQUIRE(instance().mutex_) { instance().mutex_.lock(); },
                  []() QEL_RELEASE(instance().mutex_) { instance().mutex_.unlock(); },
                  []() QEL_RELEASE(instance().mutex_) {

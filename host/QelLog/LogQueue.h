@@ -21,20 +21,21 @@ class sink;
 
 namespace qel::log {
 
-/// The messages that wait to be written to the sinks. A thread of the queue writes them, so a sink
-/// that stalls blocks no other thread. When too many wait, the oldest is dropped. Any thread may
-/// call.
+/// The messages that are waiting to be written to the sinks. A thread of the queue writes them, so
+/// a stalled sink blocks no other thread. If the queue is full, the oldest message is dropped.
+/// Thread-safe.
 class LogQueue {
  public:
   using Sinks = std::vector<std::shared_ptr<spdlog::sinks::sink>>;
 
-  /// Never destroyed, since its destruction would wait for a thread that may stall.
+  /// The queue is never destroyed, because its destructor would wait for a thread that may be
+  /// stalled.
   static LogQueue& instance();
 
-  /// Sets the sinks, also for messages that wait, and the lowest level that is logged.
+  /// Sets the sinks, also for queued messages, and the lowest level that is logged.
   void setSinks(Sinks sinks, int lowestLevel);
-  /// Queues a message of the logger `name`. The first message starts the thread. Throws without
-  /// memory or without a thread.
+  /// Queues a message of the logger `name`. The first message starts the thread. Throws if
+  /// allocation fails or if the thread cannot start.
   void add(const std::string& name, int level, const std::string& message);
   /// See `LogManager::flush`.
   bool flush(std::chrono::milliseconds patience);
@@ -45,7 +46,7 @@ class LogQueue {
 
  private:
   class Writer;
-  /// For one message: its sinks, and how many messages were dropped before it.
+  /// The sinks for one message, and the number of messages that were dropped before it.
   struct Writing {
     std::shared_ptr<const Sinks> sinks;
     std::size_t dropped;
@@ -62,7 +63,7 @@ class LogQueue {
   utilities::Mutex mutex_;
   utilities::Condition written_;
   std::shared_ptr<const Sinks> sinks_ QEL_GUARDED_BY(mutex_);
-  /// Never destroyed.
+  /// Null until the thread starts. Never destroyed.
   spdlog::details::thread_pool* threads_ QEL_GUARDED_BY(mutex_) = nullptr;
   std::uint64_t messagesAdded_ QEL_GUARDED_BY(mutex_) = 0;
   std::uint64_t messagesWritten_ QEL_GUARDED_BY(mutex_) = 0;

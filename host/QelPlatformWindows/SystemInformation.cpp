@@ -8,7 +8,7 @@
 
 #include <windows.h>
 
-// needs windows.h before it
+// These headers need windows.h first.
 #include <lmcons.h>
 #include <psapi.h>
 
@@ -64,7 +64,8 @@ std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
 
 namespace {
 
-/// The amount in a line like "MemTotal:   16303428 kB" of a file of proc(5). 0 without such a line.
+/// The number in a line like "MemTotal: 16303428 kB" of a file that proc(5) describes; 0 if there
+/// is no line with this key.
 std::uint64_t amountInKB(const char* file, std::string_view key) {
   std::ifstream lines(file);
   for (std::string line; std::getline(lines, line);) {

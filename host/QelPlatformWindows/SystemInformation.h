@@ -5,15 +5,15 @@
 
 namespace qel::platform::windows {
 
-/// Facts about the machine and the user, read at each call. Any thread.
+/// Facts about the machine and the user, read at each call. Thread-safe.
 class SystemInformation {
  public:
-  /// Login name of the user who runs the process (UTF-8). Throws `qel::exception` when it is not
-  /// available.
+  /// The login name of the user who runs the process (UTF-8). Throws `qel::exception` if the name
+  /// is not available.
   static std::string getUserName();
 
-  /// Physical memory in use, in KB (1024 bytes): of the whole system (total less available), and of
-  /// this process (its resident set). 0 when it cannot be read.
+  /// The physical memory in use, in KB (1024 bytes). For the system: total memory minus available
+  /// memory. For this process: its resident set. 0 if the value cannot be read.
   /// @{
   static std::uint64_t getUsedPhysicalMemoryOfSystemInKB();
   static std::uint64_t getUsedPhysicalMemoryOfCurrentProcessInKB();

@@ -21,7 +21,7 @@ bool BusyWait::waitAgain() noexcept {
   const auto start = Clock::now();
   const auto mayWait = std::min(utilities::exitDeadline() - start, Patience::left());
   if (mayWait <= Clock::duration::zero()) {
-    reported_ = false;  // the file is still held
+    reported_ = false;  // the file is still locked, so `end` must not report it as free
     Patience::giveUp();
     return false;
   }

@@ -6,17 +6,17 @@
 
 namespace qel::db::sql {
 
-/// The wait of a statement while another connection holds the database file. It lasts at most as
-/// long as the thread's patience (`utilities::Patience`), and until the exit deadline
-/// (`utilities::setExitDeadline`). A long wait and its end are logged. Used by one thread at a
-/// time.
+/// The wait of a statement while another connection has locked the database file. It ends at the
+/// latest when the thread's patience (`utilities::Patience`) ends or the exit deadline
+/// (`utilities::setExitDeadline`) passes. The log reports a long wait, and later that the wait has
+/// ended. Only one thread at a time may use an object.
 class BusyWait {
  public:
   /// `log` must outlive this object.
   explicit BusyWait(const DatabaseLog& log) : log_(log) {}
 
-  /// Sleeps until the next try. Returns false if the thread may wait no longer. SQLite calls it,
-  /// and no exception may pass through SQLite.
+  /// Sleeps until the next attempt. Returns false if the thread may wait no longer. Must not throw,
+  /// because SQLite calls this function.
   bool waitAgain() noexcept;
 
   /// Ends the wait of a statement, if there was one.
@@ -26,7 +26,7 @@ class BusyWait {
   using Clock = std::chrono::steady_clock;
 
   const DatabaseLog& log_;
-  Clock::duration waited_{};  ///< by the statement under way
+  Clock::duration waited_{};  ///< how long the current statement has waited
   Clock::duration pause_ = shortestPause;
   bool reported_ = false;
 

@@ -22,7 +22,7 @@ int waitWhileBusy(void* busyWait, int /*attempts*/) {
   return static_cast<BusyWait*>(busyWait)->waitAgain() ? 1 : 0;
 }
 
-/// False when SQLite ran out of memory.
+/// Returns false if SQLite ran out of memory.
 bool readRow(sqlite3_stmt& statement, int columns, std::vector<std::string>& row) {
   row.reserve(static_cast<std::size_t>(columns));
   for (int column = 0; column < columns; ++column) {
@@ -67,7 +67,7 @@ Connection::Connection(std::filesystem::path file, BusyWait& busyWait)
 }
 
 Outcome Connection::check() {
-  run("BEGIN");  // The first read takes a lock, so the size stays the same.
+  run("BEGIN");  // The first read acquires a lock, so the size stays the same.
   Outcome outcome =
       run("SELECT page_count * page_size FROM pragma_page_count, pragma_page_size, "
           "(SELECT count(*) FROM sqlite_schema)");
@@ -78,7 +78,7 @@ Outcome Connection::check() {
   if (!outcome.isDone()) {
     return outcome;
   }
-  // In write-ahead mode the newest pages may be only in the log.
+  // In write-ahead mode the newest pages may exist only in the log.
   if (journal.rows != Result::Rows{{"wal"}} && std::stoull(outcome.rows.at(0).at(0)) > size) {
     return failed(Outcome::Status::FileIsCorrupt, "the file is truncated");
   }
@@ -98,7 +98,7 @@ Outcome Connection::prepareAndStep(const std::string& statement) {
   if (statement.size() >= std::numeric_limits<int>::max()) {
     return failed(Outcome::Status::Failed, "the statement is too long");
   }
-  // If the length includes the terminating NUL, SQLite does not copy the text.
+  // If the length includes the terminating NUL, SQLite does not copy the statement.
   const int length = static_cast<int>(statement.size()) + 1;
   sqlite3_stmt* prepared = nullptr;
   const char* rest = nullptr;
@@ -153,7 +153,7 @@ Outcome Connection::failure() const {
   if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {
     outcome.reason += ": " + std::system_category().message(systemError);
   }
-  // An error with a place in the statement quotes the text there.
+  // If an error has a position in the statement, SQLite's message quotes the text there.
   const int place = sqlite3_error_offset(database);
   outcome.reasonToBeLogged =
       place < 0 ? outcome.reason : "error at byte " + std::to_string(place) + " of the statement";

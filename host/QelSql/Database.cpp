@@ -16,7 +16,7 @@ namespace {
 
 using Status = Outcome::Status;
 
-/// Whether the calling thread may begin a long operation.
+/// Whether the calling thread may start a long operation.
 bool hasTime() {
   using utilities::Patience;
   return Patience::left() == Patience::unlimited &&
@@ -44,7 +44,7 @@ Outcome Database::prepare() {
   return outcome;
 }
 
-/// A new file is written without waits for the disk until its schema exists.
+/// Until its schema exists, a new file is written without waiting for the disk.
 Outcome Database::tryToPrepare() {
   Outcome outcome = applySchema();
   if (outcome.isDone() && isNew_) {
@@ -154,7 +154,7 @@ void Database::setAside(const std::string& reason) {
   connection_.reset();
   schema_.restart();
   if (!std::filesystem::exists(file_)) {
-    return;  // somebody else has moved it
+    return;  // another program has moved the file
   }
   const auto name = sql::setAside(file_, std::chrono::system_clock::now());
   log_.error([&] {

@@ -11,10 +11,11 @@
 
 namespace qel::db::sql {
 
-/// An open database file with its schema. A corrupt file is replaced. Used by one thread at a time.
+/// An open database file with its schema. A corrupt file is replaced. Only one thread at a time may
+/// use an object.
 ///
-/// Opening succeeds also while another connection holds the file. The file is then checked, and the
-/// schema applied, before the next statement.
+/// Opening succeeds even if another connection has locked the file. The file is then checked, and
+/// the schema is applied, before the next statement.
 class Database {
  public:
   /// Opens the file, or creates it. Throws `qel::exception`, which names the path and the reason,
@@ -23,22 +24,24 @@ class Database {
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  /// Adds a statement that creates a part of the schema (`Schema::isMadeBy`) and applies it.
+  /// Adds a statement that creates a part of the schema (`Schema::isMadeBy`) and applies the
+  /// schema.
   Outcome addToSchema(const std::string& statement);
 
-  /// Called before statements, outside a transaction. Checks the file, replaces a corrupt one, and
-  /// applies the pending part of the schema. On a thread with unlimited patience, also makes the
-  /// file shrinkable (`Schema::makeShrinkable`).
+  /// Must be called before statements, outside a transaction. Checks the file, replaces a corrupt
+  /// file, and applies the pending part of the schema. On a thread with unlimited patience, also
+  /// makes the file shrinkable (`Schema::makeShrinkable`).
   Outcome prepare();
 
   /// Runs one statement.
   Outcome run(const std::string& statement);
 
-  /// Rolls back the transaction under way, if there is one.
+  /// Rolls back the current transaction, if there is one.
   void rollBack() noexcept;
 
-  /// Called outside a transaction. If a statement has found the file corrupt, sets it aside and
-  /// begins a new one with the same schema. If that fails, `prepare` tries again.
+  /// Must be called outside a transaction. If a statement has found the file corrupt, sets the file
+  /// aside (`sql::setAside`) and starts a new file with the same schema. If that fails, `prepare`
+  /// tries again.
   void replaceIfCorrupt();
 
  private:
@@ -53,12 +56,12 @@ class Database {
   const std::filesystem::path file_;
   const DatabaseLog& log_;
   BusyWait busyWait_{log_};
-  std::optional<Connection> connection_;  ///< none while a corrupt file cannot be replaced
+  std::optional<Connection> connection_;  ///< empty while a corrupt file cannot be replaced
   bool isChecked_ = false;                ///< the file was found valid
   bool isNew_ = false;                    ///< the file has no data to lose
   Schema schema_{file_, log_};
-  std::optional<std::string> corruption_;  ///< why the file must be replaced, if it must
-  bool isOutOfReach_ = false;              ///< logged: the file cannot be replaced
+  std::optional<std::string> corruption_;  ///< why the file must be replaced, if it must be
+  bool isOutOfReach_ = false;              ///< the log has reported that replacing fails
 };
 
 }  // namespace qel::db::sql

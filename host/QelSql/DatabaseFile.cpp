@@ -63,8 +63,8 @@ void createForOwnerAlone(const std::filesystem::path& file) {
   const int error = static_cast<int>(GetLastError());
   const bool exists = error == ERROR_FILE_EXISTS;
 #else
-  // An existing file must not be opened here: its closing would release the locks of another
-  // connection of this process.
+  // An existing file must not be opened here, because closing it would release the locks of other
+  // connections of this process.
   const int created =
       open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (created != -1) {

@@ -5,13 +5,15 @@
 
 namespace qel::db::sql {
 
-/// Creates the file, empty, unless it exists. Only its owner may read and write it. SQLite gives
-/// journals the mode of their database. Throws `qel::exception` with the reason.
+/// Creates an empty file, unless the file exists. Only the owner may read and write the new file.
+/// SQLite gives journals the permissions of their database. Throws `qel::exception` with the reason
+/// if the file cannot be created.
 void createForOwnerAlone(const std::filesystem::path& file);
 
-/// Renames a corrupt database file and its companions to an unused name with the time in UTC, such
-/// as "ItemDatabase.db.corrupt-20261121T093005Z". The file must be closed. Returns the new path.
-/// Throws `qel::exception` with the reason if the file cannot be renamed.
+/// Sets a corrupt database file aside. Renames the file and its companions (`companionSuffixes`) to
+/// an unused name with the time in UTC, such as "ItemDatabase.db.corrupt-20261121T093005Z". The
+/// file must be closed. Returns the new path. Throws `qel::exception` with the reason if the file
+/// cannot be renamed.
 std::filesystem::path setAside(const std::filesystem::path& file,
                                std::chrono::system_clock::time_point now);
 

@@ -30,7 +30,7 @@ bool DatabaseLock::takeTurn() {
   return true;
 }
 
-/// Undoes one `lock`. Returns whether another thread may take it now.
+/// Undoes one `lock`. Returns whether another thread may now acquire the lock.
 bool DatabaseLock::leave() {
   const utilities::MutexLock lock(mutex_);
   return --depth_ == 0;

@@ -7,11 +7,12 @@
 
 namespace qel::db::sql {
 
-/// A recursive lock that lets one thread at a time use a database. Threads get it in the order of
-/// their requests, and wait as long as their `utilities::Patience` lasts.
+/// A recursive lock that lets one thread at a time use a database. Threads acquire the lock in the
+/// order of their requests, and wait as long as their `utilities::Patience` lasts.
 class QEL_CAPABILITY("database lock") DatabaseLock {
  public:
-  /// Takes the lock, again if this thread has it. Returns false if the patience ended first.
+  /// Acquires the lock, even if the calling thread already has it. Returns false if the thread's
+  /// patience ended first.
   bool lock() QEL_TRY_ACQUIRE(true);
   /// Undoes one `lock` that returned true.
   void unlock() QEL_RELEASE();
@@ -23,11 +24,11 @@ class QEL_CAPABILITY("database lock") DatabaseLock {
 
   utilities::Mutex mutex_;
   utilities::Condition changed_;
-  /// Valid while `depth_` is not zero.
+  /// The thread that has the lock. Valid while `depth_` is not zero.
   std::thread::id owner_ QEL_GUARDED_BY(mutex_);
-  /// How often the owner has the lock.
+  /// How often the owner has acquired the lock.
   int depth_ QEL_GUARDED_BY(mutex_) = 0;
-  /// The threads that wait.
+  /// The threads that wait for the lock, in the order of their requests.
   std::list<std::thread::id> queue_ QEL_GUARDED_BY(mutex_);
 };
 

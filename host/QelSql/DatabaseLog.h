@@ -10,15 +10,17 @@
 
 namespace qel::db::sql {
 
-/// Logs messages about one database file. Each begins with the file's name. Any thread.
+/// Logs messages about one database file. Each message begins with the file's name. Thread-safe.
 class DatabaseLog {
  public:
   explicit DatabaseLog(const std::filesystem::path& file);
 
-  /// `text` follows the name. Without memory for it, the message is dropped.
+  /// Logs a warning, in which `text` follows the file's name. Drops the message if allocation
+  /// fails.
   void warn(std::string_view text) const noexcept;
 
-  /// The text that `makeText` returns follows the name. Without memory for it, calls `outOfMemory`.
+  /// Logs an error, in which the string that `makeText` returns follows the file's name. Calls
+  /// `outOfMemory` if allocation fails.
   template <typename MakeText>
   void error(MakeText makeText) const noexcept {
     try {
@@ -27,6 +29,7 @@ class DatabaseLog {
       outOfMemory();
     }
   }
+  /// Logs that memory ran out. The message's text was allocated earlier.
   void outOfMemory() const noexcept;
 
  private:

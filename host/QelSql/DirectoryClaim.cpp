@@ -98,7 +98,7 @@ LockFile::LockFile(const std::filesystem::path& directory) {
     if (file_ == -1) {
       throwUnusable(directory, lastError());
     }
-    // An old lock file does not prove that journals can be created.
+    // An existing lock file does not prove that journals can be created in the directory.
     return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
            flock(file_, LOCK_EX | LOCK_NB) == 0;
   };
@@ -155,7 +155,7 @@ class Claims {
   std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
-// Never destroyed: a detached thread may still release a database while the process exits.
+// Never destroyed, because a detached thread may still release a database while the process exits.
 Claims& claimsOfProcess() {
   static auto* const claims = new Claims;
   return *claims;

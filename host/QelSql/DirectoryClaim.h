@@ -4,19 +4,19 @@
 
 namespace qel::db::sql {
 
-/// This process's claim to a directory with databases.
+/// A claim reserves a directory with databases for this process.
 ///
-/// The first claim of a process locks a file in the directory (`lockFileName`). Further claims
-/// share the lock, and the last one releases it. The file itself stays. The system releases the
-/// lock when the process dies. Any thread may make and destroy claims.
+/// The first claim of a process locks a file in the directory (`lockFileName`). Later claims share
+/// the lock, and the last claim releases it. The file itself is not deleted. The system releases
+/// the lock if the process terminates. Thread-safe.
 class DirectoryClaim {
  public:
-  /// Whether further claims of this process may exist at the same time.
+  /// Whether this process may have other claims of the directory at the same time.
   enum class Kind { Shared, Exclusive };
 
-  /// Throws `qel::exception`, naming the directory and the reason, when no file can be created in
-  /// the directory. Throws it also when another process has claimed the directory, or when a claim
-  /// of this process excludes this one.
+  /// Throws `qel::exception`, which names the directory and the reason, if no file can be created
+  /// in the directory. Also throws if another process has claimed the directory, or if this process
+  /// has another claim and one of the two claims is exclusive.
   explicit DirectoryClaim(const std::filesystem::path& directory, Kind kind = Kind::Shared);
   ~DirectoryClaim();
 
@@ -24,7 +24,7 @@ class DirectoryClaim {
   DirectoryClaim& operator=(const DirectoryClaim&) = delete;
 
  private:
-  std::filesystem::path directory_;  ///< canonical
+  std::filesystem::path directory_;  ///< canonical path
 };
 
 }  // namespace qel::db::sql

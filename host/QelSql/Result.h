@@ -6,15 +6,15 @@
 
 namespace qel::db::sql {
 
-/// Whether a statement succeeded, and the reason of a failure. A new object means success.
+/// Whether a statement succeeded, and the reason if it failed. A new object means success.
 class ResultBase {
  public:
-  /// Whether the statement ran to its end.
+  /// Whether the statement succeeded.
   /// @{
   bool boSuccess() const { return success_; }
   void vSuccessSet(bool success) { success_ = success; }
   /// @}
-  /// The reason of a failure. May quote the statement.
+  /// The reason for a failure. It may quote the statement.
   /// @{
   const std::string& sErrorMessageGet() const { return errorMessage_; }
   void vErrorMessageSet(const std::string& message) { errorMessage_ = message; }
@@ -25,13 +25,14 @@ class ResultBase {
   std::string errorMessage_;
 };
 
-/// The rows of a statement, with one text per column, in column order. NULL becomes the empty text.
+/// The rows of a statement, with one string per column, in column order. NULL becomes an empty
+/// string.
 class Result : public ResultBase {
  public:
-  /// In the statement's order.
+  /// The rows in the order in which the statement returned them.
   using Rows = std::vector<std::vector<std::string>>;
 
-  /// The rows, none after a failure. The reference is valid as long as this object exists.
+  /// The rows; empty after a failure. The reference is valid as long as this object exists.
   /// @{
   const Rows& result() const& { return rows_; }
   /// The rows, moved out of the result.

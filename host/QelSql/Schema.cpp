@@ -12,11 +12,12 @@ namespace {
 constexpr std::string_view tableCreation = "CREATE TABLE IF NOT EXISTS ";
 constexpr std::string_view vacuumChoice = "PRAGMA AUTO_VACUUM = INCREMENTAL";
 
-/// VACUUM takes about half a second for so many bytes, and twice the file's size on the disk.
+/// For a file of this many bytes, VACUUM takes about half a second, and twice the file's size on
+/// the disk.
 constexpr std::uintmax_t largestVacuum = std::uintmax_t{64} << 20U;
 constexpr std::chrono::minutes vacuumInterval{10};
 
-/// Far below the largest `int`, since readers of the rows keep IDs in an `int`.
+/// Far below the largest `int`, because readers of the rows store IDs in an `int`.
 constexpr std::int64_t highestUsableId = 2'000'000'000;
 
 bool startsWithKeywords(std::string_view statement, std::string_view upperCase) {
@@ -31,9 +32,9 @@ std::string tableIn(const std::string& creation) {
   return definition.substr(0, definition.find_first_of(" ("));
 }
 
-/// A query whose result is 1 if the file's table of this name can replace the one in the schema
-/// "ours", and 0 if not. Our columns must come first, in their order, and the key must not be that
-/// of an index.
+/// A query whose result is 1 if the file's table fits the table in the schema "ours", and 0 if not.
+/// The columns of "ours" must come first, in the same order. Extra columns must be nullable or have
+/// a default. The primary key must not have a separate index.
 std::string questionWhetherServes(const std::string& table) {
   const std::string ours = "pragma_table_info('" + table + "', 'ours')";
   const std::string file = "pragma_table_info('" + table + "', 'main')";
@@ -79,8 +80,8 @@ Outcome Schema::applyStatement(Connection& connection, const std::string& statem
                                                       : chooseVacuum(connection, statement);
 }
 
-/// SQLite keeps the text of a table's creation, from the name on. A table of this program has the
-/// statement's text.
+/// SQLite keeps the text of the statement that created a table, from the table's name on. For a
+/// table of this program, the text is that of `statement`.
 Outcome Schema::createTable(Connection& connection, const std::string& statement) {
   const std::string table = tableIn(statement);
   Outcome outcome = connection.run("SELECT sql FROM sqlite_schema WHERE name = '" + table +
@@ -98,7 +99,7 @@ Outcome Schema::createTable(Connection& connection, const std::string& statement
   return outcome.isDone() && hasCounter ? noteCounted(connection, table) : outcome;
 }
 
-/// A table with AUTOINCREMENT has its key as `rowid`, whatever the column's name.
+/// In a table with AUTOINCREMENT, `rowid` is the primary key, whatever the key column's name is.
 Outcome Schema::noteCounted(Connection& connection, const std::string& table) {
   Outcome outcome = connection.run("SELECT max(rowid) FROM " + table);
   if (outcome.isDone()) {
@@ -108,7 +109,7 @@ Outcome Schema::noteCounted(Connection& connection, const std::string& table) {
   return outcome;
 }
 
-/// Creates the table in memory, so that SQLite itself reads the columns from the statement.
+/// Creates the table in memory, so that SQLite itself parses the columns from the statement.
 Outcome Schema::compare(Connection& connection, const std::string& statement) {
   connection.run("DETACH ours");  // may remain from an attempt that ran out of memory
   Outcome outcome = connection.run("ATTACH ':memory:' AS ours");
@@ -127,7 +128,7 @@ Outcome Schema::compare(Connection& connection, const std::string& statement) {
   return outcome;
 }
 
-/// SQLite accepts the choice for an empty file, and for one with `auto_vacuum = FULL`.
+/// SQLite accepts the choice for an empty file, and for a file with `auto_vacuum = FULL`.
 Outcome Schema::chooseVacuum(Connection& connection, const std::string& statement) {
   const std::string question = "PRAGMA auto_vacuum";
   const Result::Rows chosen{{"2"}};
@@ -143,7 +144,7 @@ Outcome Schema::chooseVacuum(Connection& connection, const std::string& statemen
   return outcome;
 }
 
-/// Without a table's entry in `sqlite_sequence` its IDs begin at 1 again, so every call checks the
+/// If a table has no entry in `sqlite_sequence`, its IDs start at 1 again. So every call checks the
 /// entry.
 Outcome Schema::keepIdsAbove(Connection& connection, std::int64_t id) const {
   for (const auto& table : countedTables_) {
@@ -179,7 +180,8 @@ Outcome Schema::makeShrinkable(Connection& connection) {
   return outcome.status == Outcome::Status::FileIsCorrupt ? outcome : Outcome{};
 }
 
-/// The temporary copy is in the directory for temporary files, the journal next to the file.
+/// VACUUM writes its temporary copy to the directory for temporary files, and its journal next to
+/// the database file.
 bool Schema::hasRoomForVacuum() const {
   std::error_code error;
   const auto size = std::filesystem::file_size(file_, error);

@@ -15,38 +15,39 @@ namespace qel::db::sql {
 
 /// The schema that a database file needs: the choice of `auto_vacuum`, and the tables.
 ///
-/// The schema keeps its statements in their order, since the choice must come before the first
-/// table. Each statement is applied to the open file once. A statement that fails stays pending.
-/// Used by one thread at a time.
+/// The schema keeps its statements in the order of their addition, because `auto_vacuum` must be
+/// chosen before the first table exists. Each statement is applied to the open file once. A
+/// statement that fails stays pending. Only one thread at a time may use an object.
 class Schema {
  public:
   /// `log` must outlive the schema.
   Schema(std::filesystem::path file, const DatabaseLog& log);
 
   /// Whether the statement creates a part of a schema: "CREATE TABLE IF NOT EXISTS name (...)",
-  /// with a name without quotes, or "PRAGMA auto_vacuum = INCREMENTAL".
+  /// with an unquoted name, or "PRAGMA auto_vacuum = INCREMENTAL".
   static bool isMadeBy(std::string_view statement);
 
-  /// Adds such a statement, unless the schema has it.
+  /// Adds a statement for which `isMadeBy` is true, unless the schema already has it.
   void add(const std::string& statement);
 
   /// Applies the pending statements. An existing table is accepted if its first columns are those
-  /// of the statement, in their order and with the same key. Further columns must need no value.
-  /// Anything else with the table's name makes the outcome `FileIsCorrupt`. Writes nothing to a
-  /// file that has the schema.
+  /// of the statement, in the same order and with the same key. Extra columns must be nullable or
+  /// have a default. Anything else with the table's name makes the outcome `FileIsCorrupt`. Writes
+  /// nothing to a file that already has the schema.
   Outcome apply(Connection& connection);
 
-  /// Runs VACUUM on a file that was created without `auto_vacuum`, so that it can shrink. Only for
-  /// a thread that may wait for long, and outside a transaction. A failure is logged, and a retry
-  /// follows after ten minutes. The outcome is a failure only for a corrupt file.
+  /// Runs VACUUM on a file that was created without `auto_vacuum`, so that the file can shrink.
+  /// Must be called outside a transaction, on a thread that may wait for a long time. A failure is
+  /// logged. Later calls try again after ten minutes. The outcome is a failure only if the file is
+  /// corrupt.
   Outcome makeShrinkable(Connection& connection);
 
-  /// Notes the ID of an inserted row.
+  /// Records the ID of an inserted row.
   void noteId(std::int64_t id);
 
-  /// A new file replaces the earlier one: every statement is pending again. IDs in the new file
-  /// begin above the highest known ID of the earlier file. So a deletion by an earlier ID deletes
-  /// no newer row.
+  /// Must be called when a new file replaces the earlier file. Makes every statement pending again.
+  /// IDs in the new file start above the highest known ID of the earlier file. So a deletion by an
+  /// ID of the earlier file deletes no row of the new file.
   void restart();
 
  private:
@@ -64,8 +65,8 @@ class Schema {
   const DatabaseLog& log_;
 
   std::vector<std::string> statements_;
-  std::size_t applied_ = 0;                 ///< how many of the statements
-  std::vector<std::string> countedTables_;  ///< applied ones with AUTOINCREMENT
+  std::size_t applied_ = 0;                 ///< how many statements are applied
+  std::vector<std::string> countedTables_;  ///< applied tables with AUTOINCREMENT
   std::int64_t highestId_ = 0;
   std::int64_t idsBeginAbove_ = 0;
   bool cannotShrink_ = false;

@@ -65,7 +65,7 @@ class SqlDatabaseAdapter::Implementation {
   Transaction transaction_ QEL_GUARDED_BY(lock_);
 };
 
-/// A thread that opens a database does not wait.
+/// A thread that opens a database does not wait for a locked file.
 Database SqlDatabaseAdapter::Implementation::openAtOnce(const std::filesystem::path& file,
                                                         const DatabaseLog& log) {
   const Patience none(Patience::none);
@@ -91,7 +91,8 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
   return resultOf(logged(executeAlone(statement), hadGivenUp));
 }
 
-/// Logs once in a call that the thread could wait no longer.
+/// Logs a statement that was abandoned because the thread's patience ended, but only the first such
+/// statement in a call.
 Outcome SqlDatabaseAdapter::Implementation::logged(Outcome outcome, bool hadGivenUp) const {
   if (outcome.status == Status::Busy && !hadGivenUp) {
     log_.warn(": a statement was given up: " + outcome.reason);
@@ -128,7 +129,8 @@ Outcome SqlDatabaseAdapter::Implementation::executeInTransaction(const std::stri
   return outcome;
 }
 
-/// The analysis cannot follow that the guard takes the lock over and releases it at its end.
+/// The thread safety analysis cannot follow that the guard takes over the lock and releases it when
+/// it is destroyed.
 ScopeGuard SqlDatabaseAdapter::Implementation::beginTransaction() {
   const Patience patience;
   if (refused_.isUnderWay() || !lock_.lock()) {

@@ -8,22 +8,23 @@
 
 namespace qel::db::sql {
 
-/// The transaction under way on a database, with the nested ones of the same thread. Used by the
-/// thread that has the database's lock.
+/// The current transaction on a database, with the nested transactions of the same thread. Only the
+/// thread that has the database's lock may use this object.
 class Transaction {
  public:
   void begin();
   void end();
   bool isUnderWay() const { return depth_ > 0; }
-  /// Whether no nested one is under way.
+  /// Whether no nested transaction is in progress.
   bool isOutermost() const { return depth_ == 1; }
 
-  /// Later statements do not run, and the end rolls back.
+  /// Marks the transaction as failed. Later statements do not run, and the transaction is rolled
+  /// back when it ends.
   void fail(const std::string& reason);
   bool hasFailed() const { return failed_; }
   const std::string& reason() const { return reason_; }
 
-  /// During a step the transaction counts as failed, since the step may run out of memory.
+  /// During a step the transaction counts as failed, because the step may run out of memory.
   /// @{
   void beginStep() { failed_ = true; }
   void endStep() { failed_ = false; }
@@ -35,13 +36,13 @@ class Transaction {
   std::string reason_;
 };
 
-/// The transactions that failed at their beginning, because their thread did not get the database's
-/// lock. Until their end, statements of that thread do not run. Any thread.
+/// Transactions that failed to start because their thread could not acquire the database lock.
+/// Until such a transaction ends, its thread's statements are skipped. Thread-safe.
 class RefusedTransactions {
  public:
   void begin();
   void end() noexcept;
-  /// Whether the calling thread has one.
+  /// Whether the calling thread has such a transaction.
   bool isUnderWay() const;
 
  private:

@@ -33,7 +33,7 @@ class Hook {
   std::function<void()> function_ QEL_GUARDED_BY(mutex_);
 };
 
-// Never destroyed: worker threads may still break while the process exits.
+// Never destroyed, because worker threads may still call `vBreak` while the process exits.
 Hook& hook() {
   static auto* const instance = new Hook;
   return *instance;
@@ -46,7 +46,7 @@ void breakIfDebugged() {
   }
 }
 #else
-/// Linux names the tracing process in /proc/self/status, see proc(5), "TracerPid".
+/// Linux reports the tracing process in /proc/self/status: see "TracerPid" in proc(5).
 bool isDebuggerAttached() {
   std::ifstream status("/proc/self/status");
   const std::string key = "TracerPid:";
@@ -74,7 +74,8 @@ void Debugger::vBreak() {
     }
     breakIfDebugged();
   } catch (const std::bad_alloc&) {
-    // The caller handles a failure already. On most threads, an exception would end the process.
+    // The caller is already handling a failure. On most threads, an exception would terminate the
+    // process.
     return;
   }
 }

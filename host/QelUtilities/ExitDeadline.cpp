@@ -11,7 +11,7 @@ using std::chrono::steady_clock;
 
 constexpr auto unarmed = steady_clock::time_point::max();
 
-// Trivially destroyed: worker threads may still read it while the process exits.
+// Trivially destroyed, because worker threads may still read it while the process exits.
 constinit std::atomic<steady_clock::time_point> deadline{unarmed};
 
 }  // namespace
@@ -36,7 +36,7 @@ void DefaultExitDeadline::arm(milliseconds fromNow) {
 }
 
 DefaultExitDeadline::~DefaultExitDeadline() {
-  deadline.compare_exchange_strong(armed_, unarmed);  // changes nothing if `arm` armed nothing
+  deadline.compare_exchange_strong(armed_, unarmed);  // changes nothing if `arm` set no deadline
 }
 
 }  // namespace qel::utilities

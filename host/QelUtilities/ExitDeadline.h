@@ -5,34 +5,37 @@
 
 namespace qel::utilities {
 
-/// Sets a deadline for every wait in this process. When it passes, exchanges with servers in flight
-/// end within a fraction of a second, and statements stop waiting for a held database. Later waits
-/// fail at once.
+/// Sets a deadline for every wait in this process. When the deadline passes, exchanges in flight
+/// end within a fraction of a second, and statements stop waiting for a locked database. Later
+/// waits fail at once.
 ///
-/// **Values.** A later call replaces the deadline. An empty value disarms it. Zero or less means
-/// now.
+/// **Values.** A later call replaces the deadline. An empty value removes the deadline. Zero or
+/// less means now.
 ///
-/// **Use.** The host arms it just before it joins and releases what stores and sends. Any thread.
+/// **Use.** The host should set the deadline just before it joins and releases the objects that
+/// store and send items. Thread-safe.
 ///
-/// **At exit.** After the first HTTPS exchange, the end of the process arms the deadline with zero.
-/// This may happen after static objects are destroyed. A host with a static client arms the
-/// deadline before `exit`.
+/// **At exit.** If the process has made an HTTPS exchange, it sets the deadline to now when it
+/// exits. This may happen after static objects are destroyed. So a host with a static client should
+/// set the deadline before it calls `exit`.
 void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 
-/// The deadline, or the clock's end while none is armed. Any thread, until the process ends. A
-/// waiting thread reads it repeatedly, since the deadline may be armed meanwhile.
+/// The deadline, or `time_point::max()` if none is set. Thread-safe; may be called until the
+/// process ends. A waiting thread must read the deadline repeatedly, because it may be set during
+/// the wait.
 std::chrono::steady_clock::time_point exitDeadline();
 
-/// An exit deadline where the host has armed none, such as for the release of a client.
+/// Sets an exit deadline if the host has set none, for example while a client is released.
 class DefaultExitDeadline {
  public:
   DefaultExitDeadline() = default;
   DefaultExitDeadline(const DefaultExitDeadline&) = delete;
   DefaultExitDeadline& operator=(const DefaultExitDeadline&) = delete;
-  /// Disarms the deadline that `arm` has armed, unless another one was armed since.
+  /// Removes the deadline that `arm` has set, unless it was replaced since then.
   ~DefaultExitDeadline();
 
-  /// Does nothing when a deadline is armed. Any thread, once.
+  /// Sets the deadline, unless a deadline is already set. May be called on any thread, but only
+  /// once.
   void arm(std::chrono::milliseconds fromNow);
 
  private:

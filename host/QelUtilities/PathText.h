@@ -5,7 +5,7 @@
 
 namespace qel::utilities {
 
-/// A path from its UTF-8 text, whatever the platform's narrow encoding is.
+/// Converts UTF-8 text to a path, whatever the platform's narrow encoding is.
 inline std::filesystem::path pathFromUtf8(const std::string& text) {
   return {std::u8string(text.begin(), text.end())};
 }

@@ -5,7 +5,8 @@
 namespace qel::utilities {
 namespace {
 
-/// Of this thread. Trivially destroyed, so it can be read until the thread ends.
+/// The innermost object of this thread; null if there is none. Trivially destroyed, so it can be
+/// read until the thread ends.
 constinit thread_local Patience* innermost = nullptr;
 
 }  // namespace

@@ -4,44 +4,45 @@
 
 namespace qel::utilities {
 
-/// How long the calling thread may wait, while the object lives, for something that others use,
-/// such as a database file. The limit applies to the sum of all waits.
+/// A thread's patience: how long the thread may wait for resources that others use, such as a
+/// database file. The limit applies to the sum of all waits while the object exists.
 ///
-/// A thread without patience never waits, so a worker declares its patience where its work begins.
-/// An object inside another one can only shorten the time that the outer one leaves. Objects end in
-/// the reverse order of their construction, on the thread that made them.
+/// A thread without an object never waits, so a worker must declare its patience when it starts. A
+/// nested object can only shorten the remaining time of the outer object. Objects must be destroyed
+/// in the reverse order of their construction, on the thread that created them.
 class Patience {
  public:
-  /// The time of a wait.
+  /// The duration of a wait.
   using Duration = std::chrono::steady_clock::duration;
 
-  /// Of a worker, which may wait until it is its turn.
+  /// The patience of a worker, which may wait without a limit.
   static constexpr Duration unlimited = Duration::max();
-  /// Of a host's thread, in one call.
+  /// The patience of a host's thread in one call.
   static constexpr Duration ofHost = std::chrono::milliseconds(250);
-  /// Of a host's thread that asks for an export.
+  /// The patience of a host's thread that requests an export.
   static constexpr Duration ofExport = std::chrono::seconds(5);
-  /// Of a call that does later what it cannot do at once.
+  /// The patience of a call that postpones what it cannot do at once.
   static constexpr Duration none = Duration::zero();
 
-  /// Declares how long the thread may wait.
+  /// Declares how long the calling thread may wait.
   explicit Patience(Duration limit);
-  /// Keeps what the thread has declared. A thread that has declared nothing is a host's thread, and
-  /// gets `ofHost`. For operations that a host may call.
+  /// For operations that a host may call. Keeps the patience that the thread has declared. A thread
+  /// that has declared none is a host's thread, and gets `ofHost`.
   Patience();
   ~Patience();
 
   Patience(const Patience&) = delete;
   Patience& operator=(const Patience&) = delete;
 
-  /// How much longer the calling thread may wait; zero without an object.
+  /// How much longer the calling thread may wait; zero if it has no object.
   static Duration left();
-  /// Subtracts a wait of the calling thread.
+  /// Subtracts the duration of a wait from the calling thread's patience.
   static void spend(Duration waited);
 
-  /// Notes that the calling thread could wait no longer for something that it needed.
+  /// Records that the calling thread's patience ended before the thread got what it needed.
   static void giveUp();
-  /// Whether it has given up in this call. The rest of the call is then not worth a try.
+  /// Whether the calling thread has given up in this call. The rest of the call is then not worth
+  /// trying.
   static bool hasGivenUp();
 
  private:

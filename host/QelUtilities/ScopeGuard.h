@@ -5,16 +5,16 @@
 
 namespace qel {
 
-/// Runs an action when it is destroyed. The action must not throw. A guard can be moved, not
+/// Runs an action when it is destroyed. The action must not throw. A guard can be moved but not
 /// copied. A moved-from or default-constructed guard does nothing.
 class [[nodiscard]] ScopeGuard {
  public:
-  /// Without an action, or with `atEnd`, which may be empty.
+  /// A guard without an action, or with the action `atEnd`, which may be empty.
   /// @{
   ScopeGuard() = default;
   explicit ScopeGuard(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
   /// @}
-  /// Takes over the other's action. An assignment first runs the action of this guard.
+  /// Takes over the other guard's action. An assignment first runs the action of this guard.
   /// @{
   ScopeGuard(ScopeGuard&& other) noexcept : atEnd_(std::exchange(other.atEnd_, nullptr)) {}
   ScopeGuard& operator=(ScopeGuard&& other) noexcept {

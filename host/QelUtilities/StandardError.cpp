@@ -11,7 +11,7 @@ bool standardErrorTakesLine() {
 #ifdef _WIN32
   return true;
 #else
-  // `poll` reports a pipe as writable while it takes PIPE_BUF bytes, 4096 on Linux.
+  // `poll` reports a pipe as writable while it accepts PIPE_BUF bytes (4096 on Linux).
   pollfd standardError{STDERR_FILENO, POLLOUT, 0};
   return poll(&standardError, 1, 0) == 1 && standardError.revents == POLLOUT;
 #endif

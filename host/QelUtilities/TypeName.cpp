@@ -20,7 +20,7 @@ std::string typeName(const std::type_info& type) {
     return demangled.get();
   }
 #endif
-  // Some compilers put the kind of type first.
+  // Some compilers put the kind of type before the name.
   std::string_view name = type.name();
   for (const std::string_view kind : {"class ", "struct "}) {
     if (name.starts_with(kind)) {

@@ -5,8 +5,8 @@
 
 namespace qel::utilities {
 
-/// The name of a type as source code writes it, for messages. Where that is not available, the
-/// compiler's own name.
+/// The name of a type as it is written in source code, for use in messages. If that name is not
+/// available, the compiler's internal name.
 std::string typeName(const std::type_info& type);
 
 }  // namespace qel::utilities
