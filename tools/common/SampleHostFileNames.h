@@ -1,6 +1,7 @@
 #pragma once
 
-/// Names of the files that qel-sample-host itself keeps in its directory, in addition to the recordings.
+/// Names of the files that qel-sample-host itself keeps in its directory, in addition to the
+/// recordings.
 namespace qel::tools {
 
 inline constexpr const char* sampleHostLog = "qel-sample-host.log";
