@@ -1,4 +1,4 @@
-// Measures one figure per run, so that no other work shares the measured process.
+// Measures one figure per run, so that the measured process does no other work.
 
 #include "benchmarks/Figures.h"
 

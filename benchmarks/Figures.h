@@ -4,20 +4,20 @@
 
 namespace qel::benchmarks {
 
-/// Measures the longest calls on a host's thread while another connection holds both databases for
-/// twenty seconds and the queue overflows. Prints "kind of call: milliseconds" lines.
+/// Measures the longest calls on a host thread while another connection keeps both databases locked
+/// for twenty seconds and the queue overflows. Prints "kind of call: milliseconds" lines.
 void measureHostThread();
 
-/// Measures the cost of an active client while nothing happens, and prints it. A second memory
-/// observer on the same databases runs `speed` times as fast as real time. So a minute's run can
-/// take the samples of an hour.
+/// Measures and prints the CPU time and the memory that an active client uses while nothing
+/// happens. A second memory observer on the same databases runs `speed` times as fast as real time,
+/// so that a run of a minute can take the samples of an hour.
 void measureIdleClient(int simulatedMinutes, int speed);
 
-/// Measures the memory that a pass over a full sending database takes beyond that of the idle
-/// client. Prints it and the size of the rows, in bytes.
+/// Measures how much more memory a pass over a full sending database uses than the idle client.
+/// Prints this amount and the size of the rows, both in bytes.
 void measurePassMemory();
 
-/// Measures the time that `Client::activate` takes on the host's thread, with the databases in
+/// Measures how long `Client::activate` takes on the host thread, with the databases in
 /// `directory`. Prints milliseconds.
 void measureStart(const std::string& directory);
 

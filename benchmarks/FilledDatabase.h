@@ -13,15 +13,15 @@ struct FilledDirectory {
   const test::TemporaryDirectory directory;
 };
 
-/// A client that uses such a database.
+/// A database client that uses the database of a `FilledDirectory`.
 struct FilledDatabase : FilledDirectory {
-  /// Throws `std::logic_error` when the client replaces the database by a new one.
+  /// Throws `std::logic_error` if the client replaces the database with a new one.
   explicit FilledDatabase(int rows);
 
   log::analytics::CipDatabaseClient client;
 };
 
-/// The same without a client.
+/// The database of a `FilledDirectory`, used without a client.
 struct FilledRawDatabase : FilledDirectory {
   explicit FilledRawDatabase(int rows) : FilledDirectory(rows) {}
 

@@ -41,7 +41,7 @@ class Longest {
   steady_clock::duration time_{};
 };
 
-/// Holds both databases of a client.
+/// Keeps both databases of a client locked until `release` is called.
 class Holder {
  public:
   explicit Holder(const std::filesystem::path& directory)

@@ -25,7 +25,7 @@ std::uint64_t residentKilobytes() {
   return platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
 }
 
-/// Of all threads of the process.
+/// The CPU time of all threads of the process.
 double cpuSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 }  // namespace

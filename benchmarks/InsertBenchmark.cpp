@@ -20,7 +20,7 @@ using std::chrono::microseconds;
 constexpr auto Items = log::analytics::CipDatabaseClientInterface::Items;
 constexpr std::chrono::duration<double> period{1.0};
 
-/// Small enough that each iteration reuses the memory of the one before, as in a host.
+/// Small enough that each iteration reuses the memory of the previous iteration, as in a host.
 constexpr int batchSize = 1'000;
 
 /// Builds and adds one item. The worker is not started.
@@ -37,7 +37,7 @@ void insert(benchmark::State& state) {
 }
 BENCHMARK(insert)->Name("insert/ours")->Iterations(100)->UseManualTime();
 
-/// The same strings and map, moved into a reserved vector under a mutex.
+/// Builds the same strings and map, and moves them into a preallocated vector under a mutex.
 void insertLimit(benchmark::State& state) {
   struct Record {
     std::string command;
@@ -63,7 +63,8 @@ void insertLimit(benchmark::State& state) {
 }
 BENCHMARK(insertLimit)->Name("insert/limit")->Iterations(100)->UseManualTime();
 
-/// Builds and adds an item every `interval`, and returns the time of each in microseconds.
+/// Builds and adds an item every `interval`, and returns the duration of each addition in
+/// microseconds.
 std::vector<double> latencies(AccumulatingDispatcher& dispatcher, int count,
                               microseconds interval) {
   std::vector<double> times;
@@ -78,7 +79,7 @@ std::vector<double> latencies(AccumulatingDispatcher& dispatcher, int count,
   return times;
 }
 
-/// Four threads add 20,000 items a second each for two seconds, while the worker renders them.
+/// Four threads each add 20,000 items per second for two seconds, while the worker renders them.
 void insertContended(benchmark::State& state) {
   constexpr int threadCount = 4;
   constexpr int addsOfEach = 40'000;

@@ -46,8 +46,8 @@ Messages makeMessages() {
   return messages;
 }
 
-/// Issues like those of a large model: few kinds of message, two objects each. Many differ only in
-/// their ids, which are compared last.
+/// Issues like those of a large model: there are few kinds of messages, and each issue has two
+/// objects. Many issues differ only in their IDs, which are compared last.
 Issues makeIssues(std::size_t count, const Messages& messages) {
   Issues issues;
   for (std::size_t number = 0; number < count; ++number) {
@@ -63,12 +63,12 @@ Issues makeIssues(std::size_t count, const Messages& messages) {
   return issues;
 }
 
-/// The time of one `issueAdded` for a new issue. The argument is the number of issues recorded
-/// before. Each iteration measures a batch of additions. Then it removes the batch and waits until
-/// the queue is empty, so that neither the cache nor the queue grows.
+/// Measures one call of `issueAdded` for a new issue. The argument is the number of issues that are
+/// already recorded. Each iteration measures a batch of additions, then removes the batch and waits
+/// until the queue is empty. So neither the cache nor the queue grows.
 void issueAdded(benchmark::State& state) {
   constexpr std::size_t batchSize = 50;
-  constexpr std::size_t emptiedEvery = 2'500;  // a quarter of what the queue holds
+  constexpr std::size_t emptiedEvery = 2'500;  // a quarter of the queue's capacity
   constexpr bool hidden = false;
   MemoryStorage storage;
   storage.parameter.isSendingAllowed = [] { return false; };
@@ -102,5 +102,6 @@ void issueAdded(benchmark::State& state) {
 
 }  // namespace
 
-// The library would choose the number of iterations by the measured part alone.
+// The number of iterations is fixed, because the library would choose it by the measured part
+// alone.
 BENCHMARK(issueAdded)->RangeMultiplier(10)->Range(100, 100'000)->Iterations(2'000)->UseManualTime();

@@ -3,8 +3,8 @@
 
 namespace {
 
-/// A host has several threads, and locks cost more there than in a process with one thread. So the
-/// benchmarks and their limits run in a process with a second thread.
+/// Keeps a second thread running during the benchmarks and their limits. A host has several
+/// threads, and locks cost more there than in a process with one thread.
 class OtherThread {
  public:
   OtherThread() = default;

@@ -23,7 +23,7 @@ namespace {
 
 using namespace log::analytics;
 
-/// A value of the process's status, in bytes.
+/// A value of `/proc/self/status`, in bytes.
 long statusValue(const std::string& name) {
   std::ifstream status("/proc/self/status");
   std::string word;
@@ -37,10 +37,10 @@ long statusValue(const std::string& name) {
   throw std::runtime_error("the process's status lacks " + name);
 }
 
-/// Resets the recorded peak of the resident size.
+/// Resets the peak of the resident size that the system has recorded.
 void forgetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
 
-/// Runs the work in its own process, so that the memory of this process does not change.
+/// Runs the work in a child process, so that the memory of this process does not change.
 template <typename Work>
 void elsewhere(Work work) {
   const pid_t child = ::fork();
@@ -51,7 +51,7 @@ void elsewhere(Work work) {
   ::waitpid(child, nullptr, 0);
 }
 
-/// Reports when the vacuum that ends a pass is done.
+/// A database client that sets `passed` after the vacuum that ends a sending pass.
 class WatchedDatabaseClient : public CipDatabaseClient {
  public:
   explicit WatchedDatabaseClient(std::atomic<bool>& passed) : passed_(passed) {}

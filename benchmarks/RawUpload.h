@@ -7,8 +7,8 @@
 
 namespace qel::benchmarks {
 
-/// One libcurl handle that is reused to post bodies as the client posts its packages. A failure
-/// ends the program.
+/// One libcurl handle, which posts all bodies in the way in which the client posts packages. A
+/// failure terminates the program.
 class RawUpload {
  public:
   explicit RawUpload(const ServerProcess& server);

@@ -42,7 +42,7 @@ struct Texts {
   Details details;
 };
 
-/// The keys need no escaping, and all values are texts.
+/// Requires that the keys need no escaping. All values are strings.
 std::string renderByHand(const Texts& texts) {
   std::string out;
   out.reserve(512);

@@ -27,10 +27,10 @@ using RowMap = CipDatabaseClient::RowMap;
 constexpr std::size_t packageSize = 1'000'000;
 constexpr int packagesToUpload = 30;
 
-/// The rows of a database, as a pass holds them in memory.
+/// The rows of a new database, in the form in which a sending pass keeps them in memory.
 RowMap rowsOf(int count) { return FilledDatabase(count).client.getAllItems(); }
 
-/// Packs the rows as a pass does and passes the text of each package to `take`.
+/// Packs the rows as a sending pass does, and calls `take` with the text of each package.
 template <typename Take>
 void packAll(const RowMap& rows, Take take) {
   PackageBatch batch(packageSize);
@@ -71,7 +71,7 @@ void pack(benchmark::State& state) {
 }
 BENCHMARK(pack)->Name("pack")->Iterations(5)->Unit(benchmark::kMillisecond);
 
-/// On a connection that is already open.
+/// Uploads packages on a connection that is already open.
 void upload(benchmark::State& state) {
   const ServerProcess server;
   protocol::https::Message message{.host = ServerProcess::host,
@@ -109,7 +109,7 @@ void uploadLimit(benchmark::State& state) {
 }
 BENCHMARK(uploadLimit)->Name("upload/limit")->Apply(once);
 
-/// Sends and empties a database, on a new connection.
+/// Sends all rows of a database on a new connection, and deletes them.
 void pass(benchmark::State& state, int rows) {
   const ServerProcess server;
   const auto logger = log::LogManager::instance().getLogger("benchmark");
@@ -122,7 +122,8 @@ void pass(benchmark::State& state, int rows) {
 }
 BENCHMARK_CAPTURE(pass, full, rowsOfFullDatabase)->Name("whole pass/ours")->Apply(once);
 
-/// The limits of reading, packing, uploading and deleting, one after the other on the same rows.
+/// The limit of a whole pass: runs the limits of reading, packing, uploading and deleting one after
+/// the other on the same rows.
 void passLimit(benchmark::State& state) {
   const ServerProcess server;
   const auto packages = packagesOf(rowsOf(rowsOfFullDatabase));

@@ -6,8 +6,8 @@
 
 namespace qel::benchmarks {
 
-/// A web server that reads requests and answers 204. It has its own process, so that its work and
-/// memory are not measured. Only one exists at a time.
+/// A web server that reads requests and answers 204. It runs in its own process, so that its work
+/// and memory are not measured. Only one object may exist at a time.
 class ServerProcess {
  public:
   /// Starts the server and directs this process's requests for `host` to it.
@@ -21,7 +21,7 @@ class ServerProcess {
   static constexpr const char* contentType = "application/json; charset=utf-8";
 
   const std::string& address() const { return address_; }
-  /// The file (PEM) of the authority that issued the server's certificate.
+  /// The PEM file with the certificate of the authority that issued the server's certificate.
   static std::string caFile();
 
  private:

@@ -15,27 +15,27 @@
 
 namespace qel::benchmarks {
 
-/// Parameter of a client that may store rows for support.
-/// With `isSendingAllowed` it may also store rows for sending, and starts sending when activated.
+/// The activation parameter of a client that may store rows for support. If `isSendingAllowed` is
+/// true, the client may also store rows for sending, and starts to send when it is activated.
 log::analytics::parameters::ActivateParameter activation(const std::string& directory,
                                                          bool isSendingAllowed);
 
-/// A database pair in a new directory, initialized.
+/// An initialized database pair in a new directory.
 class Storage {
  public:
   Storage();
 
-  /// Inserts rendered items and waits until they are stored. The texts outlive the call.
+  /// Inserts rendered items and waits until they are stored.
   void store(const std::vector<std::string>& texts);
 
-  /// Starts the worker's period, so that it does not end within a batch.
+  /// Restarts the worker's period, so that it does not end within a batch.
   void beginPeriod() { databases_.join(); }
 
-  /// The smaller number of rows of the two databases.
+  /// The number of rows in the database that has fewer of them.
   std::size_t rowsStored() const;
 
  private:
-  /// A sending database that takes rows whatever its size.
+  /// A sending database that accepts rows regardless of its size.
   class UncappedDatabaseClient : public log::analytics::CipDatabaseClient {
    public:
     std::optional<std::uint64_t> getDatabaseFileSize() override { return 0; }
@@ -47,7 +47,7 @@ class Storage {
       std::make_unique<log::analytics::SupportDatabaseClient>(std::nullopt)};
 };
 
-/// The number of rows of the worker's largest batch.
+/// The maximum number of rows in a batch of the worker.
 constexpr int rowsOfBatch = 10'000;
 
 /// Rendered items that fill one batch.

@@ -6,7 +6,8 @@
 
 namespace qel::benchmarks {
 
-/// Runs the measured part of an iteration. Work of `count` equal steps yields the time of one step.
+/// Runs `work` and reports its duration as the time of the iteration. If `work` consists of `count`
+/// equal steps, reports the time of one step.
 template <typename Work>
 void measure(benchmark::State& state, Work work, int count = 1) {
   const auto begin = std::chrono::steady_clock::now();
@@ -22,12 +23,13 @@ inline void expect(benchmark::State& state, bool condition, const char* message)
   }
 }
 
-/// For work of milliseconds whose preparation is not measured: one iteration per repetition.
+/// For work that takes milliseconds and whose preparation is not measured: one iteration per
+/// repetition.
 inline void once(benchmark::internal::Benchmark* work) {
   work->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 }
 
-/// The same for increasing numbers of rows, which show how the cost grows.
+/// Like `once`, but for increasing numbers of rows, which show how the cost grows.
 inline void growing(benchmark::internal::Benchmark* work) {
   once(work);
   for (int rows = 10'000; rows <= 160'000; rows *= 2) {

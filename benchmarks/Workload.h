@@ -10,12 +10,12 @@ namespace qel::benchmarks {
 
 using Details = std::map<std::string, std::string>;
 
-/// The number of rows that fill a sending database up to its largest size.
+/// The number of rows that fill a sending database up to its size limit.
 constexpr int rowsOfFullDatabase = 97'500;
 
 inline std::string commandText() { return "CreatePipeOnRoute"; }
 
-/// The six details of a typical command. The number makes each command different.
+/// The six details of a typical command. `number` makes each command different.
 inline Details commandDetails(int number) {
   Details details;
   details.emplace("No", std::to_string(100'000 + number));
@@ -27,14 +27,15 @@ inline Details commandDetails(int number) {
   return details;
 }
 
-/// The item of a typical command. Rendered, it has about 300 bytes: six texts and the details.
+/// The item of a typical command. Its rendered form has about 300 bytes: six strings and the
+/// details.
 inline std::unique_ptr<log::analytics::items::CommandItem> makeItem(int number) {
   using log::analytics::items::CommandItem;
   return std::make_unique<CommandItem>(commandText(), CommandItem::State::Started,
                                        commandDetails(number));
 }
 
-/// Gives items the ids that make their texts as long as in practice.
+/// Sets typical installation and session IDs, so that rendered items are as long as in practice.
 inline void identifyProcess() {
   using log::analytics::items::BaseItem;
   BaseItem::setInstallationId("QEL-20417");

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws an SVG of the cost of storing, sending and deleting by the number of rows."""
+"""Draws an SVG chart of the cost of storing, sending and deleting by the number of rows."""
 
 import argparse
 import json
@@ -20,7 +20,7 @@ STYLE = """
 
 
 def nice_steps(low, high):
-    """The multiples 1, 2 and 5 of powers of ten that enclose the values."""
+    """The multiples (by 1, 2 and 5) of powers of ten that enclose the values."""
     steps = [base * 10.0**power for power in range(-3, 7) for base in (1, 2, 5)]
     first = max(index for index, step in enumerate(steps) if step <= low)
     last = min(index for index, step in enumerate(steps) if step >= high)

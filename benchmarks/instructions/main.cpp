@@ -1,4 +1,4 @@
-// Runs one path of the client a number of times, for a tool that counts the instructions inside
+// Runs one code path of the client repeatedly, for a tool that counts the instructions inside
 // `measured`. Prints nothing.
 
 #include <chrono>
@@ -19,7 +19,8 @@ using qel::benchmarks::makeItem;
 
 constexpr auto Items = CipDatabaseClientInterface::Items;
 
-/// The counted part. The tool finds it by its name, so no other function may have it.
+/// The part that is counted. The tool finds this function by its name, so no other function may
+/// have the same name.
 template <typename Path>
 [[gnu::noinline]] void measured(Path path) {
   path();
@@ -35,7 +36,7 @@ void insert(int count) {
   });
 }
 
-/// Returns the bytes rendered.
+/// Renders `count` items and returns their total size in bytes.
 std::size_t render(int count) {
   const auto item = makeItem(0);
   std::size_t size = 0;

@@ -12,7 +12,7 @@ namespace qel::collector {
 /// The answer to a request.
 struct Answer {
   int status = 0;
-  std::string text;  ///< for the log; also for the client if the fault is its own
+  std::string text;  ///< for the log; for status 4xx also for the client
 };
 
 /// The answer to a stored package.

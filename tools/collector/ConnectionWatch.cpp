@@ -7,9 +7,10 @@
 
 namespace qel::collector {
 
-/// What the TLS library calls.
+/// The callbacks for the TLS library.
 struct ConnectionWatch::Callbacks {
-  /// Where a connection of the TLS library refers to ours.
+  /// The index under which a connection of the TLS library stores the address of its
+  /// `WatchedConnection`.
   static int index() {
     static const int number = SSL_get_ex_new_index(0, nullptr, nullptr, nullptr, onFree);
     return number;
@@ -23,7 +24,7 @@ struct ConnectionWatch::Callbacks {
     auto* const connection = find(ssl);
     if ((where & SSL_CB_HANDSHAKE_START) != 0 && connection == nullptr) {
       auto* const watch = static_cast<ConnectionWatch*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(ssl)));
-      // The library passes its own object as constant only to prevent misuse.
+      // The object is not const. The TLS library passes it as const only to prevent misuse.
       watch->add(const_cast<SSL*>(ssl));
     } else if ((where & SSL_CB_HANDSHAKE_DONE) != 0 && connection != nullptr) {
       connection->watch.noteEncryption(*connection);
@@ -114,7 +115,8 @@ std::string ConnectionWatch::peerOfThisWorker() {
 void ConnectionWatch::endConnectionOfThisWorker() {
   const utilities::MutexLock lock(mutex_);
   const WatchedConnection& connection = connections_.ofThisWorker();
-  // The first ends reading of decrypted bytes, the second of those that wait in the socket.
+  // The first call stops the reading of decrypted bytes. The second call stops the reading of bytes
+  // that are pending in the socket.
   SSL_set_shutdown(connection.ssl, SSL_RECEIVED_SHUTDOWN);
   ::shutdown(connection.socket, SHUT_RD);
 }

@@ -10,20 +10,22 @@
 
 namespace qel::collector {
 
-/// Cuts connections that hold a worker of the server without need. The HTTP library limits only the
-/// time of each single read. A client that sends byte by byte could hold a worker for good, and
-/// send a request's head of any size.
+/// Cuts (shuts down) connections that occupy a worker of the server needlessly. The HTTP library
+/// limits only the time of each read. Without the watch, a client that sends byte by byte could
+/// occupy a worker forever, or send request headers of any size.
 ///
-/// **Limits.** A request's head has a short time and a small number of bytes. The body of a request
-/// with valid credentials then has a time of its own. While all workers are taken, the connection
-/// whose patience ended first makes room. Each byte of a known sender's body prolongs its patience.
+/// **Limits.** Request headers are limited in time and size. The body of a request with valid
+/// credentials has a separate time limit. While all workers are busy, each connection keeps its
+/// worker only for a short time, its patience. The connection whose patience expired first is cut.
+/// Each byte of a known sender's body extends the patience of its connection.
 ///
-/// **Threads.** Callbacks of the TLS context report connections, on the workers' threads. A thread
-/// of its own keeps the time. Any thread may call.
+/// **Threads.** Thread-safe. Callbacks of the TLS context report connections on the worker threads.
+/// A dedicated thread enforces the time limits.
 ///
 /// **Lifetime.** The watch must outlive every connection of the context that it watches.
 ///
-/// It logs every connection that it cuts, and every one that ends before its TLS handshake.
+/// **Log.** One line for each connection that is cut, and for each connection that ends before its
+/// TLS handshake is complete.
 class ConnectionWatch {
  public:
   explicit ConnectionWatch(const ConnectionLimits& limits);
@@ -31,24 +33,30 @@ class ConnectionWatch {
   ConnectionWatch& operator=(const ConnectionWatch&) = delete;
   ~ConnectionWatch();
 
-  /// From now on watches the connections of this context. To be called once, before the first.
+  /// Starts to watch the connections of `context`. Must be called once, before the first
+  /// connection.
   void attachTo(SSL_CTX& context);
 
-  /// The head of a request was read; its body may come.
+  /// Must be called after the headers of a request have been read. Starts the time limit of a known
+  /// sender's body.
   void admitBody(const SSL* ssl, Sender sender);
-  /// The body was read. The client has no influence on the time until the answer.
+  /// Ends the limits of a request body. Must be called after the body has been read, because the
+  /// client cannot influence the time until the answer.
   void awaitAnswer(const SSL* ssl);
-  /// The request was answered; the connection waits for the next.
+  /// Starts the limits of the next request headers. Must be called after a request has been
+  /// answered.
   void awaitHead(const SSL* ssl);
 
-  /// The other end, as "address:port", of the connection that this worker serves.
+  /// The remote address, as "address:port", of the connection that the calling worker serves.
   std::string peerOfThisWorker();
 
-  /// Nothing more is read from the connection that this worker serves; the library then closes it.
+  /// Stops reading from the connection that the calling worker serves, so that the HTTP library
+  /// closes it.
   void endConnectionOfThisWorker();
 
-  /// For a server that stops: cuts every connection at once, except those with a known sender's
-  /// request under way. These are cut after their answer, or when their last time is over.
+  /// Must be called when the server stops. Cuts every connection at once, except connections with a
+  /// known sender's request in progress. These are cut after their answer, or when
+  /// `ConnectionLimits::lastBodyTime` has passed.
   void stop();
 
  private:

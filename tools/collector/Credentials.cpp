@@ -58,7 +58,7 @@ Credentials::Credentials(std::istream& lines, const std::string& name) {
 Credentials Credentials::fromFile(const std::filesystem::path& file) {
   const std::string name = utilities::utf8FromPath(file);
   std::ifstream lines(file);
-  // A directory can be opened, but not read.
+  // Opening a directory succeeds, but reading it fails.
   if (!lines || (lines.peek() == std::ifstream::traits_type::eof() && !lines.eof())) {
     throw tools::InputError("cannot read the credentials file " + name + ": " +
                             std::generic_category().message(errno));
@@ -73,7 +73,7 @@ bool Credentials::accept(std::string_view authorization) const {
   const Sha256 given = sha256(authorization.substr(scheme.size()));
   bool known = false;
   for (const Sha256& token : tokens_) {
-    // The loop has no early end, so its time does not depend on the match.
+    // The loop never ends early, so its duration does not depend on a match.
     known |= CRYPTO_memcmp(given.data(), token.data(), given.size()) == 0;
   }
   return known;

@@ -10,20 +10,20 @@
 
 namespace qel::collector {
 
-/// The users who may send. Keeps only digests of the Basic authentication, so it cannot disclose a
-/// user's name or a secret. Neither the answer nor its time shows whether the user is unknown or
-/// the secret is wrong. Any thread once constructed.
+/// The users who may send. Keeps only digests of the Basic authentication values, so it cannot
+/// disclose a user name or a secret. Neither the result nor the duration of `accept` shows whether
+/// the user is unknown or the secret is wrong. Thread-safe after construction.
 class Credentials {
  public:
-  /// Reads lines `user:secret`. Skips blank lines and lines that begin with `#`. Throws
-  /// `tools::InputError` with `name` and the line number for any other line, and for no user at
-  /// all.
+  /// Reads `user:secret` lines. Skips blank lines and lines that start with `#`. Throws
+  /// `tools::InputError` with `name` and the line number for any other line and for a repeated
+  /// user. Throws `tools::InputError` with `name` if there is no user.
   Credentials(std::istream& lines, const std::string& name);
 
-  /// The same from a file.
+  /// Reads the credentials from a file.
   static Credentials fromFile(const std::filesystem::path& file);
 
-  /// Whether this value of an Authorization header belongs to a user.
+  /// Whether `authorization`, the value of an Authorization header, is valid for one of the users.
   bool accept(std::string_view authorization) const;
 
  private:

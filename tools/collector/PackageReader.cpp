@@ -15,7 +15,8 @@ namespace {
 
 using log::analytics::format::packageVersion;
 
-/// The longest frame that is read. A client's frame has 60 bytes.
+/// The maximum size of a frame (a package without its rows) in bytes. A client's frame has 60
+/// bytes.
 constexpr std::size_t longestFrame = 4096;
 
 std::string_view reasonFor(tools::RowVerdict verdict) {
@@ -23,7 +24,7 @@ std::string_view reasonFor(tools::RowVerdict verdict) {
                                                        : "row is no JSON object";
 }
 
-/// The names of the frame's lists, in order. Nothing if it is not the frame of a package.
+/// The names of the frame's lists, in order; `std::nullopt` if it is not the frame of a package.
 std::optional<std::vector<std::string>> listNames(const std::string& frame) {
   using Json = nlohmann::ordered_json;
   if (frame.size() > longestFrame || frame.find('\0') != std::string::npos) {
@@ -44,12 +45,12 @@ std::optional<std::vector<std::string>> listNames(const std::string& frame) {
       names.push_back(name);
     }
   }
-  // The parser keeps one of two equal members, and other members would be lost.
+  // A frame with duplicate or unknown members is not accepted, because these members would be lost.
   const bool isWhole = members == 1 + names.size();
   return isWhole ? std::optional(std::move(names)) : std::nullopt;
 }
 
-/// The distinct texts of `rows` with their numbers, in the order of first occurrence.
+/// The distinct texts of `rows`, in the order of their first occurrence, and how often each occurs.
 std::vector<std::pair<std::string_view, std::size_t>> counted(
     const std::vector<std::string_view>& rows) {
   std::vector<std::pair<std::string_view, std::size_t>> distinct;

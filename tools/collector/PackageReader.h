@@ -8,34 +8,34 @@
 
 namespace qel::collector {
 
-/// A text to store as a row, once however often the package has it.
+/// A text to store as one row, even if the package contains it several times.
 struct Row {
-  std::string_view text;  ///< as it was sent, byte for byte
-  std::size_t count = 1;  ///< how often the package has it
+  std::string_view text;  ///< as sent, byte for byte
+  std::size_t count = 1;  ///< how often the package contains the text
   tools::Columns columns;
 };
 
-/// A text that cannot be read. It is stored separately.
+/// A text that cannot be parsed. It is stored in a separate table.
 struct RefusedText {
   std::string_view text;
   std::size_t count = 1;
   std::string_view reason;
 };
 
-/// The content of a request. All texts refer to its body.
+/// The content of a request. Each `text` is a view into the request body.
 struct Package {
   std::vector<Row> environments;
   std::vector<Row> events;
   std::vector<RefusedText> refused;
 };
 
-/// The largest number of rows in a package.
+/// The maximum number of rows in a package.
 inline constexpr std::size_t mostRows = 100'000;
 
-/// Reads a request's body: `{"version": "3.1", "environments": [...], "events": [...]}`. Either
-/// list may be absent. A row that is no JSON object is refused alone if its brackets and quotation
-/// marks close. Otherwise, or if the rest is no package, the whole body is one refused text.
-/// Nothing of the body is lost. Throws nothing except `std::bad_alloc`.
+/// Parses a request body: `{"version": "3.1", "environments": [...], "events": [...]}`. Either list
+/// may be absent. A row that is not a JSON object becomes a refused text if its brackets and
+/// quotation marks are closed. Otherwise, or if the rest of the body is not a package, the whole
+/// body becomes one refused text. No part of the body is lost. Throws only `std::bad_alloc`.
 Package readPackage(std::string_view body);
 
 }  // namespace qel::collector

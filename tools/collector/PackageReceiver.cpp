@@ -16,8 +16,8 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// Parsing a hostile body takes several times its size, so only one body above this size is parsed
-/// at a time. A client's body has a million bytes and one row at most.
+/// In bytes. Parsing a malicious body takes several times its size in memory, so only one body
+/// above this size is parsed at a time. A client's body has at most a million bytes plus one row.
 constexpr std::size_t largeBody = std::size_t{2} * 1024 * 1024;
 
 bool isPlainJson(const httplib::Request& request) {
@@ -28,10 +28,10 @@ bool isPlainJson(const httplib::Request& request) {
   return type == "application/json" && !request.has_header("Content-Encoding");
 }
 
-/// Whether the length is given in the one form that all programs on the way understand alike.
+/// Whether the length of the body is given in the only form that all proxies interpret alike.
 bool hasPlainLength(const httplib::Request& request) {
   const std::string length = request.get_header_value("Content-Length");
-  // Some programs take "Transfer-Encoding : chunked" for the header, others ignore it.
+  // Some proxies accept "Transfer-Encoding : chunked" as the header, others ignore it.
   const bool namesArePlain =
       std::none_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
         return header.first.find_first_of(" \t\r\v\f") != std::string::npos;
@@ -41,7 +41,8 @@ bool hasPlainLength(const httplib::Request& request) {
          !request.has_header("Transfer-Encoding");
 }
 
-/// The answer to a request that is refused because of its head; nothing for any other.
+/// The answer that rejects a request because of its request line or headers; `std::nullopt` if both
+/// are acceptable.
 std::optional<Answer> objection(const httplib::Request& request, const Credentials& credentials,
                                 std::size_t largestBody) {
   if (request.path != log::analytics::format::uploadPath) {
@@ -89,7 +90,7 @@ void PackageReceiver::receive(const httplib::Request& request, httplib::Response
   if (!answer) {
     body.reserve(request.get_header_value<std::uint64_t>("Content-Length"));
   }
-  // An answer that comes before the client has sent its body is often lost.
+  // An answer that is sent before the client has sent its whole body is often lost.
   const bool isWhole = hasPlainLength(request) && read(reader, answer ? nullptr : &body);
   if (!answer) {
     watch_.awaitAnswer(request.ssl);
@@ -99,8 +100,8 @@ void PackageReceiver::receive(const httplib::Request& request, httplib::Response
   logAnswer(*answer, watch_.peerOfThisWorker(), steady_clock::now() - begin);
 }
 
-/// Reads a body up to the limit, into `body` unless that is null. Returns whether it was read
-/// whole.
+/// Reads a request body up to the size limit, and appends it to `body` unless `body` is null.
+/// Returns whether the request body was read completely.
 bool PackageReceiver::read(const httplib::ContentReader& reader, std::string* body) const {
   std::size_t received = 0;
   return reader([&](const char* data, std::size_t size) {

@@ -13,7 +13,7 @@
 
 namespace qel::collector {
 
-/// Answers requests: checks them, stores their packages, and logs a line about each. Any thread.
+/// Answers requests: checks them, stores their packages, and logs one line for each. Thread-safe.
 class PackageReceiver {
  public:
   /// `store` and `watch` must outlive this object.
@@ -23,7 +23,7 @@ class PackageReceiver {
   /// Answers a request whose method is not POST.
   void refuse(const httplib::Request& request, httplib::Response& response);
 
-  /// Reads the body of a POST request and answers it. `reader` reads the body.
+  /// Answers a POST request. `reader` reads its body.
   void receive(const httplib::Request& request, httplib::Response& response,
                const httplib::ContentReader& reader);
 
@@ -36,7 +36,7 @@ class PackageReceiver {
   const Credentials credentials_;
   Store& store_;
   ConnectionWatch& watch_;
-  utilities::Mutex largeBodies_;  ///< held by the one thread that reads a large body
+  utilities::Mutex largeBodies_;  ///< held while a large body is parsed and stored
 };
 
 }  // namespace qel::collector

@@ -26,8 +26,8 @@ constexpr std::chrono::seconds keepAliveTime{8};
 constexpr std::chrono::seconds readTime{10};
 constexpr std::chrono::seconds writeTime{10};
 
-/// Whether another request may follow. After any other answer, a part of the request may not have
-/// been read, which must not become a request.
+/// Whether the connection may carry another request. After any answer except 204, unread bytes of
+/// the request could be mistaken for a new request.
 bool keepsConnection(const httplib::Response& response) { return response.status == 204; }
 
 }  // namespace
@@ -83,7 +83,7 @@ bool Server::Implementation::setUp(SSL_CTX& context) {
 
 void Server::Implementation::configureConnections() {
   http_.set_tcp_nodelay(true);
-  // The library's own option would let a second server share the port unnoticed.
+  // The library's default option would let a second server share the port unnoticed.
   http_.set_socket_options([this](socket_t socket) {
     listener_ = socket;
     const int yes = 1;
@@ -107,7 +107,7 @@ void Server::Implementation::configureRequests() {
                              const httplib::ContentReader& body) {
     receiver_.receive(request, response, body);
   });
-  // The library's own answer would send the exception's text to the client.
+  // The library's default answer would disclose the exception's message to the client.
   http_.set_exception_handler(
       [this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
         const Answer answer{503, "could not be served"};
@@ -124,9 +124,9 @@ void Server::Implementation::configureAnswers() {
       response.set_header("Connection", "close");
     }
   });
-  // The library calls it after every answer, also after its own ones.
+  // The library calls this function after every answer, including answers that it generates itself.
   http_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
-    // A request has no connection yet when the library itself answers it.
+    // If the library itself answers a request, the request has no connection yet.
     if (request.ssl == nullptr) {
       logAnswer({response.status, "malformed request"}, watch_.peerOfThisWorker(), {});
     }
@@ -149,7 +149,8 @@ int Server::Implementation::bind() {
                          (errno == 0 ? "this is no address of the machine"
                                      : std::generic_category().message(errno)));
   }
-  // With the library's queue of five, clients would wait a second for their next attempt.
+  // The library's queue for five new connections is too short: a client that finds it full retries
+  // only after a second.
   ::listen(listener_, waitingConnections);
   return bound;
 }

@@ -14,13 +14,13 @@
 namespace qel::collector {
 
 struct ServerSettings {
-  tools::Endpoint listen;             ///< port 0: any free one
-  std::filesystem::path certificate;  ///< PEM, followed by its chain
+  tools::Endpoint listen;             ///< port 0: any free port
+  std::filesystem::path certificate;  ///< PEM, with its chain
   std::filesystem::path key;          ///< PEM, not encrypted
-  /// In bytes. Far above the largest row that a client can store: a row that is never accepted
-  /// would block all later rows.
+  /// Maximum body size in bytes. Far larger than any row a client can store, because a row that the
+  /// server always rejects would block all later rows.
   std::size_t largestBody = std::size_t{64} * 1024 * 1024;
-  /// The largest number of requests that are served at once.
+  /// The maximum number of requests that are served at the same time.
   std::size_t workers = 64;
 };
 
@@ -28,31 +28,36 @@ struct ServerSettings {
 /// stores them.
 ///
 /// **Answers.**
-/// - 204: the whole package is on the disk.
+/// - 204: the whole package is on disk.
 /// - 401: the credentials are unknown.
-/// - 400, 411, 413, 415: the body breaks off, has no plain length, is too large, is not plain JSON.
-/// - 404, 405: another path or method.
-/// - 503: the store accepts nothing at present.
+/// - 400: the body is incomplete.
+/// - 411: the length of the body is not given by one plain Content-Length.
+/// - 413: the body is too large.
+/// - 415: the body is not declared as uncompressed JSON.
+/// - 404, 405: the path or the method is not served.
+/// - 503: the package cannot be stored at present.
 ///
-/// The connection ends after every answer except 204.
+/// The server closes the connection after every answer except 204.
 ///
-/// **Log.** One line for every request, without anything of body, name or secret.
+/// **Log.** One line for every request. It contains no part of a body, user name or secret.
 ///
-/// **Threads.** One thread constructs, binds and runs. Any thread may call `stop`.
+/// **Threads.** The constructor, `bind` and `run` must be called on one thread. `stop` is
+/// thread-safe.
 class Server {
  public:
-  /// Throws `tools::InputError` for a certificate or key that cannot be used.
+  /// Throws `tools::InputError` if the certificate or the key cannot be used.
   Server(const ServerSettings& settings, Credentials credentials, Store& store);
   ~Server();
 
-  /// Begins to listen; returns the port. Throws `qel::exception`.
+  /// Starts to listen and returns the port. Throws `qel::exception` if it cannot listen.
   int bind();
 
-  /// Serves until `stop` is called and the requests under way are answered. Calls `ready` as soon
-  /// as `stop` works. Throws `qel::exception` if it cannot go on.
+  /// Serves until `stop` has been called and all requests in progress are answered. Calls `ready`
+  /// as soon as `stop` has an effect. Throws `qel::exception` if it cannot accept connections any
+  /// more.
   void run(const std::function<void()>& ready);
 
-  /// Ends `run`. Does nothing before `run` has called `ready`.
+  /// Makes `run` return. Does nothing before `run` has called `ready`.
   void stop();
 
  private:

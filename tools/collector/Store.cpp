@@ -17,7 +17,7 @@ namespace {
 
 constexpr int busyMilliseconds = 5000;
 
-/// The digest makes a text unique, so that the index has no large texts.
+/// The digest identifies a text, so that the unique index contains no large texts.
 constexpr const char* schema = R"(
   CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, received TEXT NOT NULL,
     count INTEGER NOT NULL, session TEXT, installation TEXT, time TEXT, category TEXT,
@@ -30,7 +30,8 @@ constexpr const char* schema = R"(
     digest BLOB NOT NULL UNIQUE);
 )";
 
-/// Parameters of every insertion: 1 digest, 2 count, 3 text, from 4 on `columns`.
+/// An INSERT statement. Its parameters are: 1 digest, 2 count, 3 text, from 4 on the values of
+/// `columns`.
 std::string insertion(const std::string& table, const std::string& columns,
                       const std::string& parameters) {
   return "INSERT INTO " + table + " (received, digest, count, text, " + columns +
@@ -41,7 +42,7 @@ std::string insertion(const std::string& table, const std::string& columns,
 constexpr int textParameter = 3;
 constexpr int firstColumnParameter = 4;
 
-/// An environment has so many of the column members, an event all of them.
+/// The number of column members that an environment has. An event has all of them.
 constexpr std::size_t environmentColumns = 3;
 
 struct Close {
@@ -51,7 +52,7 @@ struct Close {
 
 }  // namespace
 
-/// The store's file. Used by one thread at a time.
+/// The store's database file. Not thread-safe.
 class Store::Database {
  public:
   explicit Database(const std::filesystem::path& file);
@@ -77,7 +78,7 @@ class Store::Database {
   Statement addRefused_;
 };
 
-/// Rolls back at its end, unless it was committed.
+/// A transaction. The destructor rolls it back unless it was committed.
 class Store::Database::Transaction {
  public:
   explicit Transaction(Database& database) : database_(database) {
@@ -97,7 +98,7 @@ class Store::Database::Transaction {
   Database& database_;
 };
 
-/// One use of a prepared insertion. It releases the bound texts at its end.
+/// One execution of a prepared INSERT statement. The destructor releases the bound values.
 class Store::Database::Insertion {
  public:
   Insertion(Database& database, const Statement& statement, std::string_view text,
@@ -139,7 +140,7 @@ class Store::Database::Insertion {
 
 Store::Database::Database(const std::filesystem::path& file)
     : name_(utilities::utf8FromPath(file)) {
-  // SQLite cannot take an absolute path for a URI or for a special name.
+  // SQLite cannot mistake an absolute path for a URI or a special name.
   const std::string path = utilities::utf8FromPath(std::filesystem::absolute(file));
   sqlite3* connection = nullptr;
   const int opened = sqlite3_open_v2(path.c_str(), &connection,

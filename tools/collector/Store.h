@@ -9,7 +9,7 @@
 
 namespace qel::collector {
 
-/// The store accepts nothing now. The message may be logged.
+/// The store cannot be used at present. The message may be logged.
 class StoreError : public qel::exception {
  public:
   using qel::exception::exception;
@@ -21,17 +21,18 @@ class StoreError : public qel::exception {
 /// - `environments`: id, received, count, session, installation, time, text
 /// - `refused`: id, received, count, reason, text
 ///
-/// `text` is the text as it was sent, byte for byte; it is stored once. `received` is the time of
-/// its first receipt (UTC). `count` is its highest number in one package, so a package that is sent
-/// again counts once. A column is NULL if the row has no such member. Any thread.
+/// `text` is the text as it was sent, byte for byte. Each text is stored once. `received` is the
+/// time (UTC) when the text was first received. `count` is the maximum number of its occurrences in
+/// one package, so a package that is sent again does not increase it. A column is NULL if the row
+/// has no such member. Thread-safe.
 class Store {
  public:
-  /// Opens the file, or creates it. Throws `StoreError`.
+  /// Opens or creates the file. Throws `StoreError` if that fails.
   explicit Store(const std::filesystem::path& file);
   ~Store();
 
-  /// Stores the whole package or, if it throws `StoreError`, nothing of it. On return the package
-  /// is on the disk.
+  /// Stores a package. When it returns, the whole package is on disk. If it throws `StoreError`, no
+  /// part of the package is stored.
   void add(const Package& package);
 
  private:

@@ -11,13 +11,14 @@
 namespace qel::collector {
 namespace {
 
-/// No groups of finite fields: one handshake with them costs the server a tenth of a second.
+/// Finite-field groups are excluded, because a handshake with one costs the server a tenth of a
+/// second.
 constexpr const char* keyGroups = "X25519:P-256:P-384";
 
 [[noreturn]] void fail(const std::string& option, const std::filesystem::path& file) {
   const auto code = ERR_peek_error();
   ERR_clear_error();
-  // OpenSSL has no texts for system errors.
+  // OpenSSL has no strings for system errors.
   const char* const reason = ERR_SYSTEM_ERROR(code) ? nullptr : ERR_reason_error_string(code);
   throw tools::InputError(option + ' ' + utilities::utf8FromPath(file) + ": cannot be used (" +
                           (reason != nullptr ? reason : "not readable") + ')');
@@ -32,7 +33,7 @@ void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
   if (SSL_CTX_set1_groups_list(&context, keyGroups) != 1) {
     throw qel::exception(std::string("cannot set TLS up: no groups ") + keyGroups);
   }
-  // Otherwise OpenSSL would ask for the password of an encrypted key on the terminal.
+  // Otherwise OpenSSL would ask on the terminal for the password of an encrypted key.
   SSL_CTX_set_default_passwd_cb(&context, [](char*, int, int, void*) { return 0; });
   ERR_clear_error();
   const std::string certificateName = utilities::utf8FromPath(certificate);

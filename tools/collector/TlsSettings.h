@@ -6,9 +6,9 @@
 
 namespace qel::collector {
 
-/// Sets a server's TLS context up: TLS 1.2 or newer, keys of few groups that are cheap to compute,
-/// no renegotiation, this certificate and key (PEM). Throws `tools::InputError`, which names the
-/// invalid file, or `qel::exception`.
+/// Configures a server's TLS context: TLS 1.2 or newer, only key groups that are cheap to compute,
+/// no renegotiation, and the certificate and key (PEM). Throws `tools::InputError`, which names the
+/// file, if a file cannot be used. Throws `qel::exception` if the TLS library lacks the key groups.
 void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
               const std::filesystem::path& key);
 

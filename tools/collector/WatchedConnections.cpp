@@ -33,10 +33,10 @@ std::string peerOf(int socket) {
   return (address.ss_family == AF_INET6 ? '[' + name + ']' : name) + ':' + port.data();
 }
 
-/// Why the handshake of this thread's connection failed.
+/// The reason why the handshake failed on the calling thread.
 std::string handshakeFailure() {
   const auto first = ERR_peek_error();
-  // OpenSSL reports every end before the end of the handshake like this.
+  // OpenSSL reports this whenever the connection ends before the handshake is complete.
   if (first == 0 || ERR_GET_REASON(first) == SSL_R_SHUTDOWN_WHILE_IN_INIT) {
     return "it broke off";
   }
@@ -44,7 +44,8 @@ std::string handshakeFailure() {
   return reason != nullptr ? reason : "system error";
 }
 
-/// Wakes the thread that reads from the socket or writes to it. That thread closes the socket.
+/// Shuts the socket down, which wakes the thread that reads from it or writes to it. That thread
+/// closes the socket.
 void cut(WatchedConnection& connection, const std::string& reason) {
   ::shutdown(connection.socket, SHUT_RDWR);
   connection.phase = Phase::Cut;
@@ -113,7 +114,7 @@ void WatchedConnections::count(WatchedConnection& connection, std::size_t bytes)
 }
 
 WatchedConnections::Clock::time_point WatchedConnections::cutLate(Clock::time_point now) {
-  // No deadline that is set meanwhile comes earlier, unless `stop` sets it.
+  // A deadline that is set before the next call is not earlier than `next`, unless `stop` sets it.
   auto next = now + limits_.headTime;
   for (WatchedConnection& connection : connections_) {
     if (connection.phase == Phase::Cut) {

@@ -10,17 +10,17 @@
 
 namespace qel::collector {
 
-/// How long a connection may hold a worker, and with how many bytes.
+/// Limits on the time and on the bytes of a connection that occupies a worker.
 struct ConnectionLimits {
-  std::size_t connections = 64;  ///< as many as there are workers
+  std::size_t connections = 64;  ///< the number of workers
   std::size_t headBytes = std::size_t{96} * 1024;
   std::chrono::seconds headTime{10};
   std::chrono::seconds bodyTime{60};
-  /// While all workers are taken: the shortest time of a connection, and the bytes per second by
-  /// which a known sender's body prolongs it.
+  /// How long a connection keeps its worker although all workers are busy. Every `slowestBody`
+  /// bytes of a known sender's body extend this time by a second.
   std::chrono::milliseconds patience{500};
   std::size_t slowestBody = std::size_t{64} * 1024;
-  /// For a known sender's body, once the server stops.
+  /// Time left to receive the body of a known sender once the server is stopping.
   std::chrono::seconds lastBodyTime{5};
 };
 
@@ -37,7 +37,7 @@ struct WatchedConnection {
   SSL* ssl;
   int socket;
   std::thread::id worker;
-  std::string peer;  ///< the other end, as "address:port"
+  std::string peer;  ///< the remote address, as "address:port"
   bool encrypted = false;
   Phase phase = Phase::Head;
   Clock::time_point deadline{};
@@ -45,17 +45,17 @@ struct WatchedConnection {
   std::size_t headBytes = 0;
 };
 
-/// The connections of a server, and when each of them is cut. Used by one thread at a time.
+/// The connections of a server and their time limits. Not thread-safe.
 class WatchedConnections {
  public:
   using Clock = WatchedConnection::Clock;
 
   explicit WatchedConnections(const ConnectionLimits& limits) : limits_(limits) {}
 
-  /// Adds a connection that the calling thread serves, and begins its first head. The reference is
-  /// valid until `remove`.
+  /// Adds a connection that the calling thread serves, and starts waiting for its first request
+  /// headers. The reference is valid until `remove` is called.
   WatchedConnection& add(ConnectionWatch& watch, SSL* ssl);
-  /// Logs a connection that ends before its handshake.
+  /// Removes a connection. Logs it if it ended before its handshake was complete.
   void remove(const WatchedConnection& connection);
   WatchedConnection& ofThisWorker();
   bool isFull() const { return connections_.size() >= limits_.connections; }
@@ -66,13 +66,13 @@ class WatchedConnections {
   void beginBody(WatchedConnection& connection, Sender sender) const;
   static void beginAnswer(WatchedConnection& connection);
   /// @}
-  /// Counts received bytes, and cuts the connection if a head is too large.
+  /// Counts received bytes, and cuts the connection if its request headers are too large.
   void count(WatchedConnection& connection, std::size_t bytes) const;
 
-  /// Cuts the connections whose time is over. Returns when the next deadline ends.
+  /// Cuts the connections whose deadline has passed. Returns the time at which to call it again.
   Clock::time_point cutLate(Clock::time_point now);
-  /// While all workers are taken, cuts the connection whose patience ended first. Returns when the
-  /// next can make room; the clock's end while there is room.
+  /// If all workers are busy, cuts the connection whose patience expired first. Returns the time at
+  /// which to call it again; `time_point::max()` while a worker is free.
   Clock::time_point makeRoom(Clock::time_point now);
   /// See `ConnectionWatch::stop`.
   void stop();

@@ -10,16 +10,16 @@
 
 namespace qel::collector {
 
-/// The HTTP library's worker threads, with a limit on the connections that wait for one. Each of
-/// these takes a file descriptor, and the store needs some too. The system holds further
-/// connections back, and finally refuses them.
+/// The HTTP library's worker threads, with a limit on the connections that wait for one. Each
+/// waiting connection uses a file descriptor, and the store needs descriptors too. The operating
+/// system queues additional connections, and rejects them when its queue is full.
 class WorkerPool : public httplib::TaskQueue {
  public:
   static constexpr std::size_t mostWaiting = 256;
 
   explicit WorkerPool(std::size_t workers) : pool_(workers) {}
 
-  /// Blocks while too many wait.
+  /// Blocks while `mostWaiting` connections wait for a worker.
   void enqueue(std::function<void()> serve) override {
     takePlace();
     pool_.enqueue([this, serve = std::move(serve)] {

@@ -31,7 +31,7 @@ struct Options {
   std::string store;
 };
 
-/// Blocks SIGINT and SIGTERM for this thread and for all that it starts.
+/// Blocks SIGINT and SIGTERM in the calling thread and in all threads that it starts.
 class StopSignals {
  public:
   StopSignals() {
@@ -87,15 +87,15 @@ int run(int count, const char* const* values) {
                    programName);
   program
       .add_option("--listen", options.listen,
-                  "where to listen; port 0 picks a free one and prints it")
+                  "address to listen on; port 0 picks a free port and prints it")
       ->type_name("ADDRESS:PORT");
   const auto addFile = [&](const char* name, std::string& file, const char* help) {
     program.add_option(name, file, help)->type_name("FILE")->required();
   };
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
-  addFile("--credentials", options.credentials, "who may send: lines user:secret");
-  addFile("--store", options.store, "what was received (SQLite)");
+  addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
+  addFile("--store", options.store, "SQLite file for received data");
   return tools::readCommandLine(program, count, values) ? collect(options) : 0;
 }
 

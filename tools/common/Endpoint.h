@@ -11,7 +11,7 @@ struct Endpoint {
   std::uint16_t port = 0;
 };
 
-/// `HOST:PORT` or `[IPv6]:PORT`.
+/// The endpoint as `HOST:PORT` or `[IPv6]:PORT`.
 std::string toText(const Endpoint& endpoint);
 
 /// Parses the value of `option`. Throws `InputError` unless it has one of the forms of `toText` and

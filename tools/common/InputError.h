@@ -4,7 +4,7 @@
 
 namespace qel::tools {
 
-/// The user's input is wrong. The message names the option, or the file and line.
+/// The user's input is invalid. The message names the option, or the file and line.
 class InputError : public qel::exception {
  public:
   using qel::exception::exception;

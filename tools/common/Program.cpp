@@ -27,21 +27,21 @@ void complete(CLI::App& program, const std::string& version) {
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw)
         ->capture_default_str();
   }
-  program.set_help_flag("--help", "prints this text");
-  program.set_version_flag("--version", version, "prints the program's version");
+  program.set_help_flag("--help", "print this text");
+  program.set_version_flag("--version", version, "print the program's version");
   for (CLI::App* command : program.get_subcommands({})) {
     complete(*command, version);
   }
 }
 
-/// CLI11 would take the next argument as the value of `--name=`.
+/// Without this check, CLI11 would use the next argument as the value of `--name=`.
 void refuseEmptyValue(const std::string& argument) {
   if (argument.starts_with("--") && argument.find('=') + 1 == argument.size()) {
     throw InputError(argument + ": a value is missing");
   }
 }
 
-/// The first unknown argument without its value, which may be secret.
+/// The first unknown argument, without its value because the value may be secret.
 std::optional<std::string> firstUnexpected(const CLI::App& program) {
   for (const std::string& argument : program.remaining(true)) {
     if (argument != "--") {

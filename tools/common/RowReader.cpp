@@ -10,7 +10,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Collects the row's own members from the parser's events, without building a tree.
+/// Collects the row's top-level members from the parser's events, without building a tree.
 class ColumnReader : public json::json_sax_t {
  public:
   RowReading finish(bool parsed) {

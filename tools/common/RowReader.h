@@ -12,7 +12,8 @@ namespace qel::tools {
 inline constexpr std::array<std::string_view, 6> columnMembers{
     "SessionId", "InstallationId", "Timestamp", "Category", "Subcategory", "Event"};
 
-/// One value for each column member; empty if the row has no such member or it is no string.
+/// One value for each column member; empty if the row has no such member or its value is not a
+/// string.
 using Columns = std::array<std::optional<std::string>, columnMembers.size()>;
 
 /// The maximum depth of nested objects and arrays in a row. The row itself counts as one.
@@ -26,7 +27,8 @@ struct RowReading {
 };
 
 /// Checks that `text` is one JSON object (strict grammar, valid UTF-8) and reads its columns. If a
-/// member occurs twice, its first string counts. The use of stack does not grow with the depth.
+/// member occurs several times, its first string value is used. Stack usage does not grow with the
+/// nesting depth.
 RowReading readRow(std::string_view text);
 
 }  // namespace qel::tools

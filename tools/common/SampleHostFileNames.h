@@ -1,7 +1,6 @@
 #pragma once
 
-/// Names of the files that qel-sample-host itself keeps in its directory, in addition to the
-/// recordings.
+/// Names of the files that qel-sample-host keeps in its directory in addition to the recordings.
 namespace qel::tools {
 
 inline constexpr const char* sampleHostLog = "qel-sample-host.log";

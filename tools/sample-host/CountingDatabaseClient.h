@@ -10,19 +10,19 @@
 
 namespace qel::samplehost {
 
-/// The rows that passed one database client.
+/// Counts of the rows that were passed to one database client.
 struct RowTraffic {
   std::atomic<std::int64_t> handedIn{0};     ///< rows to be stored
   std::atomic<std::int64_t> deletedById{0};  ///< rows that the server has accepted
 };
 
-/// A database client that counts its rows.
+/// A database client that counts the rows that it stores and deletes.
 template <typename DatabaseClient>
 class CountingDatabaseClient : public DatabaseClient {
  public:
   using Table = log::analytics::CipDatabaseClientInterface::Table;
 
-  /// `traffic` outlives the client.
+  /// `traffic` must outlive the client.
   template <typename... Arguments>
   explicit CountingDatabaseClient(RowTraffic& traffic, const Arguments&... arguments)
       : DatabaseClient(arguments...), traffic_(traffic) {}

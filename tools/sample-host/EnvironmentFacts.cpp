@@ -31,7 +31,7 @@ std::string trimmed(const std::string& text) {
                                     : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-/// Reads a file of names and values. Returns the first value of `name`, without quotes.
+/// The first value of `name` in a file of names and values, without quotes; empty if there is none.
 std::string valueIn(const std::filesystem::path& file, const std::string& name, char separator) {
   std::ifstream stream(file);
   for (std::string line; std::getline(stream, line);) {
@@ -50,7 +50,7 @@ std::string firstLineOf(const std::filesystem::path& file) {
   return line;
 }
 
-/// For example "de_DE" of "de_DE.UTF-8".
+/// The user's language, for example "de_DE" if the locale is "de_DE.UTF-8".
 std::string language() {
   for (const char* const name : {"LC_ALL", "LANG"}) {
     const char* const value = std::getenv(name);
@@ -105,7 +105,7 @@ HardwareEnvironmentInfo hardware() {
   return {valueIn("/proc/cpuinfo", "model name", ':'), /*graphicCard=*/"", memory};
 }
 
-/// The time of the last change of this program's file.
+/// The time when this program's file was last modified.
 std::string exeDate() {
   std::error_code unreadable;
   const auto time = std::filesystem::last_write_time("/proc/self/exe", unreadable);

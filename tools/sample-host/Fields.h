@@ -7,8 +7,8 @@
 
 namespace qel::samplehost {
 
-/// Reads all fields of one JSON object, also those that hold objects. A function `read` takes the
-/// fields of an object, must read all of them, and returns what it made of them.
+/// Reads all fields of one JSON object, including fields that contain objects. A function `read`
+/// accepts the fields of an object, must read all of them, and returns a result.
 class Fields : public PlainFields {
  public:
   using PlainFields::PlainFields;
@@ -19,14 +19,14 @@ class Fields : public PlainFields {
     return readAll(take(name), name, read);
   }
 
-  /// As `object`, or the default value of the result's type for null.
+  /// Like `object`, but the result for null is the default value of its type.
   template <typename Read>
   auto objectOrNull(const std::string& name, Read read) {
     const auto& value = take(name);
     return value.is_null() ? decltype(read(*this)){} : readAll(value, name, read);
   }
 
-  /// The results of `read` for a list of objects.
+  /// The results of `read` for the list of objects in this field.
   template <typename Read>
   auto objects(const std::string& name, Read read) {
     std::vector<decltype(read(*this))> objects;

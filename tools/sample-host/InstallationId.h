@@ -5,7 +5,7 @@
 
 namespace qel::samplehost {
 
-/// Reads the installation id of a directory: the first line of its file "installation-id". If the
+/// Reads the installation ID of a directory: the first line of its file "installation-id". If the
 /// file is missing or empty, writes a new GUID to it. Throws `qel::exception` if writing fails.
 std::string installationIdOf(const std::filesystem::path& directory);
 

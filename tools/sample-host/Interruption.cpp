@@ -36,7 +36,7 @@ class Interruption {
   bool hasHappened_ QEL_GUARDED_BY(mutex_) = false;
 };
 
-// Never destroyed: the thread that waits for signals lives as long as the process.
+// Never destroyed, because the thread that waits for signals lives as long as the process.
 Interruption& interruption() {
   static auto* const instance = new Interruption;
   return *instance;

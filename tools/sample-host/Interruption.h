@@ -5,8 +5,9 @@
 
 namespace qel::samplehost {
 
-/// Lets the first SIGINT or SIGTERM interrupt the session and call `reaction` on a separate thread.
-/// The second signal ends the program. Call this once, before any thread starts.
+/// Handles SIGINT and SIGTERM. The first signal interrupts the session and calls `reaction` on a
+/// separate thread. The second signal terminates the program. Must be called once, before any
+/// thread starts.
 void catchInterruptions(std::function<void()> reaction);
 
 bool isInterrupted();

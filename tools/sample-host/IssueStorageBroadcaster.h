@@ -6,7 +6,7 @@
 
 namespace qel::samplehost {
 
-/// Broadcasts the changes of the program's stored issues.
+/// Broadcasts changes to the program's stored issues.
 class IssueStorageBroadcaster : public Broadcaster<log::issue::StorageListenerInterface> {
  public:
   static IssueStorageBroadcaster& getInstance() { return singleton<IssueStorageBroadcaster>(); }

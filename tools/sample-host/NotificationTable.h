@@ -9,18 +9,19 @@
 
 namespace qel::samplehost {
 
-/// A listener operation, and the function that reads its broadcast from a script's fields.
+/// The name of a listener operation, and the function that creates its broadcast from a script's
+/// fields.
 struct Notification {
   std::string_view name;
   Broadcast (*read)(Fields&);
 };
 
-// The notifications of a script, by subject.
+// All notifications that a script can contain, by subject.
 std::span<const Notification> applicationNotifications();
 std::span<const Notification> projectNotifications();
 std::span<const Notification> issueNotifications();
 
-/// Notifies the listeners of the process's `Broadcaster`.
+/// Returns a function that notifies the listeners of the process's `Broadcaster`.
 template <typename Broadcaster, typename Operation, typename... Arguments>
 Broadcast broadcastOf(Operation operation, Arguments... arguments) {
   return [operation, ... arguments = std::move(arguments)] {

@@ -7,8 +7,8 @@
 
 namespace qel::samplehost {
 
-/// Makes the broadcast of the listener operation `name` from its fields. Throws `InputError` if the
-/// operation is unknown, or a field is missing or mistyped.
+/// Creates the broadcast of the listener operation `name` from its fields. Throws `InputError` if
+/// the operation is unknown, or a field is missing or mistyped.
 Broadcast readNotification(const std::string& name, Fields& fields);
 
 }  // namespace qel::samplehost

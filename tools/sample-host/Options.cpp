@@ -38,7 +38,7 @@ std::string complaintAboutUser(const std::string& name) {
   return name.find(':') == std::string::npos ? "" : "a name with a colon cannot be sent";
 }
 
-/// The content of the file without the end of its last line.
+/// The content of the file without its final line break.
 std::string secretFrom(const std::string& file) {
   auto secret = contentOf("--secret-file", file);
   for (const char lineEnd : {'\n', '\r'}) {
@@ -69,7 +69,7 @@ qel::Guid parseSessionId(const std::string& text) {
   }
 }
 
-/// Values of options that are not parsed yet.
+/// Option values that are not parsed yet.
 struct Texts {
   std::string directory;
   std::string secretFile;
@@ -81,7 +81,7 @@ struct Texts {
 
 bool readTexts(int count, const char* const* values, Options& options, Texts& texts) {
   CLI::App program(
-      "Stands for the CAD program: owns an analytics client and broadcasts the\n"
+      "Simulates the CAD program: owns an analytics client and broadcasts the\n"
       "notifications of a session script.",
       "qel-sample-host");
   const auto add = [&](const char* name, const char* kind, std::string& text, const char* help) {
@@ -92,24 +92,26 @@ bool readTexts(int count, const char* const* values, Options& options, Texts& te
   add("--session", "FILE", options.session, "session script, - for standard input");
   add("--server", "HOST:PORT", options.server, "address to use for the analytics server");
   add("--ca", "FILE", options.caBundle, "trusted certificates (PEM) instead of the system's");
-  auto* user = add("--user", "NAME", options.user, "user to send as")->check(complaintAboutUser);
+  auto* user =
+      add("--user", "NAME", options.user, "user name for the server")->check(complaintAboutUser);
   auto* secret =
       add("--secret-file", "FILE", texts.secretFile, "file that holds the user's secret");
   user->needs(secret);
   secret->needs(user);
   add("--installation-id", "TEXT", options.installationId,
-      "installation to record (default: made once, kept in DIR)");
+      "installation to record (default: generated once and stored in DIR)");
   add("--session-id", "GUID", texts.sessionId, "session to record (default: a new one)");
   program.add_flag_callback(
       "--no-sending", [&] { options.sendingAllowed = false; },
-      "denies permission to store items for sending");
+      "deny permission to store items for sending");
   program.add_flag_callback(
       "--no-support", [&] { options.supportAllowed = false; },
-      "denies permission to store items for support");
+      "deny permission to store items for support");
   add("--retention", "SECONDS", texts.retention,
       "age at which support items are deleted (default: never)");
-  add("--speed", "N", texts.speed, "divides the script's waits");
-  add("--exit-deadline", "SECONDS", texts.exitDeadline, "longest time for sending at the end");
+  add("--speed", "N", texts.speed, "speed-up factor: waits are divided by N");
+  add("--exit-deadline", "SECONDS", texts.exitDeadline,
+      "maximum time for the final upload at exit");
   return tools::readCommandLine(program, count, values);
 }
 

@@ -11,23 +11,23 @@ namespace qel::samplehost {
 
 /// The options of one run.
 struct Options {
-  std::filesystem::path directory;  ///< of the databases; exists
+  std::filesystem::path directory;  ///< existing directory of the databases
   std::string session = "-";        ///< script file (UTF-8); "-": standard input
-  std::string server;               ///< "host:port" to use for the server; empty: its own
-  std::string caBundle;             ///< trusted certificates; empty: the system's
+  std::string server;               ///< "host:port" to connect to; empty: the server's own
+  std::string caBundle;             ///< file of trusted certificates; empty: the system's
   std::string user;
   std::string secret;          ///< never printed
-  std::string installationId;  ///< empty: the id of the directory
+  std::string installationId;  ///< empty: the ID that the directory stores
   qel::Guid sessionId;
   bool sendingAllowed = true;
   bool supportAllowed = true;
-  std::optional<std::chrono::seconds> retention;  ///< of the support database; none: unlimited
-  double speed = 1;                               ///< divides the script's waits
+  std::optional<std::chrono::seconds> retention;  ///< of support rows; empty: unlimited
+  double speed = 1;                               ///< the script's waits are divided by it
   std::chrono::duration<double> exitDeadline{0};
 };
 
-/// Reads the arguments of `main`, and the secret from its file. Prints help or version if asked to,
-/// and returns nothing then. Throws `tools::InputError` if the arguments are wrong.
+/// Reads the arguments of `main`, and the secret from its file. Returns `std::nullopt` if it has
+/// printed the help text or the version. Throws `tools::InputError` if the arguments are invalid.
 std::optional<Options> readOptions(int count, const char* const* values);
 
 }  // namespace qel::samplehost

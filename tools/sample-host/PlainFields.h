@@ -18,15 +18,15 @@ namespace qel::samplehost {
 
 using tools::InputError;
 
-/// The text in quotes and on one line, for a message.
+/// The text in quotes and on one line, for use in a message.
 std::string quoted(const std::string& text);
 
-/// Reads the fields of one JSON object that hold plain values. Throws `InputError` if a field is
+/// Reads the plain values among the fields of one JSON object. Throws `InputError` if a field is
 /// missing or has another type. The message names the field and its path, such as "assert.line".
 class PlainFields {
  public:
-  /// `value` must outlive the fields; `path` precedes the names of its fields in messages. Throws
-  /// `InputError` if `value` is no object.
+  /// `value` must outlive this object. `path` precedes the field names in messages. Throws
+  /// `InputError` if `value` is not an object.
   explicit PlainFields(const nlohmann::json& value, const std::string& path = "");
 
   bool has(const std::string& name) const { return object_.contains(name); }
@@ -37,9 +37,9 @@ class PlainFields {
   double number(const std::string& name, double lowest = std::numeric_limits<double>::lowest(),
                 double highest = std::numeric_limits<double>::max());
   Guid guid(const std::string& name);
-  /// An object whose members are all texts.
+  /// An object whose members are all strings.
   std::map<std::string, std::string> texts(const std::string& name);
-  /// All fields of this object: texts that are named by decimal numbers.
+  /// All fields of this object, which must be strings whose names are decimal numbers.
   std::map<std::uint32_t, std::string> numberedTexts();
 
   /// A whole number that `Integer` can hold.
@@ -49,7 +49,8 @@ class PlainFields {
                                             std::numeric_limits<Integer>::max()));
   }
 
-  /// The enumerator of any 32-bit number, signed or unsigned, whether it has a name or not.
+  /// The field as an enumeration value. Any signed or unsigned 32-bit number is allowed, named or
+  /// not.
   template <typename Enumeration>
   Enumeration enumerator(const std::string& name) {
     return static_cast<Enumeration>(
@@ -57,7 +58,7 @@ class PlainFields {
                                                std::numeric_limits<std::uint32_t>::max())));
   }
 
-  /// Throws `InputError` that names a field which was not read, if there is one.
+  /// Throws `InputError` if a field has not been read. The message names the field.
   void expectAllRead() const;
 
  protected:
@@ -72,7 +73,7 @@ class PlainFields {
   InputError mistyped(const std::string& name, const std::string& expected) const;
 
   const nlohmann::json& object_;
-  const std::string prefix_;  ///< what precedes the name of a field in messages
+  const std::string prefix_;  ///< precedes the field names in messages
   std::set<std::string> read_;
 };
 

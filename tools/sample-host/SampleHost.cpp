@@ -64,7 +64,7 @@ void setUpHttps(const Options& options) {
 SessionSummary SampleHost::play(const std::vector<Step>& script) {
   SessionSummary summary;
   summary.sessionId = options_.sessionId.toString(false);
-  // First, because this claims the directory or throws.
+  // Must come first, because it claims the directory (locks it for this process) or throws.
   summary.before = countStoredRows(options_.directory, options_.sessionId);
   setUpLog(options_.directory);
   setUpHttps(options_);
@@ -86,12 +86,13 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
   activateAndPlay(script, client, databases, summary);
   summary.interrupted = isInterrupted();
   databases.join();
-  // The client's reports during its release would be stored after the last pass.
+  // Otherwise rows that the client adds while it is destroyed would be stored after the last
+  // sending pass.
   storing_ = false;
   summary.storageEnded = databases.errorOccurred();
 }
 
-/// Arms the exit deadline at the end, also after a failure.
+/// Sets the exit deadline when it returns or throws.
 void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client,
                                  CipDatabases& databases, SessionSummary& summary) {
   const ScopeGuard armExitDeadline([this] {

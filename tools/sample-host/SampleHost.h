@@ -20,15 +20,16 @@ struct ActivateParameter;
 
 namespace qel::samplehost {
 
-/// Stands for the CAD program: sets up the host framework, owns an analytics client for one session
-/// and broadcasts the notifications of its script. A process has one object, used by one thread.
+/// Simulates the CAD program: sets up the host framework, owns an analytics client for one session
+/// and broadcasts the notifications of its script. A process may have only one object, which only
+/// one thread may use.
 class SampleHost {
  public:
   explicit SampleHost(Options options) : options_(std::move(options)) {}
 
-  /// Plays the session and waits until all rows are stored. Sends them until the exit deadline.
-  /// Throws `qel::exception` if the directory cannot be used, or a step of the script fails. The
-  /// message names the script's line then.
+  /// Plays the script and waits until all rows are stored. Sends rows until the exit deadline.
+  /// Throws `qel::exception` if the directory cannot be used. Also throws it if a step fails; the
+  /// message then names the line of the script.
   SessionSummary play(const std::vector<Step>& script);
 
  private:
@@ -43,7 +44,7 @@ class SampleHost {
   RowTraffic sendingTraffic_;
   RowTraffic supportTraffic_;
   ScriptedWebUpdates webUpdates_;
-  std::atomic<bool> storing_{true};  ///< until the session's last row is stored
+  std::atomic<bool> storing_{true};  ///< true until the session's last row is stored
 };
 
 }  // namespace qel::samplehost

@@ -7,7 +7,7 @@
 
 namespace qel::samplehost {
 
-/// Returns the texts of the script unchanged. A missing attribute has an empty text.
+/// Returns the texts of the script unchanged. The text of a missing attribute is empty.
 class ScriptedIssueInformation : public log::analytics::IssueListInformationInterface {
  public:
   std::string getMessageActionText(const std::string& action) const override { return action; }

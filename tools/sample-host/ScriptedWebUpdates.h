@@ -8,7 +8,7 @@
 
 namespace qel::samplehost {
 
-/// Reports the web updates of the script.
+/// Reports the web updates that the script specifies.
 class ScriptedWebUpdates : public log::analytics::reports::WebUpdateReporterInterface {
  public:
   void set(const WebUpdate& update) { update_ = update; }

@@ -50,7 +50,7 @@ Action webUpdate(Fields& fields) {
 
 Action notification(Fields& fields) { return readNotification(fields.text("notify"), fields); }
 
-/// A kind of line, and the field that identifies it.
+/// A kind of script line: the field that identifies it, and the function that reads it.
 struct Kind {
   std::string_view field;
   Action (*read)(Fields&);

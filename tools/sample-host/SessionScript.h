@@ -11,19 +11,19 @@
 
 namespace qel::samplehost {
 
-/// Broadcasts one notification through the host's broadcaster, on its thread.
+/// Broadcasts one notification through the host's broadcaster. Must be called on the host's thread.
 using Broadcast = std::function<void()>;
 
 struct Wait {
   std::chrono::duration<double> time;
 };
 
-/// Stores the queued items.
+/// Waits until all queued items are stored.
 struct Join {};
 struct StartSending {};
 struct StopSending {};
 
-/// The counts that the web-update reporter returns from now on.
+/// The counts that the web-update reporter returns after this step.
 struct WebUpdate {
   std::uint64_t success = 0;
   std::uint64_t corrupt = 0;
@@ -35,9 +35,9 @@ struct Step {
   std::variant<Broadcast, Wait, Join, StartSending, StopSending, WebUpdate> action;
 };
 
-/// Reads a whole script of JSON Lines: notifications with their fields, and control lines. Skips
-/// blank lines and broadcasts nothing. Throws `InputError` at the first fault. The message begins
-/// with "`name`:line: ".
+/// Reads a whole script in the JSON Lines format: notifications with their fields, and control
+/// lines. Skips blank lines and broadcasts nothing. Throws `InputError` at the first invalid line.
+/// The message starts with "`name`:line: ".
 std::vector<Step> readSessionScript(std::istream& script, const std::string& name);
 
 }  // namespace qel::samplehost

@@ -12,7 +12,7 @@ namespace {
 using qel::db::sql::SqlDatabaseAdapter;
 namespace format = qel::log::analytics::format;
 
-/// Zero if the table does not exist.
+/// The number of rows that meet `condition`; zero if the table does not exist.
 std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
                    const std::string& condition) {
   const auto rows =
@@ -20,7 +20,7 @@ std::int64_t count(SqlDatabaseAdapter& database, const std::string& table,
   return rows.empty() ? 0 : std::stoll(rows.front().front());
 }
 
-/// The condition that a row contains `text`, which must have no apostrophe.
+/// The SQL condition that a row contains `text`, which must not contain an apostrophe.
 std::string holds(const std::string& text) { return "instr(json, '" + text + "') > 0"; }
 
 std::int64_t countInBoth(SqlDatabaseAdapter& database, const std::string& condition) {

@@ -35,7 +35,7 @@ int run(int count, const char* const* values) {
     return 0;
   }
   const auto script = readScript(options->session);
-  // After an interruption, a sending pass must not delay the end beyond the exit deadline.
+  // After an interruption, a sending pass must not delay the exit beyond the exit deadline.
   catchInterruptions([deadline = options->exitDeadline] {
     utilities::setExitDeadline(std::chrono::duration_cast<std::chrono::milliseconds>(deadline));
   });

@@ -18,7 +18,7 @@ constexpr std::size_t longestName = 18;
 
 struct Lane {
   std::int64_t events = 0;
-  std::map<std::int64_t, std::string> strokes;  ///< by position: the title of the first event
+  std::map<std::int64_t, std::string> strokes;  ///< title of the first event, by position
 };
 
 std::map<std::string, Lane> lanesOf(const std::vector<Event>& events, const TimeAxis& axis) {

@@ -9,7 +9,7 @@
 
 namespace qel::support {
 
-/// Template data of the timeline: a lane for each category, with a stroke for each event.
+/// Template data of the timeline: a lane for each category, with a mark for each event.
 kainjow::mustache::data categoryLanes(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

@@ -17,8 +17,8 @@ struct Character {
 
 constexpr utf8proc_int32_t replacement = 0xFFFD;
 
-/// The first character of a text that is not empty. An invalid byte counts as the replacement
-/// character.
+/// The first character of `text`, which must not be empty. An invalid byte counts as the
+/// replacement character.
 Character firstOf(std::string_view text) {
   utf8proc_int32_t code = 0;
   const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
@@ -51,7 +51,8 @@ std::string escaped(utf8proc_int32_t code) {
   return text.data();
 }
 
-/// The number of bytes that fit into `width` columns; at least one character.
+/// The length in bytes of the first characters of `text` that fit into `width` columns. At least
+/// one character is counted.
 std::size_t bytesThatFit(std::string_view text, std::size_t width) {
   std::size_t bytes = 0;
   std::size_t columns = 0;

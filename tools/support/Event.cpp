@@ -14,12 +14,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A string without quotes, any other value as JSON.
+/// A string without its quotes, or any other value as JSON.
 std::string plainText(const Json& value) {
   return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-/// Adds those facts of an environment record that distinguish one machine from another.
+/// Adds the facts of an environment record that distinguish one machine from another.
 void addEnvironment(Event& event, const Json& record) {
   static const std::vector<std::pair<std::string, std::string>> facts{
       {"Program", "/CurrentActiveApplication/Name"},
@@ -40,7 +40,7 @@ void addEnvironment(Event& event, const Json& record) {
   }
 }
 
-/// Empty if the text is no record.
+/// Parses a stored text; returns `std::nullopt` if it is not a record.
 std::optional<Event> parse(std::string_view table, std::string_view text) {
   const auto [verdict, columns] = tools::readRow(text);
   if (verdict != tools::RowVerdict::Sound) {

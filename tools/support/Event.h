@@ -9,7 +9,7 @@
 
 namespace qel::support {
 
-/// The category that environment records are shown under.
+/// The category under which environment records are shown.
 inline constexpr std::string_view environmentCategory = "Environment";
 
 /// One record of a session.
@@ -25,13 +25,13 @@ struct Event {
   std::string_view detail(std::string_view key) const;
 };
 
-/// "Subcategory: Event", or the one of them that is not empty.
+/// The title "Subcategory: Event", or only one of these names if the other is empty.
 std::string titleOf(const Event& event);
-/// "key = value; key = value".
+/// The details as "key = value; key = value".
 std::string detailsOf(const Event& event);
 
-/// The session's records in the order in which they were written. Environments, which have a table
-/// of their own, are inserted by their time.
+/// The session's records in the order in which they were written. Environment records, which have a
+/// separate table, are inserted by time.
 std::vector<Event> eventsOf(const Session& session);
 
 }  // namespace qel::support

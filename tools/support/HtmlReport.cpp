@@ -20,13 +20,13 @@ namespace {
 using kainjow::mustache::data;
 using kainjow::mustache::object;
 
-/// Neither HTML nor SVG may hold these.
+/// Whether HTML and SVG forbid the character.
 bool isForbidden(char character) {
   return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
 }
 
 /// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
-/// the page slow: it ends there, at a whole character, with an ellipsis.
+/// the page slow, so it is cut after a whole character and ends with an ellipsis.
 std::string escaped(const std::string& text) {
   constexpr std::size_t longest = 2000;
   const auto isInsideCharacter = [](char byte) {
@@ -57,7 +57,7 @@ data environmentOf(const std::vector<Event>& events) {
   return facts;
 }
 
-/// An axis from the first to the last valid time.
+/// A time axis from the earliest to the latest valid time of the events.
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
   for (const auto& event : events) {

@@ -7,7 +7,7 @@
 
 namespace qel::support {
 
-/// The session as one HTML page without scripts and external resources.
+/// The session as one HTML page without scripts or external resources.
 std::string htmlReport(const Session& session, const std::vector<Event>& events);
 
 }  // namespace qel::support

@@ -30,7 +30,8 @@ struct Band {
 
 struct Memory {
   std::vector<Band> bands;
-  std::vector<std::map<std::int64_t, double>> lines;  ///< readings before a crash, by milliseconds
+  /// For each crash the readings before it, by their time in milliseconds.
+  std::vector<std::map<std::int64_t, double>> lines;
   std::vector<std::int64_t> crashes;
   double highest = 0;
 };
@@ -61,7 +62,7 @@ std::map<std::int64_t, double> readingsOf(const Event& event) {
 
 Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   Memory memory;
-  std::optional<std::int64_t> reported;  // the beginning of the next report's interval
+  std::optional<std::int64_t> reported;  // the start of the next report's interval
   for (const auto& event : events) {
     const auto time = millisecondsOf(event.time);
     if (!time) {
@@ -87,7 +88,8 @@ Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   return memory;
 }
 
-/// The smallest of 1, 2, 2.5, 5, 10, 20, … with which four lines of the grid reach `highest`.
+/// The smallest step, of at least 0.25, with which four steps reach `highest`. A step is 1, 2, 2.5
+/// or 5 times a power of ten.
 double gridStep(double highest) {
   const double least = std::max(highest / 4, 0.25);
   const double power = std::pow(10, std::floor(std::log10(least)));
@@ -121,7 +123,7 @@ class Scale {
   }
 
  private:
-  const double step_;  ///< megabytes between two lines of the grid
+  const double step_;  ///< megabytes between two grid lines
   const int steps_;    ///< number of steps from bottom to top
 };
 
@@ -155,7 +157,7 @@ data linesOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
   return lines;
 }
 
-/// Only the first of several crashes that are close together gets a label.
+/// If several crashes are close together, only the first of them gets a label.
 data crashesOf(const Memory& memory, const TimeAxis& axis) {
   constexpr double labelWidth = 50;
   double labelled = -labelWidth;

@@ -9,9 +9,10 @@
 
 namespace qel::support {
 
-/// Template data of the memory plots, "program" and "machine". A plot without reports is absent;
-/// the result is false if both are. A plot has a band for each report, between the smallest and the
-/// largest amount. It has a line of the readings before a crash, and a mark for each crash.
+/// Template data of the memory plots, "program" and "machine". A plot is absent if it has no
+/// reports; the result is false if both plots are absent. A plot has a band for each report, from
+/// the smallest to the largest amount. It also has a line through the readings before each crash,
+/// and a mark at each crash.
 kainjow::mustache::data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis);
 
 }  // namespace qel::support

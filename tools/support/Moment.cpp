@@ -7,7 +7,7 @@
 namespace qel::support {
 namespace {
 
-/// '0' stands for any digit, every other character for itself.
+/// '0' matches any digit. Every other character matches itself.
 constexpr std::string_view pattern = "0000-00-00T00:00:00.000Z";
 
 std::int64_t digits(std::string_view text, std::size_t position, std::size_t count) {

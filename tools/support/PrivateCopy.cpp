@@ -54,7 +54,7 @@ PrivateCopy::PrivateCopy(const std::filesystem::path& file)
       if (std::filesystem::exists(original)) {
         const auto copy = std::filesystem::path(file_) += suffix;
         std::filesystem::copy_file(original, copy);
-        // A file in a read-only place is often read-only itself.
+        // A file in a read-only directory is often read-only itself.
         std::filesystem::permissions(copy, std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add);
       }

@@ -5,12 +5,12 @@
 
 namespace qel::support {
 
-/// A new directory that only its owner can read. The destructor removes it with its content.
-/// In a program of one thread SIGINT, SIGTERM and SIGHUP are blocked until then, so only SIGKILL or
-/// a crash leaves the directory behind.
+/// A new directory that only its owner can read. The destructor removes the directory with its
+/// content. In a single-threaded program, SIGINT, SIGTERM and SIGHUP are blocked until the
+/// destructor has run, so only SIGKILL or a crash leaves the directory behind.
 class PrivateDirectory {
  public:
-  /// Creates it in `parent`. Throws `qel::exception` with the reason of a failure.
+  /// Creates the directory in `parent`. Throws `qel::exception` with the reason if that fails.
   explicit PrivateDirectory(const std::filesystem::path& parent);
   ~PrivateDirectory();
 
@@ -25,7 +25,7 @@ class PrivateDirectory {
 };
 
 /// A copy of a database file and its journals in the system's temporary directory. A reader that
-/// has opened the file can continue after the destructor has removed the file's name.
+/// has opened the file can continue to read after the destructor has deleted it.
 class PrivateCopy {
  public:
   /// Throws `qel::exception` if the file cannot be copied.

@@ -25,7 +25,7 @@ bool isDamage(int code) {
   return kind == SQLITE_CORRUPT || kind == SQLITE_IOERR || kind == SQLITE_TOOBIG;
 }
 
-/// In this mode a reader, too, writes files into the directory.
+/// Whether the file is in write-ahead mode, in which even a reader writes files into the directory.
 bool isInWriteAheadMode(const std::filesystem::path& file) {
   constexpr std::size_t placeOfReadVersion = 19;
   std::array<char, placeOfReadVersion + 1> header{};
@@ -33,7 +33,7 @@ bool isInWriteAheadMode(const std::filesystem::path& file) {
   return header[placeOfReadVersion] == 2;
 }
 
-/// The number of a client's rows that the file has room for.
+/// The maximum number of a client's rows that fit into the file.
 std::int64_t mostRows(const std::filesystem::path& file) {
   constexpr std::uintmax_t smallestRow = 32;
   std::error_code unreadable;
@@ -52,7 +52,7 @@ class ReadOnlyDatabase::Statement {
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
-  /// The result of compiling the statement.
+  /// The SQLite result code of compiling the statement.
   int code() const { return code_; }
   /// Restarts the statement with a value for its first parameter.
   void restart(std::int64_t parameter) {
@@ -91,11 +91,11 @@ ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress
   }
 }
 
-/// The copy loses its name at once, so nothing is left of it however the program ends.
+/// Deletes the copy as soon as it is open, so that nothing is left of it, however the program ends.
 void ReadOnlyDatabase::openCopy() {
   const PrivateCopy copy(file_);
   open(copy.file(), SQLITE_OPEN_READWRITE);
-  // While SQLite keeps the lock, it looks for journals only once, in the first reading.
+  // As long as SQLite keeps the lock, it looks for journals only once, during the first read.
   sqlite3_exec(database_.get(), "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
   if (!readSchema()) {
     fail(SQLITE_READONLY);
@@ -111,7 +111,7 @@ void ReadOnlyDatabase::open(const std::filesystem::path& file, int mode) {
     fail(code);
   }
   sqlite3_busy_timeout(database, busyTimeoutInMs);
-  // A stranger's schema must not run code.
+  // An untrusted schema must not run code.
   for (const int setting : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
                             SQLITE_DBCONFIG_ENABLE_VIEW}) {
     sqlite3_db_config(database, setting, 0, nullptr);
@@ -121,7 +121,7 @@ void ReadOnlyDatabase::open(const std::filesystem::path& file, int mode) {
   sqlite3_exec(database, "PRAGMA cell_size_check = ON", nullptr, nullptr, nullptr);
 }
 
-/// The first reading. False if an interrupted transaction has to be rolled back first.
+/// Reads the schema. Returns false if an interrupted transaction must be rolled back first.
 bool ReadOnlyDatabase::readSchema() {
   const int code = Statement(database_.get(), "SELECT count(*) FROM sqlite_schema").step();
   const int kind = code & 0xff;
@@ -155,7 +155,7 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
   flaws.reason = found.reason;
 }
 
-/// Returns the row's ID.
+/// Passes the row to `reader`, counts its flaws and returns its ID.
 std::int64_t ReadOnlyDatabase::readRow(Statement& row, const RowReader& reader, Flaws& flaws) {
   const auto id = row.number(0);
   const bool null = row.isNull(1);
@@ -175,7 +175,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
   const auto highest = known.value_or(mostRows(file_));
   flaws.counted = known.has_value();
   auto stepsLeft = 2 * mostRows(file_);  // The pages of a damaged file can form a cycle.
-  std::int64_t position = 0;             // All rows up to this ID are done.
+  std::int64_t position = 0;             // All rows up to this ID have been read.
   const auto report = [&] {
     if (progress_ && stepsLeft % rowsBetweenReports == 0) {
       progress_(static_cast<double>(position) / static_cast<double>(highest));
@@ -201,12 +201,12 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
     if (position >= highest || --stepsLeft < 0) {
       return flaws;
     }
-    ++position;  // The next row, or a page on the path to it, is damaged; later rows may be sound.
+    ++position;  // The next row, or a page on the path to it, is damaged; later rows may be intact.
     report();
   }
 }
 
-/// Empty if the damaged file has no such information.
+/// The highest ID in the table; `std::nullopt` if the file is too damaged to contain it.
 std::optional<std::int64_t> ReadOnlyDatabase::highestId(const std::string& table) const {
   for (const auto& question : {"SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'",
                                "SELECT max(ID) FROM " + table}) {
@@ -251,7 +251,7 @@ std::vector<std::string> ReadOnlyDatabase::remarks() const {
   return lines;
 }
 
-/// SQLite's message, made printable: it can quote a stranger's schema.
+/// SQLite's message, sanitized for printing, because it can quote text from an untrusted schema.
 std::string ReadOnlyDatabase::lastError() const {
   return printable(sqlite3_errmsg(database_.get()));
 }

@@ -14,35 +14,36 @@ struct sqlite3;
 
 namespace qel::support {
 
-/// Reads one of the client's two database files. The file may be damaged, come from a stranger, or
-/// be in use by a running client. Nothing is written to the file or its directory. One thread at a
-/// time uses an object.
+/// Reads one of the client's two database files. The file may be damaged, come from an untrusted
+/// source, or be in use by a running client. Never writes to the file or its directory. Not
+/// thread-safe.
 class ReadOnlyDatabase {
  public:
-  /// Takes a row's ID and text. Returns false if the text is not what a client stores. It must be
-  /// fast: a running client cannot write until the reading ends.
+  /// Accepts a row's ID and text. Must return false if the text is not what a client stores. Must
+  /// be fast, because a running client cannot write until all rows are read.
   using RowReader = std::function<bool(std::int64_t, std::string_view)>;
-  /// Takes the part of a reading that is done, from 0 to 1.
+  /// Accepts the completed fraction of a reading, from 0 to 1.
   using Progress = std::function<void(double)>;
 
   /// Throws `qel::exception` with the file and the reason if another program keeps the file locked
-  /// or if it cannot be opened. A file that is no database can be opened, but has no rows.
+  /// or if it cannot be opened. A file that is not a database can be opened, but has no rows.
   explicit ReadOnlyDatabase(std::filesystem::path file, Progress progress = {});
 
   const std::filesystem::path& file() const { return file_; }
 
-  /// Why no table of the file can be read; empty if its schema can be read.
+  /// The reason why no table of the file can be read; empty if its schema can be read.
   const std::string& whyUnreadable() const { return whyUnreadable_; }
 
   /// Reads the rows of the table in ascending order of their IDs. Skips rows that are unreadable
-  /// because of damage. Throws as the constructor does.
+  /// because of damage. Throws under the same conditions as the constructor.
   void forEachRow(const std::string& table, const RowReader& reader);
 
-  /// Whether every row of the tables read so far was readable, whatever its text.
+  /// Whether every row of the tables read so far was readable. The content of the rows does not
+  /// matter.
   bool isReadWholly() const;
 
-  /// Warnings for the user of the rows, one a line: what could not be read so far, and whether a
-  /// copy was read.
+  /// Warnings for the user, one per string: what could not be read so far, and whether a copy was
+  /// read.
   std::vector<std::string> remarks() const;
 
  private:
@@ -54,7 +55,7 @@ class ReadOnlyDatabase {
     std::int64_t unreadable = 0;
     bool counted = true;  ///< whether `unreadable` counts rows; otherwise it counts attempts
     std::int64_t unintelligible = 0;
-    std::string reason;  ///< why the table as a whole cannot be read
+    std::string reason;  ///< why the whole table cannot be read
   };
 
   void open(const std::filesystem::path& file, int mode);

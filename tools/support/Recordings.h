@@ -15,7 +15,7 @@ using log::analytics::format::itemsTable;
 inline constexpr const char* sendingDatabaseName = log::analytics::format::sendingDatabase;
 inline constexpr const char* supportDatabaseName = log::analytics::format::supportDatabase;
 
-/// The databases that a client has recorded in one directory; either may be missing.
+/// The databases that a client has written in one directory. Either of the two may be missing.
 struct Recordings {
   /// Throws `tools::InputError` if the directory does not exist or has no database, and
   /// `qel::exception` if no database can be read.

@@ -51,9 +51,9 @@ data tableOf(const std::vector<Row>& rows, const ToData& toData) {
 
 std::vector<Issue> issuesOf(const std::vector<Event>& events) {
   std::vector<Issue> issues;
-  using Places = std::map<std::string, std::vector<std::size_t>>;  // by ID, oldest first
+  using Places = std::map<std::string, std::vector<std::size_t>>;  // positions by ID, oldest first
   Places open;
-  Places emptied;  // removed with all others; a client may still report the removal of each
+  Places emptied;  // removed all at once; a client may still report the removal of each
   for (const auto& event : events) {
     if (event.category != "IssueListStorage") {
       continue;

@@ -8,14 +8,16 @@
 
 namespace qel::support {
 
-/// Template data of the report's tables: at most 2000 "rows", and the number of rows "leftOut".
+/// Template data of the report's tables. A table has at most 2000 "rows". If there are more,
+/// "leftOut" is the number of omitted rows.
 
-/// How often each command was started, accepted and cancelled, the most used first; false if there
-/// are no commands.
+/// A table of how often each command was started, accepted and cancelled. The most used command
+/// comes first. False if there are no commands.
 kainjow::mustache::data commandTable(const std::vector<Event>& events);
-/// Every issue that was added or removed, and when; false if there are none.
+/// A table of all issues that were added or removed, with the times. False if there are none.
 kainjow::mustache::data issueTable(const std::vector<Event>& events);
-/// A list of tables, one for each category, with its records in their order.
+/// A list of tables, one for each category. A table has the category's records in the order of
+/// `events`.
 kainjow::mustache::data eventTables(const std::vector<Event>& events);
 
 }  // namespace qel::support

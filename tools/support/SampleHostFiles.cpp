@@ -8,7 +8,8 @@
 namespace qel::support {
 namespace {
 
-/// The log, or an older one with a number: "qel-sample-host.1.log".
+/// Whether this is the name of the log, or of an older, numbered log such as
+/// "qel-sample-host.1.log".
 bool isLog(std::string_view name) {
   constexpr std::string_view log = tools::sampleHostLog;
   constexpr auto dot = log.rfind('.');

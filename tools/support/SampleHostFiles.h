@@ -4,8 +4,8 @@
 
 namespace qel::support {
 
-/// Whether a file of this name was made by `qel-sample-host` itself: the installation's ID or one
-/// of its log files, which contain refused packages.
+/// Whether `qel-sample-host` itself writes a file of this name: the installation ID or a log file.
+/// The log files contain packages that the server rejected.
 bool isSampleHostFile(std::string_view name);
 
 }  // namespace qel::support

@@ -19,7 +19,7 @@ namespace {
 
 namespace analytics = log::analytics;
 
-/// Writes each list of texts in one transaction and counts the rows.
+/// A database that stores each list of rows in one transaction and counts the rows.
 class ExportTarget : public analytics::SupportDatabaseClient {
  public:
   ExportTarget() : SupportDatabaseClient({}) {}
@@ -42,8 +42,8 @@ class ExportTarget : public analytics::SupportDatabaseClient {
   std::int64_t rows_ = 0;
 };
 
-/// Creates a directory if it does not exist. The destructor removes a directory that was created
-/// and is still empty.
+/// Creates a directory if it does not exist. The destructor removes the directory if this object
+/// created it and it is still empty.
 class TargetDirectory {
  public:
   explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {

@@ -22,7 +22,8 @@ struct Record {
   std::string session, time, category, subcategory;
 };
 
-/// Empty if the row has no session ID, or not in the form that clients search for.
+/// Reads a row; `std::nullopt` if its session ID is missing or not in the form that clients search
+/// for.
 std::optional<Record> recordOf(std::string_view text) {
   auto [verdict, columns] = tools::readRow(text);
   auto& [session, installation, time, category, subcategory, event] = columns;
@@ -69,7 +70,7 @@ SessionsById sessionsIn(ReadOnlyDatabase& database) {
   return sessions;
 }
 
-/// The ID in the form that clients write; empty if it is no GUID.
+/// The ID in the form that clients write; `std::nullopt` if it is not a GUID.
 std::optional<std::string> normalized(const std::string& id) {
   try {
     return qel::Guid::parse(id).toString(false);

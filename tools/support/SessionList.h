@@ -8,9 +8,9 @@
 
 namespace qel::support {
 
-/// One run of the host program, as a database has recorded it.
+/// One run of the host program, as recorded in a database.
 struct Session {
-  /// `Unknown`: the program still runs, or its end was not recorded.
+  /// `Unknown`: the program still runs, or its exit was not recorded.
   enum class End { Unknown, Stopped, Crashed };
 
   std::string id;
@@ -20,26 +20,26 @@ struct Session {
   std::int64_t environments = 0;
   std::int64_t crashes = 0;
   End end = End::Unknown;
-  ReadOnlyDatabase* database = nullptr;  ///< the one that its rows are read from
+  ReadOnlyDatabase* database = nullptr;  ///< its rows are read from this database
 
   std::int64_t lengthInMs() const;
 };
 
 const char* nameOf(Session::End end);
 
-/// Calls `take` with ID and text of each record of the session in the table. `take` returns false
-/// if the text is not what a client stores.
+/// Calls `take` with the ID and the text of each of the session's records in the table. `take` must
+/// return false if the text is not what a client stores.
 void forEachRecord(const Session& session, const char* table,
                    const ReadOnlyDatabase::RowReader& take);
 
-/// All sessions, in the order of their first records. A session is read from the database that
-/// holds more of its records, or from the support database if both hold the same number. The
-/// sending database holds only what has not been sent, the support database only what may be
-/// copied, and either may be damaged.
+/// All sessions, ordered by the times of their first records. A session is read from the database
+/// that has more of its records, or from the support database if both have the same number. The
+/// sending database lacks records that have been sent. The support database lacks records for which
+/// the user denied permission. Either may be damaged.
 std::vector<Session> listSessions(Recordings& recordings);
 
 /// The session with this ID (a GUID in any form), or the last session of the list for "last".
-/// Throws `tools::InputError` if there is none.
+/// Throws `tools::InputError` if there is no such session.
 Session findSession(Recordings& recordings, const std::string& idOrLast);
 
 }  // namespace qel::support

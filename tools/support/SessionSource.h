@@ -5,7 +5,7 @@
 
 namespace qel::support {
 
-/// Gives the exporter the rows of one session. Operations that write do nothing.
+/// Provides the rows of one session to the exporter. Write operations do nothing.
 class SessionSource : public log::analytics::CipDatabaseClientInterface {
  public:
   /// The session and its database must outlive this object.

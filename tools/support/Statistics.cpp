@@ -81,7 +81,8 @@ class Counter {
   }
 
   std::map<std::string, Marker>& markers_;
-  std::set<std::string, std::less<>> seen_;  ///< markers; both databases may hold the same one
+  /// The markers that have been counted. Both databases may contain the same marker.
+  std::set<std::string, std::less<>> seen_;
 };
 
 }  // namespace

@@ -22,31 +22,32 @@ struct FileStatistics {
   std::string newest;
 };
 
-/// The pending rows, which the server has not accepted yet, and the packages that they make.
+/// The pending rows, which the server has not accepted yet, and the packages that they fill.
 struct WaitingRows {
   std::int64_t rows = 0;
   std::int64_t bytes = 0;
   std::int64_t packages = 0;
-  bool complete = true;  ///< otherwise there may be more rows, which cannot be read
+  bool complete = true;  ///< if false, there may be more rows that cannot be read
 };
 
-/// A record in which the client reports a failure of its own.
+/// The records in which the client reports one kind of failure of its own.
 struct Marker {
   std::int64_t count = 0;
   std::string first;
   std::string last;
-  std::string message;  ///< the latest
+  std::string message;  ///< of the latest record
 };
 
 struct Statistics {
   std::vector<FileStatistics> files;
   std::optional<WaitingRows> waiting;        ///< empty if no sending database can be read
   std::map<std::string, Marker> markers;     ///< by "Area / Severity"
-  std::vector<std::filesystem::path> aside;  ///< corrupt files that the client set aside
+  std::vector<std::filesystem::path> aside;  ///< corrupt files that the client renamed
   std::vector<std::string> warnings;         ///< what could not be read
 };
 
-/// Counts the packages of one table: a package takes rows until their texts reach a million bytes.
+/// Counts the packages of one table. A package accepts rows until their texts reach a million
+/// bytes.
 class PackageCount {
  public:
   void add(std::size_t bytesOfRow);
@@ -54,12 +55,12 @@ class PackageCount {
 
  private:
   std::int64_t packages_ = 0;
-  std::size_t size_ = sizeLimit;  ///< of the current package
+  std::size_t size_ = sizeLimit;  ///< bytes in the current package
 
   static constexpr std::size_t sizeLimit = 1'000'000;
 };
 
-/// What a marker means for the loss of events.
+/// Explains whether a marker means that events were lost.
 std::string_view meaningOf(const std::string& marker);
 
 Statistics gatherStatistics(Recordings& recordings);

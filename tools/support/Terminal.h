@@ -7,12 +7,12 @@
 
 namespace qel::support {
 
-/// `Terminal::styled` has the codes in this order.
+/// `Terminal::styled` lists the terminal codes in this order.
 enum class Style { Plain, Heading, Faint, Good, Bad };
 
 /// The properties of standard output that matter for printing.
 struct Terminal {
-  /// Reads the environment, too: COLUMNS sets the width, NO_COLOR switches colours off.
+  /// Also reads the environment: COLUMNS sets the width, and NO_COLOR switches colours off.
   static Terminal ofStandardOutput();
 
   std::string styled(const std::string& text, Style style) const;
@@ -21,8 +21,8 @@ struct Terminal {
   bool colours = false;
 };
 
-/// A progress bar on standard error. It appears only on a terminal and only for work
-/// that takes longer than a moment.
+/// A progress bar on standard error. It appears only on a terminal, and only if the work takes
+/// longer than 0.3 s.
 class ProgressBar {
  public:
   explicit ProgressBar(std::string label);
@@ -31,7 +31,7 @@ class ProgressBar {
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  /// `part` of the work is done, from 0 to 1.
+  /// Shows that `part` of the work is done, from 0 to 1.
   void show(double part);
 
  private:
@@ -43,9 +43,9 @@ class ProgressBar {
   int shownPercent_ = -1;
 };
 
-/// Whether standard input and standard error are a terminal, so that a question can be answered.
+/// Whether standard input and standard error are terminals, so that a question can be answered.
 bool canAsk();
-/// Asks the question on the terminal. True if the answer is "y" or "yes".
+/// Asks the question on the terminal. Returns true if the answer is "y" or "yes".
 bool confirmed(const std::string& question);
 
 }  // namespace qel::support

@@ -56,8 +56,8 @@ std::vector<std::size_t> TextTable::naturalWidths() const {
   return widths;
 }
 
-/// Narrows the wrapped columns as far as necessary, the widest first. False if the table still does
-/// not fit.
+/// Narrows the wrapped columns as far as necessary, the widest first. Returns false if the table
+/// still does not fit.
 bool TextTable::fit(std::vector<std::size_t>& widths, std::size_t available) const {
   auto total = std::accumulate(widths.begin(), widths.end(), gap * (widths.size() - 1));
   for (; total > available; --total) {
@@ -87,7 +87,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   }
   for (std::size_t line = 0; line < height; ++line) {
     std::string text;
-    std::string pending;  // blanks; dropped at the end of a line
+    std::string pending;  // spaces; dropped at the end of a line
     for (std::size_t column = 0; column < row.size(); ++column) {
       const std::string part = line < cells[column].size() ? cells[column][line] : "";
       const auto blanks = padding(widths[column], part);
@@ -102,7 +102,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   }
 }
 
-/// A cell follows its title on the same line. A cell that fits only on a line of its own gets one.
+/// Prints a cell on the same line as its title, or on the next line if it fits only there.
 void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
   std::size_t titleWidth = 0;
   for (const auto& column : columns_) {

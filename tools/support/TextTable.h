@@ -8,8 +8,8 @@
 
 namespace qel::support {
 
-/// A table that fits the terminal. Wrapped columns become narrower first. If that is not enough,
-/// every row becomes a block with a line for each cell.
+/// A table that fits into the width of the terminal. Wrapped columns are narrowed first. If that is
+/// not enough, every row is printed as a block with a line for each cell.
 class TextTable {
  public:
   struct Column {
@@ -18,7 +18,7 @@ class TextTable {
     std::string title;
     Kind kind = Kind::Left;
   };
-  /// Makes its text printable, because it may come from a database.
+  /// A cell. The constructor makes the text printable, because it may come from a database.
   struct Cell {
     Cell(const std::string& content, Style look = Style::Plain);
     Cell(const char* content, Style look = Style::Plain) : Cell(std::string(content), look) {}

@@ -10,7 +10,7 @@
 namespace qel::support {
 namespace {
 
-/// Distances between two marks that are easy to read, in seconds.
+/// The possible distances between two marks, in seconds, which make the axis easy to read.
 constexpr std::array<std::int64_t, 17> steps{1,   2,   5,    10,   15,   30,    60,    120,  300,
                                              600, 900, 1800, 3600, 7200, 14400, 43200, 86400};
 
@@ -23,7 +23,7 @@ std::int64_t stepFor(std::int64_t milliseconds) {
   return (found == steps.end() ? steps.back() * days : *found) * 1000;
 }
 
-/// The date at midnight, otherwise the time of day.
+/// The label of a mark: the date at midnight, otherwise the time of day.
 std::string markOf(std::int64_t milliseconds, bool withSeconds) {
   const std::chrono::sys_time<std::chrono::milliseconds> time{
       std::chrono::milliseconds(milliseconds)};

@@ -6,18 +6,18 @@
 
 namespace qel::support {
 
-/// The horizontal axis of all drawings of a page: the session's time.
+/// The horizontal time axis, which all drawings of a page share.
 class TimeAxis {
  public:
-  static constexpr double width = 960;  ///< of a drawing, in SVG units
-  static constexpr double left = 180;   ///< position of the session's beginning
+  static constexpr double width = 960;  ///< width of a drawing in SVG units
+  static constexpr double left = 180;   ///< position of the session's start
   static constexpr double right = width - 36;
 
   TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
 
   double x(std::int64_t ms) const;
-  /// Template data of the grid: a list of "x" and "text", which is a time of day, or the date at
-  /// midnight.
+  /// Template data of the grid lines: a list of "x" and "text". The text is a time of day, or the
+  /// date at midnight.
   kainjow::mustache::data marks() const;
 
  private:

@@ -9,13 +9,13 @@ namespace qel::support {
 
 /// Selects records of a session.
 struct TimelineFilter {
-  std::string category;  ///< compared without regard to case; empty: all categories
-  std::string since;     ///< the beginning of a record's time; empty: from the start
+  std::string category;  ///< case-insensitive; empty: all categories
+  std::string since;     ///< a record's time, possibly shortened; empty: no limit
 };
 
-/// Converts a time in UTC, or the beginning of one, to the form of a record's time. Examples:
-/// "2026-11-21", "2026-11-21 09:30", "2026-11-21T09:30:05.123Z". Throws `tools::InputError` for any
-/// other text.
+/// Converts a UTC time, which may be shortened down to the date, to the form of a record's time.
+/// Examples: "2026-11-21", "2026-11-21 09:30", "2026-11-21T09:30:05.123Z". Throws
+/// `tools::InputError` for any other text.
 std::string readSince(const std::string& text);
 
 /// A session and the records that a filter has selected.

@@ -17,7 +17,7 @@ Style styleOf(const Event& event) {
 
 std::string dayOf(const Event& event) { return event.time.substr(0, 10); }
 
-/// The time without its day, which is in the heading.
+/// The time of day only; the date is in the heading.
 std::string clockOf(const Event& event) {
   constexpr std::size_t day = 11;
   return event.time.size() > day && millisecondsOf(event.time) ? event.time.substr(day, 12)

@@ -27,7 +27,7 @@ namespace {
 
 constexpr const char* programName = "qel-support";
 
-/// The command's arguments; empty or false where the user gave none.
+/// The arguments of the command. Those that the user did not give are empty or false.
 struct Arguments {
   std::string directory;
   std::string session;
@@ -43,7 +43,7 @@ std::filesystem::path directoryOf(const Arguments& arguments) {
   return utilities::pathFromUtf8(arguments.directory);
 }
 
-/// A directory's databases, with a progress bar during the reading.
+/// The databases of a directory. Shows a progress bar while they are read.
 struct Reading {
   explicit Reading(const Arguments& arguments)
       : recordings(directoryOf(arguments), [this](double part) { bar->show(part); }) {}
@@ -67,7 +67,7 @@ struct Reading {
   Recordings recordings;
 };
 
-/// Prints what `read` finds in the databases.
+/// Prints the result of `read`.
 template <typename Read>
 int show(const Arguments& arguments, const Read& read) {
   Reading reading(arguments);
@@ -118,14 +118,15 @@ int removeAll(const Arguments& arguments) {
   return purge(directoryOf(arguments), arguments.yes, std::cout) ? 0 : 1;
 }
 
-/// The program's commands with their options.
+/// Defines the program's commands with their options, and runs the given command.
 class CommandLine {
  public:
   CommandLine() {
     program_.require_subcommand(1);
+    program_.get_formatter()->label("SUBCOMMAND", "COMMAND");
     addReadingCommands();
     addWritingCommands();
-    // Set last, because new commands inherit it.
+    // Set last, because a command inherits the footer that is set when the command is added.
     program_.footer("\"qel-support COMMAND --help\" lists a command's options.");
   }
 
@@ -140,54 +141,55 @@ class CommandLine {
   void addReadingCommands() {
     addJson(add("sessions", "Lists the sessions in a directory's databases.", showSessions));
     auto* const showing = add("show", "Shows what happened in a session.", showSession);
-    addSession(showing);
+    addSession(showing, "session to show");
     addOption(showing, "--category", arguments_.category, "only records of this category", "NAME");
     addOption(showing, "--since", arguments_.since,
-              "only from then on, such as \"2026-11-21 09:30\" (UTC)", "TIME");
+              "only records at or after TIME, such as \"2026-11-21 09:30\" (UTC)", "TIME");
     addJson(showing);
-    addJson(add("stats",
-                "Shows what the databases hold, what waits to be sent and whether anything was "
-                "lost.",
-                showStatistics));
+    addJson(
+        add("stats",
+            "Shows the content of the databases, the pending rows and whether events were lost.",
+            showStatistics));
   }
 
   void addWritingCommands() {
-    auto* const exporting =
-        add("export", "Copies a session into a database of its own.", exportOne);
-    addSession(exporting);
+    auto* const exporting = add("export", "Copies a session into a separate database.", exportOne);
+    addSession(exporting, "session to export");
     addOption(exporting, "--to", arguments_.to, "directory of the new SupportDatabase.db", "DIR")
         ->required();
-    auto* const reporting = add("report", "Writes a page (HTML) about a session.", report);
-    addSession(reporting);
-    addOption(reporting, "--output", arguments_.output, "the new file", "FILE")->required();
+    auto* const reporting = add("report", "Writes an HTML page about a session.", report);
+    addSession(reporting, "session to report on");
+    addOption(reporting, "--output", arguments_.output, "file to create", "FILE")->required();
     add("purge",
-        "Removes everything recorded: databases, journals, files set aside, logs of "
+        "Removes all recordings: databases, journals, corrupt files that were set aside, logs of "
         "qel-sample-host.",
         removeAll)
-        ->add_flag("--yes", arguments_.yes, "does not ask");
+        ->add_flag("--yes", arguments_.yes, "do not ask for confirmation");
   }
 
   CLI::App* add(const char* name, const char* summary, Action action) {
     auto* const command = program_.add_subcommand(name, summary);
+    command->group("Commands");
     command->callback([this, action] { chosen_ = action; });
     addOption(command, "DIR", arguments_.directory, "directory of the databases", "")->required();
     return command;
   }
 
-  void addSession(CLI::App* command) {
-    addOption(command, "--session", arguments_.session, "which session", "ID|last")->required();
+  void addSession(CLI::App* command, const std::string& purpose) {
+    addOption(command, "--session", arguments_.session, purpose + " (ID or last)", "ID|last")
+        ->required();
   }
 
   void addJson(CLI::App* command) {
-    command->add_flag("--json", arguments_.json, "prints JSON, for scripts");
+    command->add_flag("--json", arguments_.json, "print JSON, for scripts");
   }
 
   static CLI::Option* addOption(CLI::App* command, const char* name, std::string& value,
-                                const char* meaning, const char* placeholder) {
+                                const std::string& meaning, const char* placeholder) {
     return command->add_option(name, value, meaning)->type_name(placeholder);
   }
 
-  CLI::App program_{"Reads what an analytics client has recorded in the directory DIR.",
+  CLI::App program_{"Inspects, exports and removes recordings of an analytics client.",
                     programName};
   Arguments arguments_;
   Action chosen_ = nullptr;
@@ -200,7 +202,7 @@ int main(int count, char** values) {
   using namespace qel;
   // Only the owner may read what customers have recorded.
   ::umask(S_IRWXG | S_IRWXO);
-  // This program reports failures itself.
+  // No log on standard error, because this program reports failures itself.
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);

@@ -11,7 +11,7 @@ _qel_support() {
   case $previous in
     --session)
       local sessions directory=${COMP_WORDS[2]/#\~/$HOME}
-      directory=${directory//[\"\'\\]/} # as typed, with its quoting
+      directory=${directory//[\"\'\\]/} # removes the quoting that the user typed
       sessions=$("${COMP_WORDS[0]}" sessions "$directory" --json 2>/dev/null |
         sed -n 's/^ *"session": "\([0-9A-Fa-f-]*\)",$/\1/p')
       mapfile -t COMPREPLY < <(compgen -W "last $sessions" -- "$current")
