@@ -48,7 +48,8 @@ void append(Lines& lines, const std::string& line) {
   lines.reset(longer);
 }
 
-/// A time limit in milliseconds for libcurl. It is at least 1, because 0 means no limit.
+/// A time limit in milliseconds for libcurl. It is at least 1, because libcurl takes 0 for no limit
+/// or for its default.
 long limitOf(milliseconds limit) {
   constexpr milliseconds::rep longest = std::numeric_limits<int>::max();
   return static_cast<long>(std::clamp<milliseconds::rep>(limit.count(), 1, longest));

@@ -128,7 +128,8 @@ Outcome Schema::compare(Connection& connection, const std::string& statement) {
   return outcome;
 }
 
-/// SQLite accepts the choice for an empty file, and for a file with `auto_vacuum = FULL`.
+/// Runs the `auto_vacuum` statement. SQLite applies it only to an empty file, or to a file with
+/// `auto_vacuum = FULL`.
 Outcome Schema::chooseVacuum(Connection& connection, const std::string& statement) {
   const std::string question = "PRAGMA auto_vacuum";
   const Result::Rows chosen{{"2"}};

@@ -25,7 +25,8 @@ void setExitDeadline(std::optional<std::chrono::milliseconds> fromNow);
 /// the wait.
 std::chrono::steady_clock::time_point exitDeadline();
 
-/// Sets an exit deadline if the host has set none, for example while a client is released.
+/// A temporary exit deadline for the case that the host has set none, for example while a client is
+/// released. `arm` sets it.
 class DefaultExitDeadline {
  public:
   DefaultExitDeadline() = default;

@@ -76,7 +76,7 @@ TEST(ThreadedLoopTest, WritesExceptionsToStandardErrorAndCountsThemAsFailures) {
   qel::utilities::debugger::Debugger::setHook({});
 }
 
-/// Fails by its time limit when the worker waits for the pipe's reader.
+/// Hangs until the test's time limit if the worker waits for a reader of the pipe.
 TEST(ThreadedLoopTest, DoesNotWaitForAReaderOfStandardError) {
   const qel::test::StalledPipe pipe;
   const int standardError = dup(STDERR_FILENO);

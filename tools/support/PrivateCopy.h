@@ -7,7 +7,7 @@ namespace qel::support {
 
 /// A new directory that only its owner can read. The destructor removes the directory with its
 /// content. In a single-threaded program, SIGINT, SIGTERM and SIGHUP are blocked until the
-/// destructor has run, so only SIGKILL or a crash leaves the directory behind.
+/// destructor has run, so these signals do not leave the directory behind.
 class PrivateDirectory {
  public:
   /// Creates the directory in `parent`. Throws `qel::exception` with the reason if that fails.
@@ -28,7 +28,8 @@ class PrivateDirectory {
 /// has opened the file can continue to read after the destructor has deleted it.
 class PrivateCopy {
  public:
-  /// Throws `qel::exception` if the file cannot be copied.
+  /// Throws `qel::exception` if the file cannot be copied. A journal that does not exist is
+  /// skipped.
   explicit PrivateCopy(const std::filesystem::path& file);
 
   const std::filesystem::path& file() const { return file_; }

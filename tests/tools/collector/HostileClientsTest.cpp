@@ -135,7 +135,8 @@ TEST_F(HostileClientsTest, HoldNobodyUpWithWithheldBodiesAndSilence) {
   while (idle.size() < 164) {
     idle.push_back(connect());
   }
-  // Less than the time that the server gives a connection without need for room.
+  // Shorter than the server's usual time limits: the post succeeds only if the server closes one
+  // of the idle connections early to make room.
   client_.set_connection_timeout(std::chrono::seconds(5));
   client_.set_read_timeout(std::chrono::seconds(5));
   EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);

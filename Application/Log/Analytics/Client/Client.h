@@ -32,12 +32,12 @@ class DbToServerConnection;
 /// The client that a host creates to take part in the customer involvement programme.
 ///
 /// **Work.** `activate` starts recording the host's broadcasts and memory usage. Stored rows are
-/// sent when sending starts, then every ten minutes, and once more during destruction.
+/// sent when sending starts, then every ten minutes, and once more when sending stops.
 ///
-/// **Destruction** unregisters the listeners and waits for the last sending pass. It takes at most
-/// 30 seconds unless the host has set an exit deadline (`utilities::setExitDeadline`). It takes
-/// longer only if the disk hangs. Queued items are lost unless the host calls `CipDatabases::join`
-/// first.
+/// **Destruction** unregisters the listeners of `activate` and waits for the last sending pass. It
+/// takes at most 30 seconds unless the host has set an exit deadline
+/// (`utilities::setExitDeadline`). It takes longer only if the disk hangs. Queued items are lost
+/// unless the host calls `CipDatabases::join` first.
 ///
 /// **Threads.** All operations must be called on the thread on which the host registers listeners.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {

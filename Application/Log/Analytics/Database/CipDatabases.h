@@ -51,8 +51,8 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   /// Whether storage has ended for good. Thread-safe.
   bool errorOccurred() const;
 
-  /// Waits until all queued items are written. Must be called on the thread that initializes and
-  /// destroys the object.
+  /// Waits until all queued items are written, or lost after a failure (see `errorOccurred`). Must
+  /// be called on the thread that initializes and destroys the object.
   void join();
 
  private:

@@ -16,9 +16,9 @@ namespace qel::log::analytics {
 using HostFileFilter = std::function<bool(std::string_view name)>;
 
 /// The files that clients have created in the directory, recognised by name. These are databases
-/// with their journals, corrupt databases that were set aside (renamed under a dated name), and the
-/// lock file. The list also includes the files that the filter accepts. It is sorted by path, with
-/// the lock file last.
+/// with their journals, corrupt databases that were set aside (the date is appended to the name),
+/// and the lock file. The list also includes the files that the filter accepts. It is sorted by
+/// path, with the lock file last.
 ///
 /// Thread-safe; may be called while a client uses the directory. Throws `qel::exception` if the
 /// directory cannot be read.
