@@ -136,6 +136,13 @@ void Connection::rollBack() noexcept {
   if (sqlite3_get_autocommit(database_.get()) == 0) {
     sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
   }
+  hasToRollBack_ = sqlite3_get_autocommit(database_.get()) == 0;
+}
+
+void Connection::retryRollBack() noexcept {
+  if (hasToRollBack_) {
+    rollBack();
+  }
 }
 
 Outcome Connection::failure() const {

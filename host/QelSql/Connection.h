@@ -52,6 +52,8 @@ class Connection {
   /// Rolls back the current transaction, if there is one. After some failures, SQLite has already
   /// ended the transaction.
   void rollBack() noexcept;
+  /// Repeats a rollback that failed because memory ran out.
+  void retryRollBack() noexcept;
 
  private:
   struct Close {
@@ -65,6 +67,7 @@ class Connection {
   const std::filesystem::path file_;
   BusyWait& busyWait_;
   std::unique_ptr<sqlite3, Close> database_;
+  bool hasToRollBack_ = false;
 };
 
 }  // namespace qel::db::sql

@@ -143,7 +143,7 @@ Outcome Database::applySchema() {
   if (!connection_) {
     return failed(Status::FileIsCorrupt, "the corrupt database file cannot be replaced");
   }
-  connection_->rollBack();  // An earlier rollback can have failed because memory ran out.
+  connection_->retryRollBack();
   Outcome outcome = check();
   if (outcome.isDone()) {
     outcome = schema_.apply(*connection_);

@@ -61,8 +61,8 @@ std::error_code lastError() { return {static_cast<int>(GetLastError()), std::sys
 
 LockFile::LockFile(const std::filesystem::path& directory)
     : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (file_ == INVALID_HANDLE_VALUE) {
     throwUnusable(directory, lastError());
   }
@@ -102,9 +102,13 @@ LockFile::LockFile(const std::filesystem::path& directory) {
     return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
            flock(file_, LOCK_EX | LOCK_NB) == 0;
   };
-  while (openFile()) {
+  for (int attempts = 100; openFile(); --attempts) {
     if (isOpenFile(file_, path)) {
       return;
+    }
+    if (attempts == 0) {
+      errno = ESTALE;
+      break;
     }
     close(file_);
   }

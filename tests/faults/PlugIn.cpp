@@ -2,14 +2,10 @@
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/Session.h"
 
-/// Creates a support database whose old rows take seconds to delete.
 static void createOldRows(const std::string& directory) {
   qel::log::analytics::SupportDatabaseClient({}).initialize(directory);
   qel::db::sql::SqlDatabaseAdapter(std::filesystem::path(directory) / "SupportDatabase.db")
-      .execute(
-          "INSERT INTO Items(json, timestamp_utc) WITH RECURSIVE n(i) AS "
-          "(SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 300000) SELECT i, '2000-01-01' FROM "
-          "n");
+      .execute(qel::test::insertionOfOldRows);
 }
 
 /// A part of a host that is loaded for one session and unloaded while old rows are still being

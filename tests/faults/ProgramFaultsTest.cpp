@@ -103,10 +103,11 @@ TEST_F(ProgramFaultsTest, AKillLosesNoCommittedRow) {
       const auto seen = [&] { return observer.number(among(session, "max(number)")); };
       ASSERT_TRUE(waitUntil([&] { return seen() > 0; }));
       const auto moment = system_clock::now() + 1ms * (random() % 1000);
-      while (system_clock::now() < moment) {
+      do {
         committed = seen();
-      }
+      } while (system_clock::now() < moment);
       while (whileWriting && !fs::exists(journal)) {
+        ASSERT_LT(system_clock::now(), moment + 20s) << "nothing is written any more";
         std::this_thread::yield();
       }
     }  // The host is killed here.

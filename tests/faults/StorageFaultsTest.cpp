@@ -96,7 +96,8 @@ class StorageFaultsTest : public DatabaseDirectory {
     }
     const auto lossesBefore = timesLogged(lossLogged);
     CipDatabaseClient client;
-    hasFailed = !isReplaced;
+    EXPECT_TRUE(isReplaced) << "no system call can be made to fail";
+    hasFailed = false;
     plannedFault = fault;
     callsUntilFault = nthCall;
     try {

@@ -58,7 +58,11 @@ TEST(EndToEndTest, KeepsRowsThatWereNotAcceptedAndEndsWithinTheExitDeadline) {
                  stalledServer(),
                  {"1", '{' + std::string(16'000'000, ' ') + '}'}},
                 {"the exit deadline has passed", stalledServer(), {}},
+                {"not succeeded", answering({.status = 400})},
+                {"not succeeded", answering({.status = 401})},
                 {"not succeeded", answering({.status = 413})},
+                {"not succeeded", answering({.status = 429})},
+                {"not succeeded", answering({.status = 500})},
                 {"1 bytes remaining", answering({200, Manner::Truncated, {}, "ok"})},
                 {"reset by peer", answering({200, Manner::ResetUnanswered})}};
   for (const auto& pass : passes) {

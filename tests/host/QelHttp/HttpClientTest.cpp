@@ -203,9 +203,9 @@ TEST_F(HttpClientTest, UsesOnlyTheProxyOfTheSettings) {
   for (const char* variable : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
     setenv(variable, ("http://" + proxy.address()).c_str(), 1);
   }
-  setenv("no_proxy", "*", 1);
   EXPECT_EQ(post(message_), "200");
   EXPECT_EQ(proxy.connections(), 0);
+  setenv("no_proxy", "*", 1);
 
   settings_.proxy = "http://" + proxy.address();
   connectTo(server_);
@@ -220,13 +220,13 @@ TEST_F(HttpClientTest, AnExitDeadlineEndsAWaitForANameServerButNoTransferBeforeI
     setExitDeadline(fromNow);
     EXPECT_EQ(post(message_), "200");
   }
-  const ScopeGuard releasing([] { lookUpMayEnd.set_value(); });
   message_.host = "slow.example";
   auto posting = std::async(std::launch::async, [&] { return post(message_); });
+  const ScopeGuard releasing([] { lookUpMayEnd.set_value(); });
   lookUpBegan.get_future().wait();
   setExitDeadline(milliseconds(50));
   // Far above what an ended transfer needs, far below every other limit.
-  EXPECT_EQ(posting.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+  ASSERT_EQ(posting.wait_for(std::chrono::seconds(5)), std::future_status::ready);
   EXPECT_EQ(posting.get(), "posting to slow.example failed: the exit deadline has passed");
 }
 

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "host/QelLog/LogManager.h"
@@ -46,6 +47,7 @@ void sendLogTo(const test::StalledPipe& pipe) {
   logNumbers(10'000);
   const bool isPrompt = steady_clock::now() - begin < 5s;
   LogManager::instance().configure({});
+  alarm(4);  // The exit may wait for one second.
   std::exit(isPrompt ? 7 : 1);
 }
 
@@ -56,9 +58,7 @@ TEST(LogManagerTest, AnExitWritesTheLogButDoesNotWaitForAStalledOne) {
     std::exit(7);
   };
   EXPECT_EXIT(logAndExit(), ExitedWithCode(7), EndsWith("xend\n"));
-  const auto begin = steady_clock::now();
   EXPECT_EXIT(exitWithAStalledLog(), ExitedWithCode(7), "");
-  EXPECT_LT(steady_clock::now() - begin, 15s);
 }
 
 TEST(LogManagerTest, CountsTheMessagesThatAStalledLogDropped) {
@@ -98,6 +98,21 @@ TEST(LogManagerTest, WritesAMessageToTheFileThatWasSetWhenItCame) {
   log("late", Level::Error);
   EXPECT_THAT(test::loggedIn(directory.path() / "a"), EndsWith(" warning test: early\n"));
   EXPECT_THAT(test::loggedIn(directory.path() / "b"), MatchesRegex("[^\n]* error test: late\n"));
+}
+
+TEST(LogManagerTest, KeepsFilesToTheirOwnerAlsoAfterARotation) {
+  const test::TemporaryDirectory directory;
+  umask(0);
+  LogManager::instance().configure(
+      {.standardError = false, .file = directory.path() / "log", .largestFile = 1000});
+  logNumbers(50);
+  EXPECT_TRUE(LogManager::instance().flush(10s));
+  int files = 0;
+  for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
+    EXPECT_EQ(file.status().permissions(), std::filesystem::perms(0600)) << file.path();
+    ++files;
+  }
+  EXPECT_GT(files, 1);
 }
 
 TEST(LogManagerTest, ItsThreadTakesNoSignals) {

@@ -8,6 +8,7 @@ TEST_F(SqlDatabaseAdapterTest, NamesTheReasonWhenAFileCannotBeOpened) {
   fs::permissions(directory_, fs::perms::all);
   fs::create_directories(directory_ / "sub.db");
   fs::permissions(write(directory_ / "sub.db" / "Databases.lock", ""), fs::perms(0666));
+  fs::permissions(directory_ / "sub.db", fs::perms(0555));
   fs::permissions(write(directory_ / "plain", ""), fs::perms(0444));
   const bool asRoot = geteuid() == 0 && seteuid(65534) == 0;  // Root may write everywhere.
   const std::string keep = "cannot keep databases in \"" + directory_.string();
@@ -23,6 +24,7 @@ TEST_F(SqlDatabaseAdapterTest, NamesTheReasonWhenAFileCannotBeOpened) {
                 ThrowsMessage<qel::exception>(reason));
   }
   EXPECT_EQ(0, asRoot ? seteuid(0) : 0);
+  fs::permissions(directory_ / "sub.db", fs::perms::owner_all);
 }
 
 TEST_F(SqlDatabaseAdapterTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
@@ -39,6 +41,11 @@ TEST_F(SqlDatabaseAdapterTest, TakesAnyNameAsAPathAndKeepsTheFileToItsOwner) {
 }
 
 TEST_F(SqlDatabaseAdapterTest, SetsACorruptFileAsideOnOpening) {
+  write(file_, "");
+  write(file_.string() + "-journal", "left over");
+  EXPECT_TRUE(TestDatabase(file_).insert("in an empty file"));
+  EXPECT_THAT(asideFiles(), IsEmpty());
+  fs::remove(file_);
   EXPECT_TRUE(TestDatabase(file_).insert(std::string(100'000, 'x')));
   const std::string sound = contentOf(file_);
   const std::pair<std::string, std::string> reasons[] = {

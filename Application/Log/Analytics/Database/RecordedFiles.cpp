@@ -9,6 +9,7 @@
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::log::analytics {
 namespace {
@@ -73,11 +74,13 @@ std::vector<RemovedFile> removeRecordings(const std::filesystem::path& directory
   std::error_code ignored;
   const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
   const DirectoryClaim claim(directory, DirectoryClaim::Kind::Exclusive);
-  const auto files = recordedFiles(directory, isHostFile);
-  if (isApproved && !isApproved(files)) {
+  const ScopeGuard removingNewLockFile([&] {
     if (!wasLockFileThere) {
       std::filesystem::remove(lock, ignored);
     }
+  });
+  const auto files = recordedFiles(directory, isHostFile);
+  if (isApproved && !isApproved(files)) {
     return {};
   }
   std::vector<RemovedFile> removed;

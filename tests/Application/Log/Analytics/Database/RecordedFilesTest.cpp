@@ -43,6 +43,9 @@ TEST(RecordedFilesTest, AreRemovedOnceNoClientUsesThem) {
   const auto refuse = [&](const auto& found) { return found != files; };
   EXPECT_THAT(removeRecordings(directory.path(), isHostFile, refuse), IsEmpty());
   EXPECT_EQ(recordedFiles(directory.path(), isHostFile), files);
+  const test::TemporaryDirectory empty;
+  EXPECT_THAT(removeRecordings(empty.path(), {}, [](const auto&) { return false; }), IsEmpty());
+  EXPECT_TRUE(std::filesystem::is_empty(empty.path()));
   const auto removed = removeRecordings(directory.path(), [&](std::string_view name) {
     EXPECT_THROW(CipDatabaseClient().initialize(directory.text()), qel::exception);
     return isHostFile(name);
