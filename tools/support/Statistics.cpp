@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
+#include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/RowReader.h"
@@ -15,6 +16,8 @@
 
 namespace qel::support {
 namespace {
+
+using log::analytics::format::packageSizeLimit;
 
 std::string messageOf(std::string_view text) {
   const auto record = nlohmann::json::parse(text);
@@ -42,25 +45,31 @@ class Counter {
     file.name = utilities::utf8FromPath(database.file().filename());
     file.bytes = std::filesystem::file_size(database.file(), ignored);
     for (const char* const table : {environmentsTable, itemsTable}) {
-      PackageCount packages;
       auto& rows = file.rowsByTable[table];
+      std::size_t package = packageSizeLimit;  // bytes in the current package
       database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
         ++rows;
-        packages.add(text.size());
         if (waiting != nullptr) {
-          ++waiting->rows;
-          waiting->bytes += static_cast<std::int64_t>(text.size());
+          countPending(*waiting, package, text.size());
         }
         return readInto(file, table, text);
       });
-      if (waiting != nullptr) {
-        waiting->packages += packages.packages();
-      }
     }
     return file;
   }
 
  private:
+  /// Counts a pending row. If its package is full, the row begins a new one.
+  static void countPending(WaitingRows& waiting, std::size_t& package, std::size_t size) {
+    ++waiting.rows;
+    waiting.bytes += static_cast<std::int64_t>(size);
+    if (package >= packageSizeLimit) {
+      ++waiting.packages;
+      package = 0;
+    }
+    package += size;
+  }
+
   bool readInto(FileStatistics& file, std::string_view table, std::string_view text) {
     const auto [verdict, columns] = tools::readRow(text);
     if (verdict != tools::RowVerdict::Sound) {
@@ -86,14 +95,6 @@ class Counter {
 };
 
 }  // namespace
-
-void PackageCount::add(std::size_t bytesOfRow) {
-  if (size_ >= sizeLimit) {
-    ++packages_;
-    size_ = 0;
-  }
-  size_ += bytesOfRow;
-}
 
 std::string_view meaningOf(const std::string& marker) {
   if (marker == "Database / CriticalLarge") {

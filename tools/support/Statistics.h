@@ -46,20 +46,6 @@ struct Statistics {
   std::vector<std::string> warnings;         ///< what could not be read
 };
 
-/// Counts the packages of one table. A package accepts rows until their texts reach a million
-/// bytes.
-class PackageCount {
- public:
-  void add(std::size_t bytesOfRow);
-  std::int64_t packages() const { return packages_; }
-
- private:
-  std::int64_t packages_ = 0;
-  std::size_t size_ = sizeLimit;  ///< bytes in the current package
-
-  static constexpr std::size_t sizeLimit = 1'000'000;
-};
-
 /// Explains whether a marker means that events were lost.
 std::string_view meaningOf(const std::string& marker);
 
