@@ -71,8 +71,11 @@ bool isJsonObject(const std::string& text) {
 bool standsAlone(const std::string& row) {
   const auto body = packageOf({row}, "events");
   const auto split = collector::splitPackage(body, 1);
-  return split && split->lists.size() == 1 &&
-         (split->lists[0].empty() || split->lists[0][0] == withoutBlanks(row));
+  if (!split || split->lists.size() != 1) {
+    return false;
+  }
+  const auto found = split->lists[0].empty() ? "" : split->lists[0][0];
+  return found == withoutBlanks(row);
 }
 
 void checkCollected(const std::string& body, const Texts& rows) {
