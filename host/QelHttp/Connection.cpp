@@ -61,8 +61,8 @@ class Transfer {
   Transfer(const Settings& settings, const Message& message)
       : message_(message), room_(settings.largestResponse) {
     set(CURLOPT_ERRORBUFFER, errorText_.data());
-    // With this option libcurl does not block SIGPIPE. Blocking is not needed, because libcurl and
-    // the TLS library send without raising this signal.
+    // With this option libcurl does not ignore SIGPIPE during the transfer. It need not, because
+    // libcurl and the TLS library send without raising this signal.
     set(CURLOPT_NOSIGNAL, 1L);
     reachServer(settings);
     trust(settings);

@@ -15,7 +15,7 @@ class StorageListenerInterface {
 
   /// An issue was added. It is not reported if `flag` is true.
   virtual void issueAdded(const std::shared_ptr<IssueInstance>& issue, bool flag) = 0;
-  /// Issues were removed. They are identified by comparison (see `IssueInstance`).
+  /// Issues were removed. They are matched by value, not by address (see `IssueInstance`).
   virtual void issuesRemoved(const std::vector<std::shared_ptr<IssueInstance>>& issues) = 0;
   /// All issues were removed. The notification does not list them.
   virtual void issuesRemoveAll() = 0;

@@ -77,8 +77,8 @@ void write(const LogQueue::Sinks& sinks, const log_msg& message) {
   }
 }
 
-/// Constructed before the static objects of libraries that use the log. So it is destroyed after
-/// them.
+/// Writes the waiting messages at exit. With shared libraries it is constructed before the static
+/// objects of libraries that use the log, so it is destroyed after them.
 const struct AtExit {
   AtExit() = default;
   AtExit(const AtExit&) = delete;

@@ -57,7 +57,8 @@ class Site {
     earlier.insertMultiple(rows, earlier.Items);
   }
 
-  /// The numbered items that the server or the sending database has.
+  /// The numbers of all items that the server received or that are still in the sending database.
+  /// An item in both appears twice.
   std::multiset<std::string> acceptedOrWaiting() const {
     auto numbers = textsIn(sendingFile());
     for (const auto& request : server_.requests()) {

@@ -16,8 +16,8 @@ struct ConnectionLimits {
   std::size_t headBytes = std::size_t{96} * 1024;
   std::chrono::seconds headTime{10};
   std::chrono::seconds bodyTime{60};
-  /// How long a connection keeps its worker although all workers are busy. Every `slowestBody`
-  /// bytes of a known sender's body extend this time by a second.
+  /// The time from the start of a request's headers or body in which the connection is not cut,
+  /// even if all workers are busy. Every `slowestBody` bytes of a known sender's body add a second.
   std::chrono::milliseconds patience{500};
   std::size_t slowestBody = std::size_t{64} * 1024;
   /// Time left to receive the body of a known sender once the server is stopping.

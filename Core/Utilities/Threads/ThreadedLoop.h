@@ -41,7 +41,7 @@ class ThreadedLoop {
   ThreadedLoop() = default;
   ThreadedLoop(const ThreadedLoop&) = delete;
   ThreadedLoop& operator=(const ThreadedLoop&) = delete;
-  /// Stops the worker and waits for it, including its run after the stop.
+  /// Stops the worker and waits until it ends, including the final run if the policy has one.
   ~ThreadedLoop();
 
   /// Starts the worker. If a worker is already running, first stops it and waits for it. `setup`,

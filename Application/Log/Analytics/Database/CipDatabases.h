@@ -19,9 +19,9 @@ struct ActivateParameter;
 /// The support database and the sending database. Items reach the databases only through this
 /// class.
 ///
-/// **Writing.** Items are queued. Once per second, each queued item is rendered once and written to
-/// the support database and then to the sending database. Before each of the two writes, the host
-/// is asked for its permission.
+/// **Writing.** Items are queued. Every second, the queued items are taken. Each is rendered once
+/// and written to the support database and then to the sending database. Before each of the two
+/// writes, the host is asked for its permission.
 ///
 /// **Errors.** A queue overflow, or an exception while items are rendered or written, ends storage
 /// for good, and `errorOccurred` stays true. Writing an item before `initialize` has the same
