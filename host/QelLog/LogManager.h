@@ -16,8 +16,8 @@ struct LogSettings {
   int lowestLevel = Level::Warning;
   /// Whether messages go to standard error, even if there is a log file.
   bool standardError = true;
-  /// The log file; if empty, no file is written. Only the owner may read the file, because messages
-  /// may quote what customers typed.
+  /// The path of the log file. If it is empty, no file is written. Only the owner may read the
+  /// file, because messages may quote what customers typed.
   std::filesystem::path file;
   /// A log file that would exceed this many bytes is renamed with a number, and a new file is
   /// started.

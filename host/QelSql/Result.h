@@ -6,7 +6,8 @@
 
 namespace qel::db::sql {
 
-/// Whether a statement succeeded, and the reason if it failed. A new object means success.
+/// Whether a statement succeeded, and the reason if it failed. A newly constructed object
+/// represents success.
 class ResultBase {
  public:
   /// Whether the statement succeeded.

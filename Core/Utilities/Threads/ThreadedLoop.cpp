@@ -29,7 +29,7 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// Writes the whole line at once, so that lines of several threads do not mix. Writes nothing if
+/// Writes the whole line at once, so that lines from several threads do not mix. Writes nothing if
 /// memory allocation fails or writing would block, because the worker must not wait for a reader of
 /// standard error.
 void writeToStandardError(const std::type_info& type, std::string_view separator,

@@ -30,9 +30,9 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   /// An item, which is never null, and its table.
   using Entry =
       std::pair<std::unique_ptr<qel::json::ToJsonInterface>, CipDatabaseClientInterface::Table>;
-  /// Receives a batch on the worker, with the items in the order in which they were added. The
-  /// information item about a full queue is passed on the thread that called `add`, possibly while
-  /// the worker passes a batch.
+  /// Receives a batch on the worker, with the items in the order in which they were added. If
+  /// the queue is full, it receives the information item on the thread that called `add`, possibly
+  /// while the worker is passing a batch.
   using Callback = std::function<void(const std::vector<Entry>&)>;
 
   /// Does not start the worker. Reserves memory for two queues of `capacity` entries, so that `add`

@@ -8,8 +8,7 @@
 
 namespace qel::log::analytics::items {
 
-/// An action of the user in the window of the issue list or the collision list. Category
-/// "IssueListAction".
+/// A user action in the issue list or collision list window. Category "IssueListAction".
 class QEL_ANALYTICS_EXPORT IssueListUserActionEvent : public BaseEventItemWithDetail {
  public:
   /// The list that was used. The subcategory is the enumerator's name, or "Unknown" for any other
