@@ -83,8 +83,8 @@ LockFile::~LockFile() { CloseHandle(file_); }
 
 std::error_code lastError() { return {errno, std::system_category()}; }
 
-/// False if the file was deleted, and perhaps created again, after it was opened.
-bool isOpenFile(int file, const std::filesystem::path& path) {
+/// False if the file at the path was deleted, and perhaps created again, after it was opened.
+bool isStillAt(const std::filesystem::path& path, int file) {
   struct stat opened {};
   struct stat present {};
   return fstat(file, &opened) == 0 && stat(path.c_str(), &present) == 0 &&
@@ -93,7 +93,7 @@ bool isOpenFile(int file, const std::filesystem::path& path) {
 
 LockFile::LockFile(const std::filesystem::path& directory) {
   const auto path = directory / lockFileName;
-  const auto openFile = [&] {
+  const auto openAndLock = [&] {
     file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file_ == -1) {
       throwUnusable(directory, lastError());
@@ -102,11 +102,12 @@ LockFile::LockFile(const std::filesystem::path& directory) {
     return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
            flock(file_, LOCK_EX | LOCK_NB) == 0;
   };
-  for (int attempts = 100; openFile(); --attempts) {
-    if (isOpenFile(file_, path)) {
+  // Another process may remove the recordings, with the lock file, between opening and locking.
+  for (int retries = 100; openAndLock(); --retries) {
+    if (isStillAt(path, file_)) {
       return;
     }
-    if (attempts == 0) {
+    if (retries == 0) {
       errno = ESTALE;
       break;
     }
