@@ -10,6 +10,9 @@ set(privateHeaders
     host/QelHttp/ConnectionPool.h
     host/QelHttp/SettingsInForce.h
     host/QelLog/LogQueue.h
+    host/QelNotification/Fields.h
+    host/QelNotification/NotificationTable.h
+    host/QelNotification/PlainFields.h
     host/QelSql/BusyWait.h
     host/QelSql/Connection.h
     host/QelSql/Database.h
