@@ -7,16 +7,34 @@ endif()
 
 find_package(Threads REQUIRED)
 
+# The system in the names of sources that differ by system, such as SystemError.windows.cpp.
+if(WIN32)
+  set(QEL_SYSTEM windows)
+else()
+  set(QEL_SYSTEM posix)
+endif()
+
 # Warnings and sanitizers, only for the sources of this repository.
 add_library(QelBuildSettings INTERFACE)
-target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(MSVC)
+  # 4251, 4275: a class that is exported from a DLL has members or a base from the standard library. Program and DLL must
+  # use the same compiler and run-time library anyway.
+  target_compile_options(QelBuildSettings INTERFACE /W4 /utf-8 /EHsc /wd4251 /wd4275)
+else()
+  target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+endif()
+if(WIN32)
+  # Windows 10 or newer; wide texts; windows.h without macros that break other headers.
+  target_compile_definitions(QelBuildSettings INTERFACE _WIN32_WINNT=0x0A00 UNICODE _UNICODE NOMINMAX
+                                                        WIN32_LEAN_AND_MEAN)
+endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   # Checks the annotations in host/QelUtilities/Mutex.h: members are used only while their lock is held.
   target_compile_options(QelBuildSettings INTERFACE -Wthread-safety)
 endif()
 if(PROJECT_IS_TOP_LEVEL)
   # Not in an embedding project, whose build must not break because a newer compiler has new warnings.
-  target_compile_options(QelBuildSettings INTERFACE -Werror)
+  target_compile_options(QelBuildSettings INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # A false warning about concatenated strings: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651
@@ -45,4 +63,17 @@ function(qel_add_library target)
   set_target_properties(
     ${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                          WINDOWS_EXPORT_ALL_SYMBOLS ON POSITION_INDEPENDENT_CODE ON)
+  if(MINGW)
+    # Otherwise the DLL would also export the symbols of the static libraries that it contains, such as SQLite.
+    target_link_options(${target} PRIVATE LINKER:--exclude-libs,ALL)
+  endif()
+endfunction()
+
+# qel_keep_loaded(<name>): keeps a shared library loaded until the process ends, because its threads or exit handlers may
+# still run when a plug-in that loaded it is unloaded. On Windows, utilities::keepLoaded does this.
+function(qel_keep_loaded target)
+  get_target_property(type ${target} TYPE)
+  if(UNIX AND NOT APPLE AND NOT type STREQUAL STATIC_LIBRARY)
+    target_link_options(${target} PRIVATE LINKER:-z,nodelete)
+  endif()
 endfunction()

@@ -23,31 +23,4 @@ packages=(
   ca-certificates openssl sqlite3 curl python3
 )
 
-if ! command -v dpkg-query >/dev/null; then
-  echo "set-up.sh: this is not a Debian system; install these Debian packages or their equivalents: ${packages[*]}" >&2
-  exit 1
-fi
-
-missing=()
-for package in "${packages[@]}"; do
-  # dpkg-query expands the format, not the shell.
-  # shellcheck disable=SC2016
-  state=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)
-  if [[ "$state" != installed ]]; then
-    missing+=("$package")
-  fi
-done
-
-if [[ ${#missing[@]} -eq 0 ]]; then
-  exit 0
-fi
-
-as_root=()
-if [[ $EUID -ne 0 ]]; then
-  as_root=(sudo)
-fi
-
-echo "Installing: ${missing[*]}"
-"${as_root[@]}" apt-get update --quiet
-"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-  apt-get install --quiet --yes --no-install-recommends "${missing[@]}"
+"$(dirname "${BASH_SOURCE[0]}")/install-packages.sh" "${packages[@]}"

@@ -3,6 +3,7 @@
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::c {
 
@@ -10,7 +11,7 @@ void removeAllRecordings(const std::string& directory) {
   for (const auto& removed : log::analytics::removeRecordings(utilities::pathFromUtf8(directory))) {
     if (removed.error) {
       throw qel::exception("cannot remove " + utilities::utf8FromPath(removed.file) + ": " +
-                           removed.error.message());
+                           utilities::systemMessage(removed.error));
     }
   }
 }

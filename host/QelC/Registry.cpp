@@ -145,8 +145,8 @@ void Registry::expectLive(qel_analytics_handle handle) const {
   throw CallError(QEL_ANALYTICS_INVALID_HANDLE, reason);
 }
 
-/// From now on the handle is invalid. Most of the limit is for the client, and the rest for its last
-/// log messages and the callbacks that run. Returns the time of the limit.
+/// From now on the handle is invalid. Most of the limit is for the client, and the rest for its
+/// last log messages and the callbacks that run. Returns the time of the limit.
 Registry::TimePoint Registry::beginEnd(qel_analytics_handle handle, Ending ending) {
   const MutexLock lock(mutex_);
   expectLive(handle);
