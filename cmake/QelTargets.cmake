@@ -7,6 +7,13 @@ endif()
 
 find_package(Threads REQUIRED)
 
+# Selects between Name.posix.cpp and Name.windows.cpp.
+if(WIN32)
+  set(QEL_PLATFORM windows)
+else()
+  set(QEL_PLATFORM posix)
+endif()
+
 # Warnings and sanitizers, only for the sources of this repository.
 add_library(QelBuildSettings INTERFACE)
 if(MSVC)
