@@ -1,19 +1,5 @@
 #include "host/QelPlatformWindows/SystemInformation.h"
 
-#include "host/QelUtilities/Exception.h"
-
-#ifdef _WIN32
-#include <array>
-#include <system_error>
-
-#include <windows.h>
-
-// These headers need windows.h first.
-#include <lmcons.h>
-#include <psapi.h>
-
-#include "host/QelUtilities/PathText.h"
-#else
 #include <cerrno>
 #include <charconv>
 #include <fstream>
@@ -23,44 +9,10 @@
 
 #include <pwd.h>
 #include <unistd.h>
-#endif
+
+#include "host/QelUtilities/Exception.h"
 
 namespace qel::platform::windows {
-
-#ifdef _WIN32
-
-namespace {
-constexpr std::uint64_t bytesPerKB = 1024;
-}
-
-std::string SystemInformation::getUserName() {
-  std::array<wchar_t, UNLEN + 1> name{};
-  auto length = static_cast<DWORD>(name.size());
-  if (!GetUserNameW(name.data(), &length)) {
-    const std::error_code reason(static_cast<int>(GetLastError()), std::system_category());
-    throw qel::exception("cannot find out the user's name: " + reason.message());
-  }
-  return utilities::utf8FromPath(name.data());
-}
-
-std::uint64_t SystemInformation::getUsedPhysicalMemoryOfSystemInKB() {
-  MEMORYSTATUSEX memory{};
-  memory.dwLength = sizeof(memory);
-  if (!GlobalMemoryStatusEx(&memory)) {
-    return 0;
-  }
-  return (memory.ullTotalPhys - memory.ullAvailPhys) / bytesPerKB;
-}
-
-std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
-  PROCESS_MEMORY_COUNTERS memory{};
-  if (!K32GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory))) {
-    return 0;
-  }
-  return memory.WorkingSetSize / bytesPerKB;
-}
-
-#else
 
 namespace {
 
@@ -111,7 +63,5 @@ std::uint64_t SystemInformation::getUsedPhysicalMemoryOfSystemInKB() {
 std::uint64_t SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB() {
   return amountInKB("/proc/self/status", "VmRSS:");
 }
-
-#endif
 
 }  // namespace qel::platform::windows
