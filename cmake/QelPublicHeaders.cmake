@@ -12,6 +12,9 @@ set(privateHeaders
     host/QelHttp/SettingsInForce.h
     host/QelLog/LogQueue.h
     host/QelLog/StandardErrorSink.h
+    host/QelNotification/Fields.h
+    host/QelNotification/NotificationTable.h
+    host/QelNotification/PlainFields.h
     host/QelSql/BusyWait.h
     host/QelSql/Connection.h
     host/QelSql/Database.h

@@ -8,10 +8,10 @@
 
 #include "host/QelBroadcaster/CollisionUserActionBroadcaster.h"
 #include "host/QelIssueUi/UserActionBroadcaster.h"
-#include "tools/sample-host/IssueStorageBroadcaster.h"
-#include "tools/sample-host/NotificationTable.h"
+#include "host/QelNotification/IssueStorageBroadcaster.h"
+#include "host/QelNotification/NotificationTable.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 namespace {
 
 using namespace qel::log::issue;
@@ -122,4 +122,4 @@ constexpr std::array notifications{
 
 std::span<const Notification> issueNotifications() { return notifications; }
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

@@ -9,18 +9,18 @@
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
 #include "host/QelBroadcaster/CommandBroadcaster.h"
 #include "host/QelBroadcaster/GeneralBroadcaster.h"
-#include "tools/sample-host/NotificationTable.h"
+#include "host/QelNotification/NotificationTable.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 namespace {
 
 using namespace qel::broadcaster;
 using namespace qel::broadcaster::event;
 
-/// A general event with the texts of the script.
-class ScriptedGeneralEvent : public GeneralEventInterface {
+/// A general event with the texts of the notification.
+class NotifiedGeneralEvent : public GeneralEventInterface {
  public:
-  explicit ScriptedGeneralEvent(Fields& fields)
+  explicit NotifiedGeneralEvent(Fields& fields)
       : category_(fields.text("category")),
         subCategory_(fields.text("subcategory")),
         event_(fields.text("event")),
@@ -75,7 +75,7 @@ Broadcast assertion(Fields& fields) {
 Broadcast general(Fields& fields) {
   return broadcastOf<GeneralBroadcaster>(
       &GeneralListenerInterface::onGeneralAction,
-      std::shared_ptr<const GeneralEventInterface>(std::make_shared<ScriptedGeneralEvent>(fields)));
+      std::shared_ptr<const GeneralEventInterface>(std::make_shared<NotifiedGeneralEvent>(fields)));
 }
 
 std::optional<std::map<std::string, std::string>> commandDetails(Fields& fields) {
@@ -123,4 +123,4 @@ constexpr std::array notifications{
 
 std::span<const Notification> applicationNotifications() { return notifications; }
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

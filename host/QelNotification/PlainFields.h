@@ -7,26 +7,29 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "host/QelId/Guid.h"
-#include "tools/common/InputError.h"
+#include "host/QelNotification/Notification.h"
 
-namespace qel::samplehost {
-
-using tools::InputError;
+namespace qel::notification {
 
 /// The text in quotes and on one line, for use in a message.
 std::string quoted(const std::string& text);
 
-/// Reads the plain values among the fields of one JSON object. Throws `InputError` if a field is
-/// missing or has another type. The message names the field and its path, such as "assert.line".
+/// Parses one JSON text. Throws `NotificationError` if it is not JSON.
+nlohmann::json parseJson(std::string_view text);
+
+/// Reads the plain values among the fields of one JSON object. Throws `NotificationError` if a
+/// field is missing or has another type. The message names the field and its path, such as
+/// "assert.line".
 class PlainFields {
  public:
   /// `value` must outlive this object. `path` precedes the field names in messages. Throws
-  /// `InputError` if `value` is not an object.
+  /// `NotificationError` if `value` is not an object.
   explicit PlainFields(const nlohmann::json& value, const std::string& path = "");
 
   bool has(const std::string& name) const { return object_.contains(name); }
@@ -58,7 +61,7 @@ class PlainFields {
                                                std::numeric_limits<std::uint32_t>::max())));
   }
 
-  /// Throws `InputError` if a field has not been read. The message names the field.
+  /// Throws `NotificationError` if a field has not been read. The message names the field.
   void expectAllRead() const;
 
  protected:
@@ -70,11 +73,11 @@ class PlainFields {
  private:
   /// A negative number is returned modulo 2^64.
   std::uint64_t wholeNumber(const std::string& name, std::int64_t lowest, std::uint64_t highest);
-  InputError mistyped(const std::string& name, const std::string& expected) const;
+  NotificationError mistyped(const std::string& name, const std::string& expected) const;
 
   const nlohmann::json& object_;
   const std::string prefix_;  ///< precedes the field names in messages
   std::set<std::string> read_;
 };
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

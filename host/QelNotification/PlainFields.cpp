@@ -1,4 +1,4 @@
-#include "tools/sample-host/PlainFields.h"
+#include "host/QelNotification/PlainFields.h"
 
 #include <charconv>
 #include <sstream>
@@ -6,15 +6,24 @@
 
 #include "host/QelUtilities/Exception.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 
 std::string quoted(const std::string& text) { return nlohmann::json(text).dump(); }
+
+nlohmann::json parseJson(std::string_view text) {
+  auto json = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
+  // The parser treats NUL as the end of the text.
+  if (json.is_discarded() || text.find('\0') != std::string_view::npos) {
+    throw NotificationError("not JSON");
+  }
+  return json;
+}
 
 PlainFields::PlainFields(const nlohmann::json& value, const std::string& path)
     : object_(value), prefix_(path.empty() ? "" : path + ".") {
   if (!value.is_object()) {
-    throw InputError(path.empty() ? "not a JSON object"
-                                  : "field " + quoted(path) + " must be an object");
+    throw NotificationError(path.empty() ? "not a JSON object"
+                                         : "field " + quoted(path) + " must be an object");
   }
 }
 
@@ -95,7 +104,7 @@ std::map<std::uint32_t, std::string> PlainFields::numberedTexts() {
 void PlainFields::expectAllRead() const {
   for (const auto& member : object_.items()) {
     if (!read_.contains(member.key())) {
-      throw InputError("unknown field " + quoted(pathOf(member.key())));
+      throw NotificationError("unknown field " + quoted(pathOf(member.key())));
     }
   }
 }
@@ -103,7 +112,7 @@ void PlainFields::expectAllRead() const {
 const nlohmann::json& PlainFields::take(const std::string& name) {
   const auto member = object_.find(name);
   if (member == object_.end()) {
-    throw InputError("field " + quoted(pathOf(name)) + " is missing");
+    throw NotificationError("field " + quoted(pathOf(name)) + " is missing");
   }
   read_.insert(name);
   return *member;
@@ -137,8 +146,9 @@ std::uint64_t PlainFields::wholeNumber(const std::string& name, std::int64_t low
   return value.get<std::uint64_t>();
 }
 
-InputError PlainFields::mistyped(const std::string& name, const std::string& expected) const {
-  return InputError{"field " + quoted(pathOf(name)) + " must be " + expected};
+NotificationError PlainFields::mistyped(const std::string& name,
+                                        const std::string& expected) const {
+  return NotificationError{"field " + quoted(pathOf(name)) + " must be " + expected};
 }
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/sample-host/PlainFields.h"
+#include "host/QelNotification/PlainFields.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 
 /// Reads all fields of one JSON object, including fields that contain objects. A function `read`
 /// accepts the fields of an object, must read all of them, and returns a result.
@@ -46,4 +46,4 @@ class Fields : public PlainFields {
   }
 };
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

@@ -2,9 +2,9 @@
 
 #include "host/QelBroadcaster/ProjectBroadcaster.h"
 #include "host/QelBroadcaster/SaveBroadcaster.h"
-#include "tools/sample-host/NotificationTable.h"
+#include "host/QelNotification/NotificationTable.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 namespace {
 
 using namespace qel::broadcaster;
@@ -71,4 +71,4 @@ constexpr std::array notifications{
 
 std::span<const Notification> projectNotifications() { return notifications; }
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification

@@ -4,19 +4,23 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/sample-host/Fields.h"
-#include "tools/sample-host/SessionScript.h"
+#include "host/QelNotification/Fields.h"
+#include "host/QelNotification/Notification.h"
 
-namespace qel::samplehost {
+namespace qel::notification {
 
-/// The name of a listener operation, and the function that creates its broadcast from a script's
-/// fields.
+/// The name of a listener operation, and the function that creates its broadcast from the fields of
+/// a notification.
 struct Notification {
   std::string_view name;
   Broadcast (*read)(Fields&);
 };
 
-// All notifications that a script can contain, by subject.
+/// Creates the broadcast of the notification that the fields describe. The caller must then check
+/// that all fields were read. Throws as the public function does.
+Broadcast readNotification(Fields& fields);
+
+// All notifications, by subject.
 std::span<const Notification> applicationNotifications();
 std::span<const Notification> projectNotifications();
 std::span<const Notification> issueNotifications();
@@ -29,4 +33,4 @@ Broadcast broadcastOf(Operation operation, Arguments... arguments) {
   };
 }
 
-}  // namespace qel::samplehost
+}  // namespace qel::notification
