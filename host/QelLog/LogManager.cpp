@@ -1,10 +1,13 @@
 #include "host/QelLog/LogManager.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <utility>
 
+#include <spdlog/details/null_mutex.h>
 #include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
 #ifndef _WIN32
@@ -22,6 +25,32 @@ namespace qel::log {
 namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
+
+/// Passes messages to the program.
+class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  using Receiver = decltype(LogSettings::receiver);
+
+  explicit ReceiverSink(Receiver receiver) : receiver_(std::move(receiver)) {}
+
+ private:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    try {
+      receiver_(levelOf(message.level),
+                std::string(message.logger_name.data(), message.logger_name.size()),
+                std::string(message.payload.data(), message.payload.size()));
+    } catch (...) {
+      return;
+    }
+  }
+  void flush_() override {}
+
+  static int levelOf(spdlog::level::level_enum severity) {
+    return std::clamp(severity - spdlog::level::debug, +Level::Debug, +Level::Error);
+  }
+
+  const Receiver receiver_;
+};
 
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers forOwnerAlone;
@@ -46,6 +75,9 @@ LogQueue::Sinks makeSinks(const LogSettings& settings) {
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
+  }
+  if (settings.receiver) {
+    sinks.push_back(std::make_shared<ReceiverSink>(settings.receiver));
   }
   for (const auto& sink : sinks) {
     sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
