@@ -57,6 +57,7 @@ extern "C" {
 /// @}
 
 /// @name Log levels
+/// The severity of a message.
 /// @{
 #define QEL_ANALYTICS_LOG_DEBUG 1
 #define QEL_ANALYTICS_LOG_INFO 2
