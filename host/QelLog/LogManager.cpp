@@ -7,32 +7,48 @@
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
-#ifndef _WIN32
-#include <fcntl.h>
-#include <unistd.h>
+#ifdef _WIN32
+#include <cstdio>
+
+#include <io.h>
+#include <windows.h>
 #endif
 
 #include "host/QelLog/LogQueue.h"
 #include "host/QelLog/StandardErrorSink.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::log {
 namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
 
+/// Creates a missing file, so that spdlog finds it with the right access rights.
+void createLogFile(const std::filesystem::path& file) {
+  std::error_code error;
+  std::filesystem::create_directories(file.parent_path(), error);
+  if (!utilities::createForOwnerAlone(file, error) && error) {
+    throw spdlog::spdlog_ex(utilities::systemMessage(error));
+  }
+}
+
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
-  spdlog::file_event_handlers forOwnerAlone;
-#ifndef _WIN32
-  forOwnerAlone.before_open = [](const spdlog::filename_t& name) {
-    close(open(name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  spdlog::file_event_handlers handlers;
+  handlers.before_open = createLogFile;
+#ifdef _WIN32
+  // Windows does not rename a file that a child process has inherited.
+  handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
+    SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))),
+                         HANDLE_FLAG_INHERIT, 0);
   };
 #endif
   try {
     return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-        settings.file.native(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
+        settings.file.native(), settings.largestFile, settings.olderFiles, false, handlers);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
                          ": " + failure.what());
