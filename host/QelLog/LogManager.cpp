@@ -4,7 +4,9 @@
 #include <map>
 #include <utility>
 
+#include <spdlog/details/null_mutex.h>
 #include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
 #ifdef _WIN32
@@ -15,17 +17,28 @@
 #endif
 
 #include "host/QelLog/LogQueue.h"
-#include "host/QelLog/StandardErrorSink.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/SystemError.h"
 
 namespace qel::log {
 namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
+
+class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    standardError_.write({line.data(), line.size()});
+  }
+  void flush_() override {}
+
+  const utilities::StandardError standardError_;
+};
 
 /// Creates a missing file, so that spdlog finds it with the right access rights.
 void createLogFile(const std::filesystem::path& file) {
@@ -58,7 +71,7 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
 LogQueue::Sinks makeSinks(const LogSettings& settings) {
   LogQueue::Sinks sinks;
   if (settings.standardError) {
-    sinks.push_back(makeStandardErrorSink());
+    sinks.push_back(std::make_shared<StandardErrorSink>());
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
