@@ -1,5 +1,6 @@
 #include "host/QelLog/LogManager.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <utility>
@@ -49,6 +50,32 @@ void createLogFile(const std::filesystem::path& file) {
   }
 }
 
+/// Passes messages to the program.
+class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  using Receiver = decltype(LogSettings::receiver);
+
+  explicit ReceiverSink(Receiver receiver) : receiver_(std::move(receiver)) {}
+
+ private:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    try {
+      receiver_(levelOf(message.level),
+                std::string(message.logger_name.data(), message.logger_name.size()),
+                std::string(message.payload.data(), message.payload.size()));
+    } catch (...) {
+      return;
+    }
+  }
+  void flush_() override {}
+
+  static int levelOf(spdlog::level::level_enum severity) {
+    return std::clamp(severity - spdlog::level::debug, +Level::Debug, +Level::Error);
+  }
+
+  const Receiver receiver_;
+};
+
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers handlers;
   handlers.before_open = createLogFile;
@@ -75,6 +102,9 @@ LogQueue::Sinks makeSinks(const LogSettings& settings) {
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
+  }
+  if (settings.receiver) {
+    sinks.push_back(std::make_shared<ReceiverSink>(settings.receiver));
   }
   for (const auto& sink : sinks) {
     sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(

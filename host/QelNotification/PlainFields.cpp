@@ -77,6 +77,17 @@ Guid PlainFields::guid(const std::string& name) {
   }
 }
 
+std::vector<std::string> PlainFields::textList(const std::string& name) {
+  std::vector<std::string> texts;
+  for (const auto& element : takeList(name)) {
+    if (!element.is_string()) {
+      throw mistyped(elementName(name, texts.size()), "a text");
+    }
+    texts.push_back(element.get<std::string>());
+  }
+  return texts;
+}
+
 std::map<std::string, std::string> PlainFields::texts(const std::string& name) {
   const auto& value = take(name);
   PlainFields inner(value, pathOf(name));

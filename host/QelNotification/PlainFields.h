@@ -40,6 +40,8 @@ class PlainFields {
   double number(const std::string& name, double lowest = std::numeric_limits<double>::lowest(),
                 double highest = std::numeric_limits<double>::max());
   Guid guid(const std::string& name);
+  /// A list of strings.
+  std::vector<std::string> textList(const std::string& name);
   /// An object whose members are all strings.
   std::map<std::string, std::string> texts(const std::string& name);
   /// All fields of this object, which must be strings whose names are decimal numbers.

@@ -31,6 +31,7 @@ EXCEPTIONS = {
 }
 # The limits of a file's size are checked here as well.
 MOST_LINES = {".h": 90, ".cpp": 300}
+C_INTERFACE = "host/QelC/qel_analytics.h"  # one file, because hosts in other languages translate it
 
 
 def layer_of(path):
@@ -54,7 +55,7 @@ def complaints_about(path):
             yield f"{path}: a public header must not include {name}"
     if not path.startswith(("host/", "tools/")) and "_WIN32" in text:
         yield f"{path}: asks for the platform, which only host/ and tools/ do"
-    if (lines := text.count("\n")) > (most := MOST_LINES[pathlib.Path(path).suffix]):
+    if (lines := text.count("\n")) > (most := MOST_LINES[pathlib.Path(path).suffix]) and path != C_INTERFACE:
         yield f"{path}: has {lines} lines, more than {most}"
 
 
