@@ -41,15 +41,6 @@ class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details:
   const utilities::StandardError standardError_;
 };
 
-/// Creates a missing file, so that spdlog finds it with the right access rights.
-void createLogFile(const std::filesystem::path& file) {
-  std::error_code error;
-  std::filesystem::create_directories(file.parent_path(), error);
-  if (!utilities::createForOwnerAlone(file, error) && error) {
-    throw spdlog::spdlog_ex(utilities::systemMessage(error));
-  }
-}
-
 /// Passes messages to the program.
 class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
  public:
@@ -75,6 +66,15 @@ class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null
 
   const Receiver receiver_;
 };
+
+/// Creates a missing file, so that spdlog finds it with the right access rights.
+void createLogFile(const std::filesystem::path& file) {
+  std::error_code error;
+  std::filesystem::create_directories(file.parent_path(), error);
+  if (!utilities::createForOwnerAlone(file, error) && error) {
+    throw spdlog::spdlog_ex(utilities::systemMessage(error));
+  }
+}
 
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers handlers;

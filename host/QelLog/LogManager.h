@@ -15,8 +15,9 @@ namespace qel::log {
 struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
-  /// Whether messages go to standard error, even if there is a log file. On Windows, they go to what
-  /// standard error is when these settings are set, also if the host closes or replaces it later.
+  /// Whether messages go to standard error, even if there is a log file. On Windows, they go to
+  /// what standard error is when these settings are set, also if the host closes or replaces it
+  /// later.
   bool standardError = true;
   /// The path of the log file. If it is empty, no file is written. Only the owner may read the
   /// file, because messages may quote what customers typed.
@@ -28,7 +29,8 @@ struct LogSettings {
   std::size_t olderFiles = 2;
   /// If set, it receives each message as well. Called on the log's thread. Messages are lost while
   /// it does not return. It must not call `configure` or `flush`. Its exceptions are ignored.
-  std::function<void(int level, const std::string& logger, const std::string& message)> receiver;
+  std::function<void(int level, const std::string& logger, const std::string& message)> receiver =
+      {};
 };
 
 /// The process's loggers by name. Until `configure` is called, the defaults of `LogSettings` apply.
