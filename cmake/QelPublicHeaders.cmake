@@ -11,7 +11,6 @@ set(privateHeaders
     host/QelHttp/ConnectionPool.h
     host/QelHttp/SettingsInForce.h
     host/QelLog/LogQueue.h
-    host/QelLog/StandardErrorSink.h
     host/QelNotification/Fields.h
     host/QelNotification/NotificationTable.h
     host/QelNotification/PlainFields.h
