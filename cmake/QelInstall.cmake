@@ -100,6 +100,20 @@ foreach(name qel-analytics qel-host-framework)
     COMPONENT development)
 endforeach()
 
+if(TARGET QelC)
+  if(UNIX AND NOT APPLE)
+    set_target_properties(QelC PROPERTIES INSTALL_RPATH "$ORIGIN")
+  endif()
+  install(
+    TARGETS QelC
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT c
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT c
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT c)
+  install(FILES host/QelC/qel_analytics.h DESTINATION ${includeDirectory} COMPONENT c)
+  configure_file(cmake/qel-analytics-c.pc.in qel-analytics-c.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/qel-analytics-c.pc DESTINATION ${pkgConfigDirectory} COMPONENT c)
+endif()
+
 if(programs)
   install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
