@@ -137,7 +137,7 @@ if(MINGW AND libraryType STREQUAL SHARED_LIBRARY)
 endif()
 
 # All that is installed, for package-windows.sh.
-add_custom_target(QelPackageContents DEPENDS QelAnalytics ${hostLibraries} ${programs})
+add_custom_target(QelPackageContents DEPENDS QelAnalytics QelC ${hostLibraries} ${programs})
 
 if(PROJECT_IS_TOP_LEVEL AND NOT WIN32 AND libraryType STREQUAL SHARED_LIBRARY)
   include(cmake/QelPackages.cmake)

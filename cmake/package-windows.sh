@@ -46,7 +46,7 @@ write_def_file() {
       $2 == "T" { function_[$3] = 1 }
       $2 == "I" && sub(/^__imp_/, "", $3) { exported[$3] = 1 }
       END { for (name in exported) print "    " name (name in function_ ? "" : " DATA") }' | sort
-  } >"${library%.dll.a}.def"
+  } >"$staged/lib/${dll%.dll}.def"
 }
 
 # The licences of the run-time libraries, and of the libraries in the DLLs and programs. Boost and kainjow-mustache

@@ -11,6 +11,7 @@ trap '/usr/lib/wine/wineserver -k || true; rm -rf "$work"' EXIT
 export HOME=$work WINEPREFIX=$work/wine WINEARCH=win64 WINEDEBUG=-all
 export WINEDLLOVERRIDES='winedbg.exe=d;mscoree=d;mshtml=d;winemenubuilder.exe=d'
 unset WINEPATH
+cd "$work"
 
 fail() {
   echo "check_windows_packages.sh: $*" >&2
@@ -19,7 +20,7 @@ fail() {
 
 # run COMMAND...: runs a command. Its output is shown only if it fails.
 run() {
-  timeout 300 "$@" >"$work/output" 2>&1 || fail "$* failed: $(cat "$work/output")"
+  timeout 300 "$@" >output 2>&1 || fail "$* failed: $(cat output)"
 }
 
 wine() {
@@ -28,53 +29,53 @@ wine() {
 
 # expect TEXT: the last command has printed this.
 expect() {
-  grep -q -- "$1" "$work/output" || fail "'$1' is not in this output: $(cat "$work/output")"
+  grep -q -- "$1" output || fail "'$1' is not in this output: $(cat output)"
 }
 
 # Plays a session with the sample host in a folder, and reads it with qel-support.
 use_programs() {
-  local data=$work/data-of-programs program
+  local program
   for program in qel-sample-host qel-support; do
     wine "$1/$program.exe" --version
     expect "^$program [0-9]"
   done
-  rm -rf "$data"
-  mkdir "$data"
-  echo '{"notify": "onApplicationStarted", "text": "Desktop"}' >"$work/script"
-  wine "$1/qel-sample-host.exe" --directory "$data" --session "$work/script" --no-sending
-  wine "$1/qel-support.exe" show "$data" --session last
+  rm -rf data
+  mkdir data
+  echo '{"notify": "onApplicationStarted", "text": "Desktop"}' >script
+  wine "$1/qel-sample-host.exe" --directory data --session script --no-sending
+  wine "$1/qel-support.exe" show data --session last
   expect 'Started: Desktop'
 }
 
 # Runs a program that broadcasts one event. No server listens at its address, so it must keep the event.
 use_client() {
-  local data=$1-data
-  mkdir "$data"
-  echo secret >"$work/secret"
-  wine "$1.exe" "$data" analytics.qel.example 127.0.0.1:1 "$work/authority.pem" "$work/secret"
-  wine "$unpacked/bin/qel-support.exe" show "$data" --session last
+  rm -rf data
+  mkdir data
+  wine "$1" data analytics.qel.example 127.0.0.1:1 authority.pem secret
+  wine "$unpacked/bin/qel-support.exe" show data --session last
   expect 'Network: Borrowed'
 }
 
 check_zip() {
   unpacked=$work/$(basename "$packages"/*.zip .zip)
-  (cd "$work" && cmake -E tar xf "$packages"/*.zip)
+  cmake -E tar xf "$packages"/*.zip
   use_programs "$unpacked/bin"
 
-  run openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=Authority -keyout "$work/key" -out "$work/authority.pem"
-  run cmake -G Ninja -S "$source/tests/consumer" -B "$work/build" -DCMAKE_SYSTEM_NAME=Windows \
+  echo secret >secret
+  run openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=Authority -keyout key -out authority.pem
+  run cmake -G Ninja -S "$source/tests/consumer" -B build -DCMAKE_SYSTEM_NAME=Windows \
     -DCMAKE_CXX_COMPILER=$compiler-g++-posix -DCMAKE_PREFIX_PATH="$unpacked"
-  run cmake --build "$work/build"
-  cp "$work/build/consumer.exe" "$unpacked/bin"
-  use_client "$unpacked/bin/consumer"
+  run cmake --build build
+  cp build/consumer.exe "$unpacked/bin"
+  use_client "$unpacked/bin/consumer.exe"
+  rm "$unpacked/bin/consumer.exe"
 
   # A program in C needs one DLL. Its import library is made as other compilers make theirs.
-  mkdir "$work/c"
-  cp "$unpacked/bin/QelC.dll" "$work/c"
-  run $compiler-dlltool --input-def "$unpacked/lib/QelC.def" --output-lib "$work/QelC.lib"
-  run $compiler-gcc -std=c99 -I "$unpacked/include/qel-analytics" "$source/samples/c/session.c" "$work/QelC.lib" \
-    -o "$work/c/session.exe"
-  use_client "$work/c/session"
+  mkdir c
+  cp "$unpacked/bin/QelC.dll" c
+  run $compiler-dlltool --input-def "$unpacked/lib/QelC.def" --output-lib QelC.lib
+  run $compiler-gcc -std=c99 -I "$unpacked/include/qel-analytics" "$source/samples/c/session.c" QelC.lib -o c/session.exe
+  use_client c/session.exe
 }
 
 # expect_smaller BYTES FILE...: the files together are smaller.
@@ -110,18 +111,18 @@ remove_msi() {
 
 # check_installer KIND: installs twice, as a repair does, and removes. Only a file of the user may remain.
 check_installer() {
-  state >"$work/before"
+  state >before
   "install_$1"
   "install_$1"
-  run diff -r --exclude uninstall.exe --exclude 'consumer*' "$unpacked" "$folder"
+  run diff -r --exclude uninstall.exe "$unpacked" "$folder"
   use_programs "$folder/bin"
   echo mine >"$folder/lib/mine"
   "remove_$1"
   /usr/lib/wine/wineserver -w # the uninstaller ends before its work is done
   rm "$folder/lib/mine" || fail "the file of the user is gone"
   rmdir --parents --ignore-fail-on-non-empty "$folder/lib"
-  state >"$work/after"
-  run diff "$work/before" "$work/after"
+  state >after
+  run diff before after
 }
 
 wine wineboot --init
