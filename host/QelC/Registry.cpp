@@ -7,6 +7,7 @@
 #include "host/QelC/Environment.h"
 #include "host/QelC/Recordings.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/ProcessEnd.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::c {
@@ -33,7 +34,7 @@ void endLog(steady_clock::time_point deadline) {
   const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
   auto& log = log::LogManager::instance();
   if (log.flush(std::max(0ms, left))) {
-    log.configure({.standardError = false, .file = {}, .receiver = {}});
+    log.configure({.standardError = false, .file = {}});
   }
 }
 
@@ -55,7 +56,9 @@ Registry& Registry::instance() {
   return *registry;
 }
 
-Registry::Registry() : handle_(noHandleYet) {}
+Registry::Registry() : handle_(noHandleYet) {
+  utilities::keepLoaded([] {});  // for workers of a client that is not released
+}
 
 qel_analytics_handle Registry::create(Parameters parameters) {
   expectNoCallback();

@@ -11,7 +11,7 @@ import sys
 
 root = pathlib.Path(sys.argv[1])
 INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.MULTILINE)
-STANDARD_HEADER = re.compile(r"^[a-z_]+$")
+STANDARD_HEADER = re.compile(r"^(?:[a-z_]+|stdint\.h)$")  # the latter for headers that C can include
 GENERATED = {"QelAnalyticsExport.h"}
 # A folder may include itself and the folders before it. QelBroadcaster, QelIssueUi and QelNotification use Core, which
 # uses the rest of the host framework. QelC is an interface of the library for other languages.

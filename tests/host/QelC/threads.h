@@ -1,22 +1,24 @@
 /* Runs a function on two threads at once. */
+static void (*thread_function)(void);
+
 #ifdef _WIN32
 #include <windows.h>
 
-static DWORD WINAPI run_thread(LPVOID function) {
-  ((void (*)(void))function)();
+static DWORD WINAPI run_thread(LPVOID argument) {
+  (void)argument;
+  thread_function();
   return 0;
 }
 
 static void run_twice(void (*function)(void)) {
   HANDLE threads[2];
-  threads[0] = CreateThread(NULL, 0, run_thread, (LPVOID)function, 0, NULL);
-  threads[1] = CreateThread(NULL, 0, run_thread, (LPVOID)function, 0, NULL);
+  thread_function = function;
+  threads[0] = CreateThread(NULL, 0, run_thread, NULL, 0, NULL);
+  threads[1] = CreateThread(NULL, 0, run_thread, NULL, 0, NULL);
   WaitForMultipleObjects(2, threads, TRUE, INFINITE);
 }
 #else
 #include <pthread.h>
-
-static void (*thread_function)(void);
 
 static void* run_thread(void* argument) {
   (void)argument;
