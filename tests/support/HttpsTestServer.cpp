@@ -103,6 +103,9 @@ class HttpsTestServer::Implementation {
       asio::ssl::stream<tcp::socket&> stream(socket, context);
       if (complete(stream, [&](auto done) { stream.async_handshake(stream.server, done); }) &&
           serveRequests(stream)) {
+        // Writes the end of the TLS connection, and does not wait for the client's.
+        error_code ignored;
+        socket.shutdown(socket.shutdown_receive, ignored);
         complete(stream, [&](auto done) { stream.async_shutdown(done); });
       }
     }
