@@ -1,8 +1,8 @@
 #include "host/QelLog/LogManager.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
-#include <string_view>
 #include <utility>
 
 #include <spdlog/details/null_mutex.h>
@@ -11,60 +11,84 @@
 #include <spdlog/sinks/rotating_file_sink.h>
 
 #ifdef _WIN32
-#include <spdlog/sinks/stdout_sinks.h>
-#else
-#include <cerrno>
+#include <cstdio>
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
+#include <io.h>
+#include <windows.h>
 #endif
 
 #include "host/QelLog/LogQueue.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/StandardError.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::log {
 namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
 
-#ifdef _WIN32
-using StandardErrorSink = spdlog::sinks::stderr_sink_st;
-#else
-/// Does not use the C library's stream. A stalled write would hold the stream's lock, and the
-/// exiting process would wait for that lock.
 class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    for (std::string_view rest(line.data(), line.size()); !rest.empty();) {
-      const auto count = ::write(STDERR_FILENO, rest.data(), rest.size());
-      if (count >= 0) {
-        rest.remove_prefix(static_cast<std::size_t>(count));
-      } else if (errno == EAGAIN) {
-        pollfd writable{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
-        ::poll(&writable, 1, -1);
-      } else if (errno != EINTR) {
-        return;
-      }
+    standardError_.write({line.data(), line.size()});
+  }
+  void flush_() override {}
+
+  const utilities::StandardError standardError_;
+};
+
+/// Passes messages to the program.
+class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  using Receiver = decltype(LogSettings::receiver);
+
+  explicit ReceiverSink(Receiver receiver) : receiver_(std::move(receiver)) {}
+
+ private:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    try {
+      receiver_(levelOf(message.level),
+                std::string(message.logger_name.data(), message.logger_name.size()),
+                std::string(message.payload.data(), message.payload.size()));
+    } catch (...) {
+      return;
     }
   }
   void flush_() override {}
+
+  static int levelOf(spdlog::level::level_enum severity) {
+    return std::clamp(severity - spdlog::level::debug, +Level::Debug, +Level::Error);
+  }
+
+  const Receiver receiver_;
 };
-#endif
+
+/// Creates a missing file, so that spdlog finds it with the right access rights.
+void createLogFile(const std::filesystem::path& file) {
+  std::error_code error;
+  std::filesystem::create_directories(file.parent_path(), error);
+  if (!utilities::createForOwnerAlone(file, error) && error) {
+    throw spdlog::spdlog_ex(utilities::systemMessage(error));
+  }
+}
 
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
-  spdlog::file_event_handlers forOwnerAlone;
-#ifndef _WIN32
-  forOwnerAlone.before_open = [](const spdlog::filename_t& name) {
-    close(open(name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  spdlog::file_event_handlers handlers;
+  handlers.before_open = createLogFile;
+#ifdef _WIN32
+  // Windows does not rename a file that a child process has inherited.
+  handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
+    SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))),
+                         HANDLE_FLAG_INHERIT, 0);
   };
 #endif
   try {
     return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-        settings.file.string(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
+        settings.file.native(), settings.largestFile, settings.olderFiles, false, handlers);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
                          ": " + failure.what());
@@ -79,9 +103,12 @@ LogQueue::Sinks makeSinks(const LogSettings& settings) {
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
   }
+  if (settings.receiver) {
+    sinks.push_back(std::make_shared<ReceiverSink>(settings.receiver));
+  }
   for (const auto& sink : sinks) {
     sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
-        "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc));
+        "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc, "\n"));
   }
   return sinks;
 }

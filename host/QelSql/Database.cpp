@@ -8,6 +8,7 @@
 #include "host/QelSql/DatabaseFile.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 
@@ -119,7 +120,11 @@ void Database::open() {
 }
 
 Outcome Database::connect() {
-  createForOwnerAlone(file_);
+  std::error_code error;
+  utilities::createForOwnerAlone(file_, error);
+  if (error) {
+    throw qel::exception(error.message());
+  }
   connection_.emplace(file_, busyWait_);
   isChecked_ = false;
   return check();

@@ -1,18 +1,9 @@
 #include "host/QelSql/DatabaseFile.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <system_error>
-
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
@@ -50,34 +41,6 @@ std::filesystem::path unusedNameFor(const std::filesystem::path& file,
 }
 
 }  // namespace
-
-void createForOwnerAlone(const std::filesystem::path& file) {
-#ifdef _WIN32
-  // The file inherits the access rights of its directory, which is in the user's profile.
-  const HANDLE created = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (created != INVALID_HANDLE_VALUE) {
-    CloseHandle(created);
-    return;
-  }
-  const int error = static_cast<int>(GetLastError());
-  const bool exists = error == ERROR_FILE_EXISTS;
-#else
-  // An existing file must not be opened here, because closing it would release the locks of other
-  // connections of this process.
-  const int created =
-      open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  if (created != -1) {
-    close(created);
-    return;
-  }
-  const int error = errno;
-  const bool exists = error == EEXIST;
-#endif
-  if (!exists) {
-    throw qel::exception(std::system_category().message(error));
-  }
-}
 
 std::filesystem::path setAside(const std::filesystem::path& file,
                                std::chrono::system_clock::time_point now) {

@@ -5,11 +5,6 @@
 
 namespace qel::db::sql {
 
-/// Creates an empty file, unless the file exists. Only the owner may read and write the new file.
-/// SQLite gives journals the permissions of their database. Throws `qel::exception` with the reason
-/// if the file cannot be created.
-void createForOwnerAlone(const std::filesystem::path& file);
-
 /// Sets a corrupt database file aside. Renames the file and its companions (`companionSuffixes`) to
 /// an unused name with the time in UTC, such as "ItemDatabase.db.corrupt-20261121T093005Z". The
 /// file must be closed. Returns the new path. Throws `qel::exception` with the reason if the file

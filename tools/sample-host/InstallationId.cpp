@@ -3,8 +3,8 @@
 #include <fstream>
 
 #include "host/QelId/Guid.h"
-#include "host/QelSql/DatabaseFile.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/SampleHostFileNames.h"
 
@@ -18,7 +18,11 @@ std::string installationIdOf(const std::filesystem::path& directory) {
   }
   id = qel::Guid::create().toString(false);
   try {
-    db::sql::createForOwnerAlone(file);
+    std::error_code error;
+    utilities::createForOwnerAlone(file, error);
+    if (error) {
+      throw qel::exception(error.message());
+    }
     std::ofstream made(file);
     made.exceptions(std::ios::badbit | std::ios::failbit);
     made << id << std::endl;
