@@ -19,6 +19,7 @@ endif()
 
 # In linking order: each library comes before the libraries that it uses.
 set(hostLibraries
+    QelNotification
     QelBroadcaster
     QelIssueUi
     QelCore

@@ -6,10 +6,15 @@ set(privateHeaders
     Application/Log/Analytics/Client/SendingPass.h
     Application/Log/Analytics/Items/CatalogueText.h
     Application/Log/Analytics/Listeners/InsertItem.h
+    host/QelAssert/HandlerOfThread.h
     host/QelHttp/Connection.h
     host/QelHttp/ConnectionPool.h
     host/QelHttp/SettingsInForce.h
     host/QelLog/LogQueue.h
+    host/QelLog/StandardErrorSink.h
+    host/QelNotification/Fields.h
+    host/QelNotification/NotificationTable.h
+    host/QelNotification/PlainFields.h
     host/QelSql/BusyWait.h
     host/QelSql/Connection.h
     host/QelSql/Database.h

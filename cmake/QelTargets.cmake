@@ -7,11 +7,11 @@ endif()
 
 find_package(Threads REQUIRED)
 
-# Selects between Name.posix.cpp and Name.windows.cpp.
+# The system in the names of sources that differ by system, such as SystemError.windows.cpp.
 if(WIN32)
-  set(QEL_PLATFORM windows)
+  set(QEL_SYSTEM windows)
 else()
-  set(QEL_PLATFORM posix)
+  set(QEL_SYSTEM posix)
 endif()
 
 # Warnings and sanitizers, only for the sources of this repository.
@@ -66,5 +66,14 @@ function(qel_add_library target)
   if(MINGW)
     # Otherwise the DLL would also export the symbols of the static libraries that it contains, such as SQLite.
     target_link_options(${target} PRIVATE LINKER:--exclude-libs,ALL)
+  endif()
+endfunction()
+
+# qel_keep_loaded(<name>): keeps a shared library loaded until the process ends, because its threads or exit handlers may
+# still run when a plug-in that loaded it is unloaded. On Windows, utilities::keepLoaded does this.
+function(qel_keep_loaded target)
+  get_target_property(type ${target} TYPE)
+  if(UNIX AND NOT APPLE AND NOT type STREQUAL STATIC_LIBRARY)
+    target_link_options(${target} PRIVATE LINKER:-z,nodelete)
   endif()
 endfunction()

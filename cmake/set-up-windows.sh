@@ -111,6 +111,8 @@ install_curl() {
 install_utf8proc() {
   fetch utf8proc
   build_cmake "$work/utf8proc"
+  # The file is for the shared library, whose functions a header declares in another way.
+  sed -i 's/-DUTF8PROC_EXPORTS/-DUTF8PROC_STATIC/' "$prefix/lib/pkgconfig/libutf8proc.pc"
 }
 
 install_googletest() {

@@ -5,27 +5,13 @@
 #include <string_view>
 #include <utility>
 
+#include "host/QelAssert/HandlerOfThread.h"
 #include "host/QelLog/LogManager.h"
 
 namespace qel::assert {
 namespace {
 
 std::atomic<bool> assertionsEnabled{true};
-
-/// The handler that the calling thread has registered; null if there is none. Null again after the
-/// thread's `thread_local` objects are destroyed, because later code, such as a static object's
-/// destructor, may still report assertions. Trivially destroyed, so it can be read until the thread
-/// ends.
-constinit thread_local const AssertHandler* handlerOfThread = nullptr;
-
-struct RegisteredHandler {
-  RegisteredHandler() = default;
-  RegisteredHandler(const RegisteredHandler&) = delete;
-  RegisteredHandler& operator=(const RegisteredHandler&) = delete;
-  ~RegisteredHandler() { handlerOfThread = nullptr; }
-
-  AssertHandler handler;
-};
 
 constexpr std::array<std::string_view, 4> typeTexts{"Assertion", "Precondition", "Postcondition",
                                                     "Invariant"};
@@ -47,8 +33,8 @@ void Assert::setEnabled(bool enabled) { assertionsEnabled = enabled; }
 void Assert::addAssert(const AssertInfo& info) { getRegisteredForCurrentThread()(info); }
 
 AssertHandler Assert::getRegisteredForCurrentThread() {
-  const bool registered = handlerOfThread != nullptr && *handlerOfThread;
-  return registered ? *handlerOfThread : AssertHandler(&logAssertion);
+  const auto* const handler = handlerOfThread();
+  return handler != nullptr && *handler ? *handler : AssertHandler(&logAssertion);
 }
 
 std::string Assert::typeToString(AssertType type) {
@@ -57,9 +43,7 @@ std::string Assert::typeToString(AssertType type) {
 }
 
 void AssertFunctionOne::registerHandler(AssertHandler handler) {
-  thread_local RegisteredHandler registered;
-  registered.handler = std::move(handler);
-  handlerOfThread = &registered.handler;
+  setHandlerOfThread(std::move(handler));
 }
 
 }  // namespace qel::assert

@@ -16,6 +16,7 @@
 #include "host/QelHttp/SettingsInForce.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/ScopeGuard.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::protocol::https {
 namespace {
@@ -95,7 +96,8 @@ class Transfer {
     if (result == CURLE_OUT_OF_MEMORY) {  // also if a line exceeds libcurl's own limit
       return "out of memory, or a header line of the answer is too long";
     }
-    return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(result);
+    return errorText_.front() != '\0' ? utilities::utf8FromMessage(errorText_.data())
+                                      : curl_easy_strerror(result);
   }
 
  private:
@@ -139,9 +141,13 @@ class Transfer {
       static_cast<void>(curl_easy_setopt(handle(), CURLOPT_CAPATH, nullptr));
     }
 #ifdef _WIN32
+    // A revoked certificate is rejected. But many private authorities publish no revocation list,
+    // and many networks block its download. Without the option, every upload would fail there.
+    long options = CURLSSLOPT_REVOKE_BEST_EFFORT;
     if (settings.caBundle.empty()) {
-      set(CURLOPT_SSL_OPTIONS, long{CURLSSLOPT_NATIVE_CA});
+      options |= CURLSSLOPT_NATIVE_CA;
     }
+    set(CURLOPT_SSL_OPTIONS, options);
 #endif
   }
 

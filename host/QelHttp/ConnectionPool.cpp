@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <iterator>
 #include <utility>
 
 #include "host/QelHttp/SettingsInForce.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/ProcessEnd.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::protocol::https {
@@ -22,7 +22,7 @@ ConnectionPool::ConnectionPool() {
   // The first connection makes the TLS library register its own exit handler. An exit handler that
   // is registered later runs earlier, so `endAll` runs first.
   idle_.push_back(std::make_unique<Connection>(settingsInForce()));
-  std::atexit([] { instance().endAll(); });
+  utilities::beforeExit([] { instance().endAll(); });
 }
 
 Outcome ConnectionPool::exchange(const Message& message,

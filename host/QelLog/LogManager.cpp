@@ -1,8 +1,8 @@
 #include "host/QelLog/LogManager.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
-#include <string_view>
 #include <utility>
 
 #include <spdlog/details/null_mutex.h>
@@ -10,17 +10,13 @@
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
-#ifdef _WIN32
-#include <spdlog/sinks/stdout_sinks.h>
-#else
-#include <cerrno>
-
+#ifndef _WIN32
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 #endif
 
 #include "host/QelLog/LogQueue.h"
+#include "host/QelLog/StandardErrorSink.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
@@ -30,30 +26,31 @@ namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
 
-#ifdef _WIN32
-using StandardErrorSink = spdlog::sinks::stderr_sink_st;
-#else
-/// Does not use the C library's stream. A stalled write would hold the stream's lock, and the
-/// exiting process would wait for that lock.
-class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+/// Passes messages to the program.
+class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  using Receiver = decltype(LogSettings::receiver);
+
+  explicit ReceiverSink(Receiver receiver) : receiver_(std::move(receiver)) {}
+
+ private:
   void sink_it_(const spdlog::details::log_msg& message) override {
-    spdlog::memory_buf_t line;
-    formatter_->format(message, line);
-    for (std::string_view rest(line.data(), line.size()); !rest.empty();) {
-      const auto count = ::write(STDERR_FILENO, rest.data(), rest.size());
-      if (count >= 0) {
-        rest.remove_prefix(static_cast<std::size_t>(count));
-      } else if (errno == EAGAIN) {
-        pollfd writable{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
-        ::poll(&writable, 1, -1);
-      } else if (errno != EINTR) {
-        return;
-      }
+    try {
+      receiver_(levelOf(message.level),
+                std::string(message.logger_name.data(), message.logger_name.size()),
+                std::string(message.payload.data(), message.payload.size()));
+    } catch (...) {
+      return;
     }
   }
   void flush_() override {}
+
+  static int levelOf(spdlog::level::level_enum severity) {
+    return std::clamp(severity - spdlog::level::debug, +Level::Debug, +Level::Error);
+  }
+
+  const Receiver receiver_;
 };
-#endif
 
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
   spdlog::file_event_handlers forOwnerAlone;
@@ -64,7 +61,7 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
 #endif
   try {
     return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-        settings.file.string(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
+        settings.file.native(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
                          ": " + failure.what());
@@ -74,14 +71,17 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
 LogQueue::Sinks makeSinks(const LogSettings& settings) {
   LogQueue::Sinks sinks;
   if (settings.standardError) {
-    sinks.push_back(std::make_shared<StandardErrorSink>());
+    sinks.push_back(makeStandardErrorSink());
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));
   }
+  if (settings.receiver) {
+    sinks.push_back(std::make_shared<ReceiverSink>(settings.receiver));
+  }
   for (const auto& sink : sinks) {
     sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
-        "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc));
+        "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc, "\n"));
   }
   return sinks;
 }

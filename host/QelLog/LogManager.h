@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -24,6 +25,10 @@ struct LogSettings {
   std::size_t largestFile = std::size_t{10} * 1024 * 1024;
   /// The number of renamed files that are kept.
   std::size_t olderFiles = 2;
+  /// If set, it receives each message as well. Called on the log's thread. Messages are lost while
+  /// it does not return. It must not call `configure` or `flush`. Its exceptions are ignored.
+  std::function<void(int level, const std::string& logger, const std::string& message)> receiver =
+      {};
 };
 
 /// The process's loggers by name. Until `configure` is called, the defaults of `LogSettings` apply.

@@ -16,6 +16,7 @@
 #endif
 
 #include "host/QelLog/LoggerInterface.h"
+#include "host/QelUtilities/ProcessEnd.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
 namespace qel::log {
@@ -77,13 +78,12 @@ void write(const LogQueue::Sinks& sinks, const log_msg& message) {
   }
 }
 
-/// Writes the waiting messages at exit. With shared libraries it is constructed before the static
-/// objects of libraries that use the log, so it is destroyed after them.
+/// Writes the waiting messages at exit. With shared libraries it is registered before the static
+/// objects of libraries that use the log are constructed, so it runs after their destructors.
 const struct AtExit {
-  AtExit() = default;
-  AtExit(const AtExit&) = delete;
-  AtExit& operator=(const AtExit&) = delete;
-  ~AtExit() { LogQueue::instance().flush(patienceAtExit); }
+  AtExit() {
+    utilities::beforeExit([] { LogQueue::instance().flush(patienceAtExit); });
+  }
 } atExit;
 
 }  // namespace

@@ -13,7 +13,7 @@ def without_indentation(text):
 
 
 compiled = "".join(without_indentation(path.read_text(encoding="utf-8"))
-                   for pattern in ("docs/snippets/*.cpp", "tests/consumer/*.cpp", "tests/consumer/CMakeLists.txt")
+                   for pattern in ("docs/snippets/*", "tests/docs/*.cpp", "tests/consumer/*.cpp", "tests/consumer/CMakeLists.txt")
                    for path in root.glob(pattern))
 pages = [root / "README.md", *sorted(root.glob("docs/**/*.md"))]
 complaints = []

@@ -1,14 +1,21 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
+
+#include "tests/support/Environment.h"
 
 namespace qel::test {
 
 /// Fault tests write so often that a disk slows them down, so their directories are in memory.
-inline const int inMemory =
-    std::filesystem::is_directory("/dev/shm") ? setenv("TMPDIR", "/dev/shm", 0) : 0;
+inline const bool isInMemory = [] {
+  const bool isPossible =
+      std::getenv("TMPDIR") == nullptr && std::filesystem::is_directory("/dev/shm");
+  if (isPossible) {
+    setTemporaryRoot("/dev/shm");
+  }
+  return isPossible;
+}();
 
 /// How often, how long or how much: the long form is for QEL_FAULTS=long.
 template <typename T>

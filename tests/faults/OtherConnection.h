@@ -4,6 +4,8 @@
 
 #include <sqlite3.h>
 
+#include "host/QelUtilities/PathText.h"
+
 namespace qel::test {
 
 /// A connection of another program to a database of the product.
@@ -11,7 +13,7 @@ class OtherConnection {
  public:
   explicit OtherConnection(const std::filesystem::path& file) {
     sqlite3* database = nullptr;
-    sqlite3_open(file.c_str(), &database);
+    sqlite3_open(utilities::utf8FromPath(file).c_str(), &database);
     database_.reset(database);
   }
 

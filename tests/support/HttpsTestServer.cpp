@@ -18,8 +18,9 @@ using boost::system::error_code;
 
 asio::ssl::context contextFor(const ServerOptions& options) {
   asio::ssl::context context(asio::ssl::context::tls_server);
-  context.use_certificate_chain_file(options.identity.certificate);
-  context.use_private_key_file(options.identity.key, asio::ssl::context::pem);
+  context.use_certificate_chain_file(utilities::utf8FromPath(options.identity.certificate));
+  context.use_private_key_file(utilities::utf8FromPath(options.identity.key),
+                               asio::ssl::context::pem);
   if (options.protocol == Protocol::Tls11Only) {
     SSL_CTX_set_min_proto_version(context.native_handle(), TLS1_1_VERSION);
     SSL_CTX_set_max_proto_version(context.native_handle(), TLS1_1_VERSION);
@@ -33,50 +34,79 @@ std::string headOf(const Reply& reply) {
          "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
 }
 
+template <typename Socket>
+void close(Socket& socket) {
+  error_code ignored;
+  socket.close(ignored);
+}
+
+/// Runs an asynchronous operation of a stream to its end. False when it fails. Unlike a synchronous
+/// operation, it ends on every system when the stream's context closes the socket.
+template <typename Stream, typename Operation>
+bool complete(Stream& stream, Operation operation) {
+  auto& io = static_cast<asio::io_context&>(stream.get_executor().context());
+  std::optional<error_code> result;
+  operation([&result](error_code error, auto... /*sizes*/) { result = error; });
+  while (!result) {
+    io.run_one();
+  }
+  return !*result;
+}
+
 }  // namespace
 
 class HttpsTestServer::Implementation {
  public:
   explicit Implementation(ServerOptions given)
-      : options(std::move(given)), context(contextFor(options)), accepting([this] { accept(); }) {}
+      : options(std::move(given)), context(contextFor(options)), accepting([this] {
+          accept();
+          io.run();
+        }) {}
 
   ~Implementation() {
-    ::shutdown(acceptor.native_handle(), SHUT_RDWR);
+    asio::post(io, [this] { close(acceptor); });
     accepting.join();
     {
       const std::lock_guard lock(mutex);
       isStopping = true;
-      for (auto& socket : sockets) {
-        ::shutdown(socket.native_handle(), SHUT_RDWR);
-      }
       changed.notify_all();
     }
-    threads.clear();
-  }
-
-  void accept() {
-    error_code error;
-    for (tcp::socket socket(io); !acceptor.accept(socket, error); socket = tcp::socket(io)) {
-      ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
-      const std::lock_guard lock(mutex);
-      auto& kept = sockets.emplace_back(std::move(socket));
-      threads.emplace_back([this, &kept] { serve(kept); });
-      accepted.add();
+    for (auto& connection : connections) {
+      asio::post(connection.io, [&socket = connection.socket] { close(socket); });
     }
   }
 
-  void serve(tcp::socket& socket) {
-    error_code error;
+  /// A connection of a client. Its thread runs all its operations.
+  struct Connection {
+    asio::io_context io;
+    const asio::executor_work_guard<asio::io_context::executor_type> open{io.get_executor()};
+    tcp::socket socket{io};
+    std::jthread thread;
+  };
+
+  void accept() {
+    auto& connection = connections.emplace_back();
+    acceptor.async_accept(connection.socket, [this, &connection](error_code error) {
+      if (!error) {
+        connection.thread = std::jthread([this, &connection] { serve(connection); });
+        accepted.add();
+        accept();
+      }
+    });
+  }
+
+  void serve(Connection& connection) {
+    auto& socket = connection.socket;
     if (options.protocol == Protocol::PlainHttp || options.protocol == Protocol::Silent) {
       serveRequests(socket);
     } else {
       asio::ssl::stream<tcp::socket&> stream(socket, context);
-      if (!stream.handshake(stream.server, error) && serveRequests(stream)) {
-        stream.shutdown(error);
+      if (complete(stream, [&](auto done) { stream.async_handshake(stream.server, done); }) &&
+          serveRequests(stream)) {
+        complete(stream, [&](auto done) { stream.async_shutdown(done); });
       }
     }
-    const std::lock_guard lock(mutex);
-    socket.close(error);
+    close(socket);
   }
 
   /// Serves one request after the other. False when the connection must be reset.
@@ -107,9 +137,10 @@ class HttpsTestServer::Implementation {
 
   template <typename Stream>
   static bool read(Stream& stream, std::string& received, std::size_t atLeast) {
-    error_code error;
-    asio::read(stream, asio::dynamic_buffer(received), asio::transfer_at_least(atLeast), error);
-    return !error;
+    return complete(stream, [&](auto done) {
+      asio::async_read(stream, asio::dynamic_buffer(received), asio::transfer_at_least(atLeast),
+                       done);
+    });
   }
 
   template <typename Stream>
@@ -142,9 +173,8 @@ class HttpsTestServer::Implementation {
 
   template <typename Stream>
   void give(Stream& stream, const Reply& reply) {
-    error_code error;
     const auto write = [&](const std::string& text) {
-      asio::write(stream, asio::buffer(text), error);
+      complete(stream, [&](auto done) { asio::async_write(stream, asio::buffer(text), done); });
     };
     const auto& [status, manner, headers, body] = reply;
     if (manner == Manner::Stalled) {
@@ -169,19 +199,18 @@ class HttpsTestServer::Implementation {
 
   const ServerOptions options;
   asio::ssl::context context;
-  asio::io_context io;
-  tcp::acceptor acceptor{io, {asio::ip::address_v4::loopback(), 0}};
 
   Tally accepted;
   Tally requested;
 
   std::mutex mutex;
   std::condition_variable changed;
-  bool isStopping = false;  ///< guarded by the mutex, as are those below
-  std::list<tcp::socket> sockets;
-  std::vector<std::jthread> threads;
-  std::vector<Request> requests;
+  bool isStopping = false;        ///< guarded by the mutex
+  std::vector<Request> requests;  ///< guarded by the mutex
 
+  asio::io_context io;  ///< runs the acceptor
+  tcp::acceptor acceptor{io, {asio::ip::address_v4::loopback(), 0}};
+  std::list<Connection> connections;  ///< only the accepting thread changes the list
   std::thread accepting;
 };
 

@@ -1,20 +1,23 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
+#include <string>
+
+#include "host/QelUtilities/PathText.h"
 
 namespace qel::test {
 
-/// A new directory, removed with its contents at the end.
+/// A new directory for this user alone, removed with its contents at the end.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::string pattern = std::filesystem::temp_directory_path() / "qel-test-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("cannot make a temporary directory " + pattern);
-    }
-    path_ = pattern;
+    std::random_device random;
+    do {
+      path_ = std::filesystem::temp_directory_path() /
+              ("qel-test-" + std::to_string(random()) + std::to_string(random()));
+    } while (!std::filesystem::create_directory(path_));
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_all);
   }
   ~TemporaryDirectory() {
     std::error_code ignored;
@@ -24,7 +27,8 @@ class TemporaryDirectory {
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
-  std::string text() const { return path_; }
+  /// The path in UTF-8.
+  std::string text() const { return utilities::utf8FromPath(path_); }
 
  private:
   std::filesystem::path path_;

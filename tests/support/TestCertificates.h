@@ -1,6 +1,7 @@
 #pragma once
 
-#include "tests/support/Files.h"
+#include <memory>
+
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
@@ -13,38 +14,26 @@ struct ServerIdentity {
 
 enum class Validity { Current, Expired };
 
-/// A temporary certificate authority, made with the `openssl` command. Its end removes the files.
+/// A temporary certificate authority. Its end removes the files.
+///
+/// The keys are RSA keys: Wine's Schannel refuses some valid ECDSA signatures. Each authority has a
+/// key of its own; the servers of all authorities share one, because RSA keys take long to make.
 class TestCertificates {
  public:
-  TestCertificates() {
-    run(std::string("openssl req -x509 ") + newKey + " -keyout ca.key -out ca.pem -subj /CN=" +
-        directory_.path().filename().string());  // Chains are built by name.
-  }
+  TestCertificates();
+  ~TestCertificates();
 
   /// The authority's own certificate (PEM), for clients to trust.
-  std::string caFile() const { return directory_.path() / "ca.pem"; }
+  std::string caFile() const;
 
   /// A certificate for the host name.
-  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current) {
-    const std::string stem = "server" + std::to_string(++issued_);
-    run(std::string("openssl req ") + newKey + " -keyout " + stem +
-        ".key -out request -subj /CN=" + name + " -addext subjectAltName=DNS:" + name +
-        " && openssl x509 -req -in request -copy_extensions copy -CA ca.pem -CAkey ca.key -out " +
-        stem + ".pem -days " + (validity == Validity::Expired ? "-1" : "1"));
-    return {directory_.path() / (stem + ".pem"), directory_.path() / (stem + ".key")};
-  }
+  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
 
  private:
-  static constexpr const char* newKey = "-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes";
-
-  void run(const std::string& commands) const {
-    const std::string inside = "cd " + directory_.text() + " && { " + commands + "; } 2>log";
-    if (std::system(inside.c_str()) != 0) {  // NOLINT(cert-env33-c): nothing in it is from outside
-      throw std::runtime_error(contentOf(directory_.path() / "log"));
-    }
-  }
+  struct Authority;
 
   const TemporaryDirectory directory_;
+  const std::unique_ptr<const Authority> authority_;
   int issued_ = 0;
 };
 

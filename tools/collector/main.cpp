@@ -81,7 +81,7 @@ int collect(const Options& options) {
   return 0;
 }
 
-int run(int count, const char* const* values) {
+int run(const tools::Arguments& arguments) {
   Options options;
   CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
                    programName);
@@ -96,11 +96,9 @@ int run(int count, const char* const* values) {
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
   addFile("--store", options.store, "SQLite file for received data");
-  return tools::readCommandLine(program, count, values) ? collect(options) : 0;
+  return tools::readCommandLine(program, arguments) ? collect(options) : 0;
 }
 
 }  // namespace
 
-int main(int count, char** values) {
-  return tools::runProgram(programName, [&] { return run(count, values); });
-}
+int main(int count, char** values) { return tools::runProgram(programName, count, values, run); }

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/common/InputError.h"
+#include "tools/common/Utf8Interface.h"
 
 namespace qel::tools {
 namespace {
@@ -53,11 +54,11 @@ std::optional<std::string> firstUnexpected(const CLI::App& program) {
 
 }  // namespace
 
-bool readCommandLine(CLI::App& program, int count, const char* const* values) {
+bool readCommandLine(CLI::App& program, const Arguments& arguments) {
   complete(program, program.get_name() + " " QEL_VERSION);
-  std::for_each(values + 1, values + count, refuseEmptyValue);
+  std::for_each(arguments.begin(), arguments.end(), refuseEmptyValue);
   try {
-    program.parse(count, values);
+    program.parse(Arguments(arguments.rbegin(), arguments.rend()));  // CLI11 takes the last first
     return true;
   } catch (const CLI::Success& request) {
     program.exit(request);
@@ -72,13 +73,15 @@ bool readCommandLine(CLI::App& program, int count, const char* const* values) {
   }
 }
 
-int runProgram(const std::string& name, const std::function<int()>& body) {
+int runProgram(const std::string& name, int count, const char* const* values,
+               const std::function<int(const Arguments&)>& body) {
+  const Utf8Streams streams;
   const auto failed = [&](const std::string& message, int status) {
     std::cerr << name + ": " + message + '\n' << std::flush;
     return status;
   };
   try {
-    return body();
+    return body(utf8Arguments(count, values));
   } catch (const InputError& error) {
     return failed(error.what(), 2);
   } catch (const std::exception& error) {

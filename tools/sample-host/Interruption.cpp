@@ -1,10 +1,6 @@
 #include "tools/sample-host/Interruption.h"
 
-#include <csignal>
-#include <thread>
 #include <utility>
-
-#include <unistd.h>
 
 #include "Core/Utilities/Threads/Sleeper.h"
 #include "host/QelUtilities/Mutex.h"
@@ -14,10 +10,11 @@ namespace {
 
 class Interruption {
  public:
-  void happen() {
+  bool happen() {
     const utilities::MutexLock lock(mutex_);
-    hasHappened_ = true;
+    const bool isFirst = !std::exchange(hasHappened_, true);
     happened_.notifyAll();
+    return isFirst;
   }
 
   bool hasHappened() {
@@ -36,7 +33,7 @@ class Interruption {
   bool hasHappened_ QEL_GUARDED_BY(mutex_) = false;
 };
 
-// Never destroyed, because the thread that waits for signals lives as long as the process.
+// Never destroyed, because the thread that waits for requests lives as long as the process.
 Interruption& interruption() {
   static auto* const instance = new Interruption;
   return *instance;
@@ -44,23 +41,7 @@ Interruption& interruption() {
 
 }  // namespace
 
-void catchInterruptions(std::function<void()> reaction) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread([signals, reaction = std::move(reaction)] {
-    int signal = 0;
-    sigwait(&signals, &signal);
-    interruption().happen();
-    reaction();
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    for (;;) {
-      pause();  // the only thread that the second signal can reach
-    }
-  }).detach();
-}
+bool interrupt() { return interruption().happen(); }
 
 bool isInterrupted() { return interruption().hasHappened(); }
 

@@ -5,10 +5,14 @@
 
 namespace qel::samplehost {
 
-/// Handles SIGINT and SIGTERM. The first signal interrupts the session and calls `reaction` on a
-/// separate thread. The second signal terminates the program. Must be called once, before any
-/// thread starts.
+/// Handles requests to end the program: SIGINT and SIGTERM, and on Windows Ctrl-C, Ctrl-Break and
+/// the closing of the console. The first request interrupts the session and calls `reaction` on a
+/// separate thread. The second request terminates the program. When its console is closed, Windows
+/// terminates the program after five seconds. Must be called once, before any thread starts.
 void catchInterruptions(std::function<void()> reaction);
+
+/// Interrupts the session. Returns false if it was interrupted already.
+bool interrupt();
 
 bool isInterrupted();
 

@@ -8,7 +8,6 @@
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/Endpoint.h"
 #include "tools/common/Number.h"
-#include "tools/common/Program.h"
 
 namespace qel::samplehost {
 namespace {
@@ -79,7 +78,7 @@ struct Texts {
   std::string exitDeadline = "5";
 };
 
-bool readTexts(int count, const char* const* values, Options& options, Texts& texts) {
+bool readTexts(const tools::Arguments& arguments, Options& options, Texts& texts) {
   CLI::App program(
       "Simulates the CAD program: owns an analytics client and broadcasts the\n"
       "notifications of a session script.",
@@ -112,15 +111,15 @@ bool readTexts(int count, const char* const* values, Options& options, Texts& te
   add("--speed", "N", texts.speed, "speed-up factor: waits are divided by N");
   add("--exit-deadline", "SECONDS", texts.exitDeadline,
       "maximum time for the final upload at exit");
-  return tools::readCommandLine(program, count, values);
+  return tools::readCommandLine(program, arguments);
 }
 
 }  // namespace
 
-std::optional<Options> readOptions(int count, const char* const* values) {
+std::optional<Options> readOptions(const tools::Arguments& arguments) {
   Options options;
   Texts texts;
-  if (!readTexts(count, values, options, texts)) {
+  if (!readTexts(arguments, options, texts)) {
     return std::nullopt;
   }
   options.directory = existingDirectory(texts.directory);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/QelId/Guid.h"
+#include "tools/common/Program.h"
 
 namespace qel::samplehost {
 
@@ -26,8 +27,8 @@ struct Options {
   std::chrono::duration<double> exitDeadline{0};
 };
 
-/// Reads the arguments of `main`, and the secret from its file. Returns `std::nullopt` if it has
+/// Reads the program's arguments, and the secret from its file. Returns `std::nullopt` if it has
 /// printed the help text or the version. Throws `tools::InputError` if the arguments are invalid.
-std::optional<Options> readOptions(int count, const char* const* values);
+std::optional<Options> readOptions(const tools::Arguments& arguments);
 
 }  // namespace qel::samplehost

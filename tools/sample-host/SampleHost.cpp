@@ -9,9 +9,11 @@
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Listeners/PlainIssueInformation.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelLog/LogManager.h"
+#include "host/QelNotification/IssueStorageBroadcaster.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
@@ -20,8 +22,6 @@
 #include "tools/sample-host/EnvironmentFacts.h"
 #include "tools/sample-host/InstallationId.h"
 #include "tools/sample-host/Interruption.h"
-#include "tools/sample-host/IssueStorageBroadcaster.h"
-#include "tools/sample-host/ScriptedIssueInformation.h"
 
 namespace qel::samplehost {
 namespace {
@@ -100,8 +100,9 @@ void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client
         std::chrono::duration_cast<std::chrono::milliseconds>(options_.exitDeadline));
   });
   client.activate(activateParameter());
-  client.registerIssueListStorageListener(IssueStorageBroadcaster::getInstance(),
-                                          std::make_unique<ScriptedIssueInformation>());
+  client.registerIssueListStorageListener(
+      notification::IssueStorageBroadcaster::getInstance(),
+      std::make_unique<log::analytics::PlainIssueInformation>());
   for (const auto& step : script) {
     if (isInterrupted()) {
       break;

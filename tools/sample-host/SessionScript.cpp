@@ -5,11 +5,15 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/sample-host/Fields.h"
-#include "tools/sample-host/Notifications.h"
+#include "host/QelNotification/NotificationTable.h"
+#include "tools/common/InputError.h"
 
 namespace qel::samplehost {
 namespace {
+
+using notification::Fields;
+using notification::NotificationError;
+using tools::InputError;
 
 using Action = decltype(Step::action);
 
@@ -18,7 +22,7 @@ constexpr double longestWait = 86'400;
 
 void expectTrue(Fields& fields, const std::string& name) {
   if (!fields.flag(name)) {
-    throw InputError("field \"" + name + "\" must be true");
+    throw NotificationError("field \"" + name + "\" must be true");
   }
 }
 
@@ -48,7 +52,7 @@ Action webUpdate(Fields& fields) {
   });
 }
 
-Action notification(Fields& fields) { return readNotification(fields.text("notify"), fields); }
+Action notify(Fields& fields) { return notification::readNotification(fields); }
 
 /// A kind of script line: the field that identifies it, and the function that reads it.
 struct Kind {
@@ -57,7 +61,7 @@ struct Kind {
 };
 
 constexpr std::array kinds{
-    Kind{"notify", notification},
+    Kind{"notify", notify},
     Kind{"wait", wait},
     Kind{"join", join},
     Kind{"startSending", startSending},
@@ -66,18 +70,14 @@ constexpr std::array kinds{
 };
 
 Action readLine(const std::string& line) {
-  const auto json = nlohmann::json::parse(line, nullptr, /*allow_exceptions=*/false);
-  // The parser treats NUL as the end of the text.
-  if (json.is_discarded() || line.find('\0') != std::string::npos) {
-    throw InputError("not JSON");
-  }
+  const auto json = notification::parseJson(line);
   Fields fields(json);
   const auto* const kind = std::find_if(kinds.begin(), kinds.end(), [&](const auto& known) {
     return fields.has(std::string(known.field));
   });
   if (kind == kinds.end()) {
     fields.expectAllRead();
-    throw InputError("field \"notify\" is missing");
+    throw NotificationError("field \"notify\" is missing");
   }
   auto action = kind->read(fields);
   fields.expectAllRead();
@@ -99,7 +99,7 @@ std::vector<Step> readSessionScript(std::istream& script, const std::string& nam
     }
     try {
       steps.push_back({number, readLine(line)});
-    } catch (const InputError& fault) {
+    } catch (const NotificationError& fault) {
       throw InputError(name + ":" + std::to_string(number) + ": " + fault.what());
     }
   }

@@ -3,16 +3,16 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <istream>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "host/QelNotification/Notification.h"
+
 namespace qel::samplehost {
 
-/// Broadcasts one notification through the host's broadcaster. Must be called on the host's thread.
-using Broadcast = std::function<void()>;
+using notification::Broadcast;
 
 struct Wait {
   std::chrono::duration<double> time;
@@ -36,8 +36,8 @@ struct Step {
 };
 
 /// Reads a whole script in the JSON Lines format: notifications with their fields, and control
-/// lines. Skips blank lines and broadcasts nothing. Throws `InputError` at the first invalid line.
-/// The message starts with "`name`:line: ".
+/// lines. Skips blank lines and broadcasts nothing. Throws `tools::InputError` at the first invalid
+/// line. The message starts with "`name`:line: ".
 std::vector<Step> readSessionScript(std::istream& script, const std::string& name);
 
 }  // namespace qel::samplehost

@@ -29,8 +29,8 @@ std::vector<Step> readScript(const std::string& file) {
   return readSessionScript(script, file);
 }
 
-int run(int count, const char* const* values) {
-  const auto options = readOptions(count, values);
+int run(const tools::Arguments& arguments) {
+  const auto options = readOptions(arguments);
   if (!options) {
     return 0;
   }
@@ -53,5 +53,5 @@ int run(int count, const char* const* values) {
 
 int main(int count, char** values) {
   using namespace qel;
-  return tools::runProgram(samplehost::programName, [&] { return samplehost::run(count, values); });
+  return tools::runProgram(samplehost::programName, count, values, samplehost::run);
 }

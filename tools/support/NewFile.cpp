@@ -1,36 +1,47 @@
 #include "tools/support/NewFile.h"
 
 #include <cerrno>
-#include <cstdio>
+#include <fstream>
 #include <system_error>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
+#include "tools/support/DelayedInterruption.h"
 
 namespace qel::support {
+namespace {
+
+/// Returns why the content could not be written, or no error.
+std::error_code overwrite(const std::filesystem::path& file, const std::string& content) {
+  errno = 0;
+  std::ofstream stream(file, std::ios::binary);
+  stream << content;
+  stream.close();
+  const int reason = errno == 0 ? EIO : errno;
+  return stream ? std::error_code() : std::error_code(reason, std::generic_category());
+}
+
+}  // namespace
 
 void writeNewFile(const std::filesystem::path& file, const std::string& content) {
   const auto name = utilities::utf8FromPath(file);
-  const auto failure = [&name](int error) {
-    return qel::exception("cannot write " + name + ": " + std::system_category().message(error));
-  };
-  std::FILE* const stream = std::fopen(file.c_str(), "wx");
-  if (stream == nullptr && errno == EEXIST) {
+  const DelayedInterruption untilComplete;
+  std::error_code error;
+  const bool isNew = utilities::createForOwnerAlone(file, error);
+  if (!isNew && !error) {
     throw tools::InputError("--output: there is already " + name);
   }
-  if (stream == nullptr) {
-    throw failure(errno);
+  if (isNew) {
+    error = overwrite(file, content);
   }
-  const bool written = std::fwrite(content.data(), 1, content.size(), stream) == content.size() &&
-                       std::fflush(stream) == 0;
-  const int error = errno;
-  const bool closed = std::fclose(stream) == 0;
-  if (!written || !closed) {
-    const int reason = written ? errno : error;
+  if (error) {
     std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-    throw failure(reason);
+    if (isNew) {
+      std::filesystem::remove(file, ignored);
+    }
+    throw qel::exception("cannot write " + name + ": " + error.message());
   }
 }
 

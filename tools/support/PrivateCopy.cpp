@@ -1,12 +1,12 @@
 #include "tools/support/PrivateCopy.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <system_error>
 
+#include "host/QelId/Guid.h"
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::support {
@@ -23,27 +23,18 @@ std::filesystem::path placeOfCopies() {
 
 }  // namespace
 
-PrivateDirectory::PrivateDirectory(const std::filesystem::path& parent) {
-  std::string pattern = utilities::utf8FromPath(parent / ".qel-support-XXXXXX");
-  sigset_t ending;
-  sigemptyset(&ending);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    sigaddset(&ending, signal);
-  }
-  pthread_sigmask(SIG_BLOCK, &ending, &signalsBefore_);
-  if (mkdtemp(pattern.data()) == nullptr) {
-    const int error = errno;
-    pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
+PrivateDirectory::PrivateDirectory(const std::filesystem::path& parent)
+    : path_(parent / (".qel-support-" + qel::Guid::create().toString(false))) {
+  std::error_code error;
+  if (!utilities::createDirectoryForOwnerAlone(path_, error)) {
     throw qel::exception("cannot write in " + utilities::utf8FromPath(parent) + ": " +
-                         std::system_category().message(error));
+                         error.message());
   }
-  path_ = utilities::pathFromUtf8(pattern);
 }
 
 PrivateDirectory::~PrivateDirectory() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
-  pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
 }
 
 PrivateCopy::PrivateCopy(const std::filesystem::path& file)

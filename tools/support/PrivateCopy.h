@@ -1,13 +1,13 @@
 #pragma once
 
-#include <csignal>
 #include <filesystem>
+
+#include "tools/support/DelayedInterruption.h"
 
 namespace qel::support {
 
 /// A new directory that only its owner can read. The destructor removes the directory with its
-/// content. In a single-threaded program, SIGINT, SIGTERM and SIGHUP are blocked until the
-/// destructor has run, so these signals do not leave the directory behind.
+/// content. Requests to end the program wait until then, so they do not leave the directory behind.
 class PrivateDirectory {
  public:
   /// Creates the directory in `parent`. Throws `qel::exception` with the reason if that fails.
@@ -20,12 +20,12 @@ class PrivateDirectory {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  std::filesystem::path path_;
-  sigset_t signalsBefore_;
+  const DelayedInterruption delay_;
+  const std::filesystem::path path_;
 };
 
-/// A copy of a database file and its journals in the system's temporary directory. A reader that
-/// has opened the file can continue to read after the destructor has deleted it.
+/// A copy of a database file and its journals in the system's temporary directory. Its files must
+/// be closed when the destructor deletes them, because Windows does not delete open files.
 class PrivateCopy {
  public:
   /// Throws `qel::exception` if the file cannot be copied. A journal that does not exist is

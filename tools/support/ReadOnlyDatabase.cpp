@@ -83,7 +83,7 @@ ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress
     : file_(std::move(file)), progress_(std::move(progress)) {
   readsCopy_ = isInWriteAheadMode(file_);
   if (!readsCopy_) {
-    open(file_, SQLITE_OPEN_READONLY);
+    open(utilities::utf8FromPath(file_), SQLITE_OPEN_READONLY);
     readsCopy_ = !readSchema();
   }
   if (readsCopy_) {
@@ -91,21 +91,32 @@ ReadOnlyDatabase::ReadOnlyDatabase(std::filesystem::path file, Progress progress
   }
 }
 
-/// Deletes the copy as soon as it is open, so that nothing is left of it, however the program ends.
+ReadOnlyDatabase::~ReadOnlyDatabase() = default;
+
+/// Lets SQLite roll back the interrupted transaction in a private copy, and moves the result into a
+/// temporary database. The system removes that database when this program ends, however it ends.
 void ReadOnlyDatabase::openCopy() {
-  const PrivateCopy copy(file_);
-  open(copy.file(), SQLITE_OPEN_READWRITE);
-  // As long as SQLite keeps the lock, it looks for journals only once, during the first read.
-  sqlite3_exec(database_.get(), "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
+  copy_ = std::make_unique<PrivateCopy>(file_);
+  open(utilities::utf8FromPath(copy_->file()), SQLITE_OPEN_READWRITE);
   if (!readSchema()) {
     fail(SQLITE_READONLY);
   }
+  auto finished = std::move(database_);
+  open("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  auto* const transfer = sqlite3_backup_init(database_.get(), "main", finished.get(), "main");
+  sqlite3_backup_step(transfer, -1);
+  const int code = sqlite3_backup_finish(transfer);
+  if (code != SQLITE_OK && whyUnreadable_.empty()) {
+    fail(code);
+  }
+  finished.reset();
+  copy_.reset();
 }
 
-void ReadOnlyDatabase::open(const std::filesystem::path& file, int mode) {
+/// The name is UTF-8, or empty for a temporary database.
+void ReadOnlyDatabase::open(const std::string& name, int mode) {
   sqlite3* database = nullptr;
-  const int code = sqlite3_open_v2(utilities::utf8FromPath(file).c_str(), &database,
-                                   mode | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int code = sqlite3_open_v2(name.c_str(), &database, mode | SQLITE_OPEN_NOMUTEX, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) {
     fail(code);
@@ -146,7 +157,7 @@ void ReadOnlyDatabase::forEachRow(const std::string& table, const RowReader& rea
   } else if (rows.code() == SQLITE_BUSY) {
     fail(rows.code());
   } else if (mostRows(file_) > 0) {
-    found.reason = lastError();
+    found.reason = whyUnreadable_.empty() ? lastError() : whyUnreadable_;
   }
   Flaws& flaws = flaws_[table];
   flaws.unreadable = std::max(flaws.unreadable, found.unreadable);
@@ -177,7 +188,11 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
   auto stepsLeft = 2 * mostRows(file_);  // The pages of a damaged file can form a cycle.
   std::int64_t position = 0;             // All rows up to this ID have been read.
   const auto report = [&] {
-    if (progress_ && stepsLeft % rowsBetweenReports == 0) {
+    if (stepsLeft % rowsBetweenReports != 0) {
+      return;
+    }
+    DelayedInterruption::check();
+    if (progress_) {
       progress_(static_cast<double>(position) / static_cast<double>(highest));
     }
   };

@@ -14,6 +14,8 @@ struct sqlite3;
 
 namespace qel::support {
 
+class PrivateCopy;
+
 /// Reads one of the client's two database files. The file may be damaged, come from an untrusted
 /// source, or be in use by a running client. Never writes to the file or its directory. Not
 /// thread-safe.
@@ -28,6 +30,7 @@ class ReadOnlyDatabase {
   /// Throws `qel::exception` with the file and the reason if another program keeps the file locked
   /// or if it cannot be opened. A file that is not a database can be opened, but has no rows.
   explicit ReadOnlyDatabase(std::filesystem::path file, Progress progress = {});
+  ~ReadOnlyDatabase();
 
   const std::filesystem::path& file() const { return file_; }
 
@@ -58,7 +61,7 @@ class ReadOnlyDatabase {
     std::string reason;  ///< why the whole table cannot be read
   };
 
-  void open(const std::filesystem::path& file, int mode);
+  void open(const std::string& name, int mode);
   void openCopy();
   bool readSchema();
   std::optional<std::int64_t> highestId(const std::string& table) const;
@@ -69,6 +72,7 @@ class ReadOnlyDatabase {
 
   const std::filesystem::path file_;
   const Progress progress_;
+  std::unique_ptr<PrivateCopy> copy_;  ///< deleted after `database_` is closed
   std::unique_ptr<sqlite3, Close> database_;
   std::string whyUnreadable_;
   bool readsCopy_ = false;

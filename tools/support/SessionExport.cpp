@@ -9,6 +9,7 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
 #include "host/QelSql/FileNames.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
 #include "tools/support/PrivateCopy.h"
@@ -42,13 +43,13 @@ class ExportTarget : public analytics::SupportDatabaseClient {
   std::int64_t rows_ = 0;
 };
 
-/// Creates a directory if it does not exist. The destructor removes the directory if this object
-/// created it and it is still empty.
+/// Creates a directory for its owner alone if it does not exist. The destructor removes the
+/// directory if this object created it and it is still empty.
 class TargetDirectory {
  public:
   explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {
     std::error_code error;
-    made_ = std::filesystem::create_directory(path, error);
+    made_ = utilities::createDirectoryForOwnerAlone(path, error);
     if (error || !std::filesystem::is_directory(path, error)) {
       throw qel::exception("cannot make the directory " + utilities::utf8FromPath(path) +
                            (error ? ": " + error.message() : ""));

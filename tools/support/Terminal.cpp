@@ -6,8 +6,7 @@
 #include <iostream>
 #include <utility>
 
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include "tools/support/TerminalDevice.h"
 
 namespace qel::support {
 namespace {
@@ -17,24 +16,17 @@ std::string environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-std::optional<std::size_t> widthOf(int file) {
-  const int columns = std::atoi(environment("COLUMNS").c_str());
-  if (columns > 0) {
-    return static_cast<std::size_t>(columns);
-  }
-  winsize size{};
-  if (isatty(file) != 0 && ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-    return size.ws_col;
-  }
-  return std::nullopt;
+std::optional<std::size_t> widthOf(Stream stream) {
+  const int requested = std::atoi(environment("COLUMNS").c_str());
+  const auto columns = requested > 0 ? static_cast<std::size_t>(requested) : terminalWidth(stream);
+  return columns > 0 ? std::optional(columns) : std::nullopt;
 }
 
 }  // namespace
 
 Terminal Terminal::ofStandardOutput() {
-  const auto kind = environment("TERM");
-  return {widthOf(STDOUT_FILENO), isatty(STDOUT_FILENO) != 0 && environment("NO_COLOR").empty() &&
-                                      !kind.empty() && kind != "dumb"};
+  return {widthOf(Stream::Output),
+          environment("NO_COLOR").empty() && understandsEscapes(Stream::Output)};
 }
 
 std::string Terminal::styled(const std::string& text, Style style) const {
@@ -46,7 +38,7 @@ std::string Terminal::styled(const std::string& text, Style style) const {
 }
 
 ProgressBar::ProgressBar(std::string label)
-    : label_(std::move(label)), onTerminal_(isatty(STDERR_FILENO) != 0) {}
+    : label_(std::move(label)), onTerminal_(understandsEscapes(Stream::Errors)) {}
 
 ProgressBar::~ProgressBar() {
   if (shownPercent_ >= 0) {
@@ -61,7 +53,7 @@ void ProgressBar::show(double part) {
     return;
   }
   shownPercent_ = percent;
-  const auto width = std::min<std::size_t>(widthOf(STDERR_FILENO).value_or(80), 100);
+  const auto width = std::min<std::size_t>(widthOf(Stream::Errors).value_or(80), 100);
   const std::string number = ' ' + std::to_string(percent) + " %";
   const auto taken = label_.size() + number.size() + 4;
   const std::size_t room = width > taken ? width - taken : 0;
@@ -70,12 +62,15 @@ void ProgressBar::show(double part) {
             << ']' << number << std::flush;
 }
 
-bool canAsk() { return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0; }
+bool canAsk() { return isTerminal(Stream::Input) && isTerminal(Stream::Errors); }
 
 bool confirmed(const std::string& question) {
   std::cerr << question << " [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
+  if (answer.ends_with('\r')) {
+    answer.pop_back();
+  }
   return answer == "y" || answer == "Y" || answer == "yes";
 }
 

@@ -21,8 +21,8 @@ struct Terminal {
   bool colours = false;
 };
 
-/// A progress bar on standard error. It appears only on a terminal, and only if the work takes
-/// longer than 0.3 s.
+/// A progress bar on standard error. It appears only on a terminal with escape sequences, and only
+/// if the work takes longer than 0.3 s.
 class ProgressBar {
  public:
   explicit ProgressBar(std::string label);

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <sys/stat.h>
 
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Exception.h"
@@ -131,8 +130,8 @@ class CommandLine {
   }
 
   /// Runs the command that the arguments name. Returns the program's exit status.
-  int run(int count, const char* const* values) {
-    return tools::readCommandLine(program_, count, values) ? chosen_(arguments_) : 0;
+  int run(const tools::Arguments& arguments) {
+    return tools::readCommandLine(program_, arguments) ? chosen_(arguments_) : 0;
   }
 
  private:
@@ -200,14 +199,12 @@ class CommandLine {
 
 int main(int count, char** values) {
   using namespace qel;
-  // Only the owner may read what customers have recorded.
-  ::umask(S_IRWXG | S_IRWXO);
   // No log on standard error, because this program reports failures itself.
   log::LogSettings logging;
   logging.standardError = false;
   log::LogManager::instance().configure(logging);
-  return tools::runProgram(support::programName, [&] {
-    const int status = support::CommandLine().run(count, values);
+  return tools::runProgram(support::programName, count, values, [](const auto& arguments) {
+    const int status = support::CommandLine().run(arguments);
     if (!std::cout.flush()) {
       throw exception("cannot write to standard output");
     }

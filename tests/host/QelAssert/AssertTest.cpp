@@ -1,4 +1,7 @@
+#include <atomic>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -11,14 +14,42 @@ struct LateReporter {
   ~LateReporter() { Assert::addAssert({"too late", "~LateReporter", __FILE__, __LINE__}); }
 };
 
-TEST(AssertTest, DoesNotCallAHandlerThatWasDestroyed) {
+TEST(AssertTest, DoesNotCallAHandlerThatIsBeingDestroyed) {
   int calls = 0;
   std::thread([&calls] {
-    [[maybe_unused]] thread_local const LateReporter destroyedAfterTheHandler;
-    AssertFunctionOne::registerHandler([&calls](const AssertInfo&) { ++calls; });
+    AssertFunctionOne::registerHandler(
+        [&calls, reporter = std::make_shared<LateReporter>()](const AssertInfo&) { ++calls; });
     Assert::addAssert({"in time", "thread", __FILE__, __LINE__});
   }).join();
   EXPECT_EQ(calls, 1);
+}
+
+TEST(AssertTest, TheEndOfAThreadDestroysItsHandlerOnce) {
+  constexpr int threadsAtOnce = 200;
+  constexpr int rounds = 100;
+  std::atomic<int> calls = 0;
+  std::atomic<int> destroyed = 0;
+  const auto useHandlers = [&] {
+    for (int i = 0; i < 2; ++i) {  // the second replaces the first
+      const std::shared_ptr<int> resource(new int(1), [&destroyed](const int* one) {
+        destroyed += *one;
+        delete one;
+      });
+      AssertFunctionOne::registerHandler([&calls, resource](const auto&) { calls += *resource; });
+    }
+    Assert::addAssert({"message", "function", __FILE__, __LINE__});
+  };
+  for (int round = 1; round <= rounds; ++round) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < threadsAtOnce; ++i) {
+      threads.emplace_back(useHandlers);
+    }
+    for (auto& thread : threads) {
+      thread.join();
+    }
+    ASSERT_EQ(calls, round * threadsAtOnce);
+    ASSERT_EQ(destroyed, 2 * calls);
+  }
 }
 
 }  // namespace

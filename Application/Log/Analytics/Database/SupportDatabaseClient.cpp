@@ -9,6 +9,7 @@
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/ProcessEnd.h"
 
 namespace qel::log::analytics {
 namespace {
@@ -31,6 +32,7 @@ void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seco
 /// client.
 void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
                     std::chrono::seconds age) {
+  utilities::keepLoaded([] {});
   try {
     std::thread([adapter = std::move(adapter), age] { deleteOldRows(*adapter, age); }).detach();
   } catch (...) {  // The thread could not be created.

@@ -2,6 +2,7 @@
 
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
 #include "tests/support/MemoryStorage.h"
+#include "tests/support/Pattern.h"
 #include "tests/support/Tally.h"
 
 namespace qel::log::analytics::reports {
@@ -71,8 +72,8 @@ TEST_F(MemoryUsageObserverTest, ReportsAllReadingsForACrashAndKeepsThem) {
     observer.reportDetailedMemoryUsageOfSystemForCrash();
   }
   const auto process =
-      MatchesRegex("MemoryUsage.Application.Crashed.([0-9]+=7000;)+Max=7000;Min=7000");
-  const auto system = MatchesRegex("MemoryUsage.Total.Crashed.([0-9]+=7;)+Max=7;Min=7");
+      test::MatchesPattern("MemoryUsage.Application.Crashed.([0-9]+=7000;)+Max=7000;Min=7000");
+  const auto system = test::MatchesPattern("MemoryUsage.Total.Crashed.([0-9]+=7;)+Max=7;Min=7");
   EXPECT_THAT(storage_.recorded(), ElementsAre(process, system, process, system));
 }
 

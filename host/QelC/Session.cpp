@@ -1,0 +1,70 @@
+#include "host/QelC/Session.h"
+
+#include <cstdint>
+#include <utility>
+
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "Application/Log/Analytics/Listeners/PlainIssueInformation.h"
+#include "Core/Utilities/Template/Singleton.h"
+#include "host/QelC/CallError.h"
+#include "host/QelC/Environment.h"
+#include "host/QelNotification/IssueStorageBroadcaster.h"
+
+namespace qel::c {
+namespace {
+
+using namespace log::analytics;
+
+/// A program that uses the C interface reports no web updates.
+class NoWebUpdates : public reports::WebUpdateReporterInterface {
+ public:
+  bool isInformationAvailable() const override { return false; }
+  void reset() override {}
+  std::uint64_t getSuccessCount() const override { return 0; }
+  std::uint64_t getCorruptPackageCount() const override { return 0; }
+};
+
+}  // namespace
+
+Session::Session(const Parameters& parameters, const std::string& environment)
+    : directory_(parameters.directory),
+      releaseLimit_(parameters.releaseLimit),
+      callbacks_(parameters.callbacks) {
+  log::LogManager::instance().configure(parameters.log);
+  protocol::https::setSettings(parameters.https);
+  auto databases =
+      std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
+                                     std::make_unique<SupportDatabaseClient>(parameters.retention));
+  databases_ = databases.get();
+  client_ = std::make_unique<Client>(std::move(databases));
+  client_->activate(activation(parameters, environment));
+  client_->registerIssueListStorageListener(notification::IssueStorageBroadcaster::getInstance(),
+                                            std::make_unique<PlainIssueInformation>());
+}
+
+void Session::waitUntilStored() { databases_->join(); }
+
+bool Session::hasStorageEnded() const { return databases_->errorOccurred(); }
+
+void Session::expectStorage() const {
+  if (hasStorageEnded()) {
+    throw CallError(QEL_ANALYTICS_STORAGE_ENDED, "recording has ended; the log has the reason");
+  }
+}
+
+parameters::ActivateParameter Session::activation(const Parameters& parameters,
+                                                  const std::string& environment) const {
+  return {.webUpdateReporter = singleton<NoWebUpdates>(),
+          .databasePath = parameters.directory,
+          .installationId = parameters.installationId,
+          .sessionId = parameters.sessionId,
+          .serverSecret = parameters.serverSecret,
+          .serverUser = parameters.serverUser,
+          .createEnvironmentItem = [environment] { return readEnvironment(environment); },
+          .isSendingAllowed = [callbacks = callbacks_] { return callbacks->isSendingAllowed(); },
+          .databaseCallback = [callbacks = callbacks_] { return callbacks->isSupportAllowed(); }};
+}
+
+}  // namespace qel::c

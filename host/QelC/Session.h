@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "Application/Log/Analytics/Client/Client.h"
+#include "host/QelC/Parameters.h"
+
+namespace qel::log::analytics {
+class CipDatabases;
+}
+
+namespace qel::c {
+
+/// A client with its databases, active from construction to destruction. Only one thread at a time
+/// may use it, except where stated. The destructor sends what is stored, until the exit
+/// deadline.
+class Session {
+ public:
+  /// Sets the process's log and HTTPS connections up, too. `environment` may be empty. Throws if
+  /// the log file or the directory cannot be used.
+  Session(const Parameters& parameters, const std::string& environment);
+
+  void startSending() { client_->startSendingItems(); }
+  void stopSending() { client_->stopSendingItems(); }
+  /// Waits until everything is stored or lost.
+  void waitUntilStored();
+
+  /// Whether nothing more is recorded. Thread-safe.
+  bool hasStorageEnded() const;
+  /// Throws `CallError` if nothing more is recorded. Thread-safe.
+  void expectStorage() const;
+  std::chrono::milliseconds releaseLimit() const { return releaseLimit_; }
+  const std::string& directory() const { return directory_; }
+  const std::shared_ptr<Callbacks>& callbacks() const { return callbacks_; }
+
+ private:
+  log::analytics::parameters::ActivateParameter activation(const Parameters& parameters,
+                                                           const std::string& environment) const;
+
+  const std::string directory_;
+  const std::chrono::milliseconds releaseLimit_;
+  const std::shared_ptr<Callbacks> callbacks_;
+  log::analytics::CipDatabases* databases_;  ///< owned by the client
+  std::unique_ptr<log::analytics::Client> client_;
+};
+
+}  // namespace qel::c

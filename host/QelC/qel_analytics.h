@@ -1,0 +1,219 @@
+#ifndef QEL_ANALYTICS_H
+#define QEL_ANALYTICS_H
+
+#include <stdint.h>
+
+/// @file
+/// The analytics client for programs in C, and in languages that can call C.
+///
+/// **Texts** are UTF-8 and end with a zero byte. The library copies all arguments during the call.
+///
+/// **Threads.** Every function may be called on any thread. Functions that start, join or release a
+/// client wait for each other. Notifications wait only for other notifications.
+///
+/// **Errors.** Most functions return a status, which is 0 on success. `qel_analytics_last_error`
+/// then has a text with the details. No C++ exception leaves a function.
+///
+/// **Process.** A process can have one client at a time. A process that ends without releasing it
+/// loses the notifications of about the last second, and sends the rest in its next session.
+
+#if defined(_WIN32) && defined(QelC_EXPORTS)
+#define QEL_ANALYTICS_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define QEL_ANALYTICS_API __declspec(dllimport)
+#else
+#define QEL_ANALYTICS_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// @name Status
+/// The result of a function. Later versions may add values.
+/// @{
+#define QEL_ANALYTICS_OK 0
+/// An argument is null, not UTF-8 or outside of its range. The text names it.
+#define QEL_ANALYTICS_INVALID_ARGUMENT 1
+/// The handle is null, was released, or does not come from `qel_analytics_create`.
+#define QEL_ANALYTICS_INVALID_HANDLE 2
+/// A notification or the environment is invalid. The text names the field.
+#define QEL_ANALYTICS_INVALID_JSON 3
+/// This process already has a client.
+#define QEL_ANALYTICS_ALREADY_CREATED 4
+/// The function must not be called by a callback.
+#define QEL_ANALYTICS_IN_CALLBACK 5
+/// Another thread has not completed its notification in time. The call may be repeated.
+#define QEL_ANALYTICS_BUSY 6
+/// The client records nothing more until it is released and created again: more than 10,000
+/// notifications waited to be stored, or memory was exhausted.
+#define QEL_ANALYTICS_STORAGE_ENDED 7
+/// The operation failed, for example because of the directory. The text has the reason.
+#define QEL_ANALYTICS_FAILED 8
+/// There is not enough memory.
+#define QEL_ANALYTICS_OUT_OF_MEMORY 9
+/// The client is released, but a callback has not returned. It still uses the context.
+#define QEL_ANALYTICS_CALLBACK_RUNNING 10
+/// @}
+
+/// @name Log levels
+/// @{
+#define QEL_ANALYTICS_LOG_DEBUG 1
+#define QEL_ANALYTICS_LOG_INFO 2
+#define QEL_ANALYTICS_LOG_WARNING 3
+#define QEL_ANALYTICS_LOG_ERROR 4
+/// @}
+
+/// Identifies a client; 0 means none. A process never uses a value again.
+typedef uint64_t qel_analytics_handle;
+
+/// A pair of texts that describes a notification. Neither may be null.
+typedef struct qel_analytics_detail {
+  const char* key;    ///< if a key is repeated, its last value counts
+  const char* value;  ///< may be empty
+} qel_analytics_detail;
+
+/// Returns whether an action is allowed: 0 means no, any other value means yes.
+typedef int32_t (*qel_analytics_permission)(void* context);
+/// Receives a message of at least the level `log_level`. The texts are valid during the call.
+typedef void (*qel_analytics_log)(void* context, int32_t level, const char* logger,
+                                  const char* message);
+/// Returns the members of the environment record as a JSON object, or null. The text must stay
+/// valid until `qel_analytics_create` returns.
+typedef const char* (*qel_analytics_environment)(void* context);
+
+/// The settings of a client. Set all bytes to zero, then set `struct_size` and what you need. Null
+/// and 0 select the default of a member.
+///
+/// **Versions.** Later versions append members. A shorter struct of an older program is accepted.
+/// A longer struct of a newer program is accepted if the bytes that are unknown here are zero.
+///
+/// **Callbacks** are called on threads of the library and on threads that call it, possibly at the
+/// same time. They must return soon, must not throw or jump out, and must not wait for a thread
+/// that calls the library. They may send notifications; other functions that take a handle then
+/// return `QEL_ANALYTICS_IN_CALLBACK`. No callback is called after `qel_analytics_release` has
+/// returned.
+typedef struct qel_analytics_parameters {
+  uint32_t struct_size;  ///< `sizeof(qel_analytics_parameters)`
+  /// The longest time that `qel_analytics_release` may wait, in milliseconds. Default: 5000.
+  uint32_t release_limit;
+  /// Existing directory of the databases. Only one process at a time can use it. Required.
+  const char* directory;
+  /// Identifies the installation. A process keeps the first value. Required.
+  const char* installation_id;
+  /// Identifies the run of the program, as a GUID. A process keeps the first value. Default: the
+  /// value of an earlier client of this process, or else a new one.
+  const char* session_id;
+  /// The user at the server, without a colon. Default: the server asks for no user.
+  const char* server_user;
+  /// The secret of the user. It is never stored or logged.
+  const char* server_secret;
+  /// PEM file of the only certificates to trust. Default: those of the system.
+  const char* ca_file;
+  /// Address as HOST:PORT to connect to, instead of the server's own. The certificate is still
+  /// checked against the server's name.
+  const char* connect_to;
+  /// URL of a proxy. Default: none, whatever the environment variables contain.
+  const char* proxy;
+  /// The age in seconds at which rows for support are deleted, at most 3,155,760,000. Default:
+  /// never.
+  uint64_t retention_seconds;
+  /// Log file. Default: none.
+  const char* log_file;
+  /// The lowest level that is logged. Default: `QEL_ANALYTICS_LOG_WARNING`.
+  int32_t log_level;
+  int32_t reserved;  ///< must be 0
+  /// Passed to every callback.
+  void* context;
+  /// Whether the customer has agreed that rows are stored and sent. Default: not allowed. Called
+  /// before every write. Sending starts in `qel_analytics_create` if this returns yes there.
+  qel_analytics_permission is_sending_allowed;
+  /// Whether rows may be stored for support. Default: not allowed. Called before every write.
+  qel_analytics_permission is_support_allowed;
+  /// Receives what is logged, on a thread of the log. Default: messages go to the log file. If
+  /// there is none either, they go to standard error.
+  qel_analytics_log log;
+  /// Describes the machine. Called once, by `qel_analytics_create`. Default: no description.
+  qel_analytics_environment environment;
+} qel_analytics_parameters;
+
+/// Creates a client, which records and sends until it is released. Stores its handle in `handle`,
+/// or 0 if the function fails.
+QEL_ANALYTICS_API int32_t qel_analytics_create(const qel_analytics_parameters* parameters,
+                                               qel_analytics_handle* handle);
+
+/// Stores and sends what was recorded, and ends the client. The handle is then invalid, except
+/// after `QEL_ANALYTICS_BUSY` and `QEL_ANALYTICS_IN_CALLBACK`. Waits at most for `release_limit`.
+/// What was not sent then stays on the disk for the next session.
+QEL_ANALYTICS_API int32_t qel_analytics_release(qel_analytics_handle handle);
+
+/// For a customer who withdraws the consent. Ends the client without sending, and removes the
+/// databases of its directory. If the result is `QEL_ANALYTICS_FAILED`, the client has ended, and
+/// `qel_analytics_remove_recordings` may be tried until it succeeds. The log file stays.
+QEL_ANALYTICS_API int32_t qel_analytics_withdraw(qel_analytics_handle handle);
+
+/// Removes the databases of a directory. Fails if a client uses the directory, also for a short
+/// time after the client has ended.
+QEL_ANALYTICS_API int32_t qel_analytics_remove_recordings(const char* directory);
+
+/// Waits until all earlier notifications are stored. This can take as long as another process
+/// locks a database.
+QEL_ANALYTICS_API int32_t qel_analytics_join(qel_analytics_handle handle);
+
+/// Starts sending, or starts it again after a failure. If sending is running, waits for the end of
+/// its current upload.
+QEL_ANALYTICS_API int32_t qel_analytics_start_sending(qel_analytics_handle handle);
+
+/// Sends once more, then stops sending. Does not wait. If sending was never started, only a message
+/// is logged.
+QEL_ANALYTICS_API int32_t qel_analytics_stop_sending(qel_analytics_handle handle);
+
+/// Records one notification, a JSON object such as
+/// `{"notify": "onHelpAction", "name": "Start page", "details": {}}`.
+QEL_ANALYTICS_API int32_t qel_analytics_notify(qel_analytics_handle handle, const char* json);
+
+/// @name Common notifications
+/// The same as `qel_analytics_notify` with the notification of a similar name. `details` has
+/// `detail_count` elements, and may be null if there are none. The other texts must not be null.
+/// @{
+QEL_ANALYTICS_API int32_t qel_analytics_general_event(qel_analytics_handle handle,
+                                                      const char* category, const char* subcategory,
+                                                      const char* event,
+                                                      const qel_analytics_detail* details,
+                                                      uint32_t detail_count);
+/// `id` pairs the start and the stop of a command. `location` is the place of invocation: 0 code, 1
+/// grip, 2 command line, 3 accelerator, 4 menu, 5 context toolbar, 6 fixed toolbar, 7 popup, 8
+/// object popup, 9 status bar, 10 view toolbar.
+QEL_ANALYTICS_API int32_t qel_analytics_command_started(qel_analytics_handle handle, const char* id,
+                                                        const char* text, uint32_t location,
+                                                        const qel_analytics_detail* details,
+                                                        uint32_t detail_count);
+/// `cancelled` is 0 if the command was completed.
+QEL_ANALYTICS_API int32_t qel_analytics_command_stopped(qel_analytics_handle handle, const char* id,
+                                                        const char* text, int32_t cancelled,
+                                                        const qel_analytics_detail* details,
+                                                        uint32_t detail_count);
+QEL_ANALYTICS_API int32_t qel_analytics_application_started(qel_analytics_handle handle,
+                                                            const char* text);
+QEL_ANALYTICS_API int32_t qel_analytics_application_stopped(qel_analytics_handle handle,
+                                                            const char* text);
+/// For a handler of crashes. Then call `qel_analytics_join`, so that the record is stored.
+QEL_ANALYTICS_API int32_t qel_analytics_application_crashed(qel_analytics_handle handle,
+                                                            const char* text, int32_t code);
+/// @}
+
+/// The text of the last failure on the calling thread, at most 511 bytes; empty if there was none.
+/// Never null. Valid until the thread calls the library again or ends.
+QEL_ANALYTICS_API const char* qel_analytics_last_error(void);
+
+/// A short text for a status. Never null, also for an unknown status. Valid for ever.
+QEL_ANALYTICS_API const char* qel_analytics_status_text(int32_t status);
+
+/// The version of the library, such as "0.1.0". Valid for ever.
+QEL_ANALYTICS_API const char* qel_analytics_version(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
