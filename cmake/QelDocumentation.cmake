@@ -18,6 +18,7 @@ set(DOXYGEN_HIDE_FRIEND_COMPOUNDS YES)
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
 set(DOXYGEN_PREDEFINED
+    QEL_ANALYTICS_API=
     QEL_ANALYTICS_EXPORT=
     "QEL_CAPABILITY(name)="
     QEL_SCOPED_CAPABILITY=
@@ -38,6 +39,7 @@ doxygen_add_docs(
   QelDocumentation
   docs/index.md
   docs/embed-it.md
+  docs/c-interface.md
   docs/own-host-framework.md
   docs/settings.md
   docs/events.md
@@ -54,4 +56,5 @@ doxygen_add_docs(
   CONTRIBUTING.md
   CHANGELOG.md
   ${QEL_PUBLIC_HEADERS}
+  host/QelC/qel_analytics.h
   COMMENT "Generating the documentation site")

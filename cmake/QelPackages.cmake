@@ -2,6 +2,9 @@
 set(CPACK_PACKAGE_VENDOR QEL)
 set(CPACK_PACKAGE_CONTACT "QelAnalytics <analytics@qel.example>")
 set(CPACK_COMPONENTS_ALL library development)
+if(TARGET QelC)
+  list(APPEND CPACK_COMPONENTS_ALL c)
+endif()
 if(programs)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
@@ -28,6 +31,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${libraryPackage} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "Headers, and the files by which CMake and pkg-config find the library.")
+
+set(CPACK_DEBIAN_C_PACKAGE_NAME libqelanalytics-c)
+set(CPACK_DEBIAN_C_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_C_PACKAGE_DEPENDS "${libraryPackage} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_C_DESCRIPTION "The C interface of the library: a shared library and its header.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qel-analytics-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

@@ -11,7 +11,6 @@ set(privateHeaders
     host/QelHttp/ConnectionPool.h
     host/QelHttp/SettingsInForce.h
     host/QelLog/LogQueue.h
-    host/QelLog/StandardErrorSink.h
     host/QelNotification/Fields.h
     host/QelNotification/NotificationTable.h
     host/QelNotification/PlainFields.h
@@ -27,3 +26,5 @@ set(privateHeaders
 file(GLOB_RECURSE QEL_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} Application/*.h Core/*.h
      host/*.h)
 list(REMOVE_ITEM QEL_PUBLIC_HEADERS ${privateHeaders})
+# The C interface has a header of its own, and is no part of the library.
+list(FILTER QEL_PUBLIC_HEADERS EXCLUDE REGEX "^host/QelC/")

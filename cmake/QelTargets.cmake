@@ -14,6 +14,10 @@ else()
   set(QEL_SYSTEM posix)
 endif()
 
+if(MINGW)
+  set(CMAKE_SHARED_LIBRARY_PREFIX "") # DLLs have the names that other compilers would give them
+endif()
+
 # Warnings and sanitizers, only for the sources of this repository.
 add_library(QelBuildSettings INTERFACE)
 if(MSVC)

@@ -22,6 +22,7 @@
 #elif defined(_WIN32)
 #define QEL_ANALYTICS_API __declspec(dllimport)
 #else
+/// Marks a function that the library exports.
 #define QEL_ANALYTICS_API __attribute__((visibility("default")))
 #endif
 
@@ -32,6 +33,7 @@ extern "C" {
 /// @name Status
 /// The result of a function. Later versions may add values.
 /// @{
+/// The function has succeeded.
 #define QEL_ANALYTICS_OK 0
 /// An argument is null, not UTF-8 or outside of its range. The text names it.
 #define QEL_ANALYTICS_INVALID_ARGUMENT 1
@@ -58,10 +60,10 @@ extern "C" {
 
 /// @name Log levels
 /// @{
-#define QEL_ANALYTICS_LOG_DEBUG 1
-#define QEL_ANALYTICS_LOG_INFO 2
-#define QEL_ANALYTICS_LOG_WARNING 3
-#define QEL_ANALYTICS_LOG_ERROR 4
+#define QEL_ANALYTICS_LOG_DEBUG 1    ///< details for developers
+#define QEL_ANALYTICS_LOG_INFO 2     ///< normal events
+#define QEL_ANALYTICS_LOG_WARNING 3  ///< the client can continue, but something is wrong
+#define QEL_ANALYTICS_LOG_ERROR 4    ///< rows are lost, or cannot be sent for now
 /// @}
 
 /// Identifies a client; 0 means none. A process never uses a value again.

@@ -42,6 +42,20 @@ endfunction()
 
 qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})
 
+if(TARGET QelC)
+  set(prefix ${consumerBuild}/installed-Shared)
+  set(program ${consumerBuild}/in-c)
+  file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
+export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
+"@CMAKE_C_COMPILER@" "@PROJECT_SOURCE_DIR@/samples/c/session.c" -o "@program@" \
+  $(pkg-config --cflags --libs qel-analytics-c) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
+"@consumerSource@/check_consumer.sh" "@program@" "$@"
+]] @ONLY)
+  add_test(NAME Adoption.PkgConfigC COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector>
+                                            ${QEL_ANALYTICS_SERVER_HOST})
+  set_tests_properties(Adoption.PkgConfigC PROPERTIES FIXTURES_REQUIRED InstalledShared)
+endif()
+
 # FetchContent with the local sources, without network: static, and with the consumer's own log.
 qel_add_consumer_test(
   FetchContent

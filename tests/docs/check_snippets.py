@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that each C++ or CMake example of the documentation is part of a file that the build or a test compiles, and
-that links between the pages lead to files. Takes the repository's root."""
+"""Checks that each C++, C, Python or CMake example of the documentation is part of a program that the build compiles or a
+test runs, and that links between the pages lead to files. Takes the repository's root."""
 import pathlib
 import re
 import sys
@@ -13,17 +13,18 @@ def without_indentation(text):
 
 
 compiled = "".join(without_indentation(path.read_text(encoding="utf-8"))
-                   for pattern in ("docs/snippets/*", "tests/docs/*.cpp", "tests/consumer/*.cpp", "tests/consumer/CMakeLists.txt")
+                   for pattern in ("docs/snippets/*", "tests/docs/*.cpp", "tests/consumer/*.cpp", "tests/consumer/CMakeLists.txt",
+                                   "samples/c/*")
                    for path in root.glob(pattern))
 pages = [root / "README.md", *sorted(root.glob("docs/**/*.md"))]
 complaints = []
 examples = 0
 for page in pages:
     text = page.read_text(encoding="utf-8")
-    for example in re.findall(r"^```(?:cpp|cmake)\n(.*?)^```", text, re.MULTILINE | re.DOTALL):
+    for example in re.findall(r"^```(?:cpp|cmake|c|python)\n(.*?)^```", text, re.MULTILINE | re.DOTALL):
         examples += 1
         if without_indentation(example) not in compiled:
-            complaints.append(f"{page}: an example is part of no compiled file:\n{example}")
+            complaints.append(f"{page}: no program has this example:\n{example}")
     complaints += [f"{page}: {link} does not exist" for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text)
                    if not (page.parent / link).exists()]
 print("\n".join(complaints) or f"{examples} examples and all links of {len(pages)} pages are sound")
