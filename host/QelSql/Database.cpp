@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "host/QelSql/DatabaseFile.h"
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/OwnerOnly.h"
@@ -52,9 +52,28 @@ Outcome Database::tryToPrepare() {
     outcome = run("PRAGMA synchronous = FULL");
     isNew_ = !outcome.isDone();
   }
+  if (outcome.isDone() && !isJournalProtected_) {
+    outcome = protectJournal();
+  }
   if (outcome.isDone() && hasTime()) {
     outcome = noted(schema_.makeShrinkable(*connection_));
   }
+  return outcome;
+}
+
+/// Creates the journal in advance, and makes SQLite keep it between transactions. SQLite deletes
+/// the journal of an empty file, so the file must have its schema. A write-ahead log stays in use.
+Outcome Database::protectJournal() {
+  Outcome outcome = run("PRAGMA journal_mode");
+  if (outcome.isDone() && outcome.rows == Result::Rows{{"delete"}}) {
+    auto journal = file_;
+    journal += journalSuffix;
+    std::error_code error;
+    utilities::createForOwnerAlone(journal, error);
+    outcome =
+        error ? failed(Status::Failed, error.message()) : run("PRAGMA journal_mode = TRUNCATE");
+  }
+  isJournalProtected_ = outcome.isDone();
   return outcome;
 }
 
@@ -127,6 +146,7 @@ Outcome Database::connect() {
   }
   connection_.emplace(file_, busyWait_);
   isChecked_ = false;
+  isJournalProtected_ = journalHasRightsOfDatabase;
   return check();
 }
 

@@ -50,8 +50,13 @@ std::filesystem::path setAside(const std::filesystem::path& file,
   if (error) {
     throw qel::exception("the corrupt file cannot be renamed: " + error.message());
   }
-  for (const char* const companion : companionSuffixes) {
-    std::filesystem::rename(withSuffix(file, companion), withSuffix(name, companion), error);
+  for (const char* const suffix : companionSuffixes) {
+    const auto companion = withSuffix(file, suffix);
+    if (std::filesystem::is_empty(companion, error)) {
+      std::filesystem::remove(companion, error);
+    } else {
+      std::filesystem::rename(companion, withSuffix(name, suffix), error);
+    }
   }
   return name;
 }

@@ -19,8 +19,8 @@ struct LocalMemory {
 /// Reports why nothing was created. An existing file is no error.
 bool notCreated(DWORD code, std::error_code& error) {
   const bool exists = code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS;
-  error = exists ? std::error_code()
-                 : std::error_code(static_cast<int>(code), std::system_category());
+  error =
+      exists ? std::error_code() : std::error_code(static_cast<int>(code), std::system_category());
   return false;
 }
 

@@ -27,7 +27,7 @@ bool isFileOf(std::string_view database, std::string_view name) {
 std::vector<std::filesystem::path> filesIn(const std::filesystem::path& directory) {
   std::vector<std::filesystem::path> files;
   try {
-    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    for (const auto& entry : std::filesystem::directory_iterator(utilities::plainPath(directory))) {
       if (!entry.is_directory()) {
         files.push_back(entry.path());
       }
@@ -70,7 +70,7 @@ std::vector<RemovedFile> removeRecordings(const std::filesystem::path& directory
                                           const HostFileFilter& isHostFile,
                                           const RemovalApproval& isApproved) {
   using db::sql::DirectoryClaim;
-  const auto lock = directory / db::sql::lockFileName;
+  const auto lock = utilities::plainPath(directory) / db::sql::lockFileName;
   std::error_code ignored;
   const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
   const DirectoryClaim claim(directory, DirectoryClaim::Kind::Exclusive);
