@@ -116,6 +116,8 @@ endif()
 
 if(programs)
   install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+if(programs AND NOT WIN32)
   # A program's folder may contain its manual page and its completion for bash.
   file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
   file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
@@ -123,6 +125,20 @@ if(programs)
   install(FILES ${completions} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 endif()
 
-if(PROJECT_IS_TOP_LEVEL AND libraryType STREQUAL SHARED_LIBRARY)
+if(MINGW AND libraryType STREQUAL SHARED_LIBRARY)
+  # The compiler's run-time libraries, which Windows does not have.
+  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(
+      COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+      OUTPUT_VARIABLE file
+      OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${file} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
+  endforeach()
+endif()
+
+# All that is installed, for package-windows.sh.
+add_custom_target(QelPackageContents DEPENDS QelAnalytics QelC ${hostLibraries} ${programs})
+
+if(PROJECT_IS_TOP_LEVEL AND NOT WIN32 AND libraryType STREQUAL SHARED_LIBRARY)
   include(cmake/QelPackages.cmake)
 endif()

@@ -10,21 +10,36 @@
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
-#ifndef _WIN32
-#include <fcntl.h>
-#include <unistd.h>
+#ifdef _WIN32
+#include <cstdio>
+
+#include <io.h>
+#include <windows.h>
 #endif
 
 #include "host/QelLog/LogQueue.h"
-#include "host/QelLog/StandardErrorSink.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
+#include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/StandardError.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::log {
 namespace {
 
 constexpr std::chrono::seconds patienceWithOldSinks{1};
+
+class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    standardError_.write({line.data(), line.size()});
+  }
+  void flush_() override {}
+
+  const utilities::StandardError standardError_;
+};
 
 /// Passes messages to the program.
 class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
@@ -52,16 +67,28 @@ class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null
   const Receiver receiver_;
 };
 
+/// Creates a missing file, so that spdlog finds it with the right access rights.
+void createLogFile(const std::filesystem::path& file) {
+  std::error_code error;
+  std::filesystem::create_directories(file.parent_path(), error);
+  if (!utilities::createForOwnerAlone(file, error) && error) {
+    throw spdlog::spdlog_ex(utilities::systemMessage(error));
+  }
+}
+
 spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
-  spdlog::file_event_handlers forOwnerAlone;
-#ifndef _WIN32
-  forOwnerAlone.before_open = [](const spdlog::filename_t& name) {
-    close(open(name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  spdlog::file_event_handlers handlers;
+  handlers.before_open = createLogFile;
+#ifdef _WIN32
+  // Windows does not rename a file that a child process has inherited.
+  handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
+    SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))),
+                         HANDLE_FLAG_INHERIT, 0);
   };
 #endif
   try {
     return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-        settings.file.native(), settings.largestFile, settings.olderFiles, false, forOwnerAlone);
+        settings.file.native(), settings.largestFile, settings.olderFiles, false, handlers);
   } catch (const spdlog::spdlog_ex& failure) {
     throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
                          ": " + failure.what());
@@ -71,7 +98,7 @@ spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
 LogQueue::Sinks makeSinks(const LogSettings& settings) {
   LogQueue::Sinks sinks;
   if (settings.standardError) {
-    sinks.push_back(makeStandardErrorSink());
+    sinks.push_back(std::make_shared<StandardErrorSink>());
   }
   if (!settings.file.empty()) {
     sinks.push_back(makeFileSink(settings));

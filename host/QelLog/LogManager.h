@@ -15,7 +15,9 @@ namespace qel::log {
 struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
-  /// Whether messages go to standard error, even if there is a log file.
+  /// Whether messages go to standard error, even if there is a log file. On Windows, they go to
+  /// what standard error is when these settings are set, also if the host closes or replaces it
+  /// later.
   bool standardError = true;
   /// The path of the log file. If it is empty, no file is written. Only the owner may read the
   /// file, because messages may quote what customers typed.
@@ -40,7 +42,8 @@ struct LogSettings {
 /// dropped, and the log reports the number of dropped messages.
 ///
 /// **At exit.** When the process exits normally, it writes the remaining messages for at most a
-/// second.
+/// second. On Windows, this requires that the host and this library use the same C library. A host
+/// with another one should call `flush` before it exits.
 class LogManager {
  public:
   /// Returns the same object in every library. The object is never destroyed.

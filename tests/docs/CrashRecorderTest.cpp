@@ -27,7 +27,7 @@ TEST(CrashRecorderTest, StoresTheQueuedItemsAndTheCrash) {
   }
   EXPECT_EXIT(crash(), testing::ExitedWithCode(static_cast<int>(EXCEPTION_ACCESS_VIOLATION)), "");
   const auto rows = query(directory.path() / "ItemDatabase.db",
-                          "SELECT json FROM Items WHERE json = '1' OR json LIKE '%-1073741819%'");
+                          "SELECT json FROM Items WHERE json = '1' OR json LIKE '%3221225477%'");
   EXPECT_THAT(rows, testing::SizeIs(2));
 }
 

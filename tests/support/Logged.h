@@ -4,6 +4,7 @@
 
 #include "host/QelLog/LogManager.h"
 #include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
 
 /// A thread of its own writes the log. These functions wait for it.
 namespace qel::test {
@@ -18,10 +19,19 @@ inline std::string loggedIn(const std::filesystem::path& file) {
   return contentOf(file);
 }
 
-/// Ends a capture of standard error, and returns it with the log.
-inline std::string endCaptureOfErrors() {
-  waitForTheLog();
-  return testing::internal::GetCapturedStderr();
-}
+/// Keeps the log of its lifetime.
+class CapturedLog {
+ public:
+  CapturedLog() { log::LogManager::instance().configure({.standardError = false, .file = file_}); }
+  ~CapturedLog() { log::LogManager::instance().configure({}); }
+  CapturedLog(const CapturedLog&) = delete;
+  CapturedLog& operator=(const CapturedLog&) = delete;
+
+  std::string text() const { return loggedIn(file_); }
+
+ private:
+  const TemporaryDirectory directory_;
+  const std::filesystem::path file_ = directory_.path() / "log";
+};
 
 }  // namespace qel::test

@@ -1,14 +1,12 @@
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 
 #include <exception>
-#include <iostream>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelUtilities/Debugger.h"
-#include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/TypeName.h"
 
 namespace qel::util {
@@ -29,16 +27,12 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// Writes the whole line at once, so that lines from several threads do not mix. Writes nothing if
-/// memory allocation fails or writing would block, because the worker must not wait for a reader of
-/// standard error.
-void writeToStandardError(const std::type_info& type, std::string_view separator,
-                          const char* message) noexcept try {
-  if (!utilities::standardErrorTakesLine()) {
-    return;
-  }
+/// Writes nothing if memory allocation fails or writing would block, because the worker must not
+/// wait for a reader of standard error.
+void reportFailure(const utilities::StandardError& standardError, const std::type_info& type,
+                   std::string_view separator, const char* message) noexcept try {
   std::string line = "Assert in ThreadedLoop(" + utilities::typeName(type);
-  std::cerr << line.append(separator).append(message) + '\n' << std::flush;
+  standardError.writeLine(std::move(line.append(separator).append(message)));
 } catch (...) {
   return;
 }
@@ -84,36 +78,39 @@ void ThreadedLoop::stopAndJoin() {
 }
 
 void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
+  const utilities::StandardError standardError;
   if (work.setup) {
-    invoke(work.setup.target_type(), [&work] {
+    invoke(standardError, work.setup.target_type(), [&work] {
       work.setup();
       return true;
     });
   }
-  if (runsAtStart(work.policy) && !invoke(work.function.target_type(), work.function)) {
+  if (runsAtStart(work.policy) &&
+      !invoke(standardError, work.function.target_type(), work.function)) {
     return;
   }
   while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
          Sleeper::Outcome::TimedOut) {
-    if (!invoke(work.function.target_type(), work.function)) {
-      const bool retrySucceeded = invoke(work.function.target_type(), work.function);
+    if (!invoke(standardError, work.function.target_type(), work.function)) {
+      const bool retrySucceeded = invoke(standardError, work.function.target_type(), work.function);
       if (!retrySucceeded) {
         return;
       }
     }
   }
   if (runsAtStop(work.policy)) {
-    invoke(work.function.target_type(), work.function);
+    invoke(standardError, work.function.target_type(), work.function);
   }
 }
 
-bool ThreadedLoop::invoke(const std::type_info& type, const std::function<bool()>& function) {
+bool ThreadedLoop::invoke(const utilities::StandardError& standardError, const std::type_info& type,
+                          const std::function<bool()>& function) {
   try {
     return function();
   } catch (const std::exception& failure) {
-    writeToStandardError(type, "): ", failure.what());
+    reportFailure(standardError, type, "): ", failure.what());
   } catch (...) {
-    writeToStandardError(type, ")", "");
+    reportFailure(standardError, type, ")", "");
   }
   debuggerBreak();
   return false;

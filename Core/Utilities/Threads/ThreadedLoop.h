@@ -6,9 +6,11 @@
 #include <memory>
 #include <thread>
 #include <typeinfo>
+#include <utility>
 
 #include "Core/Utilities/Threads/Sleeper.h"
 #include "host/QelUtilities/Mutex.h"
+#include "host/QelUtilities/StandardError.h"
 
 namespace qel::util {
 
@@ -70,7 +72,8 @@ class ThreadedLoop {
   void start(Work work);
   void stopAndJoin();
   static void run(const Work& work, Sleeper& sleeper);
-  static bool invoke(const std::type_info& type, const std::function<bool()>& function);
+  static bool invoke(const utilities::StandardError& standardError, const std::type_info& type,
+                     const std::function<bool()>& function);
   static void debuggerBreak();
 
   utilities::Mutex sleeperMutex_;

@@ -101,11 +101,11 @@ TEST_F(ClientTest, AFailedPassIsRecordedAndDoesNotReachTheHost) {
   utilities::debugger::Debugger::setHook([&] { breaks.add(); });
   storage_.sending->beforeRead = [] { throw std::out_of_range("no row"); };
   storage_.parameter.isSendingAllowed = [] { return true; };
-  testing::internal::CaptureStderr();
+  const test::CapturedLog log;
   client_->activate(storage_.parameter);
   EXPECT_TRUE(breaks.reaches(2));  // one for the pass, one for the loop that the pass ends
   EXPECT_THAT(storage_.recorded(), ElementsAre("CIP|SendingItems|Exception|Message=no row"));
-  EXPECT_THAT(test::endCaptureOfErrors(),
+  EXPECT_THAT(log.text(),
               HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: no row\n"));
 }
 
@@ -118,11 +118,10 @@ TEST(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllAfterThem) 
   database.insertMultiple({R"({"a":1})", R"({"b":2})", R"({"c":3})"}, Items);
   database.insertMultiple({R"({"e":1})"}, Environments);
   connection.accepted = 1;
-  testing::internal::CaptureStderr();
+  const test::CapturedLog log;
   pass.run();
-  EXPECT_THAT(test::endCaptureOfErrors(),
-              HasSubstr("warning pass: sending CIP data has not succeeded. Json sent: "
-                        R"({"version": "3.1", "events": [{"a":1},{"b":2}]})"));
+  EXPECT_THAT(log.text(), HasSubstr("warning pass: sending CIP data has not succeeded. Json sent: "
+                                    R"({"version": "3.1", "events": [{"a":1},{"b":2}]})"));
   EXPECT_THAT(connection.packages, SizeIs(2));
   EXPECT_THAT(database.calls(), ElementsAre("delete 0 4"));
   connection.accepted = 2;

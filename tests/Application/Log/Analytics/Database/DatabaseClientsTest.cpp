@@ -83,11 +83,10 @@ TEST_F(DatabaseClientsTest, LogAFailedDeletionAndRefuseAnIdOutOfRange) {
   sending_.insertMultiple({"one"}, Items);
   test::query(sendingFile_,
               "CREATE TRIGGER keep BEFORE DELETE ON Items BEGIN SELECT RAISE(ABORT, 'kept'); END");
-  testing::internal::CaptureStderr();
+  const test::CapturedLog log;
   sending_.deleteItems({{1, "one"}});
-  EXPECT_THAT(test::endCaptureOfErrors(),
-              HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
-                        "delete all entries by id from Items database. Error: kept\n"));
+  EXPECT_THAT(log.text(), HasSubstr("error qel.log.analytics.details.DatabaseAdapter: Could not "
+                                    "delete all entries by id from Items database. Error: kept\n"));
   EXPECT_THAT(test::query(sendingFile_, "SELECT seq FROM sqlite_sequence"), ElementsAre("1"));
   test::query(sendingFile_, "INSERT INTO Items VALUES (2147483648, '')");
   EXPECT_THROW(sending_.getAllItems(), std::out_of_range);

@@ -1,0 +1,60 @@
+#include <cstdio>
+#include <cstdlib>
+
+#include <gmock/gmock.h>
+#include <io.h>
+#include <windows.h>
+
+#include "tests/support/Logged.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qel::log {
+namespace {
+
+using namespace testing;
+
+void log(const std::string& message) {
+  LogManager::instance().getLogger("test")->log(Level::Warning, message);
+  test::waitForTheLog();
+}
+
+/// Ends standard error, so that the next file may take its handle, its descriptor or its stream.
+enum class End { Stream, Descriptor, Handle };
+
+[[noreturn]] void logAfter(End end, const std::filesystem::path& file) {
+  log("before");
+  if (end == End::Stream) {
+    std::fclose(stderr);
+  } else if (end == End::Descriptor) {
+    _close(2);
+  } else {
+    CloseHandle(GetStdHandle(STD_ERROR_HANDLE));
+  }
+  std::FILE* const next = _wfopen(file.c_str(), L"wb");
+  log("after");
+  std::fputs("of the host", next);
+  std::fclose(next);
+  std::exit(test::contentOf(file) == "of the host" ? 7 : 1);
+}
+
+TEST(StandardErrorTest, TheLogDoesNotWriteToAFileThatTakesItsPlace) {
+  const test::TemporaryDirectory directory;
+  for (const End end : {End::Stream, End::Descriptor, End::Handle}) {
+    EXPECT_EXIT(logAfter(end, directory.path() / "file"), ExitedWithCode(7),
+                AllOf(HasSubstr("test: before\n"), EndsWith("test: after\n")))
+        << static_cast<int>(end);
+  }
+}
+
+TEST(StandardErrorTest, TheLogNeedsNone) {
+  const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
+  for (const HANDLE missing : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
+    SetStdHandle(STD_ERROR_HANDLE, missing);
+    LogManager::instance().configure({});
+    log("unseen");
+  }
+  SetStdHandle(STD_ERROR_HANDLE, errors);
+}
+
+}  // namespace
+}  // namespace qel::log
