@@ -20,6 +20,7 @@ set(privateHeaders
     host/QelSql/DatabaseFile.h
     host/QelSql/DatabaseLock.h
     host/QelSql/DatabaseLog.h
+    host/QelSql/LockFile.h
     host/QelSql/Schema.h
     host/QelSql/Transaction.h)
 file(GLOB_RECURSE QEL_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} Application/*.h Core/*.h

@@ -5,12 +5,13 @@
 #include <system_error>
 #include <utility>
 
-#include "host/QelSql/DatabaseFile.h"
+#include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
@@ -52,9 +53,28 @@ Outcome Database::tryToPrepare() {
     outcome = run("PRAGMA synchronous = FULL");
     isNew_ = !outcome.isDone();
   }
+  if (outcome.isDone() && !isJournalProtected_) {
+    outcome = protectJournal();
+  }
   if (outcome.isDone() && hasTime()) {
     outcome = noted(schema_.makeShrinkable(*connection_));
   }
+  return outcome;
+}
+
+/// Creates the journal in advance, and makes SQLite keep it between transactions. SQLite deletes
+/// the journal of an empty file, so the file must have its schema. A write-ahead log stays in use.
+Outcome Database::protectJournal() {
+  Outcome outcome = run("PRAGMA journal_mode");
+  if (outcome.isDone() && outcome.rows == Result::Rows{{"delete"}}) {
+    auto journal = file_;
+    journal += journalSuffix;
+    std::error_code error;
+    utilities::createForOwnerAlone(journal, error);
+    outcome = error ? failed(Status::Failed, utilities::systemMessage(error))
+                    : run("PRAGMA journal_mode = TRUNCATE");
+  }
+  isJournalProtected_ = outcome.isDone();
   return outcome;
 }
 
@@ -123,10 +143,11 @@ Outcome Database::connect() {
   std::error_code error;
   utilities::createForOwnerAlone(file_, error);
   if (error) {
-    throw qel::exception(error.message());
+    throw qel::exception(utilities::systemMessage(error));
   }
   connection_.emplace(file_, busyWait_);
   isChecked_ = false;
+  isJournalProtected_ = journalHasRightsOfDatabase;
   return check();
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/QelSql/BusyWait.h"
 #include "host/QelSql/Connection.h"
+#include "host/QelSql/DatabaseFile.h"
 #include "host/QelSql/DatabaseLog.h"
 #include "host/QelSql/Schema.h"
 
@@ -50,6 +51,7 @@ class Database {
   Outcome tryToPrepare();
   Outcome check();
   Outcome applySchema();
+  Outcome protectJournal();
   Outcome noted(Outcome outcome);
   void setAside(const std::string& reason);
 
@@ -59,6 +61,7 @@ class Database {
   std::optional<Connection> connection_;  ///< empty while a corrupt file cannot be replaced
   bool isChecked_ = false;                ///< the file was found valid
   bool isNew_ = false;                    ///< the file has no data to lose
+  bool isJournalProtected_ = journalHasRightsOfDatabase;
   Schema schema_{file_, log_};
   std::optional<std::string> corruption_;  ///< why the file must be replaced, if it must be
   bool isOutOfReach_ = false;              ///< the log has reported that replacing fails

@@ -1,129 +1,29 @@
 #include "host/QelSql/DirectoryClaim.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <chrono>
 #include <map>
 #include <string>
 #include <system_error>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
-
-#include "host/QelSql/FileNames.h"
+#include "host/QelSql/LockFile.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
 
+using utilities::Patience;
+
+/// Longer than any claim of a client that is being released, and far from an overflow.
+constexpr std::chrono::hours longestWait{1};
+
 std::string quoted(const std::filesystem::path& path) {
   return '"' + utilities::utf8FromPath(path) + '"';
 }
-
-[[noreturn]] void throwUnusable(const std::filesystem::path& directory,
-                                const std::error_code& error) {
-  throw qel::exception("cannot keep databases in " + quoted(directory) + ": " + error.message());
-}
-
-[[noreturn]] void throwInUse(const std::filesystem::path& directory) {
-  throw qel::exception(quoted(directory) + " is in use by another instance of the program");
-}
-
-[[noreturn]] void throwInUseHere(const std::filesystem::path& directory) {
-  throw qel::exception(quoted(directory) + " is in use by this program");
-}
-
-class LockFile {
- public:
-  explicit LockFile(const std::filesystem::path& directory);
-  ~LockFile();
-
-  LockFile(const LockFile&) = delete;
-  LockFile& operator=(const LockFile&) = delete;
-
- private:
-#ifdef _WIN32
-  HANDLE file_;
-#else
-  int file_;
-#endif
-};
-
-#ifdef _WIN32
-
-std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
-
-LockFile::LockFile(const std::filesystem::path& directory)
-    : file_(CreateFileW((directory / lockFileName).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
-  if (file_ == INVALID_HANDLE_VALUE) {
-    throwUnusable(directory, lastError());
-  }
-  OVERLAPPED start{};
-  if (!LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start)) {
-    const auto error = lastError();
-    CloseHandle(file_);
-    if (error.value() == ERROR_LOCK_VIOLATION) {
-      throwInUse(directory);
-    }
-    throwUnusable(directory, error);
-  }
-}
-
-LockFile::~LockFile() { CloseHandle(file_); }
-
-#else
-
-std::error_code lastError() { return {errno, std::system_category()}; }
-
-/// False if the file at the path was deleted, and perhaps created again, after it was opened.
-bool isStillAt(const std::filesystem::path& path, int file) {
-  struct stat opened {};
-  struct stat present {};
-  return fstat(file, &opened) == 0 && stat(path.c_str(), &present) == 0 &&
-         opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
-}
-
-LockFile::LockFile(const std::filesystem::path& directory) {
-  const auto path = directory / lockFileName;
-  const auto openAndLock = [&] {
-    file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (file_ == -1) {
-      throwUnusable(directory, lastError());
-    }
-    // An existing lock file does not prove that journals can be created in the directory.
-    return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0 &&
-           flock(file_, LOCK_EX | LOCK_NB) == 0;
-  };
-  // Another process may remove the recordings, with the lock file, between opening and locking.
-  for (int retries = 100; openAndLock(); --retries) {
-    if (isStillAt(path, file_)) {
-      return;
-    }
-    if (retries == 0) {
-      errno = ESTALE;
-      break;
-    }
-    close(file_);
-  }
-  const auto error = lastError();
-  close(file_);
-  if (error.value() == EWOULDBLOCK) {
-    throwInUse(directory);
-  }
-  throwUnusable(directory, error);
-}
-
-LockFile::~LockFile() { close(file_); }
-
-#endif
 
 struct SharedLock {
   explicit SharedLock(const std::filesystem::path& directory) : file(directory) {}
@@ -137,11 +37,14 @@ class Claims {
  public:
   void add(const std::filesystem::path& directory, DirectoryClaim::Kind kind) {
     const bool exclusive = kind == DirectoryClaim::Kind::Exclusive;
-    const utilities::MutexLock lock(mutex_);
+    utilities::MutexLock lock(mutex_);
+    if (exclusive) {
+      waitUntilUnclaimed(lock, directory);
+    }
     const auto [entry, isFirst] = byDirectory_.try_emplace(directory, directory);
     SharedLock& shared = entry->second;
     if (!isFirst && (shared.isExclusive || exclusive)) {
-      throwInUseHere(directory);
+      throw qel::exception(quoted(directory) + " is in use by this program");
     }
     shared.isExclusive = exclusive;
     ++shared.claims;
@@ -152,11 +55,21 @@ class Claims {
     const auto entry = byDirectory_.find(directory);
     if (--entry->second.claims == 0) {
       byDirectory_.erase(entry);
+      changed_.notifyAll();
     }
   }
 
  private:
+  /// Waits at most as long as the thread's patience lasts.
+  void waitUntilUnclaimed(utilities::MutexLock& lock, const std::filesystem::path& directory)
+      QEL_REQUIRES(mutex_) {
+    const auto patience = std::min<Patience::Duration>(Patience::left(), longestWait);
+    changed_.waitUntil(lock, std::chrono::steady_clock::now() + patience,
+                       [&]() QEL_REQUIRES(mutex_) { return !byDirectory_.contains(directory); });
+  }
+
   utilities::Mutex mutex_;
+  utilities::Condition changed_;
   std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
@@ -170,9 +83,10 @@ Claims& claimsOfProcess() {
 
 DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory, Kind kind) {
   std::error_code error;
-  directory_ = std::filesystem::canonical(directory, error);
+  directory_ = utilities::canonicalDirectory(directory, error);
   if (error) {
-    throwUnusable(directory, error);
+    throw qel::exception("cannot keep databases in " + quoted(directory) + ": " +
+                         utilities::systemMessage(error));
   }
   claimsOfProcess().add(directory_, kind);
 }

@@ -10,6 +10,7 @@
 #include "host/QelSql/DatabaseLog.h"
 #include "host/QelSql/DirectoryClaim.h"
 #include "host/QelSql/Transaction.h"
+#include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 
 namespace qel::db::sql {
@@ -204,7 +205,7 @@ void SqlDatabaseAdapter::Implementation::logFailure(const char* what,
 }
 
 SqlDatabaseAdapter::SqlDatabaseAdapter(const std::filesystem::path& file)
-    : implementation_(std::make_unique<Implementation>(std::filesystem::absolute(file))) {}
+    : implementation_(std::make_unique<Implementation>(utilities::absolutePath(file))) {}
 
 SqlDatabaseAdapter::~SqlDatabaseAdapter() = default;
 

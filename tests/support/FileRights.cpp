@@ -14,11 +14,11 @@ bool isForOwnerAlone(const std::filesystem::path& file) {
   PSID owner = nullptr;
   PACL entries = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
-  bool isAlone = GetNamedSecurityInfoW(file.c_str(), SE_FILE_OBJECT,
-                                       OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
-                                       &owner, nullptr, &entries, nullptr,
-                                       &descriptor) == ERROR_SUCCESS &&
-                 entries != nullptr && entries->AceCount > 0;
+  bool isAlone =
+      GetNamedSecurityInfoW(file.c_str(), SE_FILE_OBJECT,
+                            OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner, nullptr,
+                            &entries, nullptr, &descriptor) == ERROR_SUCCESS &&
+      entries != nullptr && entries->AceCount > 0;
   for (DWORD i = 0; isAlone && i < entries->AceCount; ++i) {
     void* entry = nullptr;
     GetAce(entries, i, &entry);

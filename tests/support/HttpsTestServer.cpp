@@ -103,9 +103,8 @@ class HttpsTestServer::Implementation {
       asio::ssl::stream<tcp::socket&> stream(socket, context);
       if (complete(stream, [&](auto done) { stream.async_handshake(stream.server, done); }) &&
           serveRequests(stream)) {
-        // Writes the end of the TLS connection, and does not wait for the client's.
-        error_code ignored;
-        socket.shutdown(socket.shutdown_receive, ignored);
+        // Does not wait for the client's answer, because some clients wait for the end of TCP first.
+        SSL_set_shutdown(stream.native_handle(), SSL_RECEIVED_SHUTDOWN);
         complete(stream, [&](auto done) { stream.async_shutdown(done); });
       }
     }

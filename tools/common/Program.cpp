@@ -28,6 +28,7 @@ void complete(CLI::App& program, const std::string& version) {
         ->multi_option_policy(CLI::MultiOptionPolicy::Throw)
         ->capture_default_str();
   }
+  program.allow_windows_style_options(false);  // "/x" may be a path.
   program.set_help_flag("--help", "print this text");
   program.set_version_flag("--version", version, "print the program's version");
   for (CLI::App* command : program.get_subcommands({})) {

@@ -6,6 +6,7 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/common/SampleHostFileNames.h"
 
 namespace qel::samplehost {
@@ -21,7 +22,7 @@ std::string installationIdOf(const std::filesystem::path& directory) {
     std::error_code error;
     utilities::createForOwnerAlone(file, error);
     if (error) {
-      throw qel::exception(error.message());
+      throw qel::exception(utilities::systemMessage(error));
     }
     std::ofstream made(file);
     made.exceptions(std::ios::badbit | std::ios::failbit);

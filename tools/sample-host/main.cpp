@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -22,8 +23,9 @@ std::vector<Step> readScript(const std::string& file) {
   if (file == "-") {
     return readSessionScript(std::cin, "standard input");
   }
-  std::ifstream script(utilities::pathFromUtf8(file), std::ios::binary);
-  if (!script.is_open()) {
+  const auto path = utilities::pathFromUtf8(file);
+  std::ifstream script(path, std::ios::binary);
+  if (!script.is_open() || std::filesystem::is_directory(path)) {
     throw tools::InputError("--session: cannot read " + file);
   }
   return readSessionScript(script, file);

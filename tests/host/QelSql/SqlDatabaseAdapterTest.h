@@ -5,8 +5,6 @@
 #include <future>
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "host/QelLog/LogManager.h"
 #include "host/QelSql/DatabaseFile.h"
@@ -30,6 +28,12 @@ using utilities::setExitDeadline;
 
 namespace fs = std::filesystem;
 using Rows = Result::Rows;
+
+#ifdef _WIN32
+inline constexpr bool onWindows = true;
+#else
+inline constexpr bool onWindows = false;
+#endif
 
 inline const std::string creation =
     "CREATE TABLE IF NOT EXISTS T (ID INTEGER PRIMARY KEY AUTOINCREMENT, json TEXT)";

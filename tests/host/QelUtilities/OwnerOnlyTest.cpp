@@ -1,7 +1,6 @@
-#include "host/QelUtilities/OwnerOnly.h"
-
 #include <gmock/gmock.h>
 
+#include "host/QelUtilities/OwnerOnly.h"
 #include "tests/support/FileRights.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,0 +1,42 @@
+#include "host/QelSql/LockFile.h"
+
+#include "host/QelSql/FileNames.h"
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
+
+namespace qel::db::sql {
+
+LockFile::LockFile(const std::filesystem::path& directory) : path_(directory / lockFileName) {
+  const std::error_code error = openAndLock();
+  if (!error) {
+    return;
+  }
+  close();
+  const auto name = '"' + utilities::utf8FromPath(directory) + '"';
+  throw qel::exception(isLockedElsewhere(error)
+                           ? name + " is in use by another instance of the program"
+                           : "cannot keep databases in " + name + ": " +
+                                 utilities::systemMessage(error));
+}
+
+/// Another process may remove the recordings, with the lock file, between opening and locking.
+std::error_code LockFile::openAndLock() {
+  for (int attempts = 100; attempts > 0; --attempts) {
+    std::error_code error = open();
+    if (!error) {
+      // An existing lock file does not prove that journals can be created in the directory.
+      error = tryToCreateFiles();
+    }
+    if (!error) {
+      error = lock();
+    }
+    if (error || isStillInPlace()) {
+      return error;
+    }
+    close();
+  }
+  return std::make_error_code(std::errc::device_or_resource_busy);
+}
+
+}  // namespace qel::db::sql
