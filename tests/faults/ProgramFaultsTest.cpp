@@ -5,6 +5,7 @@
 #include "tests/faults/Effort.h"
 #include "tests/faults/OtherConnection.h"
 #include "tests/support/Process.h"
+#include "tests/support/Programs.h"
 #include "tests/support/Site.h"
 #include "tools/collector/PackageReader.h"
 #include "tools/collector/Store.h"
@@ -39,8 +40,8 @@ std::string among(const std::string& category, const std::string& expression) {
 }
 
 std::string hostFor(const Site& site, const std::string& server, const std::string& authority) {
-  return QEL_SAMPLE_HOST " --directory " + site.directory() + " --server " + server + " --ca " +
-         authority;
+  return programsOr(QEL_PROGRAMS) + "/qel-sample-host --directory " + site.directory() +
+         " --server " + server + " --ca " + authority;
 }
 
 /// Runs a program to its end, expects its status and returns its standard error.
@@ -178,7 +179,9 @@ TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
 /// Base64 with each user. The `xxd` and `base64` commands made these forms.
 TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   const TemporaryDirectory given;
-  const auto secret = write(given.path() / "secret", "dagger&pie!99");
+  const auto secret = write(given.path() / "secret",
+                            "\xEF\xBB\xBF"
+                            "dagger&pie!99\r\n");
   const auto users = write(given.path() / "users", "ada:dagger&pie!99\nbob:other\n");
   const auto betrayersAmong = [&](const std::string& files) {
     return Process("grep -rlaF -f " TEST_DATA "/secrets.txt " + files).readUntil(EOF);

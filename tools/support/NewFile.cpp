@@ -1,12 +1,12 @@
 #include "tools/support/NewFile.h"
 
-#include <cerrno>
 #include <fstream>
 #include <system_error>
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
 #include "tools/support/DelayedInterruption.h"
 
@@ -15,12 +15,12 @@ namespace {
 
 /// Returns why the content could not be written, or no error.
 std::error_code overwrite(const std::filesystem::path& file, const std::string& content) {
-  errno = 0;
   std::ofstream stream(file, std::ios::binary);
-  stream << content;
-  stream.close();
-  const int reason = errno == 0 ? EIO : errno;
-  return stream ? std::error_code() : std::error_code(reason, std::generic_category());
+  if (stream << content << std::flush) {
+    stream.close();
+  }
+  const auto reason = utilities::lastSystemError();
+  return stream ? std::error_code() : reason;
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ void writeNewFile(const std::filesystem::path& file, const std::string& content)
     if (isNew) {
       std::filesystem::remove(file, ignored);
     }
-    throw qel::exception("cannot write " + name + ": " + error.message());
+    throw qel::exception("cannot write " + name + ": " + utilities::systemMessage(error));
   }
 }
 

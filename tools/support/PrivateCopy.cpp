@@ -8,6 +8,7 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::support {
 namespace {
@@ -28,7 +29,7 @@ PrivateDirectory::PrivateDirectory(const std::filesystem::path& parent)
   std::error_code error;
   if (!utilities::createDirectoryForOwnerAlone(path_, error)) {
     throw qel::exception("cannot write in " + utilities::utf8FromPath(parent) + ": " +
-                         error.message());
+                         utilities::systemMessage(error));
   }
 }
 
@@ -52,7 +53,7 @@ PrivateCopy::PrivateCopy(const std::filesystem::path& file)
     }
   } catch (const std::filesystem::filesystem_error& failure) {
     throw qel::exception("cannot make a private copy of " + utilities::utf8FromPath(file) + ": " +
-                         failure.code().message());
+                         utilities::systemMessage(failure.code()));
   }
 }
 

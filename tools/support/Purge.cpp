@@ -9,6 +9,7 @@
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/SampleHostFiles.h"
@@ -40,7 +41,8 @@ bool report(const std::vector<RemovedFile>& removed, const std::string& place,
   for (const auto& [file, size, error] : removed) {
     const auto name = printable(utilities::utf8FromPath(file.filename()));
     if (error) {
-      std::cerr << "qel-support: cannot remove " << name << ": " << error.message() << '\n';
+      std::cerr << "qel-support: cannot remove " << name << ": " << utilities::systemMessage(error)
+                << '\n';
       isComplete = false;
     } else {
       output << "removed " << name << " (" << readableSize(size) << ")\n";

@@ -10,6 +10,7 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/PrivateCopy.h"
 
@@ -279,7 +280,8 @@ void ReadOnlyDatabase::fail(int code) const {
   const int systemError = database_ ? sqlite3_system_errno(database_.get()) : 0;
   throw qel::exception(
       "cannot read " + file + ": " + (database_ ? lastError() : sqlite3_errstr(code)) +
-      (systemError == 0 ? "" : ": " + std::system_category().message(systemError)));
+      (systemError == 0 ? ""
+                        : ": " + utilities::systemMessage({systemError, std::system_category()})));
 }
 
 }  // namespace qel::support

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
 
 namespace qel::support {
@@ -25,7 +26,7 @@ Recordings::Recordings(std::filesystem::path place, const ReadOnlyDatabase::Prog
   openIfThere(supportDatabaseName, support);
   openIfThere(sendingDatabaseName, sending);
   if (error && !support && !sending) {
-    throw qel::exception("cannot look into " + name + ": " + error.message());
+    throw qel::exception("cannot look into " + name + ": " + utilities::systemMessage(error));
   }
   if (!support && !sending) {
     throw tools::InputError(name + " holds neither " + supportDatabaseName + " nor " +

@@ -11,6 +11,7 @@
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
 #include "tools/support/PrivateCopy.h"
 #include "tools/support/SessionSource.h"
@@ -52,7 +53,7 @@ class TargetDirectory {
     made_ = utilities::createDirectoryForOwnerAlone(path, error);
     if (error || !std::filesystem::is_directory(path, error)) {
       throw qel::exception("cannot make the directory " + utilities::utf8FromPath(path) +
-                           (error ? ": " + error.message() : ""));
+                           (error ? ": " + utilities::systemMessage(error) : ""));
     }
   }
   ~TargetDirectory() {
@@ -124,7 +125,8 @@ std::int64_t exportSession(const Session& session, const std::filesystem::path& 
   std::error_code error;
   std::filesystem::rename(unfinished.path() / supportDatabaseName, file, error);
   if (error) {
-    throw qel::exception("cannot write " + utilities::utf8FromPath(file) + ": " + error.message());
+    throw qel::exception("cannot write " + utilities::utf8FromPath(file) + ": " +
+                         utilities::systemMessage(error));
   }
   return rows;
 }

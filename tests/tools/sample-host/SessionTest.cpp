@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "tests/support/Query.h"
 #include "tests/support/StoredEvent.h"
 #include "tests/tools/CommandTest.h"
@@ -29,22 +31,29 @@ TEST_F(SessionTest, StoresOnlyWhatItIsAllowedToAndKeepsTheInstallation) {
 
 TEST_F(SessionTest, ReportsRowsThatCouldNotBeStored) { expectTranscript("sample-host/losses.txt"); }
 
-TEST_F(SessionTest, LeavesADirectoryInUseToItsUser) {
-  const std::string playing =
-      "qel-sample-host --directory $DIR --server 127.0.0.1:1 --exit-deadline 2 --retention 0"
-      " --session $TESTS/sample-host/started.jsonl";
-  run(playing);
+TEST_F(SessionTest, LeavesADirectoryInUseToItsUserUntilTheInterruption) {
+  test::Process user("qel-sample-host --directory $DIR --no-sending",
+                     R"({"notify": "onHelpAction", "name": "x", "details": {}}
+                        {"join": true}
+                        {"wait": 3600})");
   const auto rows = [this] {
-    return run("sh -c 'for f in $DIR/*.db; do sqlite3 $f .dump; done'").output;
+    return run("sqlite3 -readonly $DIR/SupportDatabase.db .dump").output;
   };
+  const auto isStored = [&] { return rows().find("INSERT INTO Items") != std::string::npos; };
+  ASSERT_TRUE(test::waitUntil(isStored));
   const auto before = rows();
-  EXPECT_NE(before.find("INSERT INTO Items"), std::string::npos);
-  const db::sql::SqlDatabaseAdapter user(file("ItemDatabase.db"));
-  const auto second = run(playing);
-  EXPECT_EQ(second.status, 1);
-  EXPECT_EQ(second.errors,
-            "qel-sample-host: \"$DIR\" is in use by another instance of the program\n");
+  for (const std::string other :
+       {"qel-sample-host --directory $DIR --retention 0 --session $TESTS/sample-host/started.jsonl",
+        "qel-support purge $DIR --yes"}) {
+    const auto outcome = run(other);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors,
+                testing::EndsWith("\"$DIR\" is in use by another instance of the program\n"));
+  }
   EXPECT_EQ(rows(), before);
+  kill(user.id(), SIGINT);
+  EXPECT_THAT(user.readUntil(EOF), testing::HasSubstr("until the session was interrupted"));
+  EXPECT_EQ(user.join(), 0) << user.errors();
 }
 
 }  // namespace
