@@ -1,8 +1,7 @@
-#include "host/QelUtilities/PathText.h"
-
 #include <gmock/gmock.h>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
 
 namespace qel::utilities {
 namespace {
