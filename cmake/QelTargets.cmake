@@ -6,6 +6,7 @@ if(PROJECT_IS_TOP_LEVEL)
 endif()
 
 find_package(Threads REQUIRED)
+include(${CMAKE_CURRENT_LIST_DIR}/QelResources.cmake)
 
 # The system in the names of sources that differ by system, such as SystemError.windows.cpp.
 if(WIN32)
@@ -74,6 +75,7 @@ function(qel_add_library target)
     # Otherwise the DLL would also export the symbols of the static libraries that it contains, such as SQLite.
     target_link_options(${target} PRIVATE LINKER:--exclude-libs,ALL)
   endif()
+  qel_add_resources(${target} "${PROJECT_DESCRIPTION}")
 endfunction()
 
 # qel_keep_loaded(<name>): keeps a shared library loaded until the process ends, because its threads or exit handlers may

@@ -179,7 +179,9 @@ TEST_F(ProgramFaultsTest, AFileThatCannotGrowIsReportedAndLaterFilled) {
 /// Base64 with each user. The `xxd` and `base64` commands made these forms.
 TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   const TemporaryDirectory given;
-  const auto secret = write(given.path() / "secret", "dagger&pie!99");
+  const auto secret = write(given.path() / "secret",
+                            "\xEF\xBB\xBF"
+                            "dagger&pie!99\r\n");
   const auto users = write(given.path() / "users", "ada:dagger&pie!99\nbob:other\n");
   const auto betrayersAmong = [&](const std::string& files) {
     return Process("grep -rlaF -f " TEST_DATA "/secrets.txt " + files).readUntil(EOF);

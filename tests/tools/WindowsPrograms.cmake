@@ -23,3 +23,7 @@ foreach(target QelSampleHostTest QelSupportTest QelProgramFaultsTest)
     DISCOVERY_MODE PRE_TEST
     PROPERTIES TIMEOUT 180 ENVIRONMENT QEL_WINDOWS_PROGRAMS=${wrappers})
 endforeach()
+
+add_test(NAME Resources
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/check_resources.sh ${PROJECT_VERSION} $<TARGET_FILE:QelAnalytics>
+                 $<TARGET_FILE:QelSql> $<TARGET_FILE:QelC> $<TARGET_FILE:qel-sample-host> $<TARGET_FILE:qel-support>)

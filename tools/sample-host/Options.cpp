@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/QelUtilities/PathText.h"
+#include "tools/common/ByteOrderMark.h"
 #include "tools/common/Endpoint.h"
 #include "tools/common/Number.h"
 
@@ -37,9 +38,10 @@ std::string complaintAboutUser(const std::string& name) {
   return name.find(':') == std::string::npos ? "" : "a name with a colon cannot be sent";
 }
 
-/// The content of the file without its final line break.
+/// The content of the file without its byte order mark and its final line break.
 std::string secretFrom(const std::string& file) {
   auto secret = contentOf("--secret-file", file);
+  tools::removeByteOrderMark(secret);
   for (const char lineEnd : {'\n', '\r'}) {
     if (secret.ends_with(lineEnd)) {
       secret.pop_back();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/QelNotification/NotificationTable.h"
+#include "tools/common/ByteOrderMark.h"
 #include "tools/common/InputError.h"
 
 namespace qel::samplehost {
@@ -94,6 +95,9 @@ std::vector<Step> readSessionScript(std::istream& script, const std::string& nam
   std::vector<Step> steps;
   std::string line;
   for (std::size_t number = 1; std::getline(script, line); ++number) {
+    if (number == 1) {
+      tools::removeByteOrderMark(line);
+    }
     if (isBlank(line)) {
       continue;
     }
