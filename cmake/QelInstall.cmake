@@ -136,8 +136,10 @@ if(MINGW AND libraryType STREQUAL SHARED_LIBRARY)
   endforeach()
 endif()
 
-# All that is installed, for package-windows.sh.
-add_custom_target(QelPackageContents DEPENDS QelAnalytics QelC ${hostLibraries} ${programs})
+if(WIN32)
+  # All that is installed, for package-windows.sh.
+  add_custom_target(QelPackageContents DEPENDS QelAnalytics QelC ${hostLibraries} ${programs})
+endif()
 
 if(PROJECT_IS_TOP_LEVEL AND NOT WIN32 AND libraryType STREQUAL SHARED_LIBRARY)
   include(cmake/QelPackages.cmake)

@@ -23,8 +23,10 @@ endif()
 add_library(QelBuildSettings INTERFACE)
 if(MSVC)
   # 4251, 4275: a class that is exported from a DLL has members or a base from the standard library. Program and DLL must
-  # use the same compiler and run-time library anyway.
-  target_compile_options(QelBuildSettings INTERFACE /W4 /utf-8 /EHsc /wd4251 /wd4275)
+  # use the same compiler and run-time library anyway. No warnings about headers in angle brackets.
+  target_compile_options(QelBuildSettings INTERFACE /W4 /utf-8 /EHsc /wd4251 /wd4275 /external:anglebrackets
+                                                    /external:W0)
+  target_compile_definitions(QelBuildSettings INTERFACE _CRT_SECURE_NO_WARNINGS) # standard functions, such as std::getenv
 else()
   target_compile_options(QelBuildSettings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 endif()
@@ -37,9 +39,10 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   # Checks the annotations in host/QelUtilities/Mutex.h: members are used only while their lock is held.
   target_compile_options(QelBuildSettings INTERFACE -Wthread-safety)
 endif()
-if(PROJECT_IS_TOP_LEVEL)
-  # Not in an embedding project, whose build must not break because a newer compiler has new warnings.
-  target_compile_options(QelBuildSettings INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
+if(PROJECT_IS_TOP_LEVEL AND NOT MSVC)
+  # Not in an embedding project, whose build must not break because a newer compiler has new warnings. The warnings of
+  # Microsoft's compiler are not known yet.
+  target_compile_options(QelBuildSettings INTERFACE -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # A false warning about concatenated strings: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651

@@ -131,13 +131,13 @@ std::int32_t qel_analytics_notify(qel_analytics_handle handle, const char* json)
 std::int32_t qel_analytics_general_event(qel_analytics_handle handle, const char* category,
                                          const char* subcategory, const char* event,
                                          const qel_analytics_detail* details,
-                                         std::uint32_t detail_count) {
+                                         std::uint32_t detailCount) {
   return call([&] {
     notify(handle, json{{"notify", "onGeneralAction"},
                         {"category", requiredText(category, "category")},
                         {"subcategory", requiredText(subcategory, "subcategory")},
                         {"event", requiredText(event, "event")},
-                        {"details", detailsOf(details, detail_count)}}
+                        {"details", detailsOf(details, detailCount)}}
                        .dump());
   });
 }
@@ -145,13 +145,13 @@ std::int32_t qel_analytics_general_event(qel_analytics_handle handle, const char
 std::int32_t qel_analytics_command_started(qel_analytics_handle handle, const char* id,
                                            const char* text, std::uint32_t location,
                                            const qel_analytics_detail* details,
-                                           std::uint32_t detail_count) {
+                                           std::uint32_t detailCount) {
   return call([&] {
     notify(handle, json{{"notify", "onCommandStarted"},
                         {"id", requiredText(id, "id")},
                         {"text", requiredText(text, "text")},
                         {"location", location},
-                        {"details", detailsOf(details, detail_count)}}
+                        {"details", detailsOf(details, detailCount)}}
                        .dump());
   });
 }
@@ -159,13 +159,13 @@ std::int32_t qel_analytics_command_started(qel_analytics_handle handle, const ch
 std::int32_t qel_analytics_command_stopped(qel_analytics_handle handle, const char* id,
                                            const char* text, std::int32_t cancelled,
                                            const qel_analytics_detail* details,
-                                           std::uint32_t detail_count) {
+                                           std::uint32_t detailCount) {
   return call([&] {
     notify(handle, json{{"notify", "onCommandStopped"},
                         {"id", requiredText(id, "id")},
                         {"text", requiredText(text, "text")},
                         {"cancelled", cancelled != 0},
-                        {"details", detailsOf(details, detail_count)}}
+                        {"details", detailsOf(details, detailCount)}}
                        .dump());
   });
 }

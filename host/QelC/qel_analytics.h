@@ -1,6 +1,8 @@
 #ifndef QEL_ANALYTICS_H
 #define QEL_ANALYTICS_H
 
+// This file is C.
+// NOLINTBEGIN(modernize-*, readability-identifier-naming)
 #include <stdint.h>
 
 /// @file
@@ -217,5 +219,6 @@ QEL_ANALYTICS_API const char* qel_analytics_version(void);
 #ifdef __cplusplus
 }
 #endif
+// NOLINTEND(modernize-*, readability-identifier-naming)
 
 #endif

@@ -1,6 +1,7 @@
 #include "host/QelLog/LogQueue.h"
 
 #include <algorithm>
+#include <exception>
 #include <string>
 #include <utility>
 

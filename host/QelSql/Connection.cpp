@@ -10,6 +10,8 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
@@ -21,6 +23,12 @@ struct Finalize {
 int waitWhileBusy(void* busyWait, int /*attempts*/) {
   return static_cast<BusyWait*>(busyWait)->waitAgain() ? 1 : 0;
 }
+
+/// How many instructions of a statement SQLite runs, in well under a millisecond, before it asks
+/// whether the thread must stop.
+constexpr int instructionsUntilCheck = 1000;
+
+int mustStop(void* /*unused*/) { return utilities::Patience::mustStop() ? 1 : 0; }
 
 /// Returns false if SQLite ran out of memory.
 bool readRow(sqlite3_stmt& statement, int columns, std::vector<std::string>& row) {
@@ -64,6 +72,7 @@ Connection::Connection(std::filesystem::path file, BusyWait& busyWait)
     throw qel::exception("the file is not writable");
   }
   sqlite3_busy_handler(database, waitWhileBusy, &busyWait_);
+  sqlite3_progress_handler(database, instructionsUntilCheck, mustStop, nullptr);
 }
 
 Outcome Connection::check() {
@@ -158,7 +167,7 @@ Outcome Connection::failure() const {
   }
   const int systemError = sqlite3_system_errno(database);
   if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0) {
-    outcome.reason += ": " + std::system_category().message(systemError);
+    outcome.reason += ": " + utilities::systemMessage({systemError, std::system_category()});
   }
   // If an error has a position in the statement, SQLite's message quotes the text there.
   const int place = sqlite3_error_offset(database);

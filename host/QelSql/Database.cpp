@@ -11,6 +11,7 @@
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
@@ -70,8 +71,8 @@ Outcome Database::protectJournal() {
     journal += journalSuffix;
     std::error_code error;
     utilities::createForOwnerAlone(journal, error);
-    outcome =
-        error ? failed(Status::Failed, error.message()) : run("PRAGMA journal_mode = TRUNCATE");
+    outcome = error ? failed(Status::Failed, utilities::systemMessage(error))
+                    : run("PRAGMA journal_mode = TRUNCATE");
   }
   isJournalProtected_ = outcome.isDone();
   return outcome;
@@ -142,7 +143,7 @@ Outcome Database::connect() {
   std::error_code error;
   utilities::createForOwnerAlone(file_, error);
   if (error) {
-    throw qel::exception(error.message());
+    throw qel::exception(utilities::systemMessage(error));
   }
   connection_.emplace(file_, busyWait_);
   isChecked_ = false;

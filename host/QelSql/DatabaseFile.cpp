@@ -7,6 +7,7 @@
 
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
@@ -48,7 +49,7 @@ std::filesystem::path setAside(const std::filesystem::path& file,
   std::error_code error;
   std::filesystem::rename(file, name, error);
   if (error) {
-    throw qel::exception("the corrupt file cannot be renamed: " + error.message());
+    throw qel::exception("the corrupt file cannot be renamed: " + utilities::systemMessage(error));
   }
   for (const char* const suffix : companionSuffixes) {
     const auto companion = withSuffix(file, suffix);

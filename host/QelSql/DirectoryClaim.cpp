@@ -1,5 +1,7 @@
 #include "host/QelSql/DirectoryClaim.h"
 
+#include <algorithm>
+#include <chrono>
 #include <map>
 #include <string>
 #include <system_error>
@@ -8,9 +10,16 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/Mutex.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
+
+using utilities::Patience;
+
+/// Longer than any claim of a client that is being released, and far from an overflow.
+constexpr std::chrono::hours longestWait{1};
 
 std::string quoted(const std::filesystem::path& path) {
   return '"' + utilities::utf8FromPath(path) + '"';
@@ -28,7 +37,10 @@ class Claims {
  public:
   void add(const std::filesystem::path& directory, DirectoryClaim::Kind kind) {
     const bool exclusive = kind == DirectoryClaim::Kind::Exclusive;
-    const utilities::MutexLock lock(mutex_);
+    utilities::MutexLock lock(mutex_);
+    if (exclusive) {
+      waitUntilUnclaimed(lock, directory);
+    }
     const auto [entry, isFirst] = byDirectory_.try_emplace(directory, directory);
     SharedLock& shared = entry->second;
     if (!isFirst && (shared.isExclusive || exclusive)) {
@@ -43,11 +55,21 @@ class Claims {
     const auto entry = byDirectory_.find(directory);
     if (--entry->second.claims == 0) {
       byDirectory_.erase(entry);
+      changed_.notifyAll();
     }
   }
 
  private:
+  /// Waits at most as long as the thread's patience lasts.
+  void waitUntilUnclaimed(utilities::MutexLock& lock, const std::filesystem::path& directory)
+      QEL_REQUIRES(mutex_) {
+    const auto patience = std::min<Patience::Duration>(Patience::left(), longestWait);
+    changed_.waitUntil(lock, std::chrono::steady_clock::now() + patience,
+                       [&]() QEL_REQUIRES(mutex_) { return !byDirectory_.contains(directory); });
+  }
+
   utilities::Mutex mutex_;
+  utilities::Condition changed_;
   std::map<std::filesystem::path, SharedLock> byDirectory_ QEL_GUARDED_BY(mutex_);
 };
 
@@ -63,7 +85,8 @@ DirectoryClaim::DirectoryClaim(const std::filesystem::path& directory, Kind kind
   std::error_code error;
   directory_ = utilities::canonicalDirectory(directory, error);
   if (error) {
-    throw qel::exception("cannot keep databases in " + quoted(directory) + ": " + error.message());
+    throw qel::exception("cannot keep databases in " + quoted(directory) + ": " +
+                         utilities::systemMessage(error));
   }
   claimsOfProcess().add(directory_, kind);
 }

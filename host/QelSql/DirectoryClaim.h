@@ -16,7 +16,9 @@ class DirectoryClaim {
 
   /// Throws `qel::exception`, which names the directory and the reason, if no file can be created
   /// in the directory. Also throws if another process has claimed the directory, or if this process
-  /// has another claim and one of the two claims is exclusive.
+  /// has another claim and one of the two claims is exclusive. An exclusive claim first waits for
+  /// the end of this process's other claims, as long as the thread's patience lasts
+  /// (`utilities::Patience`).
   explicit DirectoryClaim(const std::filesystem::path& directory, Kind kind = Kind::Shared);
   ~DirectoryClaim();
 

@@ -3,6 +3,7 @@
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 
@@ -15,7 +16,8 @@ LockFile::LockFile(const std::filesystem::path& directory) : path_(directory / l
   const auto name = '"' + utilities::utf8FromPath(directory) + '"';
   throw qel::exception(isLockedElsewhere(error)
                            ? name + " is in use by another instance of the program"
-                           : "cannot keep databases in " + name + ": " + error.message());
+                           : "cannot keep databases in " + name + ": " +
+                                 utilities::systemMessage(error));
 }
 
 /// Another process may remove the recordings, with the lock file, between opening and locking.

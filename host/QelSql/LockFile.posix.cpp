@@ -7,11 +7,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/QelUtilities/SystemError.h"
+
 namespace qel::db::sql {
 namespace {
 
 std::error_code errorIf(bool hasFailed) {
-  return hasFailed ? std::error_code(errno, std::system_category()) : std::error_code();
+  return hasFailed ? utilities::lastSystemError() : std::error_code();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "host/QelUtilities/OwnerOnly.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::db::sql {
 namespace {
@@ -14,8 +15,7 @@ constexpr DWORD sharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DE
 constexpr const wchar_t* trialFileName = L"Databases.trial";
 
 std::error_code errorIf(bool hasFailed) {
-  return hasFailed ? std::error_code(static_cast<int>(GetLastError()), std::system_category())
-                   : std::error_code();
+  return hasFailed ? utilities::lastSystemError() : std::error_code();
 }
 
 HANDLE handleOf(std::intptr_t file) { return reinterpret_cast<HANDLE>(file); }

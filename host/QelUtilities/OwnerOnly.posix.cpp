@@ -1,17 +1,20 @@
 #include "host/QelUtilities/OwnerOnly.h"
 
-#include <cerrno>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::utilities {
 namespace {
 
 /// Reports why nothing was created. An existing file is no error.
 bool notCreated(std::error_code& error) {
-  error = errno == EEXIST ? std::error_code() : std::error_code(errno, std::system_category());
+  error = lastSystemError();
+  if (error == std::errc::file_exists) {
+    error.clear();
+  }
   return false;
 }
 

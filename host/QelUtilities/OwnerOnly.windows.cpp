@@ -9,6 +9,8 @@
 // Must follow windows.h.
 #include <sddl.h>
 
+#include "host/QelUtilities/SystemError.h"
+
 namespace qel::utilities {
 namespace {
 
@@ -17,10 +19,11 @@ struct LocalMemory {
 };
 
 /// Reports why nothing was created. An existing file is no error.
-bool notCreated(DWORD code, std::error_code& error) {
-  const bool exists = code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS;
-  error =
-      exists ? std::error_code() : std::error_code(static_cast<int>(code), std::system_category());
+bool notCreated(std::error_code& error) {
+  error = lastSystemError();
+  if (error == std::errc::file_exists) {
+    error.clear();
+  }
   return false;
 }
 
@@ -68,13 +71,13 @@ class OwnerRights {
 bool createForOwnerAlone(const std::filesystem::path& file, std::error_code& error) {
   OwnerRights rights(L"");
   if (rights.attributes() == nullptr) {
-    return notCreated(GetLastError(), error);
+    return notCreated(error);
   }
   const HANDLE created =
       CreateFileW(file.c_str(), GENERIC_WRITE, 0, rights.attributes(), CREATE_NEW,
                   FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
   if (created == INVALID_HANDLE_VALUE) {
-    return notCreated(GetLastError(), error);
+    return notCreated(error);
   }
   CloseHandle(created);
   error.clear();
@@ -85,7 +88,7 @@ bool createDirectoryForOwnerAlone(const std::filesystem::path& directory, std::e
   OwnerRights rights(L"OICI");
   if (rights.attributes() == nullptr ||
       CreateDirectoryW(directory.c_str(), rights.attributes()) == 0) {
-    return notCreated(GetLastError(), error);
+    return notCreated(error);
   }
   error.clear();
   return true;

@@ -1,6 +1,7 @@
 #include "host/QelUtilities/PathText.h"
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::utilities {
 
@@ -10,7 +11,7 @@ std::filesystem::path absolutePath(const std::filesystem::path& path) {
   std::error_code error;
   auto absolute = std::filesystem::absolute(path, error);
   if (error) {
-    throw qel::exception("\"" + utf8FromPath(path) + "\" is no path: " + error.message());
+    throw qel::exception("\"" + utf8FromPath(path) + "\" is no path: " + systemMessage(error));
   }
   return absolute;
 }

@@ -7,11 +7,10 @@
 #include <windows.h>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::utilities {
 namespace {
-
-std::error_code lastError() { return {static_cast<int>(GetLastError()), std::system_category()}; }
 
 /// Calls `fill(buffer, size)` with a buffer that is large enough. `fill` returns the length of the
 /// text, or the size that the text needs, or 0 if it fails.
@@ -56,7 +55,8 @@ std::filesystem::path plainPath(const std::filesystem::path& path) {
 std::filesystem::path absolutePath(const std::filesystem::path& path) {
   auto name = fullName(path.native());
   if (name.empty()) {
-    throw qel::exception("\"" + utf8FromPath(path) + "\" is no path: " + lastError().message());
+    throw qel::exception("\"" + utf8FromPath(path) +
+                         "\" is no path: " + systemMessage(lastSystemError()));
   }
   return plainPath(name);
 }
@@ -67,7 +67,7 @@ std::filesystem::path canonicalDirectory(const std::filesystem::path& directory,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (opened == INVALID_HANDLE_VALUE) {
-    error = lastError();
+    error = lastSystemError();
     return {};
   }
   const std::unique_ptr<void, decltype(&CloseHandle)> closing(opened, &CloseHandle);

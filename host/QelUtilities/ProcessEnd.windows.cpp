@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include <corecrt_startup.h>
 #include <windows.h>
 
 #include "host/QelUtilities/Mutex.h"

@@ -20,7 +20,7 @@ NAMES = {
     "libutf8proc": ("libutf8proc-dev", "utf8proc"),
     "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json"),
     "OpenSSL": ("libssl-dev", "openssl"),
-    "PkgConfig": ("pkg-config", None),
+    "PkgConfig": ("pkg-config", "pkgconf"),
     "Python3": ("python3", None),
     "spdlog": ("libspdlog-dev", "spdlog"),
     "SQLite3": ("libsqlite3-dev", "sqlite3"),

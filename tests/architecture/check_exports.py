@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 """Checks that the shared library exports what its headers mark for export, with nested classes, and nothing else of its
-own. Takes nm, the library and the repository's root. The standard library's templates are skipped."""
+own, and that the host libraries export no functions of the C libraries that they may contain. Takes the repository's
+root, the tool that lists symbols (nm for ELF, objdump for Windows), the library and the host libraries. The standard
+library's templates are skipped."""
 import pathlib
 import re
-import subprocess
 import sys
+
+from exports import demangled, exported
 
 # Marked, but complete in their headers: there is nothing of them to export.
 HEADER_ONLY = {"ActivateParameter", "WebUpdateReporterInterface", "IssueListInformationInterface"}
@@ -15,20 +18,15 @@ MARK = re.compile(r"^(?:class|struct) QEL_ANALYTICS_EXPORT (\w+)|^QEL_ANALYTICS_
 # Mangled names show what is the standard library's; demangled ones may begin with a return type.
 STANDARD = re.compile(r"_Z(?:T[VTIS]|GV)?(?:Z?N?K?(?:S[tabsiod]|9__gnu_cxx)|P?F)")
 
-nm, library, root = sys.argv[1:]
-
-
-def symbols(*options):
-    command = [nm, "-Dp", "--defined-only", *options, library]
-    lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
-    return [line.split(maxsplit=2)[2] for line in lines]
-
-
+root, tool, library, *host_libraries = sys.argv[1:]
+names = exported(tool, library)
 marked = {match[1] or match[2] for header in pathlib.Path(root, "Application").rglob("*.h")
           for match in MARK.finditer(header.read_text(encoding="utf-8"))}
-own = [KIND.sub("", name) for mangled, name in zip(symbols(), symbols("-C")) if not STANDARD.match(mangled)]
+own = [KIND.sub("", name) for mangled, name in zip(names, demangled(names)) if not STANDARD.match(mangled)]
 owner_of = {name: match[1] if (match := OWNER.match(name)) else None for name in own}
 complaints = [f"exported, but not marked: {name}" for name, owner in owner_of.items() if owner not in marked]
 complaints += [f"marked, but not exported: {name}" for name in sorted(marked - HEADER_ONLY - set(owner_of.values()))]
+complaints += [f"exported by {host_library}, but no C++: {name}" for host_library in host_libraries
+               for name in exported(tool, host_library) if not name.startswith("_Z")]
 print("\n".join(complaints) or f"{len(marked)} classes and functions are exported, and nothing else")
 sys.exit(1 if complaints or not own else 0)

@@ -37,7 +37,7 @@ inline std::unique_ptr<CipDatabases> filePair(
 /// Rows of a support database that are so many that retention deletes them for seconds.
 inline constexpr const char* insertionOfOldRows =
     "INSERT INTO Items(json, timestamp_utc) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL "
-    "SELECT i + 1 FROM n WHERE i < 300000) SELECT i, '2000-01-01' FROM n";
+    "SELECT i + 1 FROM n WHERE i < 300000) SELECT i, '2010-01-01' FROM n";
 
 /// A client over database files, active from construction to destruction. Rows that are still
 /// queued at its end are lost; `databases.join()` writes them.

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 #include "tools/common/InputError.h"
 

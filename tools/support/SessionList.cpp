@@ -5,6 +5,7 @@
 #include <string_view>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 
 #include "host/QelId/Guid.h"
 #include "host/QelUtilities/PathText.h"

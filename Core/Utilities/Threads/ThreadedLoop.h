@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 #include <typeinfo>
+#include <utility>
 
 #include "Core/Utilities/Threads/Sleeper.h"
 #include "host/QelUtilities/Mutex.h"

@@ -51,6 +51,28 @@ TEST_F(SqlDatabaseAdapterTest, WaitsInOneCallAsLongAsThePatienceOfTheThreadLasts
                               HasSubstr("BEGIN failed, so nothing of its transaction is stored")));
 }
 
+TEST_F(SqlDatabaseAdapterTest, EndsWhatAThreadDoesAtItsStopTime) {
+  TestDatabase database(file_);
+  const auto expectToEnd = [&](const std::string& statement, const std::string& error) {
+    Patience::StopTime stopTime{Patience::neverStop};
+    auto worker = std::async(std::launch::async, [&] {
+      const Patience patience(Patience::unlimited, stopTime);
+      return database.errorOf(statement);
+    });
+    EXPECT_EQ(std::future_status::timeout, worker.wait_for(300ms));
+    stopTime = std::chrono::steady_clock::now();
+    EXPECT_THAT(worker.get(), StartsWith(error));
+  };
+  expectToEnd(
+      "INSERT INTO T(json) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+      "SELECT i FROM n",
+      "interrupted");
+  EXPECT_THAT(database.rows(), IsEmpty());
+  SqlDatabaseAdapter other(file_);
+  EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
+  expectToEnd("DELETE FROM T", "database is locked");
+}
+
 TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
   TestDatabase database(file_);
   const auto pairs = "SELECT count(*) / 2, count(*) % 2 FROM T WHERE json = 'paired'";

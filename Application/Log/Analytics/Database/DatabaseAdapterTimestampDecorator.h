@@ -19,6 +19,9 @@ class QEL_ANALYTICS_EXPORT DatabaseAdapterTimestampDecorator : public DatabaseAd
   /// that of the system clock. Times are compared as strings, which is correct while both have the
   /// same number of digits. SQL failures are ignored.
   void deleteEntriesOlderThan(const std::string& table, std::chrono::seconds age);
+  /// Deletes some of these rows in one short transaction, and keeps the next ID. Returns whether
+  /// there may be more. Returns false after a failure.
+  bool deleteSomeEntriesOlderThan(const std::string& table, std::chrono::seconds age);
 };
 
 }  // namespace qel::log::analytics::details

@@ -1,6 +1,7 @@
 #include "Application/Log/Analytics/Database/RecordedFiles.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 #include <utility>
 
@@ -9,10 +10,15 @@
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "host/QelUtilities/Patience.h"
 #include "host/QelUtilities/ScopeGuard.h"
+#include "host/QelUtilities/SystemError.h"
 
 namespace qel::log::analytics {
 namespace {
+
+/// A client that was released may use the directory for a little longer, to delete old rows.
+constexpr std::chrono::seconds longestRelease{2};
 
 bool isFileOf(std::string_view database, std::string_view name) {
   if (!name.starts_with(database)) {
@@ -34,7 +40,7 @@ std::vector<std::filesystem::path> filesIn(const std::filesystem::path& director
     }
   } catch (const std::filesystem::filesystem_error& failure) {
     throw qel::exception("cannot look into " + utilities::utf8FromPath(directory) + ": " +
-                         failure.code().message());
+                         utilities::systemMessage(failure.code()));
   }
   return files;
 }
@@ -73,6 +79,7 @@ std::vector<RemovedFile> removeRecordings(const std::filesystem::path& directory
   const auto lock = utilities::plainPath(directory) / db::sql::lockFileName;
   std::error_code ignored;
   const bool wasLockFileThere = std::filesystem::exists(lock, ignored);
+  const utilities::Patience patience(longestRelease);
   const DirectoryClaim claim(directory, DirectoryClaim::Kind::Exclusive);
   const ScopeGuard removingNewLockFile([&] {
     if (!wasLockFileThere) {

@@ -44,9 +44,9 @@ using RemovalApproval = std::function<bool(const std::vector<std::filesystem::pa
 /// if a client of this or another process uses the directory, or if the directory cannot be locked
 /// or read.
 ///
-/// **Host.** The client must be released before the call. If the client has a retention age, its
-/// retention thread may still use the directory for a short time. In this case the call throws and
-/// can be repeated.
+/// **Host.** The client must be released before the call. Afterwards, a retention thread may still
+/// delete old rows for up to a second, or until the exit deadline. The call waits for it, for at
+/// most two seconds.
 ///
 /// **Threads.** Thread-safe. The filter and the approval function are called on the calling thread
 /// while the directory is locked. They must not make a client use the directory.

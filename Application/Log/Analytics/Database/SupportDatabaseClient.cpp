@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -7,6 +8,7 @@
 #include "Application/Log/Analytics/Database/DatabaseFormat.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 #include "host/QelUtilities/ProcessEnd.h"
@@ -17,12 +19,26 @@ namespace {
 using details::DatabaseAdapterTimestampDecorator;
 using utilities::Patience;
 
-void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seconds age) {
-  const Patience patience(Patience::unlimited);
+/// How long the deletion of old rows may go on after the client is released.
+constexpr std::chrono::seconds timeAfterRelease{1};
+
+void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, const std::string& table,
+                   std::chrono::seconds age) {
+  while (adapter.deleteSomeEntriesOlderThan(table, age)) {
+  }
+  if (!Patience::mustStop()) {
+    adapter.deleteEntriesOlderThan(table, age);
+  }
+}
+
+/// The work of the retention thread. An interruption loses at most the rows that the last
+/// transaction has deleted, and the next start deletes them.
+void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seconds age,
+                   const Patience::StopTime& stopTime) {
+  const Patience patience(Patience::unlimited, stopTime);
   try {
-    adapter.deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Items), age);
-    adapter.deleteEntriesOlderThan(*details::tableName(CipDatabaseClientInterface::Environments),
-                                   age);
+    deleteOldRows(adapter, *details::tableName(CipDatabaseClientInterface::Items), age);
+    deleteOldRows(adapter, *details::tableName(CipDatabaseClientInterface::Environments), age);
   } catch (...) {
     utilities::debugger::Debugger::vBreak();
   }
@@ -31,10 +47,12 @@ void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, std::chrono::seco
 /// The thread is detached and shares ownership of the adapter, so the thread can outlive the
 /// client.
 void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
-                    std::chrono::seconds age) {
+                    std::chrono::seconds age, std::shared_ptr<const Patience::StopTime> stopTime) {
   utilities::keepLoaded([] {});
   try {
-    std::thread([adapter = std::move(adapter), age] { deleteOldRows(*adapter, age); }).detach();
+    std::thread([adapter = std::move(adapter), age, stopTime = std::move(stopTime)] {
+      deleteOldRows(*adapter, age, *stopTime);
+    }).detach();
   } catch (...) {  // The thread could not be created.
     utilities::debugger::Debugger::vBreak();
   }
@@ -43,7 +61,13 @@ void startRetention(std::shared_ptr<DatabaseAdapterTimestampDecorator> adapter,
 }  // namespace
 
 SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds> retention)
-    : retention_(retention) {}
+    : retention_(retention),
+      retentionStop_(std::make_shared<Patience::StopTime>(Patience::neverStop)) {}
+
+SupportDatabaseClient::~SupportDatabaseClient() {
+  *retentionStop_ =
+      std::min(std::chrono::steady_clock::now() + timeAfterRelease, utilities::exitDeadline());
+}
 
 void SupportDatabaseClient::initialize(const std::string& directory) {
   const Patience none(Patience::none);
@@ -52,7 +76,7 @@ void SupportDatabaseClient::initialize(const std::string& directory) {
       std::make_shared<qel::db::sql::SqlDatabaseAdapter>(path));
   addTables(*adapter);
   if (retention_) {
-    startRetention(adapter, *retention_);
+    startRetention(adapter, *retention_, retentionStop_);
   }
   use(std::move(adapter), std::move(path));
 }

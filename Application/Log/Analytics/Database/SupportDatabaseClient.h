@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 #include "Application/Log/Analytics/Database/DatabaseClientBase.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 
@@ -15,6 +17,9 @@ class QEL_ANALYTICS_EXPORT SupportDatabaseClient : public details::DatabaseClien
   /// Each `initialize` deletes the rows older than `retention` once, on a separate thread. If
   /// `retention` has no value, all rows are kept.
   explicit SupportDatabaseClient(std::optional<std::chrono::seconds> retention);
+  /// The deletion of old rows goes on for at most a second, and at most until the exit deadline.
+  /// The next `initialize` deletes the rows that are left.
+  ~SupportDatabaseClient() override;
 
   void initialize(const std::string& directory) override;
   /// Any table other than `Items` counts as `Environments`.
@@ -26,6 +31,7 @@ class QEL_ANALYTICS_EXPORT SupportDatabaseClient : public details::DatabaseClien
 
  private:
   const std::optional<std::chrono::seconds> retention_;
+  const std::shared_ptr<utilities::Patience::StopTime> retentionStop_;
 };
 
 }  // namespace qel::log::analytics
