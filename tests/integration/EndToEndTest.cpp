@@ -53,7 +53,7 @@ TEST(EndToEndTest, KeepsRowsThatWereNotAcceptedAndEndsWithinTheExitDeadline) {
     const char* logged;
     ServerOptions server;
     std::vector<std::string> earlierRows = {"1"};  ///< without them, the pass at the stop is first
-  } passes[] = {{"the exit deadline has passed", {.protocol = Protocol::Silent}},
+  } passes[] = {{"the exit deadline has passed", stalledServer(Protocol::PlainHttp)},
                 {"the exit deadline has passed",
                  stalledServer(),
                  {"1", '{' + std::string(16'000'000, ' ') + '}'}},
@@ -72,7 +72,7 @@ TEST(EndToEndTest, KeepsRowsThatWereNotAcceptedAndEndsWithinTheExitDeadline) {
     const CapturedLog log;
     auto session = std::make_unique<Session>(site.directory());
     const int begun = pass.earlierRows.empty() ? 0 : 1;
-    EXPECT_TRUE(site.server().waitFor(begun, pass.server.protocol == Protocol::Silent ? 0 : begun));
+    EXPECT_TRUE(site.server().waitFor(begun, begun));
     session->insert(2);
     session->databases.join();
     EXPECT_LT(releaseTime(std::move(session)), exitDeadline + 1s);

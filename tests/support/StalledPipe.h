@@ -1,7 +1,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,17 +18,6 @@ class StalledPipe {
   ~StalledPipe() { ::close(end_); }
 
   const std::filesystem::path& path() const { return path_; }
-
-  /// Reads until this text has come, or nothing for ten seconds, and returns everything.
-  std::string readUntil(const std::string& last) const {
-    std::string text;
-    std::string part(4096, '\0');
-    pollfd readable{.fd = end_, .events = POLLIN, .revents = 0};
-    while (text.find(last) == std::string::npos && ::poll(&readable, 1, 10'000) == 1) {
-      text.append(part, 0, static_cast<std::size_t>(::read(end_, part.data(), part.size())));
-    }
-    return text;
-  }
 
  private:
   const TemporaryDirectory directory_;

@@ -6,12 +6,6 @@
 
 namespace qel::test {
 
-/// The certificate and key of a server (PEM files).
-struct ServerIdentity {
-  std::filesystem::path certificate;
-  std::filesystem::path key;
-};
-
 enum class Validity { Current, Expired };
 
 /// A temporary certificate authority. Its end removes the files.
@@ -26,8 +20,8 @@ class TestCertificates {
   /// The authority's own certificate (PEM), for clients to trust.
   std::string caFile() const;
 
-  /// A certificate for the host name.
-  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
+  /// A PEM file with a certificate for the host name, and its key.
+  std::filesystem::path issue(const std::string& name, Validity validity = Validity::Current);
 
  private:
   struct Authority;

@@ -1,85 +1,53 @@
 #pragma once
 
-#ifdef _WIN32
-#include <stdexcept>
+#include <array>
 #include <string>
 
-#include <windows.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#ifdef _WIN32
+#include <io.h>
 #else
-#include "tests/support/StalledPipe.h"
+#include <unistd.h>
 #endif
 
 namespace qel::test {
 
-#ifdef _WIN32
-
-/// Replaces standard error by a full pipe, until the destructor.
+/// Replaces standard error by a small pipe that is read only by `readUntil`, until the destructor.
 class StalledErrors {
  public:
   StalledErrors() {
-    if (CreatePipe(&out_, &in_, nullptr, 4096) == 0) {
-      throw std::runtime_error("cannot make a pipe");
-    }
-    setMode(PIPE_NOWAIT);
-    for (DWORD written = 1; written == 1;) {
-      if (WriteFile(in_, "\n", 1, &written, nullptr) == 0) {
-        break;
-      }
-    }
-    setMode(PIPE_WAIT);
-    SetStdHandle(STD_ERROR_HANDLE, in_);
+#ifdef _WIN32
+    EXPECT_EQ(_pipe(ends_.data(), 4096, _O_BINARY), 0);
+#else
+    EXPECT_EQ(pipe(ends_.data()), 0);
+    fcntl(ends_[1], F_SETPIPE_SZ, 4096);
+#endif
+    dup2(ends_[1], 2);
   }
   ~StalledErrors() {
-    SetStdHandle(STD_ERROR_HANDLE, errors_);
-    CloseHandle(in_);
-    CloseHandle(out_);
+    dup2(errors_, 2);
+    for (const int file : {errors_, ends_[0], ends_[1]}) {
+      close(file);
+    }
   }
+  StalledErrors(const StalledErrors&) = delete;
+  StalledErrors& operator=(const StalledErrors&) = delete;
 
   /// Reads until this text has come, and returns everything.
   std::string readUntil(const std::string& last) const {
     std::string text;
-    std::string part(4096, '\0');
-    DWORD count = 0;
-    while (text.find(last) == std::string::npos &&
-           ReadFile(out_, part.data(), static_cast<DWORD>(part.size()), &count, nullptr) != 0) {
-      text.append(part, 0, count);
+    std::array<char, 4096> part{};
+    while (text.find(last) == std::string::npos) {
+      const auto size = read(ends_[0], part.data(), part.size());
+      text.append(part.data(), static_cast<std::size_t>(size));
     }
     return text;
   }
 
  private:
-  void setMode(DWORD mode) { SetNamedPipeHandleState(in_, &mode, nullptr, nullptr); }
-
-  const HANDLE errors_ = GetStdHandle(STD_ERROR_HANDLE);
-  HANDLE out_ = nullptr;
-  HANDLE in_ = nullptr;
+  std::array<int, 2> ends_{};
+  const int errors_ = dup(2);
 };
-
-#else
-
-/// Replaces standard error by a full pipe, until the destructor.
-class StalledErrors {
- public:
-  StalledErrors() {
-    const int end = ::open(pipe_.path().c_str(), O_WRONLY | O_CLOEXEC);
-    ::dup2(end, STDERR_FILENO);
-    ::close(end);
-    std::filesystem::remove(pipe_.path());
-    std::filesystem::remove(pipe_.path().parent_path());  // even if the test exits
-  }
-  ~StalledErrors() {
-    ::dup2(errors_, STDERR_FILENO);
-    ::close(errors_);
-  }
-
-  /// Reads until this text has come, and returns everything.
-  std::string readUntil(const std::string& last) const { return pipe_.readUntil(last); }
-
- private:
-  const StalledPipe pipe_;
-  const int errors_ = ::dup(STDERR_FILENO);
-};
-
-#endif
 
 }  // namespace qel::test
