@@ -53,8 +53,8 @@ class HttpsTestServer {
   int connections() const;
   std::vector<Request> requests() const;
 
-  /// Waits for that many connections and requests. Whether they came.
-  bool waitFor(int connectionCount, int requestCount) const;
+  /// Waits for that many requests. Whether they came.
+  bool waitFor(int requestCount) const;
 
  private:
   class Implementation;

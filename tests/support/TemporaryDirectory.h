@@ -1,8 +1,6 @@
 #pragma once
 
-#include <filesystem>
 #include <random>
-#include <string>
 
 #include "host/QelUtilities/PathText.h"
 

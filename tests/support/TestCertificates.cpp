@@ -8,9 +8,6 @@
 namespace qel::test {
 namespace {
 
-using Key = std::shared_ptr<EVP_PKEY>;
-using Certificate = std::shared_ptr<X509>;
-
 constexpr long day = 24 * 60 * 60;
 
 void require(bool isDone) {
@@ -59,25 +56,15 @@ std::filesystem::path writePem(const std::filesystem::path& file, const Certific
 
 }  // namespace
 
-struct TestCertificates::Authority {
-  explicit Authority(const std::string& name)
-      : certificate(newCertificate(name, key, Validity::Current)) {
-    extend(certificate, NID_basic_constraints, "critical,CA:TRUE");
-    sign(certificate, certificate, key);
-  }
-
-  const Key key = newKey();
-  const Certificate certificate;
-};
-
+// Clients find the issuer of a certificate by its name, so that each authority needs its own.
 TestCertificates::TestCertificates()
-    // Clients find the issuer of a certificate by its name, so that each authority needs its own.
-    : authority_(
-          std::make_unique<Authority>(utilities::utf8FromPath(directory_.path().filename()))) {
-  writePem(directory_.path() / "ca.pem", authority_->certificate, nullptr);
+    : key_(newKey()),
+      certificate_(newCertificate(utilities::utf8FromPath(directory_.path().filename()), key_,
+                                  Validity::Current)) {
+  extend(certificate_, NID_basic_constraints, "critical,CA:TRUE");
+  sign(certificate_, certificate_, key_);
+  writePem(directory_.path() / "ca.pem", certificate_, nullptr);
 }
-
-TestCertificates::~TestCertificates() = default;
 
 std::string TestCertificates::caFile() const { return directory_.text() + "/ca.pem"; }
 
@@ -85,7 +72,7 @@ std::filesystem::path TestCertificates::issue(const std::string& name, Validity 
   static const Key key = newKey();
   const Certificate certificate = newCertificate(name, key, validity);
   extend(certificate, NID_subject_alt_name, "DNS:" + name);
-  sign(certificate, authority_->certificate, authority_->key);
+  sign(certificate, certificate_, key_);
   return writePem(directory_.path() / ("server" + std::to_string(++issued_)), certificate, key);
 }
 

@@ -59,17 +59,6 @@ static const char* describe(void* context) {
   return environment_text;
 }
 
-static const char* describe_and_call_back(void* context) {
-  qel_analytics_parameters parameters;
-  qel_analytics_handle other;
-  memset(&parameters, 0, sizeof(parameters));
-  parameters.struct_size = sizeof(parameters);
-  parameters.directory = "kept";
-  parameters.installation_id = "other";
-  created_in_environment = qel_analytics_create(&parameters, &other);
-  return describe(context);
-}
-
 static qel_analytics_parameters sound_parameters(const char* directory) {
   static char long_name[2 * 256 + 1];
   qel_analytics_parameters parameters;
@@ -84,6 +73,13 @@ static qel_analytics_parameters sound_parameters(const char* directory) {
   parameters.session_id = "0A1B2C3D-0000-4000-8000-0123456789AB";
   parameters.is_support_allowed = allow;
   return parameters;
+}
+
+static const char* describe_and_call_back(void* context) {
+  const qel_analytics_parameters parameters = sound_parameters("kept");
+  qel_analytics_handle other;
+  created_in_environment = qel_analytics_create(&parameters, &other);
+  return describe(context);
 }
 
 /* Creates a client after one member was changed. The client must be refused. */

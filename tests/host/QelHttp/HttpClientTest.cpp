@@ -224,7 +224,7 @@ TEST_F(HttpClientTest, AnExitDeadlineEndsAnExchangeButNotOneBeforeIt) {
                                 }});
   connectTo(server);
   auto posting = std::async(std::launch::async, [&] { return post(message_); });
-  EXPECT_TRUE(server.waitFor(1, 1));
+  EXPECT_TRUE(server.waitFor(1));
   setExitDeadline(milliseconds(50));
   // Far above what an ended exchange needs, far below every other limit.
   ASSERT_EQ(posting.wait_for(std::chrono::seconds(5)), std::future_status::ready);

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "tests/host/QelLog/StalledErrors.h"
 #include "tests/support/FileRights.h"
 #include "tests/support/Logged.h"
+#include "tests/support/StalledErrors.h"
 
 namespace qel::log {
 namespace {

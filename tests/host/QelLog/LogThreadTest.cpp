@@ -6,7 +6,6 @@
 #include "tests/support/Logged.h"
 
 namespace qel::log {
-namespace {
 
 using namespace testing;
 
@@ -35,5 +34,4 @@ TEST(LogThreadTest, AForkedChildLogsToo) {
 }
 #endif
 
-}  // namespace
 }  // namespace qel::log

@@ -4,7 +4,6 @@
 #include "Application/Log/Analytics/Client/SendingPass.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
-#include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"

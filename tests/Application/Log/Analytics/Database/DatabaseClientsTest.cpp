@@ -4,7 +4,6 @@
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
-#include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/Logged.h"
 #include "tests/support/MemoryDatabaseClient.h"

@@ -7,7 +7,6 @@
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using namespace testing;
 
@@ -41,5 +40,4 @@ TEST(RecordedFilesTest, AreRemovedOnceNoClientUsesThem) {
   CipDatabaseClient().initialize(directory.text());
 }
 
-}  // namespace
 }  // namespace qel::log::analytics

@@ -13,16 +13,18 @@
 
 namespace qel::test {
 
-/// Replaces standard error by a small pipe that is read only by `readUntil`, until the destructor.
+/// Replaces standard error by a full pipe, until the destructor. Only `readUntil` reads the pipe.
 class StalledErrors {
  public:
   StalledErrors() {
 #ifdef _WIN32
-    EXPECT_EQ(_pipe(ends_.data(), 4096, _O_BINARY), 0);
+    constexpr unsigned size = 4096;
+    EXPECT_EQ(_pipe(ends_.data(), size, _O_BINARY), 0);
 #else
     EXPECT_EQ(pipe(ends_.data()), 0);
-    fcntl(ends_[1], F_SETPIPE_SZ, 4096);
+    const auto size = static_cast<std::size_t>(fcntl(ends_[1], F_SETPIPE_SZ, 1));  // rounded up
 #endif
+    EXPECT_GT(write(ends_[1], std::string(size, '\n').data(), size), 0);
     dup2(ends_[1], 2);
   }
   ~StalledErrors() {
@@ -33,6 +35,9 @@ class StalledErrors {
   }
   StalledErrors(const StalledErrors&) = delete;
   StalledErrors& operator=(const StalledErrors&) = delete;
+
+  /// The descriptor of the pipe's end for writing.
+  int end() const { return ends_[1]; }
 
   /// Reads until this text has come, and returns everything.
   std::string readUntil(const std::string& last) const {
