@@ -93,31 +93,24 @@ state() {
   grep -l QelAnalytics "$WINEPREFIX"/*.reg || true
 }
 
-install_exe() {
-  wine "$packages"/*.exe /S
-}
-
-remove_exe() {
-  wine "$folder/uninstall.exe" /S
-}
-
-install_msi() {
-  wine msiexec /i "$packages"/*.msi /qn
-}
-
-remove_msi() {
-  wine msiexec /x "$packages"/*.msi /qn
+# installer KIND /i|/x: installs or removes.
+installer() {
+  case $1$2 in
+    exe/i) wine "$packages"/*.exe /S ;;
+    exe/x) wine "$folder/uninstall.exe" /S ;;
+    msi*) wine msiexec "$2" "$packages"/*.msi /qn ;;
+  esac
 }
 
 # check_installer KIND: installs twice, as a repair does, and removes. Only a file of the user may remain.
 check_installer() {
   state >before
-  "install_$1"
-  "install_$1"
+  installer "$1" /i
+  installer "$1" /i
   run diff -r --exclude uninstall.exe "$unpacked" "$folder"
   use_programs "$folder/bin"
   echo mine >"$folder/lib/mine"
-  "remove_$1"
+  installer "$1" /x
   /usr/lib/wine/wineserver -w # the uninstaller ends before its work is done
   rm "$folder/lib/mine" || fail "the file of the user is gone"
   rmdir --parents --ignore-fail-on-non-empty "$folder/lib"

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <filesystem>
 #include <random>
-#include <string>
 
 namespace qel::test {
 

@@ -1,7 +1,6 @@
 #include "tests/host/QelSql/SqlDatabaseAdapterTest.h"
 
 namespace qel::db::sql {
-namespace {
 
 TEST_F(SqlDatabaseAdapterTest, WaitsInOneCallAsLongAsThePatienceOfTheThreadLasts) {
   TestDatabase database(file_);
@@ -93,5 +92,4 @@ TEST_F(SqlDatabaseAdapterTest, KeepsOtherThreadsOutOfATransaction) {
   EXPECT_EQ((Rows{{"20", "0"}}), database.execute(pairs).result());
 }
 
-}  // namespace
 }  // namespace qel::db::sql

@@ -6,7 +6,6 @@
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::utilities {
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -46,5 +45,4 @@ TEST(OwnerOnlyTest, DoesNotFollowASymbolicLink) {
   EXPECT_FALSE(fs::exists(temporary.path() / "target"));
 }
 
-}  // namespace
 }  // namespace qel::utilities

@@ -4,7 +4,6 @@
 #include "host/QelUtilities/PathText.h"
 
 namespace qel::utilities {
-namespace {
 
 TEST(PathTextTest, RemovesAPrefixThatChangesNothing) {
 #ifdef _WIN32
@@ -25,5 +24,4 @@ TEST(PathTextTest, RemovesAPrefixThatChangesNothing) {
   EXPECT_THROW(absolutePath({}), qel::exception);
 }
 
-}  // namespace
 }  // namespace qel::utilities
