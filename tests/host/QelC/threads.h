@@ -1,8 +1,10 @@
-/* Runs a function on two threads at once. */
+/* Runs a function on two threads at once, and waits for a hundredth of a second. */
 static void (*thread_function)(void);
 
 #ifdef _WIN32
 #include <windows.h>
+
+static void wait_briefly(void) { Sleep(10); }
 
 static DWORD WINAPI run_thread(LPVOID argument) {
   (void)argument;
@@ -19,6 +21,9 @@ static void run_twice(void (*function)(void)) {
 }
 #else
 #include <pthread.h>
+#include <unistd.h>
+
+static void wait_briefly(void) { usleep(10000); }
 
 static void* run_thread(void* argument) {
   (void)argument;
