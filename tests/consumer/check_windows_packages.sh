@@ -97,7 +97,20 @@ install_exe() {
   wine "$packages"/*.exe /S
 }
 
+# While a program runs, the installer changes nothing.
 remove_exe() {
+  rm -rf data
+  mkdir data
+  echo '{"wait": 300}' >script
+  timeout 300 /usr/lib/wine/wine64 "$folder/bin/qel-sample-host.exe" --directory data --session script --no-sending \
+    >/dev/null 2>&1 &
+  run timeout 60 sh -c 'until test -e data/Databases.lock; do sleep 0.1; done'
+  if timeout 300 /usr/lib/wine/wine64 "$packages"/*.exe /S; then
+    fail "the installer has replaced a running program"
+  fi
+  run diff -r --exclude uninstall.exe --exclude mine "$unpacked" "$folder"
+  kill $!
+  wait $! || true
   wine "$folder/uninstall.exe" /S
 }
 
