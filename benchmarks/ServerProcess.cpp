@@ -19,8 +19,8 @@ test::TestCertificates& authority() {
   return certificates;
 }
 
-const test::ServerIdentity& identity() {
-  static const test::ServerIdentity issued = authority().issue(ServerProcess::host);
+const std::filesystem::path& identity() {
+  static const std::filesystem::path issued = authority().issue(ServerProcess::host);
   return issued;
 }
 

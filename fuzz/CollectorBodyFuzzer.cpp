@@ -1,9 +1,6 @@
 // Checks that the collector can read any request body. Each string that it returns must be part of
 // the body, and each row must be a JSON object.
 
-#include <cstdint>
-#include <string_view>
-
 #include <nlohmann/json.hpp>
 
 #include "fuzz/Check.h"

@@ -3,9 +3,6 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdint>
-#include <map>
-#include <string>
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <nlohmann/json.hpp>

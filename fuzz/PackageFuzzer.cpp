@@ -1,13 +1,6 @@
 // Checks that a sending pass packs all stored rows, byte for byte, into packages of the specified
 // size. The collector must find every row that is a JSON object.
 
-#include <algorithm>
-#include <cstdint>
-#include <map>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include <fuzzer/FuzzedDataProvider.h>
 #include <nlohmann/json.hpp>
 

@@ -1,11 +1,6 @@
 // Checks that any text without a NUL is stored unchanged and that nothing else in the database
 // changes.
 
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <string>
-
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "fuzz/Check.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"

@@ -16,44 +16,40 @@ function(qel_add_consumer_test name)
       ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 endfunction()
 
+# qel_add_pkg_config_test(<name> <kind> <package> <compilation> [SAYS <text>]): a test that compiles a program with the
+# installed package of this kind and runs it, like the consumer.
+function(qel_add_pkg_config_test name kind package compilation)
+  cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
+  set(libraries ${consumerBuild}/installed-${kind}/${CMAKE_INSTALL_LIBDIR})
+  set(program ${consumerBuild}/${name})
+  file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
+export PKG_CONFIG_PATH="@libraries@/pkgconfig"
+@compilation@ -o "@program@" $(pkg-config --cflags --libs @package@) -Wl,-rpath,"@libraries@"
+"@consumerSource@/check_consumer.sh" "@program@" "$@"
+]] @ONLY)
+  add_test(NAME Adoption.${name} COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST}
+                                         ${test_SAYS})
+  set_tests_properties(Adoption.${name} PROPERTIES FIXTURES_REQUIRED Installed${kind})
+endfunction()
+
 # qel_add_package_tests(<kind> <build directory> [SAYS <text>]): tests that install the build and use the installed
 # library with find_package and with pkg-config.
 function(qel_add_package_tests kind build)
-  cmake_parse_arguments(test "" "SAYS" "" ${ARGN})
   set(prefix ${consumerBuild}/installed-${kind})
   add_test(NAME Adoption.Install${kind}
            COMMAND sh -c "rm -rf '${prefix}' && '${CMAKE_COMMAND}' --install '${build}' --prefix '${prefix}'")
-  qel_add_consumer_test(FindPackage${kind} OPTIONS -DCMAKE_PREFIX_PATH=${prefix} SAYS ${test_SAYS})
-
-  set(program ${consumerBuild}/with-pkg-config-${kind})
-  file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
-export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
-"@CMAKE_CXX_COMPILER@" -std=c++20 "@consumerSource@/main.cpp" -o "@program@" \
-  $(pkg-config --cflags --libs qel-analytics) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
-"@consumerSource@/check_consumer.sh" "@program@" "$@"
-]] @ONLY)
-  add_test(NAME Adoption.PkgConfig${kind} COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector>
-                                                  ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
-
+  qel_add_consumer_test(FindPackage${kind} OPTIONS -DCMAKE_PREFIX_PATH=${prefix} ${ARGN})
+  qel_add_pkg_config_test(PkgConfig${kind} ${kind} qel-analytics
+                          "'${CMAKE_CXX_COMPILER}' -std=c++20 '${consumerSource}/main.cpp'" ${ARGN})
   set_tests_properties(Adoption.Install${kind} PROPERTIES FIXTURES_SETUP Installed${kind})
-  set_tests_properties(Adoption.FindPackage${kind} Adoption.PkgConfig${kind} PROPERTIES FIXTURES_REQUIRED
-                                                                                        Installed${kind})
+  set_tests_properties(Adoption.FindPackage${kind} PROPERTIES FIXTURES_REQUIRED Installed${kind})
 endfunction()
 
 qel_add_package_tests(Shared ${PROJECT_BINARY_DIR})
 
 if(TARGET QelC)
-  set(prefix ${consumerBuild}/installed-Shared)
-  set(program ${consumerBuild}/in-c)
-  file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
-export PKG_CONFIG_PATH="@prefix@/@CMAKE_INSTALL_LIBDIR@/pkgconfig"
-"@CMAKE_C_COMPILER@" "@PROJECT_SOURCE_DIR@/samples/c/session.c" -o "@program@" \
-  $(pkg-config --cflags --libs qel-analytics-c) -Wl,-rpath,"@prefix@/@CMAKE_INSTALL_LIBDIR@"
-"@consumerSource@/check_consumer.sh" "@program@" "$@"
-]] @ONLY)
-  add_test(NAME Adoption.PkgConfigC COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector>
-                                            ${QEL_ANALYTICS_SERVER_HOST})
-  set_tests_properties(Adoption.PkgConfigC PROPERTIES FIXTURES_REQUIRED InstalledShared)
+  qel_add_pkg_config_test(PkgConfigC Shared qel-analytics-c
+                          "'${CMAKE_C_COMPILER}' '${PROJECT_SOURCE_DIR}/samples/c/session.c'")
 endif()
 
 # FetchContent with the local sources, without network: static, and with the consumer's own log.

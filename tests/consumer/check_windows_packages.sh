@@ -93,44 +93,38 @@ state() {
   grep -l QelAnalytics "$WINEPREFIX"/*.reg || true
 }
 
-install_exe() {
-  wine "$packages"/*.exe /S
+# installer KIND /i|/x: installs or removes.
+installer() {
+  case $1$2 in
+    exe/i) wine "$packages"/*.exe /S ;;
+    exe/x) wine "$folder/uninstall.exe" /S ;;
+    msi*) wine msiexec "$2" "$packages"/*.msi /qn ;;
+  esac
 }
 
-# While a program runs, the installer changes nothing.
-remove_exe() {
+# While a program runs, the installer by NSIS must change nothing.
+refuse_while_in_use() {
   rm -rf data
   mkdir data
   echo '{"wait": 300}' >script
-  timeout 300 /usr/lib/wine/wine64 "$folder/bin/qel-sample-host.exe" --directory data --session script --no-sending \
-    >/dev/null 2>&1 &
+  timeout 300 /usr/lib/wine/wine64 "$folder/bin/qel-sample-host.exe" --directory data --session script >/dev/null 2>&1 &
   run timeout 60 sh -c 'until test -e data/Databases.lock; do sleep 0.1; done'
-  if timeout 300 /usr/lib/wine/wine64 "$packages"/*.exe /S; then
-    fail "the installer has replaced a running program"
-  fi
-  run diff -r --exclude uninstall.exe --exclude mine "$unpacked" "$folder"
+  timeout 300 /usr/lib/wine/wine64 "$packages"/*.exe /S && fail "a running program has been replaced"
+  run diff -r --exclude uninstall.exe "$unpacked" "$folder"
   kill $!
   wait $! || true
-  wine "$folder/uninstall.exe" /S
-}
-
-install_msi() {
-  wine msiexec /i "$packages"/*.msi /qn
-}
-
-remove_msi() {
-  wine msiexec /x "$packages"/*.msi /qn
 }
 
 # check_installer KIND: installs twice, as a repair does, and removes. Only a file of the user may remain.
 check_installer() {
   state >before
-  "install_$1"
-  "install_$1"
+  installer "$1" /i
+  installer "$1" /i
   run diff -r --exclude uninstall.exe "$unpacked" "$folder"
   use_programs "$folder/bin"
+  [[ $1 == msi ]] || refuse_while_in_use
   echo mine >"$folder/lib/mine"
-  "remove_$1"
+  installer "$1" /x
   /usr/lib/wine/wineserver -w # the uninstaller ends before its work is done
   rm "$folder/lib/mine" || fail "the file of the user is gone"
   rmdir --parents --ignore-fail-on-non-empty "$folder/lib"

@@ -1,6 +1,5 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
 #include "host/QelUtilities/ExitDeadline.h"
-#include "host/QelUtilities/Patience.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/faults/OtherConnection.h"
 

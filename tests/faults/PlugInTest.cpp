@@ -1,6 +1,3 @@
-#include <filesystem>
-#include <string>
-
 #include <gtest/gtest.h>
 
 #ifdef _WIN32

@@ -189,10 +189,10 @@ TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   const TemporaryDirectory temporary;
   setenv("TMPDIR", temporary.text().c_str(), 1);  // The standard errors are written there, too.
   TestCertificates authority;
-  const auto identity = authority.issue("analytics.qel.example");
+  const auto identity = authority.issue("analytics.qel.example").string();
   Process collector(COLLECTOR_PROGRAM " --listen 127.0.0.1:0 --credentials " + users.string() +
-                    " --store " + site_.directory() + "/store.db --certificate " +
-                    identity.certificate.string() + " --key " + identity.key.string());
+                    " --store " + site_.directory() + "/store.db --certificate " + identity +
+                    " --key " + identity);
   const std::string address = collector.readUntil('\n').substr(strlen("listening on "));
   const std::vector<std::array<std::string, 4>> sessions = {
       {"bob", address, authority.caFile(), "with status 401"},

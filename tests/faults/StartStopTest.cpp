@@ -109,7 +109,7 @@ constexpr const char* exitLine = "the process exits at ";
   query(site.supportFile(), insertionOfOldRows);
   site.store({"1"});
   static auto session = std::make_unique<Session>(site.directory(), 1s);
-  const bool isUnderWay = site.server().waitFor(1, 1);
+  const bool isUnderWay = site.server().waitFor(1);
   if (isReleased) {
     utilities::setExitDeadline(exitDeadline);
   } else {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include "tests/support/TestCertificates.h"
@@ -27,14 +26,13 @@ struct Reply {
   std::string body = {};
 };
 
-/// A silent server accepts connections and writes nothing.
-enum class Protocol { Tls, Tls11Only, PlainHttp, Silent };
+enum class Protocol { Tls, Tls11Only, PlainHttp };
 
 /// An answer after the headers discards the body, and is the only one on its connection.
 enum class AnswerAfter { WholeRequest, Headers };
 
 struct ServerOptions {
-  ServerIdentity identity = {};
+  std::filesystem::path identity = {};
   /// Called on the connections' threads; the default answers 200.
   std::function<Reply(const Request&)> answer = [](const Request&) { return Reply{}; };
   Protocol protocol = Protocol::Tls;
@@ -55,8 +53,8 @@ class HttpsTestServer {
   int connections() const;
   std::vector<Request> requests() const;
 
-  /// Waits for that many connections and requests. Whether they came.
-  bool waitFor(int connectionCount, int requestCount) const;
+  /// Waits for that many requests. Whether they came.
+  bool waitFor(int requestCount) const;
 
  private:
   class Implementation;

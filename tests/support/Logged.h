@@ -6,9 +6,13 @@
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
-/// A thread of its own writes the log. These functions wait for it.
 namespace qel::test {
 
+inline void logMessage(const std::string& message, int level = log::Level::Warning) {
+  log::LogManager::instance().getLogger("test")->log(level, message);
+}
+
+/// A thread of its own writes the log.
 inline void waitForTheLog() {
   EXPECT_TRUE(log::LogManager::instance().flush(std::chrono::seconds(10)));
 }

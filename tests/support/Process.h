@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <utility>
 
 #include <sys/wait.h>
 

@@ -28,8 +28,9 @@ inline ServerOptions answering(const Reply& reply) {
 }
 
 /// Options of a server that reads no request body and never answers.
-inline ServerOptions stalledServer() {
+inline ServerOptions stalledServer(Protocol protocol = Protocol::Tls) {
   auto options = answering({.manner = Manner::Stalled});
+  options.protocol = protocol;
   options.answerAfter = AnswerAfter::Headers;
   return options;
 }

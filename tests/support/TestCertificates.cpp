@@ -5,11 +5,10 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
+#include "host/QelUtilities/PathText.h"
+
 namespace qel::test {
 namespace {
-
-using Key = std::shared_ptr<EVP_PKEY>;
-using Certificate = std::shared_ptr<X509>;
 
 constexpr long day = 24 * 60 * 60;
 
@@ -46,57 +45,37 @@ void sign(const Certificate& certificate, const Certificate& issuer, const Key& 
   require(X509_sign(certificate.get(), issuerKey.get(), EVP_sha256()) > 0);
 }
 
-/// Writes the file with a function of OpenSSL, and returns its path.
-template <typename Write>
-std::filesystem::path writePem(const std::filesystem::path& file, Write write) {
+/// Writes a PEM file with the certificate and, if it is not null, the key.
+std::filesystem::path writePem(const std::filesystem::path& file, const Certificate& certificate,
+                               const Key& key) {
   const std::shared_ptr<BIO> stream(BIO_new_file(utilities::utf8FromPath(file).c_str(), "w"),
                                     BIO_free);
-  require(stream != nullptr && write(stream.get()) == 1);
+  require(stream != nullptr && PEM_write_bio_X509(stream.get(), certificate.get()) == 1);
+  require(key == nullptr || PEM_write_bio_PrivateKey(stream.get(), key.get(), nullptr, nullptr, 0,
+                                                     nullptr, nullptr) == 1);
   return file;
-}
-
-std::filesystem::path writePem(const std::filesystem::path& file, const Certificate& certificate) {
-  return writePem(file, [&](BIO* stream) { return PEM_write_bio_X509(stream, certificate.get()); });
-}
-
-std::filesystem::path writePem(const std::filesystem::path& file, const Key& key) {
-  return writePem(file, [&](BIO* stream) {
-    return PEM_write_bio_PrivateKey(stream, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-  });
 }
 
 }  // namespace
 
-struct TestCertificates::Authority {
-  explicit Authority(const std::string& name)
-      : certificate(newCertificate(name, key, Validity::Current)) {
-    extend(certificate, NID_basic_constraints, "critical,CA:TRUE");
-    sign(certificate, certificate, key);
-  }
-
-  const Key key = newKey();
-  const Certificate certificate;
-};
-
+// Clients find the issuer of a certificate by its name, so that each authority needs its own.
 TestCertificates::TestCertificates()
-    // Clients find the issuer of a certificate by its name, so that each authority needs its own.
-    : authority_(
-          std::make_unique<Authority>(utilities::utf8FromPath(directory_.path().filename()))) {
-  writePem(directory_.path() / "ca.pem", authority_->certificate);
+    : key_(newKey()),
+      certificate_(newCertificate(utilities::utf8FromPath(directory_.path().filename()), key_,
+                                  Validity::Current)) {
+  extend(certificate_, NID_basic_constraints, "critical,CA:TRUE");
+  sign(certificate_, certificate_, key_);
+  writePem(directory_.path() / "ca.pem", certificate_, nullptr);
 }
-
-TestCertificates::~TestCertificates() = default;
 
 std::string TestCertificates::caFile() const { return directory_.text() + "/ca.pem"; }
 
-ServerIdentity TestCertificates::issue(const std::string& name, Validity validity) {
+std::filesystem::path TestCertificates::issue(const std::string& name, Validity validity) {
   static const Key key = newKey();
   const Certificate certificate = newCertificate(name, key, validity);
   extend(certificate, NID_subject_alt_name, "DNS:" + name);
-  sign(certificate, authority_->certificate, authority_->key);
-  const std::string stem = "server" + std::to_string(++issued_);
-  return {writePem(directory_.path() / (stem + ".pem"), certificate),
-          writePem(directory_.path() / (stem + ".key"), key)};
+  sign(certificate, certificate_, key_);
+  return writePem(directory_.path() / ("server" + std::to_string(++issued_)), certificate, key);
 }
 
 }  // namespace qel::test

@@ -2,17 +2,16 @@
 
 #include <memory>
 
+#include <openssl/types.h>
+
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
 
-/// The certificate and key of a server (PEM files).
-struct ServerIdentity {
-  std::filesystem::path certificate;
-  std::filesystem::path key;
-};
-
 enum class Validity { Current, Expired };
+
+using Key = std::shared_ptr<EVP_PKEY>;
+using Certificate = std::shared_ptr<X509>;
 
 /// A temporary certificate authority. Its end removes the files.
 ///
@@ -21,19 +20,17 @@ enum class Validity { Current, Expired };
 class TestCertificates {
  public:
   TestCertificates();
-  ~TestCertificates();
 
   /// The authority's own certificate (PEM), for clients to trust.
   std::string caFile() const;
 
-  /// A certificate for the host name.
-  ServerIdentity issue(const std::string& name, Validity validity = Validity::Current);
+  /// A PEM file with a certificate for the host name, and its key.
+  std::filesystem::path issue(const std::string& name, Validity validity = Validity::Current);
 
  private:
-  struct Authority;
-
   const TemporaryDirectory directory_;
-  const std::unique_ptr<const Authority> authority_;
+  const Key key_;
+  const Certificate certificate_;
   int issued_ = 0;
 };
 

@@ -1,10 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
-#include <sstream>
-#include <string>
-#include <utility>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,6 @@
 #include "host/QelDateTime/DateTimeFormat.h"
 
 namespace qel::datetime {
-namespace {
 
 TEST(DateTimeFormatTest, WritesUtcWithMilliseconds) {
   const std::pair<double, const char*> texts[] = {
@@ -21,5 +20,4 @@ TEST(DateTimeFormatTest, WritesUtcWithMilliseconds) {
   }
 }
 
-}  // namespace
 }  // namespace qel::datetime

@@ -1,6 +1,4 @@
-#include <chrono>
 #include <future>
-#include <string_view>
 
 #include <gtest/gtest.h>
 #include <netdb.h>

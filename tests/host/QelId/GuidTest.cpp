@@ -4,7 +4,6 @@
 #include "host/QelUtilities/Exception.h"
 
 namespace qel {
-namespace {
 
 TEST(GuidTest, ReadsOnlyTheUsualTextsAndCreatesRandomIds) {
   const std::string text = "01234567-89AB-CDEF-FEDC-BA9876543210";
@@ -19,5 +18,4 @@ TEST(GuidTest, ReadsOnlyTheUsualTextsAndCreatesRandomIds) {
   EXPECT_EQ(Guid::create().bytes()[6] >> 4, 4);
 }
 
-}  // namespace
 }  // namespace qel

@@ -1,12 +1,10 @@
 #include <cmath>
-#include <string>
 
 #include <gtest/gtest.h>
 
 #include "host/QelJson/JsonObject.h"
 
 namespace qel::json {
-namespace {
 
 using namespace std::string_literals;
 
@@ -37,5 +35,4 @@ TEST(JsonObjectTest, WritesRepeatedKeysButOfAMapOnlyTheFirstOfThoseRepairedAlike
             "\"m\": {\"a\uFFFD\": \"first\", \"a\uFFFD\\\"\": \"other\"}}");
 }
 
-}  // namespace
 }  // namespace qel::json

@@ -1,15 +1,8 @@
-#include <chrono>
-#include <cstdlib>
-#include <sstream>
-#include <string>
-
 #include <gmock/gmock.h>
 
-#include "host/QelLog/LogManager.h"
-#include "tests/host/QelLog/StalledErrors.h"
 #include "tests/support/FileRights.h"
 #include "tests/support/Logged.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/StalledErrors.h"
 
 namespace qel::log {
 namespace {
@@ -17,14 +10,11 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 using namespace testing;
-
-void log(const std::string& message, int level = Level::Warning) {
-  LogManager::instance().getLogger("test")->log(level, message);
-}
+using test::logMessage;
 
 void logNumbers(int count) {
   for (int number = 0; number < count; ++number) {
-    log("number " + std::to_string(number));
+    logMessage("number " + std::to_string(number));
   }
 }
 
@@ -41,7 +31,8 @@ void logNumbers(int count) {
 TEST(LogManagerTest, AnExitWritesTheLogButDoesNotWaitForAStalledOne) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto logAndExit = [] {
-    log(std::string(10'000'000, 'x') + "end");  // is still being written when the exit begins
+    logMessage(std::string(10'000'000, 'x') +
+               "end");  // is still being written when the exit begins
     std::exit(7);
   };
   EXPECT_EXIT(logAndExit(), ExitedWithCode(7), EndsWith("xend\n"));
@@ -78,11 +69,11 @@ TEST(LogManagerTest, WritesAMessageToTheFileThatWasSetWhenItCame) {
   const auto first = directory.path() / u8"B\u00fcr\u00f6" / u8"\u56f3\u9762.log";
   const auto second = directory.path() / "b";
   LogManager::instance().configure({.standardError = false, .file = first});
-  log("early");
+  logMessage("early");
   LogManager::instance().configure(
       {.lowestLevel = Level::Error, .standardError = false, .file = second});
-  log("too low");
-  log("late", Level::Error);
+  logMessage("too low");
+  logMessage("late", Level::Error);
   EXPECT_THAT(test::loggedIn(first), EndsWith(" warning test: early\n"));
   EXPECT_THAT(test::loggedIn(second),
               AllOf(EndsWith(" error test: late\n"), Not(HasSubstr("too low"))));

@@ -1,5 +1,4 @@
 #include <csignal>
-#include <cstdlib>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -7,16 +6,11 @@
 #include "tests/support/Logged.h"
 
 namespace qel::log {
-namespace {
 
 using namespace testing;
 
-void log(const std::string& message) {
-  LogManager::instance().getLogger("test")->log(Level::Warning, message);
-}
-
 TEST(LogThreadTest, ItsThreadTakesNoSignals) {
-  log("begun");
+  test::logMessage("begun");
   test::waitForTheLog();
   sigset_t signals;
   sigemptyset(&signals);
@@ -31,14 +25,13 @@ TEST(LogThreadTest, ItsThreadTakesNoSignals) {
 TEST(LogThreadTest, AForkedChildLogsToo) {
   GTEST_FLAG_SET(death_test_style, "fast");  // forks while the parent's thread waits for messages
   const auto logAndExit = [] {
-    log("child");
+    test::logMessage("child");
     std::exit(LogManager::instance().flush(std::chrono::seconds(10)) ? 7 : 1);
   };
-  log("parent");
+  test::logMessage("parent");
   test::waitForTheLog();
   EXPECT_EXIT(logAndExit(), ExitedWithCode(7), "test: child\n");
 }
 #endif
 
-}  // namespace
 }  // namespace qel::log

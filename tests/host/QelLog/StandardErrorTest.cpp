@@ -1,20 +1,16 @@
-#include <cstdio>
-#include <cstdlib>
-
 #include <gmock/gmock.h>
 #include <io.h>
 #include <windows.h>
 
 #include "tests/support/Logged.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log {
 namespace {
 
 using namespace testing;
 
-void log(const std::string& message) {
-  LogManager::instance().getLogger("test")->log(Level::Warning, message);
+void logAtOnce(const std::string& message) {
+  test::logMessage(message);
   test::waitForTheLog();
 }
 
@@ -22,7 +18,7 @@ void log(const std::string& message) {
 enum class End { Stream, Descriptor, Handle };
 
 [[noreturn]] void logAfter(End end, const std::filesystem::path& file) {
-  log("before");
+  logAtOnce("before");
   if (end == End::Stream) {
     std::fclose(stderr);
   } else if (end == End::Descriptor) {
@@ -31,7 +27,7 @@ enum class End { Stream, Descriptor, Handle };
     CloseHandle(GetStdHandle(STD_ERROR_HANDLE));
   }
   std::FILE* const next = _wfopen(file.c_str(), L"wb");
-  log("after");
+  logAtOnce("after");
   std::fputs("of the host", next);
   std::fclose(next);
   std::exit(test::contentOf(file) == "of the host" ? 7 : 1);
@@ -51,7 +47,7 @@ TEST(StandardErrorTest, TheLogNeedsNone) {
   for (const HANDLE missing : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
     SetStdHandle(STD_ERROR_HANDLE, missing);
     LogManager::instance().configure({});
-    log("unseen");
+    logAtOnce("unseen");
   }
   SetStdHandle(STD_ERROR_HANDLE, errors);
 }

@@ -1,21 +1,16 @@
 #pragma once
 
-#include <chrono>
-#include <filesystem>
 #include <future>
 
 #include <gmock/gmock.h>
 
-#include "host/QelLog/LogManager.h"
 #include "host/QelSql/DatabaseFile.h"
 #include "host/QelSql/SqlDatabaseAdapter.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
-#include "tests/support/Files.h"
 #include "tests/support/Logged.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::db::sql {
 
@@ -58,16 +53,13 @@ class TestDatabase : public SqlDatabaseAdapter {
 /// A directory for databases, and the log of what happens to them.
 class SqlDatabaseAdapterTest : public testing::Test {
  protected:
-  SqlDatabaseAdapterTest() {
-    emptyDirectory();
-    log::LogManager::instance().configure({.standardError = false, .file = logFile_});
-  }
+  SqlDatabaseAdapterTest() { emptyDirectory(); }
 
   void emptyDirectory() const {
     fs::remove_all(directory_);
     fs::create_directory(directory_);
   }
-  std::string logged() const { return test::loggedIn(logFile_); }
+  std::string logged() const { return log_.text(); }
   std::vector<fs::path> asideFiles() const {
     std::vector<fs::path> files;
     for (const auto& entry : fs::directory_iterator(directory_)) {
@@ -78,8 +70,8 @@ class SqlDatabaseAdapterTest : public testing::Test {
     return files;
   }
 
-  const test::TemporaryDirectory temporary_;
-  const fs::path logFile_ = temporary_.path() / "log.txt";
+  const CapturedLog log_;
+  const TemporaryDirectory temporary_;
   const fs::path directory_ = temporary_.path() / "data";
   const fs::path file_ = directory_ / "T.db";
 };

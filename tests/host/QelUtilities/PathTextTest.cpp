@@ -1,11 +1,9 @@
-#include "host/QelUtilities/PathText.h"
-
 #include <gmock/gmock.h>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
 
 namespace qel::utilities {
-namespace {
 
 TEST(PathTextTest, RemovesAPrefixThatChangesNothing) {
 #ifdef _WIN32
@@ -26,5 +24,4 @@ TEST(PathTextTest, RemovesAPrefixThatChangesNothing) {
   EXPECT_THROW(absolutePath({}), qel::exception);
 }
 
-}  // namespace
 }  // namespace qel::utilities

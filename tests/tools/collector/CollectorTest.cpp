@@ -2,10 +2,9 @@
 
 #include <unistd.h>
 
-#include "tests/support/StalledPipe.h"
+#include "tests/support/StalledErrors.h"
 
 namespace qel::collector {
-namespace {
 
 using namespace testing;
 
@@ -50,8 +49,9 @@ TEST_F(CollectorTest, FinishesARequestUnderWayWhenItIsStopped) {
 TEST_F(CollectorTest, SaysWhyItCannotBegin) { expectTranscript("collector/options.txt"); }
 
 TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
-  const test::StalledPipe log;
-  test::Process collector("sh -c 'exec " + command_ + " 2>" + log.path().string() + "'");
+  const test::StalledErrors log;
+  test::Process collector("sh -c 'exec " + command_ + " 2>/dev/fd/" + std::to_string(log.end()) +
+                          "'");
   httplib::SSLClient client("localhost", portOf(collector));
   client.set_ca_cert_path(certificates_.caFile());
   client.set_read_timeout(std::chrono::seconds(10));
@@ -62,5 +62,4 @@ TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
   ::alarm(0);
 }
 
-}  // namespace
 }  // namespace qel::collector

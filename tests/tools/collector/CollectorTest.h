@@ -1,9 +1,7 @@
 #pragma once
 
-#include <chrono>
 #include <csignal>
 #include <cstring>
-#include <string>
 
 #include <gmock/gmock.h>
 #include <httplib.h>
@@ -45,11 +43,11 @@ class CollectorTest : public test::CommandTest {
   const std::filesystem::path users_ =
       test::write(file("users"), "# people\n\n \t\nada:open:sesame\r\nbob:#1\n");
   test::TestCertificates certificates_;
-  const test::ServerIdentity identity_ = certificates_.issue("localhost");
+  const std::string identity_ = certificates_.issue("localhost").string();
   const std::string command_ =
       "qel-collector --listen=127.0.0.1:0 --credentials=$DIR/users"
       " --store=$DIR/store.db --certificate=" +
-      identity_.certificate.string() + " --key=" + identity_.key.string();
+      identity_ + " --key=" + identity_;
   test::Process collector_{command_};
   const int port_ = portOf(collector_);
   httplib::SSLClient client_{"localhost", port_};

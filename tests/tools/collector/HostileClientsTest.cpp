@@ -1,5 +1,4 @@
 #include <array>
-#include <memory>
 
 #include <openssl/ssl.h>
 #include <sys/socket.h>

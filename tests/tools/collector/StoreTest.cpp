@@ -8,8 +8,7 @@ namespace qel::collector {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
+using namespace testing;
 
 std::string nested(std::size_t depth) {
   return R"({"a":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + '}';

@@ -5,7 +5,6 @@
 #include "tests/tools/CommandTest.h"
 
 namespace qel::samplehost {
-namespace {
 
 class SessionTest : public test::CommandTest {};
 
@@ -56,5 +55,4 @@ TEST_F(SessionTest, LeavesADirectoryInUseToItsUserUntilTheInterruption) {
   EXPECT_EQ(user.join(), 0) << user.errors();
 }
 
-}  // namespace
 }  // namespace qel::samplehost

@@ -1,10 +1,6 @@
 #pragma once
 
 #include <array>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gmock/gmock.h>
 

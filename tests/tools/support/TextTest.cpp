@@ -5,7 +5,6 @@
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
-namespace {
 
 using testing::ElementsAre;
 
@@ -41,5 +40,4 @@ TEST(TimeAxisTest, LabelsMidnightWithItsDate) {
   EXPECT_EQ(texts.render(axis.marks()), "20:00 22:00 2026-11-21 02:00 04:00 06:00 08:00 10:00 ");
 }
 
-}  // namespace
 }  // namespace qel::support

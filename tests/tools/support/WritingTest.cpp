@@ -1,11 +1,8 @@
 #include "tests/tools/support/Recorded.h"
 
 namespace qel::support {
-namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 class WritingTest : public Recorded {
  protected:
@@ -63,5 +60,4 @@ TEST_F(WritingTest, PurgesEverythingRecordedAndNothingElse) {
   expectTranscript("support/purging.txt");
 }
 
-}  // namespace
 }  // namespace qel::support

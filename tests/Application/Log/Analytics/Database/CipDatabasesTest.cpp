@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/CrashReportItem.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelUtilities/Debugger.h"

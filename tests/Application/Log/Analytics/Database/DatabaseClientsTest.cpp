@@ -4,17 +4,16 @@
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
-#include "host/QelSql/SqlDatabaseAdapter.h"
 #include "tests/support/AssertionRecorder.h"
 #include "tests/support/Logged.h"
 #include "tests/support/MemoryDatabaseClient.h"
 #include "tests/support/Query.h"
+#include "tests/support/Tally.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics {
 namespace {
 
-using std::chrono::steady_clock;
 using namespace testing;
 
 constexpr auto Environments = CipDatabaseClientInterface::Environments;
@@ -118,11 +117,8 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   keepingAll.initialize(directory_.text());
   SupportDatabaseClient client(std::chrono::hours(1));
   client.initialize(directory_.text());
-  const auto limit = steady_clock::now() + std::chrono::seconds(30);
-  while (!client.getAll(Environments).second.empty() && steady_clock::now() < limit) {
-  }
+  EXPECT_TRUE(test::waitUntil([&] { return client.getAll(Environments).second.empty(); }));
   EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
-  EXPECT_THAT(client.getAll(Environments).second, IsEmpty());
 }
 
 TEST_F(DatabaseClientsTest, AnExportCopiesExactlyTheRowsOfTheSession) {
