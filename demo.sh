@@ -1,9 +1,18 @@
 #!/usr/bin/env bash
 # Demonstrates the client with a real server: installs missing packages, builds, starts a collector as the analytics
 # server, plays a working day of a CAD program with the sample host, and shows the received items.
-# Leaves nothing behind except build/release.
+# With --windows, plays it through Wine with the sample hosts for Windows, one with shared and one with static
+# libraries, and once more with a wrong certificate authority. Leaves nothing behind except files in build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
+
+windows_presets=()
+if [[ $# -eq 1 && $1 == --windows ]]; then
+  windows_presets=(windows windows-static)
+elif [[ $# -gt 0 ]]; then
+  echo "usage: demo.sh [--windows]" >&2
+  exit 2
+fi
 
 speed=200 # how many times faster than real time
 
@@ -57,16 +66,33 @@ run() {
 }
 
 announce "Installing missing packages and building (the first build takes some minutes)"
-cmake/set-up.sh
-run cmake --preset release >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
-run cmake --build --preset release --target qel-sample-host qel-collector
+if [[ ${#windows_presets[@]} -gt 0 ]]; then
+  cmake/set-up-windows.sh
+else
+  cmake/set-up.sh
+fi
+build() {
+  local preset=$1
+  shift
+  run cmake --preset "$preset" >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
+  run cmake --build --preset "$preset" --target "$@"
+}
+build release qel-sample-host qel-collector
+for preset in "${windows_presets[@]}"; do
+  build "$preset" qel-sample-host
+done
 bin=build/release/bin
 server_name=$(sed -n 's/^QEL_ANALYTICS_SERVER_HOST:STRING=//p' build/release/CMakeCache.txt)
 
 announce "Making a temporary certificate authority, and a certificate for $server_name"
 new_key=(-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2)
-openssl req -x509 "${new_key[@]}" -subj "/CN=Demonstration CA" \
-  -keyout "$work/ca.key" -out "$work/ca.pem" 2>/dev/null
+if [[ ${#windows_presets[@]} -gt 0 ]]; then
+  new_key=(-newkey rsa:2048 -nodes -days 2) # Wine 8 refuses some certificates with elliptic curves
+fi
+new_authority() {
+  openssl req -x509 "${new_key[@]}" -subj "/CN=Demonstration CA" -keyout "$work/$1.key" -out "$work/$1.pem" 2>/dev/null
+}
+new_authority ca
 openssl req -x509 -CA "$work/ca.pem" -CAkey "$work/ca.key" "${new_key[@]}" -subj "/CN=$server_name" \
   -addext "subjectAltName=DNS:$server_name" -addext "basicConstraints=critical,CA:FALSE" \
   -keyout "$work/server.key" -out "$work/server.pem" 2>/dev/null
@@ -85,36 +111,85 @@ read -r -t 20 -u "$collector_output" listening
 echo "qel-collector: $listening"
 address=${listening##* }
 
-announce "Playing samples/session.jsonl at $speed times real time"
-mkdir "$work/data"
-run "$bin/qel-sample-host" --directory "$work/data" --session samples/session.jsonl --speed "$speed" \
-  --server "$address" --ca "$work/ca.pem" --user demo --secret-file "$work/secret" >"$work/summary"
-cat "$work/summary"
-
-announce "Items that the collector received, by category"
 received() { sqlite3 -readonly "$@"; }
-received -box "$work/received.db" "
-  SELECT category, subcategory, SUM(count) AS items, COUNT(DISTINCT session) AS sessions,
-         substr(group_concat(DISTINCT event), 1, 60) AS 'events (cut)'
-  FROM events GROUP BY category, subcategory
-  UNION ALL
-  SELECT '(environment)', '', SUM(count), COUNT(DISTINCT session), '' FROM environments"
 
-announce "Some of the items in full"
-received "$work/received.db" "
-  SELECT text FROM environments LIMIT 1;
-  SELECT text FROM events WHERE subcategory = 'Asserted' LIMIT 1;
-  SELECT text FROM events WHERE event = 'SearchPerformed' LIMIT 1;
-  SELECT text FROM events WHERE category = 'IssueListStorage' AND event = 'Removed' LIMIT 1" |
-  python3 -m json.tool --json-lines --no-ensure-ascii
+# Plays the session: play AUTHORITY SAMPLE-HOST...
+play() {
+  local authority=$1 data
+  shift
+  data=$(mktemp --directory "$work/data.XXXX")
+  run "$@" --directory "$data" --session samples/session.jsonl --speed "$speed" \
+    --server "$address" --ca "$work/$authority.pem" --user demo --secret-file "$work/secret" >"$work/summary"
+  cat "$work/summary"
+}
 
-announce "Comparing"
-sent=$(awk '$1 == "sent" { print $2 }' "$work/summary")
-left=$(awk '$1 == "left" && $2 != "before" { print $2 }' "$work/summary")
-arrived=$(received "$work/received.db" \
-  "SELECT (SELECT SUM(count) FROM events) + (SELECT SUM(count) FROM environments)")
-echo "The sample host has sent $sent rows and keeps $left; the collector has $arrived."
-if [[ $sent -eq 0 || $left -ne 0 || $sent -ne $arrived ]]; then
-  echo "The counts differ." >&2
+show_items() {
+  announce "Items that the collector received, by category"
+  received -box "$work/received.db" "
+    SELECT category, subcategory, SUM(count) AS items, COUNT(DISTINCT session) AS sessions,
+           substr(group_concat(DISTINCT event), 1, 60) AS 'events (cut)'
+    FROM events GROUP BY category, subcategory
+    UNION ALL
+    SELECT '(environment)', '', SUM(count), COUNT(DISTINCT session), '' FROM environments"
+
+  announce "Some of the items in full"
+  received "$work/received.db" "
+    SELECT text FROM environments LIMIT 1;
+    SELECT text FROM events WHERE subcategory = 'Asserted' LIMIT 1;
+    SELECT text FROM events WHERE event = 'SearchPerformed' LIMIT 1;
+    SELECT text FROM events WHERE category = 'IssueListStorage' AND event = 'Removed' LIMIT 1" |
+    python3 -m json.tool --json-lines --no-ensure-ascii
+}
+
+count_arrived() {
+  received "$work/received.db" "SELECT (SELECT total(count) FROM events) + (SELECT total(count) FROM environments)" |
+    cut -d . -f 1
+}
+
+# Compares what the last sample host has sent with what has arrived since the last comparison.
+arrived_before=0
+count() {
+  sent=$(awk '$1 == "sent" { print $2 }' "$work/summary")
+  left=$(awk '$1 == "left" && $2 != "before" { print $2 }' "$work/summary")
+  local arrived_now
+  arrived_now=$(count_arrived)
+  arrived=$((arrived_now - arrived_before))
+  arrived_before=$arrived_now
+  echo "The sample host has sent $sent rows and keeps $left; the collector has $arrived."
+}
+
+compare() {
+  announce "Comparing"
+  count
+  if [[ $sent -eq 0 || $left -ne 0 || $sent -ne $arrived ]]; then
+    echo "The counts differ." >&2
+    exit 1
+  fi
+}
+
+# Runs a Windows program. Wine must not use the terminal, which belongs to another process group.
+by_wine() { cmake/run-by-wine "$@" </dev/null 2> >(cat >&2); }
+
+if [[ ${#windows_presets[@]} -eq 0 ]]; then
+  announce "Playing samples/session.jsonl at $speed times real time"
+  play ca "$bin/qel-sample-host"
+  show_items
+  compare
+  exit
+fi
+
+for preset in "${windows_presets[@]}"; do
+  announce "Playing samples/session.jsonl with the program of the preset $preset"
+  play ca by_wine "build/$preset/bin/qel-sample-host.exe"
+  compare
+done
+show_items
+
+announce "Playing with a wrong certificate authority: nothing may be sent"
+new_authority wrong
+play wrong by_wine build/windows/bin/qel-sample-host.exe
+count
+if [[ $sent -ne 0 || $left -eq 0 || $arrived -ne 0 ]]; then
+  echo "Rows were sent or lost." >&2
   exit 1
 fi

@@ -24,13 +24,14 @@ jobs=$(nproc)
 
 # The Debian archives that this machine uses, with their sources. The second list is without security updates, for
 # mirrors that do not have the newest source yet.
+apt_options=(-o "Dir::Etc::SourceParts=-" -o "Dir::State::Lists=$work/lists" -o "Dir::Cache=$work"
+  -o "Dir::Etc::SourceList=$work/sources.list" -o "APT::Sandbox::User=")
+
 prepare_archives() {
   mkdir -p "$work/lists/partial"
   apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
     'Created-By: Packages' 'Origin: Debian' | sort -u >"$work/sources.list"
   grep -v security "$work/sources.list" >"$work/sources-release.list"
-  apt_options=(-o "Dir::Etc::SourceParts=-" -o "Dir::State::Lists=$work/lists" -o "Dir::Cache=$work"
-    -o "Dir::Etc::SourceList=$work/sources.list" -o "APT::Sandbox::User=")
   apt-get "${apt_options[@]}" update --quiet
 }
 
@@ -138,6 +139,9 @@ explain_failure() {
   fi
 }
 trap explain_failure EXIT
+
+# Nothing of a run that failed is used.
+rm -rf "$work"
 
 # A stamp carries the checksum of the commands, so that changed commands build the library again.
 for library in headers fmt spdlog sqlite curl utf8proc googletest openssl; do

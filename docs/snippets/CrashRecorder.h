@@ -20,12 +20,12 @@ class CrashRecorder {
   explicit CrashRecorder(qel::log::analytics::CipDatabases& databases)
       : worker_([this, &databases] { waitForCrash(databases); }) {
     active = this;
-    previous_ = SetUnhandledExceptionFilter(onCrash);
+    previous = SetUnhandledExceptionFilter(onCrash);
   }
 
   /// Must be destroyed before the client.
   ~CrashRecorder() {
-    SetUnhandledExceptionFilter(previous_);
+    SetUnhandledExceptionFilter(previous);
     active = nullptr;
     SetEvent(wake_);
     worker_.join();
@@ -37,12 +37,14 @@ class CrashRecorder {
 
  private:
   static LONG WINAPI onCrash(EXCEPTION_POINTERS* exception) {
-    if (CrashRecorder* const recorder = active.exchange(nullptr)) {
-      recorder->code_ = static_cast<std::int32_t>(exception->ExceptionRecord->ExceptionCode);
+    if (CrashRecorder* const recorder = active) {
+      std::int32_t none = 0;
+      recorder->code_.compare_exchange_strong(
+          none, static_cast<std::int32_t>(exception->ExceptionRecord->ExceptionCode));
       SetEvent(recorder->wake_);
       WaitForSingleObject(recorder->stored_, 3000);
     }
-    return EXCEPTION_CONTINUE_SEARCH;  // Windows reports the crash as usual.
+    return previous == nullptr ? EXCEPTION_CONTINUE_SEARCH : previous(exception);
   }
 
   void waitForCrash(qel::log::analytics::CipDatabases& databases) {
@@ -58,10 +60,10 @@ class CrashRecorder {
   }
 
   static inline std::atomic<CrashRecorder*> active{nullptr};
+  static inline LPTOP_LEVEL_EXCEPTION_FILTER previous = nullptr;
 
   const HANDLE wake_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   const HANDLE stored_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   std::atomic<std::int32_t> code_{0};
-  LPTOP_LEVEL_EXCEPTION_FILTER previous_ = nullptr;
   std::thread worker_;
 };

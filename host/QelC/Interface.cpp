@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cfenv>
 #include <new>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@ namespace {
 using namespace qel::c;
 using nlohmann::json;
 
+constexpr std::uint32_t mostDetails = 10'000;
+
 /// The text of the last failure. Trivially destroyed, so that it is valid until the thread ends.
 constinit thread_local std::array<char, 512> lastError{};
 
@@ -33,9 +36,26 @@ std::int32_t fail(std::int32_t status, std::string_view text) {
   return status;
 }
 
+/// The default floating-point environment, for as long as the object exists. Some languages unmask
+/// floating-point exceptions, which would end the process here.
+class DefaultFloatingPoint {
+ public:
+  DefaultFloatingPoint() {
+    std::fegetenv(&before_);
+    std::fesetenv(FE_DFL_ENV);
+  }
+  DefaultFloatingPoint(const DefaultFloatingPoint&) = delete;
+  DefaultFloatingPoint& operator=(const DefaultFloatingPoint&) = delete;
+  ~DefaultFloatingPoint() { std::fesetenv(&before_); }
+
+ private:
+  std::fenv_t before_{};
+};
+
 /// Calls the function, and returns the status of its exception.
 template <typename Function>
 std::int32_t call(Function function) {
+  const DefaultFloatingPoint floatingPoint;
   try {
     function();
     return QEL_ANALYTICS_OK;
@@ -56,6 +76,9 @@ json detailsOf(const qel_analytics_detail* details, std::uint32_t count) {
   json object = json::object();
   if (details == nullptr && count > 0) {
     throw CallError(QEL_ANALYTICS_INVALID_ARGUMENT, "details is null");
+  }
+  if (count > mostDetails) {
+    throw CallError(QEL_ANALYTICS_INVALID_ARGUMENT, "detail_count is more than 10000");
   }
   for (const auto* detail = details; detail != details + count; ++detail) {
     object[requiredText(detail->key, "the key of a detail")] =
@@ -102,10 +125,7 @@ std::int32_t qel_analytics_remove_recordings(const char* directory) {
 
 std::int32_t qel_analytics_join(qel_analytics_handle handle) {
   return call([&] {
-    Registry::instance().use(handle, [](Session& session) {
-      session.waitUntilStored();
-      session.expectStorage();
-    });
+    Registry::instance().use(handle, [](Session& session) { session.waitUntilStored(); });
   });
 }
 
@@ -191,7 +211,7 @@ std::int32_t qel_analytics_application_crashed(qel_analytics_handle handle, cons
 const char* qel_analytics_last_error() { return lastError.data(); }
 
 const char* qel_analytics_status_text(std::int32_t status) {
-  static constexpr std::array<const char*, 11> texts{
+  static constexpr std::array<const char*, 12> texts{
       "success",
       "an argument is invalid",
       "the handle is invalid",
@@ -203,6 +223,7 @@ const char* qel_analytics_status_text(std::int32_t status) {
       "the operation failed",
       "out of memory",
       "the client has ended, but a callback runs",
+      "records were lost",
   };
   const auto index = static_cast<std::uint32_t>(status);
   return index < texts.size() ? texts[index] : "an unknown status";

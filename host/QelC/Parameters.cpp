@@ -13,10 +13,18 @@ namespace {
 
 constexpr std::uint32_t defaultReleaseLimit = 5000;
 constexpr std::uint64_t secondsOfHundredYears = 3'155'760'000;
-/// The struct ended here in the first version, except for optional members.
-constexpr std::size_t smallestSize = offsetof(qel_analytics_parameters, session_id);
+/// The struct of the first version ended with this member.
+constexpr std::size_t smallestSize =
+    offsetof(qel_analytics_parameters, environment) + sizeof(qel_analytics_environment);
 /// No version will have a larger struct. A larger size is that of a struct that was not set.
 constexpr std::size_t largestSize = 4096;
+
+// Declarations in other languages rely on this layout.
+static_assert(sizeof(void*) != 8 ||
+              (smallestSize == 136 && offsetof(qel_analytics_parameters, session_id) == 24 &&
+               offsetof(qel_analytics_parameters, retention_seconds) == 72 &&
+               offsetof(qel_analytics_parameters, context) == 96 &&
+               offsetof(qel_analytics_parameters, environment) == 128));
 
 [[noreturn]] void refuse(const std::string& text) {
   throw CallError(QEL_ANALYTICS_INVALID_ARGUMENT, text);

@@ -1,12 +1,16 @@
 #include "host/QelC/Registry.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "host/QelC/CallError.h"
 #include "host/QelC/Environment.h"
 #include "host/QelC/Recordings.h"
+#include "host/QelLog/LogManager.h"
+#include "host/QelSql/DirectoryClaim.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ProcessEnd.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
@@ -29,23 +33,26 @@ void expectNoCallback() {
   }
 }
 
-/// Passes the last messages to the host, then detaches the log from it.
-void endLog(steady_clock::time_point deadline) {
+/// Passes the last messages to the host, then detaches the log from it. If memory is exhausted, the
+/// log stays attached, but closed callbacks receive nothing.
+void endLog(steady_clock::time_point deadline) noexcept try {
   const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
   auto& log = log::LogManager::instance();
   if (log.flush(std::max(0ms, left))) {
     log.configure({.standardError = false, .file = {}});
   }
+} catch (const std::exception&) {
+  return;
 }
 
-std::unique_ptr<Session> open(const Parameters& parameters, const std::string& environment) {
+/// The exception of the function, or null.
+template <typename Function>
+std::exception_ptr failureOf(const Function& function) noexcept {
   try {
-    return std::make_unique<Session>(parameters, environment);
+    function();
+    return nullptr;
   } catch (...) {
-    const auto deadline = steady_clock::now() + parameters.releaseLimit;
-    endLog(deadline);
-    parameters.callbacks->close(deadline);
-    throw;
+    return std::current_exception();
   }
 }
 
@@ -68,7 +75,6 @@ qel_analytics_handle Registry::create(Parameters parameters) {
   }
   const auto environment = parameters.callbacks->environment();
   readEnvironment(environment);
-  identify(parameters);
   session_ = open(parameters, environment);
   const MutexLock lock(mutex_);
   live_ = session_.get();
@@ -95,6 +101,7 @@ void Registry::use(qel_analytics_handle handle, const std::function<void(Session
 }
 
 void Registry::broadcast(qel_analytics_handle handle, const notification::Broadcast& broadcast) {
+  const Session* session = nullptr;
   {
     MutexLock lock(mutex_);
     expectLive(handle);
@@ -106,6 +113,7 @@ void Registry::broadcast(qel_analytics_handle handle, const notification::Broadc
     }
     expectLive(handle);
     isBroadcasting_ = true;
+    session = live_;
   }
   const ScopeGuard endBroadcast([this] {
     const MutexLock lock(mutex_);
@@ -113,6 +121,23 @@ void Registry::broadcast(qel_analytics_handle handle, const notification::Broadc
     broadcastEnded_.notifyAll();
   });
   broadcast();
+  session->expectStorage();  // the session exists until the broadcast ends
+}
+
+/// A directory that cannot be used must not determine the identity of the process. So the directory
+/// is claimed before.
+std::unique_ptr<Session> Registry::open(Parameters& parameters, const std::string& environment) {
+  try {
+    log::LogManager::instance().configure(parameters.log);
+    const db::sql::DirectoryClaim claim(utilities::pathFromUtf8(parameters.directory));
+    identify(parameters);
+    return std::make_unique<Session>(parameters, environment);
+  } catch (...) {
+    const auto deadline = steady_clock::now() + parameters.releaseLimit;
+    endLog(deadline);
+    parameters.callbacks->close(deadline);
+    throw;
+  }
 }
 
 /// Gives the client the identity of this process, or the process the identity of its first client.
@@ -168,28 +193,28 @@ void Registry::waitForBroadcast(TimePoint deadline) {
   }
 }
 
+/// Completes all steps, even if one fails. A callback that has not returned hides another failure,
+/// because the host must know that the callback still uses the context.
 void Registry::destroySession(Ending ending, TimePoint deadline) {
   const auto callbacks = session_->callbacks();
-  const auto directory = session_->directory();
+  const auto directory = session_->takeDirectory();
+  std::exception_ptr failure;
   if (ending == Ending::Send) {
-    session_->waitUntilStored();
+    failure = failureOf([&session = *session_] { session.waitUntilStored(); });
   }
   // Otherwise rows that the client adds while it is destroyed would be stored after the last
   // sending pass.
   callbacks->denyEverything();
-  const bool hasStorageEnded = session_->hasStorageEnded();
   session_.reset();
-  endLog(deadline);
-  const bool isClosed = callbacks->close(deadline);
   if (ending == Ending::Remove) {
-    removeAllRecordings(directory);
+    failure = failureOf([&] { removeAllRecordings(directory); });
   }
-  if (!isClosed) {
+  endLog(deadline);
+  if (!callbacks->close(deadline)) {
     throw CallError(QEL_ANALYTICS_CALLBACK_RUNNING, "the client has ended, but a callback runs");
   }
-  if (ending == Ending::Send && hasStorageEnded) {
-    throw CallError(QEL_ANALYTICS_STORAGE_ENDED,
-                    "the client has ended; its recording ended before");
+  if (failure) {
+    std::rethrow_exception(failure);
   }
 }
 

@@ -43,6 +43,8 @@ class Registry {
 
   Registry();
 
+  std::unique_ptr<Session> open(Parameters& parameters, const std::string& environment)
+      QEL_REQUIRES(control_);
   void identify(Parameters& parameters) QEL_REQUIRES(control_);
   void expectLive(qel_analytics_handle handle) const QEL_REQUIRES(mutex_);
   TimePoint beginEnd(qel_analytics_handle handle, Ending ending);

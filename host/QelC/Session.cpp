@@ -32,11 +32,11 @@ Session::Session(const Parameters& parameters, const std::string& environment)
     : directory_(parameters.directory),
       releaseLimit_(parameters.releaseLimit),
       callbacks_(parameters.callbacks) {
-  log::LogManager::instance().configure(parameters.log);
   protocol::https::setSettings(parameters.https);
-  auto databases =
-      std::make_unique<CipDatabases>(std::make_unique<CipDatabaseClient>(),
-                                     std::make_unique<SupportDatabaseClient>(parameters.retention));
+  auto databases = std::make_unique<CipDatabases>(
+      std::make_unique<LossCountingDatabaseClient<CipDatabaseClient>>(lost_.forSending),
+      std::make_unique<LossCountingDatabaseClient<SupportDatabaseClient>>(lost_.forSupport,
+                                                                          parameters.retention));
   databases_ = databases.get();
   client_ = std::make_unique<Client>(std::move(databases));
   client_->activate(activation(parameters, environment));
@@ -44,12 +44,20 @@ Session::Session(const Parameters& parameters, const std::string& environment)
                                             std::make_unique<PlainIssueInformation>());
 }
 
-void Session::waitUntilStored() { databases_->join(); }
-
-bool Session::hasStorageEnded() const { return databases_->errorOccurred(); }
+void Session::waitUntilStored() {
+  databases_->join();
+  expectStorage();
+  const auto forSupport = lost_.forSupport.exchange(0);
+  const auto forSending = lost_.forSending.exchange(0);
+  if (forSupport + forSending > 0) {
+    throw CallError(QEL_ANALYTICS_NOT_STORED,
+                    "not stored: " + std::to_string(forSupport) + " records for support, " +
+                        std::to_string(forSending) + " for sending; see the log");
+  }
+}
 
 void Session::expectStorage() const {
-  if (hasStorageEnded()) {
+  if (databases_->errorOccurred()) {
     throw CallError(QEL_ANALYTICS_STORAGE_ENDED, "recording has ended; the log has the reason");
   }
 }

@@ -2,8 +2,11 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "Application/Log/Analytics/Client/Client.h"
+#include "host/QelC/LossCountingDatabaseClient.h"
 #include "host/QelC/Parameters.h"
 
 namespace qel::log::analytics {
@@ -17,30 +20,31 @@ namespace qel::c {
 /// deadline.
 class Session {
  public:
-  /// Sets the process's log and HTTPS connections up, too. `environment` may be empty. Throws if
-  /// the log file or the directory cannot be used.
+  /// Sets the process's HTTPS connections up, too. `environment` may be empty. Throws if the
+  /// directory cannot be used.
   Session(const Parameters& parameters, const std::string& environment);
 
   void startSending() { client_->startSendingItems(); }
   void stopSending() { client_->stopSendingItems(); }
-  /// Waits until everything is stored or lost.
+  /// Waits until everything is stored or lost. Throws `CallError` if nothing more is recorded, or
+  /// if rows were lost since the last call.
   void waitUntilStored();
 
-  /// Whether nothing more is recorded. Thread-safe.
-  bool hasStorageEnded() const;
   /// Throws `CallError` if nothing more is recorded. Thread-safe.
   void expectStorage() const;
   std::chrono::milliseconds releaseLimit() const { return releaseLimit_; }
-  const std::string& directory() const { return directory_; }
+  /// Moves the directory (UTF-8) out.
+  std::string takeDirectory() { return std::move(directory_); }
   const std::shared_ptr<Callbacks>& callbacks() const { return callbacks_; }
 
  private:
   log::analytics::parameters::ActivateParameter activation(const Parameters& parameters,
                                                            const std::string& environment) const;
 
-  const std::string directory_;
+  std::string directory_;
   const std::chrono::milliseconds releaseLimit_;
   const std::shared_ptr<Callbacks> callbacks_;
+  LostRows lost_;                            ///< outlives the databases, which count there
   log::analytics::CipDatabases* databases_;  ///< owned by the client
   std::unique_ptr<log::analytics::Client> client_;
 };

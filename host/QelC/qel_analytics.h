@@ -10,8 +10,9 @@
 ///
 /// **Texts** are UTF-8 and end with a zero byte. The library copies all arguments during the call.
 ///
-/// **Threads.** Every function may be called on any thread. Functions that start, join or release a
-/// client wait for each other. Notifications wait only for other notifications.
+/// **Threads.** Every function may be called on any thread. The functions that create, join,
+/// release or withdraw a client, or start or stop sending, wait for each other. Notifications wait
+/// only for other notifications. A thread must not be cancelled (`pthread_cancel`) during a call.
 ///
 /// **Errors.** Most functions return a status, which is 0 on success. `qel_analytics_last_error`
 /// then has a text with the details. No C++ exception leaves a function.
@@ -31,6 +32,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma pack(push, 8)
 
 /// @name Status
 /// The result of a function. Later versions may add values.
@@ -49,15 +51,20 @@ extern "C" {
 #define QEL_ANALYTICS_IN_CALLBACK 5
 /// Another thread has not completed its notification in time. The call may be repeated.
 #define QEL_ANALYTICS_BUSY 6
-/// The client records nothing more until it is released and created again: more than 10,000
-/// notifications waited to be stored, or memory was exhausted.
+/// The client records nothing more until it is released and created again: more than 10,000 records
+/// waited to be stored, or memory was exhausted. The records that waited are lost.
 #define QEL_ANALYTICS_STORAGE_ENDED 7
 /// The operation failed, for example because of the directory. The text has the reason.
 #define QEL_ANALYTICS_FAILED 8
 /// There is not enough memory.
 #define QEL_ANALYTICS_OUT_OF_MEMORY 9
-/// The client is released, but a callback has not returned. It still uses the context.
+/// The client has ended, but the log callback has not returned. It still uses the context. Other
+/// failures are then only in the log.
 #define QEL_ANALYTICS_CALLBACK_RUNNING 10
+/// Records were lost, for example because the disk is full, another process locks a database, or
+/// the database for sending has its largest size. The text has the numbers. Each loss is reported
+/// once.
+#define QEL_ANALYTICS_NOT_STORED 11
 /// @}
 
 /// @name Log levels
@@ -89,17 +96,19 @@ typedef const char* (*qel_analytics_environment)(void* context);
 /// The settings of a client. Set all bytes to zero, then set `struct_size` and what you need. Null
 /// and 0 select the default of a member.
 ///
-/// **Versions.** Later versions append members. A shorter struct of an older program is accepted.
-/// A longer struct of a newer program is accepted if the bytes that are unknown here are zero.
+/// **Versions.** Later versions append members. The shorter struct of an older program is accepted,
+/// if it has all members up to `environment`. A longer struct of a newer program is accepted if the
+/// bytes that are unknown here are zero.
 ///
 /// **Callbacks** are called on threads of the library and on threads that call it, possibly at the
 /// same time. They must return soon, must not throw or jump out, and must not wait for a thread
-/// that calls the library. They may send notifications; other functions that take a handle then
-/// return `QEL_ANALYTICS_IN_CALLBACK`. No callback is called after `qel_analytics_release` has
-/// returned.
+/// that calls the library. Every join, release and withdrawal waits for a permission callback. They
+/// may send notifications; other functions that take a handle then return
+/// `QEL_ANALYTICS_IN_CALLBACK`. No callback is called after the client has ended.
 typedef struct qel_analytics_parameters {
   uint32_t struct_size;  ///< `sizeof(qel_analytics_parameters)`
-  /// The longest time that `qel_analytics_release` may wait, in milliseconds. Default: 5000.
+  /// The longest time that `qel_analytics_release` may wait, in milliseconds. Default: 5000. A
+  /// permission callback or a disk that hangs can extend it.
   uint32_t release_limit;
   /// Existing directory of the databases. Only one process at a time can use it. Required.
   const char* directory;
@@ -115,7 +124,8 @@ typedef struct qel_analytics_parameters {
   /// PEM file of the only certificates to trust. Default: those of the system.
   const char* ca_file;
   /// Address as HOST:PORT to connect to, instead of the server's own. The certificate is still
-  /// checked against the server's name.
+  /// checked against the server's name. `ca_file`, `connect_to` and `proxy` are first used when the
+  /// client sends. The log reports if one is wrong.
   const char* connect_to;
   /// URL of a proxy. Default: none, whatever the environment variables contain.
   const char* proxy;
@@ -148,28 +158,31 @@ QEL_ANALYTICS_API int32_t qel_analytics_create(const qel_analytics_parameters* p
 
 /// Stores and sends what was recorded, and ends the client. The handle is then invalid, except
 /// after `QEL_ANALYTICS_BUSY` and `QEL_ANALYTICS_IN_CALLBACK`. Waits at most for `release_limit`.
-/// What was not sent then stays on the disk for the next session.
+/// What was not sent then stays on the disk for the next session; only the log reports it. Returns
+/// `QEL_ANALYTICS_NOT_STORED` if records were lost and `qel_analytics_join` has not reported them.
 QEL_ANALYTICS_API int32_t qel_analytics_release(qel_analytics_handle handle);
 
 /// For a customer who withdraws the consent. Ends the client without sending, and removes the
-/// databases of its directory. If the result is `QEL_ANALYTICS_FAILED`, the client has ended, and
-/// `qel_analytics_remove_recordings` may be tried until it succeeds. The log file stays.
+/// databases of its directory. After `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`,
+/// the client has ended, and `qel_analytics_remove_recordings` may be tried until it succeeds. The
+/// log file stays.
 QEL_ANALYTICS_API int32_t qel_analytics_withdraw(qel_analytics_handle handle);
 
 /// Removes the databases of a directory. Fails if a client uses the directory, also for a short
-/// time after the client has ended.
+/// time after the client has ended. Waits up to two seconds for such a client, so a callback must
+/// not call it.
 QEL_ANALYTICS_API int32_t qel_analytics_remove_recordings(const char* directory);
 
 /// Waits until all earlier notifications are stored. This can take as long as another process
-/// locks a database.
+/// locks a database. Returns `QEL_ANALYTICS_NOT_STORED` if records were lost since the last join.
 QEL_ANALYTICS_API int32_t qel_analytics_join(qel_analytics_handle handle);
 
 /// Starts sending, or starts it again after a failure. If sending is running, waits for the end of
 /// its current upload.
 QEL_ANALYTICS_API int32_t qel_analytics_start_sending(qel_analytics_handle handle);
 
-/// Sends once more, then stops sending. Does not wait. If sending was never started, only a message
-/// is logged.
+/// Sends once more, then stops sending. Does not wait until this is done. If sending was never
+/// started, only a message is logged.
 QEL_ANALYTICS_API int32_t qel_analytics_stop_sending(qel_analytics_handle handle);
 
 /// Records one notification, a JSON object such as
@@ -178,7 +191,8 @@ QEL_ANALYTICS_API int32_t qel_analytics_notify(qel_analytics_handle handle, cons
 
 /// @name Common notifications
 /// The same as `qel_analytics_notify` with the notification of a similar name. `details` has
-/// `detail_count` elements, and may be null if there are none. The other texts must not be null.
+/// `detail_count` elements, at most 10,000, and may be null if there are none. The other texts must
+/// not be null.
 /// @{
 QEL_ANALYTICS_API int32_t qel_analytics_general_event(qel_analytics_handle handle,
                                                       const char* category, const char* subcategory,
@@ -201,7 +215,9 @@ QEL_ANALYTICS_API int32_t qel_analytics_application_started(qel_analytics_handle
                                                             const char* text);
 QEL_ANALYTICS_API int32_t qel_analytics_application_stopped(qel_analytics_handle handle,
                                                             const char* text);
-/// For a handler of crashes. Then call `qel_analytics_join`, so that the record is stored.
+/// Then call `qel_analytics_join`, so that the record is stored. The crashed thread may hold locks
+/// that these functions need, so another thread must call both. Wait for it only for a limited
+/// time.
 QEL_ANALYTICS_API int32_t qel_analytics_application_crashed(qel_analytics_handle handle,
                                                             const char* text, int32_t code);
 /// @}
@@ -216,6 +232,7 @@ QEL_ANALYTICS_API const char* qel_analytics_status_text(int32_t status);
 /// The version of the library, such as "0.1.0". Valid for ever.
 QEL_ANALYTICS_API const char* qel_analytics_version(void);
 
+#pragma pack(pop)
 #ifdef __cplusplus
 }
 #endif

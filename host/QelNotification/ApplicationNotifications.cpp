@@ -50,10 +50,11 @@ Broadcast application(Fields& fields,
   return broadcastOf<ApplicationBroadcaster>(operation, Event{{fields.text("text")}});
 }
 
+/// Windows programs often write an exception code as an unsigned number.
 Broadcast crash(Fields& fields) {
   return broadcastOf<ApplicationBroadcaster>(
       &ApplicationListenerInterface::onApplicationCrashed,
-      ApplicationCrashEvent{{fields.text("text")}, fields.integer<std::int32_t>("code")});
+      ApplicationCrashEvent{{fields.text("text")}, fields.enumerator<std::int32_t>("code")});
 }
 
 assert::AssertInfo assertInfo(Fields& fields) {

@@ -24,7 +24,7 @@ class LockFile {
   using Handle = std::intptr_t;
   std::error_code open();
   std::error_code tryToCreateFiles() const;
-  std::error_code lock();
+  std::error_code lock() const;
   /// False if the file at the path was deleted, and perhaps created again, after it was opened.
   bool isStillInPlace() const;
   void close();

@@ -27,7 +27,7 @@ std::error_code LockFile::tryToCreateFiles() const {
   return errorIf(faccessat(AT_FDCWD, path_.parent_path().c_str(), W_OK | X_OK, AT_EACCESS) != 0);
 }
 
-std::error_code LockFile::lock() {
+std::error_code LockFile::lock() const {
   return errorIf(flock(static_cast<int>(file_), LOCK_EX | LOCK_NB) != 0);
 }
 

@@ -54,7 +54,7 @@ std::error_code LockFile::tryToCreateFiles() const {
   return error;
 }
 
-std::error_code LockFile::lock() {
+std::error_code LockFile::lock() const {
   OVERLAPPED start{};
   return errorIf(LockFileEx(handleOf(file_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0,
                             1, 0, &start) == 0);

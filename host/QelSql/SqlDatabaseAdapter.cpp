@@ -19,6 +19,8 @@ namespace {
 using utilities::Patience;
 using Status = Outcome::Status;
 
+constinit thread_local std::uint64_t committed = 0;
+
 constexpr const char* inUse = "another thread uses the database, and this one waits no longer";
 
 Outcome notRun(const std::string& reason) {
@@ -184,6 +186,7 @@ void SqlDatabaseAdapter::Implementation::commit() noexcept {
     const Outcome outcome = database_.run("COMMIT");
     if (outcome.isDone()) {
       transaction_.endStep();
+      ++committed;
     } else {
       fail("COMMIT", outcome);
     }
@@ -222,5 +225,7 @@ Result SqlDatabaseAdapter::deleteIds(const std::string& table, const std::string
 }
 
 ScopeGuard SqlDatabaseAdapter::beginTransaction() { return implementation_->beginTransaction(); }
+
+std::uint64_t SqlDatabaseAdapter::committedByThisThread() { return committed; }
 
 }  // namespace qel::db::sql

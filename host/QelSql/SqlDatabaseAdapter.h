@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -48,6 +49,10 @@ class SqlDatabaseAdapter : public SqlDatabaseInterface {
   Result selectAll(const std::string& table) override;
   Result deleteIds(const std::string& table, const std::string& ids) override;
   ScopeGuard beginTransaction() override;
+
+  /// The number of transactions that the calling thread has committed, on all databases. A thread
+  /// that compares it before and after a transaction learns whether the commit succeeded.
+  static std::uint64_t committedByThisThread();
 
   SqlDatabaseAdapter(const SqlDatabaseAdapter&) = delete;
   SqlDatabaseAdapter& operator=(const SqlDatabaseAdapter&) = delete;

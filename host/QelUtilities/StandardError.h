@@ -16,6 +16,7 @@ class StandardError {
   StandardError() noexcept;
   StandardError(const StandardError&) = delete;
   StandardError& operator=(const StandardError&) = delete;
+  // NOLINTNEXTLINE(performance-trivially-destructible): on Windows it closes the handle.
   ~StandardError();
 
   /// Writes the text, without the C library's stream. A stalled write would hold the stream's lock,

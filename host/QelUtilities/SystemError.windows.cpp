@@ -20,12 +20,11 @@ std::wstring textOf(int error, DWORD language) {
   return std::wstring(all.substr(0, all.find_last_not_of(L"\r\n. ") + 1));
 }
 
-/// Empty if the bytes are not valid in this code page.
-std::wstring decoded(const std::string& bytes, UINT codePage) {
+/// Empty if the flags forbid invalid bytes and there are some.
+std::wstring decoded(const std::string& bytes, UINT codePage, DWORD flags) {
   const auto size = static_cast<int>(bytes.size());
   std::wstring text(bytes.size(), L'\0');
-  const int length =
-      MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, text.data(), size);
+  const int length = MultiByteToWideChar(codePage, flags, bytes.data(), size, text.data(), size);
   text.resize(static_cast<std::size_t>(length));
   return text;
 }
@@ -49,9 +48,9 @@ std::string systemMessage(const std::error_code& error) {
 }
 
 std::string utf8FromMessage(std::string message) {
-  return message.empty() || !decoded(message, CP_UTF8).empty()
+  return message.empty() || !decoded(message, CP_UTF8, MB_ERR_INVALID_CHARS).empty()
              ? message
-             : utf8FromPath(decoded(message, CP_ACP));
+             : utf8FromPath(decoded(message, CP_ACP, 0));
 }
 
 }  // namespace qel::utilities

@@ -11,6 +11,13 @@
 
 namespace qel::test {
 
+/// Rows that belong together.
+using Batch = std::vector<std::pair<std::string, CipDatabaseClientInterface::Table>>;
+
+inline Batch batchOf(const std::string& name) {
+  return {{name + '1', Items}, {name + '2', Items}, {name + '3', Items}};
+}
+
 /// A directory in memory for databases, and a log file.
 class DatabaseDirectory : public testing::Test {
  protected:
@@ -22,8 +29,8 @@ class DatabaseDirectory : public testing::Test {
   }
 
   void emptyDirectory() const {
-    std::filesystem::remove_all(data_);
-    std::filesystem::create_directory(data_);
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directory(folder_);
   }
 
   int timesLogged(const std::string& text) const {
@@ -37,9 +44,10 @@ class DatabaseDirectory : public testing::Test {
 
   const TemporaryDirectory directory_;
   const std::filesystem::path log_ = directory_.path() / "log";
-  const std::filesystem::path data_ = directory_.path() / "data";
-  const std::filesystem::path sendingFile_ = data_ / "ItemDatabase.db";
-  const std::filesystem::path supportFile_ = data_ / "SupportDatabase.db";
+  const std::filesystem::path folder_ = directory_.path() / "data";
+  const std::filesystem::path sendingFile_ = folder_ / "ItemDatabase.db";
+  const std::filesystem::path supportFile_ = folder_ / "SupportDatabase.db";
+  const std::string data_ = utilities::utf8FromPath(folder_);
 };
 
 }  // namespace qel::test

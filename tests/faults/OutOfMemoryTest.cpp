@@ -191,7 +191,7 @@ TEST_F(OutOfMemoryTest, SurvivesAFileOfAnotherSchemaAndACorruptFile) {
   int files = 0;
   for (const bool isCorrupt : {false, true}) {
     const int failures = sweepAllocations([&] {
-      const auto file = data_ / std::to_string(files++);
+      const auto file = folder_ / std::to_string(files++);
       db::sql::SqlDatabaseAdapter(file).execute("CREATE TABLE \"Items\" " + key + ", more TEXT)");
       db::sql::SqlDatabaseAdapter database(file);
       if (isCorrupt) {

@@ -7,6 +7,7 @@
 #include <boost/asio.hpp>
 #include <boost/asio/ssl.hpp>
 
+#include "host/QelUtilities/PathText.h"
 #include "tests/support/Tally.h"
 
 namespace qel::test {

@@ -2,8 +2,6 @@
 
 #include <random>
 
-#include "host/QelUtilities/PathText.h"
-
 namespace qel::test {
 
 /// A new directory for this user alone, removed with its contents at the end.
@@ -26,7 +24,10 @@ class TemporaryDirectory {
 
   const std::filesystem::path& path() const { return path_; }
   /// The path in UTF-8.
-  std::string text() const { return utilities::utf8FromPath(path_); }
+  std::string text() const {
+    const std::u8string text = path_.u8string();
+    return {text.begin(), text.end()};
+  }
 
  private:
   std::filesystem::path path_;

@@ -5,6 +5,8 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
+#include "host/QelUtilities/PathText.h"
+
 namespace qel::test {
 namespace {
 

@@ -15,7 +15,7 @@
 namespace qel::tools {
 namespace {
 
-constexpr std::size_t outputBuffer = 65536;
+constexpr std::size_t consoleBuffer = 65536;
 
 /// The console's code page before this program changed it; 0 if there is no console.
 std::atomic<UINT> codePageBefore = 0;
@@ -49,8 +49,12 @@ Utf8Streams::Utf8Streams() {
   for (std::FILE* const stream : {stdin, stdout, stderr}) {
     _setmode(_fileno(stream), _O_BINARY);
   }
-  // Without a buffer, the C library writes to a console byte by byte.
-  std::setvbuf(stdout, nullptr, _IOFBF, outputBuffer);
+  // Without a buffer, the C library writes to a console byte by byte, and splits characters.
+  for (std::FILE* const stream : {stdout, stderr}) {
+    if (_isatty(_fileno(stream)) != 0) {
+      std::setvbuf(stream, nullptr, _IOFBF, consoleBuffer);
+    }
+  }
   codePageBefore = GetConsoleOutputCP();
   SetConsoleOutputCP(CP_UTF8);
   SetConsoleCtrlHandler(restoreAtEnd, TRUE);

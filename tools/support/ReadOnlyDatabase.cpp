@@ -19,6 +19,7 @@ namespace {
 
 constexpr int busyTimeoutInMs = 5000;
 constexpr std::int64_t rowsBetweenReports = 4096;
+constexpr int pagesBetweenChecks = 1024;
 
 /// Whether other rows may still be readable after this error.
 bool isDamage(int code) {
@@ -104,9 +105,12 @@ void ReadOnlyDatabase::openCopy() {
   }
   auto finished = std::move(database_);
   open("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-  auto* const transfer = sqlite3_backup_init(database_.get(), "main", finished.get(), "main");
-  sqlite3_backup_step(transfer, -1);
-  const int code = sqlite3_backup_finish(transfer);
+  std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> transfer(
+      sqlite3_backup_init(database_.get(), "main", finished.get(), "main"), sqlite3_backup_finish);
+  while (sqlite3_backup_step(transfer.get(), pagesBetweenChecks) == SQLITE_OK) {
+    DelayedInterruption::check();
+  }
+  const int code = sqlite3_backup_finish(transfer.release());
   if (code != SQLITE_OK && whyUnreadable_.empty()) {
     fail(code);
   }

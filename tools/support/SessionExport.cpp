@@ -13,6 +13,7 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
+#include "tools/support/DelayedInterruption.h"
 #include "tools/support/PrivateCopy.h"
 #include "tools/support/SessionSource.h"
 
@@ -117,6 +118,7 @@ std::int64_t writeInto(const std::filesystem::path& directory, const Session& se
 
 std::int64_t exportSession(const Session& session, const std::filesystem::path& directory) {
   refuseToOverwrite(directory);
+  const DelayedInterruption untilComplete;
   const TargetDirectory target(directory);
   const PrivateDirectory unfinished(directory);
   const auto rows = writeInto(unfinished.path(), session);

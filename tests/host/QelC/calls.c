@@ -1,6 +1,6 @@
 /* Calls every function of the C interface, also with bad input, and prints what each call returns.
- * Usage: calls SERVER, in a directory with the directories "kept" and "withdrawn". The server must
- * accept connections and never answer. */
+ * Usage: calls SERVER, in a directory with the directories "kept", "withdrawn" and "locked". The
+ * server must accept connections and never answer. */
 #include <pthread.h>
 #include <qel_analytics.h>
 #include <stdatomic.h>
@@ -9,6 +9,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#include <unistd.h>
 
 #define SHOW(call) show(#call, call)
 /* For failures whose text is that of the system. */
@@ -20,6 +21,8 @@ static qel_analytics_handle client;
 static atomic_int notified_in_permission = -1, joined_in_permission = -1;
 static atomic_int released_in_permission = -1, notified_in_log = -1;
 static int created_in_environment = -1;
+static atomic_int is_overflown, may_log_return;
+static _Thread_local int fills_queue;
 static const char* environment_text;
 
 static void show(const char* call, int32_t status) {
@@ -96,7 +99,7 @@ static void show_refused_parameters(void) {
   SHOW(qel_analytics_create(&sound, NULL));
   REFUSED(struct_size = 0);
   REFUSED(struct_size -= 1);
-  REFUSED(struct_size = offsetof(qel_analytics_parameters, installation_id));
+  REFUSED(struct_size = offsetof(qel_analytics_parameters, environment));
   REFUSED(struct_size = 1000000000);
   REFUSED(directory = NULL);
   REFUSED(directory = "");
@@ -125,17 +128,13 @@ static void show_other_sizes(void) {
   newer.known.log_file = "kept"; /* a directory */
   SHOW_STATUS(qel_analytics_create(&newer.known, &client));
   newer.known = sound_parameters("nowhere");
+  newer.known.installation_id = "of a client that was never created";
   SHOW_STATUS(qel_analytics_create(&newer.known, &client));
   newer.known = sound_parameters("kept");
   newer.known.struct_size = sizeof(newer);
   SHOW(qel_analytics_create(&newer.known, &client));
   newer.added = 0;
   SHOW(qel_analytics_create(&newer.known, &client));
-  SHOW(qel_analytics_release(client));
-  newer.known.struct_size = offsetof(qel_analytics_parameters, log_level);
-  newer.known.log_level = -1; /* beyond the end of the older struct */
-  SHOW(qel_analytics_create(&newer.known, &client));
-  SHOW(notify("{\"notify\": \"onHelpAction\", \"name\": \"not allowed\", \"details\": {}}"));
   SHOW(qel_analytics_release(client));
 }
 
@@ -166,6 +165,7 @@ static void show_typed_calls(void) {
   SHOW(qel_analytics_general_event(client, "", "", "", NULL, 0));
   SHOW(qel_analytics_general_event(client, NULL, "b", "c", NULL, 0));
   SHOW(qel_analytics_general_event(client, "a", "b", "c", NULL, 1));
+  SHOW(qel_analytics_general_event(client, "a", "b", "c", details, UINT32_MAX));
   SHOW(qel_analytics_general_event(client, "a", "b", "c", &null_value, 1));
   SHOW(qel_analytics_general_event(client, "a", "b", "c", &bad_key, 1));
   SHOW(qel_analytics_command_started(client, "1", "Wall", 4, details, 1));
@@ -174,6 +174,7 @@ static void show_typed_calls(void) {
   SHOW(qel_analytics_application_started(client, "1.0"));
   SHOW(qel_analytics_application_stopped(client, "1.0"));
   SHOW(qel_analytics_application_crashed(client, "1.0", -1073741819));
+  SHOW(notify("{\"notify\": \"onApplicationCrashed\", \"text\": \"1.0\", \"code\": 3221225477}"));
   SHOW(qel_analytics_application_crashed(client, "\xFF", 0));
 }
 
@@ -254,6 +255,46 @@ static void show_withdrawal(void) {
   SHOW_STATUS(qel_analytics_remove_recordings("nowhere"));
 }
 
+static int32_t allow_after_overflow(void* context) {
+  (void)context;
+  while (!fills_queue && !is_overflown) {
+    usleep(10000);
+  }
+  return 1;
+}
+
+static void log_until_released(void* context, int32_t level, const char* logger,
+                               const char* message) {
+  (void)context, (void)level, (void)logger, (void)message;
+  while (!may_log_return) {
+    usleep(10000);
+  }
+}
+
+/* Another program keeps the support database of "locked" locked. */
+static void show_losses(void) {
+  int32_t status = QEL_ANALYTICS_OK;
+  qel_analytics_parameters parameters = sound_parameters("withdrawn");
+  parameters.release_limit = 500;
+  parameters.is_support_allowed = allow_after_overflow;
+  parameters.log = log_until_released;
+  SHOW(qel_analytics_create(&parameters, &client));
+  fills_queue = 1;
+  while (status == QEL_ANALYTICS_OK) {
+    status = qel_analytics_application_started(client, "");
+  }
+  is_overflown = 1;
+  show("overflow", status);
+  SHOW(qel_analytics_join(client));
+  SHOW(qel_analytics_release(client));
+  may_log_return = 1;
+  parameters = sound_parameters("locked");
+  parameters.release_limit = 500;
+  SHOW(qel_analytics_create(&parameters, &client));
+  SHOW(qel_analytics_application_started(client, ""));
+  SHOW_STATUS(qel_analytics_release(client));
+}
+
 int main(int count, char** values) {
   if (count != 2) {
     return 2;
@@ -267,6 +308,7 @@ int main(int count, char** values) {
   show_other_sizes();
   show_session(values[1]);
   show_withdrawal();
+  show_losses();
   printf("statuses: %s, %s, %s\n", qel_analytics_status_text(QEL_ANALYTICS_OK),
          qel_analytics_status_text(QEL_ANALYTICS_CALLBACK_RUNNING), qel_analytics_status_text(-1));
 

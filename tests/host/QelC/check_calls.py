@@ -43,8 +43,10 @@ def differences(name, actual):
 
 
 with tempfile.TemporaryDirectory() as directory, socket.create_server(("127.0.0.1", 0)) as silent:
-    for name in ("kept", "withdrawn"):
+    for name in ("kept", "withdrawn", "locked"):
         pathlib.Path(directory, name).mkdir()
+    locked = sqlite3.connect(pathlib.Path(directory, "locked/SupportDatabase.db"), isolation_level=None)
+    locked.execute("BEGIN EXCLUSIVE")
     address = "127.0.0.1:%d" % silent.getsockname()[1]
     run = subprocess.run([*sys.argv[1:], address], cwd=directory, stdout=subprocess.PIPE, check=True, timeout=100)
     printed = run.stdout.decode("utf-8", "backslashreplace").replace("\r\n", "\n")

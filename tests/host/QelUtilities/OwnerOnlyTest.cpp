@@ -39,10 +39,7 @@ TEST(OwnerOnlyTest, DoesNotFollowASymbolicLink) {
   const test::TemporaryDirectory temporary;
   const fs::path link = temporary.path() / "link";
   std::error_code error;
-  fs::create_symlink(temporary.path() / "target", link, error);
-  if (error) {
-    GTEST_SKIP() << "no symbolic links here: " << error.message();
-  }
+  fs::create_symlink(temporary.path() / "target", link);
   EXPECT_FALSE(createForOwnerAlone(link, error));
   EXPECT_FALSE(error);
   EXPECT_FALSE(fs::exists(temporary.path() / "target"));
