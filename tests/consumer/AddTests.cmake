@@ -70,7 +70,3 @@ if(QEL_DPKG_DEB)
            COMMAND ${consumerSource}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
                    ${consumerBuild}/debian)
 endif()
-
-get_property(adoptionTests DIRECTORY PROPERTY TESTS)
-list(FILTER adoptionTests INCLUDE REGEX "^Adoption\\.")
-set_tests_properties(${adoptionTests} PROPERTIES LABELS adoption)

@@ -12,12 +12,6 @@ using utilities::Patience;
 /// A call waits for a quarter of a second; the rest is a reserve for a busy machine.
 const auto longestCall = effort(450ms, 300ms);
 
-steady_clock::duration timeOf(const std::function<void()>& call) {
-  const auto begin = steady_clock::now();
-  call();
-  return steady_clock::now() - begin;
-}
-
 /// Both databases, which another process can hold.
 class HeldFileTest : public DatabaseDirectory {
  protected:

@@ -15,9 +15,9 @@ using namespace log::analytics;
 class MemoryDatabaseClient : public CipDatabaseClientInterface {
  public:
   /// Called before a batch is stored; may throw or block.
-  std::function<void()> beforeBatch;
+  std::function<void()> beforeBatch = [] {};
   /// Called before rows are read; may throw.
-  std::function<void()> beforeRead;
+  std::function<void()> beforeRead = [] {};
   std::atomic<int> vacuums = 0;
 
   /// The texts of the table's rows, by ascending ID.
@@ -38,17 +38,13 @@ class MemoryDatabaseClient : public CipDatabaseClientInterface {
     }
   }
   void insertMultiple(const std::vector<std::pair<std::string, Table>>& batch) override {
-    if (beforeBatch) {
-      beforeBatch();
-    }
+    beforeBatch();
     for (const auto& [json, table] : batch) {
       insertMultiple({json}, table);
     }
   }
   std::pair<Table, RowMap> getAll(Table table) override {
-    if (beforeRead) {
-      beforeRead();
-    }
+    beforeRead();
     const std::lock_guard lock(mutex_);
     return {table, rows_[table]};
   }

@@ -16,11 +16,10 @@ constexpr auto exitDeadline = 500ms;
 
 /// Releases a session under the exit deadline. The time that it took.
 inline auto releaseTime(std::unique_ptr<Session> session) {
-  const auto begin = steady_clock::now();
   utilities::setExitDeadline(exitDeadline);
-  session.reset();
+  const auto time = timeOf([&] { session.reset(); });
   utilities::setExitDeadline(std::nullopt);
-  return steady_clock::now() - begin;
+  return time;
 }
 
 inline ServerOptions answering(const Reply& reply) {

@@ -24,7 +24,7 @@ class StalledErrors {
     EXPECT_EQ(pipe(ends_.data()), 0);
     const auto size = static_cast<std::size_t>(fcntl(ends_[1], F_SETPIPE_SZ, 1));  // rounded up
 #endif
-    EXPECT_GT(write(ends_[1], std::string(size, '\n').data(), size), 0);
+    EXPECT_GT(::write(ends_[1], std::string(size, '\n').data(), size), 0);
     dup2(ends_[1], 2);
   }
   ~StalledErrors() {
@@ -44,7 +44,7 @@ class StalledErrors {
     std::string text;
     std::array<char, 4096> part{};
     while (text.find(last) == std::string::npos) {
-      const auto size = read(ends_[0], part.data(), part.size());
+      const auto size = ::read(ends_[0], part.data(), part.size());
       text.append(part.data(), static_cast<std::size_t>(size));
     }
     return text;

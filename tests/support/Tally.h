@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -11,6 +12,12 @@ using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
 constexpr auto hangingTest = 30s;  ///< longer than a test waits that does not hang
+
+inline steady_clock::duration timeOf(const std::function<void()>& call) {
+  const auto begin = steady_clock::now();
+  call();
+  return steady_clock::now() - begin;
+}
 
 /// Waits for a condition that nothing announces. Whether it held once.
 template <typename Condition>

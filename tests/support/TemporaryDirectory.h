@@ -1,6 +1,8 @@
 #pragma once
 
+#include <filesystem>
 #include <random>
+#include <string>
 
 namespace qel::test {
 

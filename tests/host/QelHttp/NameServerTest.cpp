@@ -7,12 +7,8 @@
 #include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/ScopeGuard.h"
 
-namespace {
-
-std::promise<void> lookUpBegan;
-std::promise<void> lookUpMayEnd;
-
-}  // namespace
+static std::promise<void> lookUpBegan;
+static std::promise<void> lookUpMayEnd;
 
 /// Replaces the system's function: no test looks a name up, and one name takes forever.
 extern "C" int getaddrinfo(const char* name, const char*, const addrinfo*, addrinfo**) {
@@ -24,7 +20,6 @@ extern "C" int getaddrinfo(const char* name, const char*, const addrinfo*, addri
 }
 
 namespace qel::protocol::https {
-namespace {
 
 TEST(NameServerTest, AnExitDeadlineEndsAWaitForANameServer) {
   const auto post = [] {
@@ -44,5 +39,4 @@ TEST(NameServerTest, AnExitDeadlineEndsAWaitForANameServer) {
   EXPECT_EQ(posting.get(), "posting to slow.example failed: the exit deadline has passed");
 }
 
-}  // namespace
 }  // namespace qel::protocol::https

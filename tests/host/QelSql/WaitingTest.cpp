@@ -1,4 +1,5 @@
 #include "tests/host/QelSql/SqlDatabaseAdapterTest.h"
+#include "tests/support/Tally.h"
 
 namespace qel::db::sql {
 
@@ -7,10 +8,7 @@ TEST_F(SqlDatabaseAdapterTest, WaitsInOneCallAsLongAsThePatienceOfTheThreadLasts
   SqlDatabaseAdapter other(file_);
   EXPECT_TRUE(other.execute("BEGIN EXCLUSIVE").boSuccess());
   const auto expectGivenUp = [&](const std::function<void()>& call) {
-    const auto begin = std::chrono::steady_clock::now();
-    call();
-    EXPECT_THAT(std::chrono::steady_clock::now() - begin,
-                AllOf(Ge(250ms), Lt(onWindows ? 1000ms : 450ms)));
+    EXPECT_THAT(timeOf(call), AllOf(Ge(250ms), Lt(onWindows ? 1000ms : 450ms)));
   };
   const auto read = [&] { return database.errorOf("SELECT * FROM T"); };
   const std::string locked = "database is locked by another connection, and this thread";

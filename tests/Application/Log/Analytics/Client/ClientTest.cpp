@@ -13,7 +13,6 @@
 #include "tests/support/Tally.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using std::chrono::seconds;
 using std::chrono::steady_clock;
@@ -134,5 +133,4 @@ TEST(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllAfterThem) 
   EXPECT_THAT(database.texts(Items), ElementsAre("late", "late"));
 }
 
-}  // namespace
 }  // namespace qel::log::analytics

@@ -38,7 +38,7 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   MemoryStorage storage;
   auto& databases = storage.initialized();
   storage.sending->beforeBatch = [&] {
-    storage.sending->beforeBatch = {};
+    storage.sending->beforeBatch = [] {};
     insert(databases, "meanwhile");
     assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
   };

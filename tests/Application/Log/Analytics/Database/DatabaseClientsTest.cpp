@@ -12,7 +12,6 @@
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using namespace testing;
 
@@ -139,5 +138,4 @@ TEST_F(DatabaseClientsTest, AnExportCopiesExactlyTheRowsOfTheSession) {
   EXPECT_TRUE(exporter.exportLastSessionToSqliteFile("ST", target)) << "without an environment";
 }
 
-}  // namespace
 }  // namespace qel::log::analytics

@@ -6,7 +6,6 @@
 #include "tests/support/Tally.h"
 
 namespace qel::log::analytics::reports {
-namespace {
 
 using namespace std::chrono_literals;
 using datetime::DateTime;
@@ -89,5 +88,4 @@ TEST(CrashReadableSamplesTest, HoldsTheFirstUpToItsCapacitySinceTheLastClear) {
   }
 }
 
-}  // namespace
 }  // namespace qel::log::analytics::reports
