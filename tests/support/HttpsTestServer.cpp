@@ -2,6 +2,7 @@
 
 #include <list>
 #include <optional>
+#include <utility>
 
 #include <boost/asio.hpp>
 #include <boost/asio/ssl.hpp>
