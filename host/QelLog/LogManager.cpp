@@ -34,11 +34,9 @@ class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details:
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    standardError_.write({line.data(), line.size()});
+    utilities::writeToStandardError({line.data(), line.size()});
   }
   void flush_() override {}
-
-  const utilities::StandardError standardError_;
 };
 
 /// Passes messages to the program.

@@ -10,7 +10,6 @@
 
 #include "Core/Utilities/Threads/Sleeper.h"
 #include "host/QelUtilities/Mutex.h"
-#include "host/QelUtilities/StandardError.h"
 
 namespace qel::util {
 
@@ -72,8 +71,7 @@ class ThreadedLoop {
   void start(Work work);
   void stopAndJoin();
   static void run(const Work& work, Sleeper& sleeper);
-  static bool invoke(const utilities::StandardError& standardError, const std::type_info& type,
-                     const std::function<bool()>& function);
+  static bool invoke(const std::type_info& type, const std::function<bool()>& function);
   static void debuggerBreak();
 
   utilities::Mutex sleeperMutex_;
