@@ -28,8 +28,8 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// Writes nothing if memory allocation fails or writing would block, because the worker must not
-/// wait for a reader of standard error.
+/// Writes nothing if memory allocation fails. Outside Windows, also writes nothing if writing would
+/// block. On Windows, the worker waits for a full pipe or a console in selection mode.
 void reportFailure(const std::type_info& type, std::string_view separator,
                    const char* message) noexcept try {
   std::string line = "Assert in ThreadedLoop(" + utilities::typeName(type);
