@@ -103,5 +103,25 @@ TEST(LogManagerTest, KeepsFilesToTheirOwnerAlsoAfterARotation) {
   EXPECT_GT(files, 1);
 }
 
+TEST(LogManagerTest, CreatesTheTargetOfALinkAndOpensTheFileAgainAfterAFailedRotation) {
+  const test::TemporaryDirectory directory;
+  const auto folder = directory.path() / "folder";
+  const auto file = folder / "log";
+  std::filesystem::create_directory(folder);
+  std::filesystem::create_symlink(directory.path() / "target", file);
+  LogManager::instance().configure({.standardError = false, .file = file, .largestFile = 1000});
+  logMessage("first");
+  EXPECT_THAT(test::loggedIn(file), EndsWith(": first\n"));
+  EXPECT_TRUE(test::isForOwnerAlone(directory.path() / "target"));
+  std::filesystem::remove_all(folder);
+  test::write(folder, "not a directory");
+  logMessage(std::string(1000, 'x'));
+  logMessage("lost");
+  test::waitForTheLog();
+  std::filesystem::remove(folder);
+  logMessage("last");
+  EXPECT_THAT(test::loggedIn(file), AllOf(EndsWith(": last\n"), Not(HasSubstr("lost"))));
+}
+
 }  // namespace
 }  // namespace qel::log
