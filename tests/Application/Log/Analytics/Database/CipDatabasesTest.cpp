@@ -38,9 +38,9 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   MemoryStorage storage;
   auto& databases = storage.initialized();
   storage.sending->beforeBatch = [&] {
-    storage.sending->beforeBatch = [] {};
     insert(databases, "meanwhile");
     assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
+    storage.sending->beforeBatch = [] {};  // destroys this callable
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
