@@ -16,7 +16,7 @@ std::vector<std::string> utf8Arguments(int count, const char* const* values);
 class Utf8Streams {
  public:
   Utf8Streams();
-  ~Utf8Streams();
+  ~Utf8Streams();  // NOLINT(performance-trivially-destructible): not trivial on Windows
 
   Utf8Streams(const Utf8Streams&) = delete;
   Utf8Streams& operator=(const Utf8Streams&) = delete;
