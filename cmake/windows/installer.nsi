@@ -1,6 +1,6 @@
 ; The installer for one user. It needs no administrator's rights and changes only its folder and the user's list of
-; installed programs. VERSION and OUTPUT are defined on the command line, the macros InstallFiles, DeleteFiles and
-; RemoveFolders in files.nsh. `/S` installs and removes silently, `/D=FOLDER` as the last argument selects another folder.
+; installed programs. VERSION and OUTPUT are defined on the command line, the macros with lists of files in files.nsh.
+; `/S` installs and removes silently, `/D=FOLDER` as the last argument selects another folder.
 Target amd64-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel user
@@ -22,6 +22,11 @@ VIAddVersionKey CompanyName QEL
 VIAddVersionKey LegalCopyright ""
 
 !include files.nsh
+
+!macro AbortIfInUse
+  IfErrors 0 +2
+    Abort "Some files are in use. End the programs that use them, and try again."
+!macroend
 
 Page directory
 Page instfiles
@@ -53,9 +58,10 @@ SectionEnd
 Section Uninstall
   SetOutPath "$TEMP"
   ClearErrors
+  !insertmacro OpenPrograms ; fails if one of them runs; then nothing is removed
+  !insertmacro AbortIfInUse
   !insertmacro DeleteFiles
-  IfErrors 0 +2
-    Abort "Some files are in use. End the programs that use them, and try again."
+  !insertmacro AbortIfInUse
   Delete "$INSTDIR\uninstall.exe"
   !insertmacro RemoveFolders
   RMDir "$INSTDIR"

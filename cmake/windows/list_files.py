@@ -39,6 +39,10 @@ def nsis_list(root):
         yield f'SetOutPath "{place(folder)}"'
         yield from (f'File "{file}"' for file in files_in(folder))
     yield "!macroend"
+    yield "!macro OpenPrograms"
+    for program in (file for folder in folders for file in files_in(folder) if file.suffix in (".dll", ".exe")):
+        yield f'IfFileExists "{place(program)}" 0 +3\nFileOpen $0 "{place(program)}" a\nFileClose $0'
+    yield "!macroend"
     yield "!macro DeleteFiles"
     yield from (f'Delete "{place(file)}"' for folder in folders for file in files_in(folder))
     yield "!macroend"

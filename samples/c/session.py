@@ -22,9 +22,15 @@ class Parameters(ctypes.Structure):
                 ("is_support_allowed", PERMISSION), ("log", LOG), ("environment", ENVIRONMENT)]
 
 
+class Detail(ctypes.Structure):
+    _fields_ = [("key", c_char_p), ("value", c_char_p)]
+
+
 library = ctypes.CDLL(os.environ["QEL_ANALYTICS_LIBRARY"])
 library.qel_analytics_last_error.restype = c_char_p
 library.qel_analytics_notify.argtypes = [c_uint64, c_char_p]
+library.qel_analytics_general_event.argtypes = [c_uint64, c_char_p, c_char_p, c_char_p, ctypes.POINTER(Detail),
+                                                c_uint32]
 library.qel_analytics_release.argtypes = [c_uint64]
 
 
@@ -46,8 +52,9 @@ parameters = Parameters(
 client = c_uint64()
 check(library.qel_analytics_create(ctypes.byref(parameters), ctypes.byref(client)))
 try:
-    event = {"notify": "onGeneralAction", "category": "License", "subcategory": "Network", "event": "Borrowed",
-             "details": {"Days": "14"}}
-    check(library.qel_analytics_notify(client, json.dumps(event).encode()))
+    details = (Detail * 1)(Detail(b"Days", b"14"))
+    check(library.qel_analytics_general_event(client, b"License", b"Network", b"Borrowed", details, len(details)))
+    action = {"notify": "onHelpAction", "name": "Start page", "details": {}}
+    check(library.qel_analytics_notify(client, json.dumps(action).encode()))
 finally:
     check(library.qel_analytics_release(client))  # until then, "parameters" keeps the callbacks alive

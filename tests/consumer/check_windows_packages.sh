@@ -102,6 +102,19 @@ installer() {
   esac
 }
 
+# While a program runs, the installer by NSIS must change nothing.
+refuse_while_in_use() {
+  rm -rf data
+  mkdir data
+  echo '{"wait": 300}' >script
+  timeout 300 /usr/lib/wine/wine64 "$folder/bin/qel-sample-host.exe" --directory data --session script >/dev/null 2>&1 &
+  run timeout 60 sh -c 'until test -e data/Databases.lock; do sleep 0.1; done'
+  timeout 300 /usr/lib/wine/wine64 "$packages"/*.exe /S && fail "a running program has been replaced"
+  run diff -r --exclude uninstall.exe "$unpacked" "$folder"
+  kill $!
+  wait $! || true
+}
+
 # check_installer KIND: installs twice, as a repair does, and removes. Only a file of the user may remain.
 check_installer() {
   state >before
@@ -109,6 +122,7 @@ check_installer() {
   installer "$1" /i
   run diff -r --exclude uninstall.exe "$unpacked" "$folder"
   use_programs "$folder/bin"
+  [[ $1 == msi ]] || refuse_while_in_use
   echo mine >"$folder/lib/mine"
   installer "$1" /x
   /usr/lib/wine/wineserver -w # the uninstaller ends before its work is done

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/QelUtilities/PathText.h"
 #include "tests/faults/Effort.h"
 #include "tests/support/Logged.h"
 #include "tests/support/Query.h"

@@ -1,5 +1,6 @@
 #include "tools/support/DelayedInterruption.h"
 
+#include <array>
 #include <csignal>
 
 #include "host/QelUtilities/Exception.h"
@@ -7,7 +8,7 @@
 namespace qel::support {
 namespace {
 
-constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
 }  // namespace
 
