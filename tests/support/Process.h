@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <utility>
 
 #include <sys/wait.h>
 
