@@ -5,11 +5,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#ifdef _WIN32
-#include <io.h>
-#else
 #include <unistd.h>
-#endif
 
 namespace qel::test {
 

@@ -8,7 +8,6 @@
 #include "tests/support/Tally.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using test::MemoryStorage;
 using namespace testing;
@@ -38,9 +37,9 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   MemoryStorage storage;
   auto& databases = storage.initialized();
   storage.sending->beforeBatch = [&] {
-    storage.sending->beforeBatch = [] {};
     insert(databases, "meanwhile");
     assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
+    storage.sending->beforeBatch = [] {};
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
@@ -86,5 +85,4 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
   utilities::debugger::Debugger::setHook({});
 }
 
-}  // namespace
 }  // namespace qel::log::analytics
