@@ -36,10 +36,11 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   const test::AssertionRecorder assertions;
   MemoryStorage storage;
   auto& databases = storage.initialized();
-  storage.sending->beforeBatch = [&] {
-    insert(databases, "meanwhile");
-    assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
-    storage.sending->beforeBatch = [] {};
+  storage.sending->beforeBatch = [&, batches = 0]() mutable {
+    if (++batches == 1) {
+      insert(databases, "meanwhile");
+      assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
+    }
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
