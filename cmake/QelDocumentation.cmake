@@ -39,6 +39,7 @@ doxygen_add_docs(
   QelDocumentation
   docs/index.md
   docs/embed-it.md
+  docs/windows.md
   docs/c-interface.md
   docs/own-host-framework.md
   docs/settings.md

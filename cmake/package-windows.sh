@@ -90,7 +90,7 @@ pack() {
 }
 
 case ${1:-all} in
-  all) stage && pack ;;
+  all) stage; pack ;;
   stage) stage ;;
   pack) pack "${@:2}" ;;
   *)

@@ -25,7 +25,7 @@ VIAddVersionKey LegalCopyright ""
 
 !macro AbortIfInUse
   IfErrors 0 +2
-    Abort "Some files are in use. End the programs that use them, and try again."
+    Abort "Some files cannot be written or are in use. End the programs that use them, and try again."
 !macroend
 
 Page directory
@@ -40,7 +40,9 @@ Section
     IntCmp $0 0 +2
       Abort "The installed version cannot be removed. End the programs that use it."
 
+  ClearErrors
   !insertmacro InstallFiles
+  !insertmacro AbortIfInUse
   WriteUninstaller "$INSTDIR\uninstall.exe"
   WriteRegStr HKCU "${LIST_ENTRY}" DisplayName "${NAME}"
   WriteRegStr HKCU "${LIST_ENTRY}" DisplayVersion "${VERSION}"

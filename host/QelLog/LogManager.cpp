@@ -15,6 +15,10 @@
 
 #include <io.h>
 #include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 #include "host/QelLog/LogQueue.h"
@@ -34,11 +38,9 @@ class StandardErrorSink final : public spdlog::sinks::base_sink<spdlog::details:
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    standardError_.write({line.data(), line.size()});
+    utilities::writeToStandardError({line.data(), line.size()});
   }
   void flush_() override {}
-
-  const utilities::StandardError standardError_;
 };
 
 /// Passes messages to the program.
@@ -71,29 +73,79 @@ class ReceiverSink final : public spdlog::sinks::base_sink<spdlog::details::null
 void createLogFile(const std::filesystem::path& file) {
   std::error_code error;
   std::filesystem::create_directories(file.parent_path(), error);
-  if (!utilities::createForOwnerAlone(file, error) && error) {
+#ifdef _WIN32
+  const bool exists = utilities::createForOwnerAlone(file, error) || !error;
+#else
+  // Unlike `createForOwnerAlone`, also creates the missing target of a symbolic link.
+  const int opened = ::open(file.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  error = utilities::lastSystemError();
+  const bool exists = opened != -1 && close(opened) == 0;
+#endif
+  if (!exists) {
     throw spdlog::spdlog_ex(utilities::systemMessage(error));
   }
 }
 
-spdlog::sink_ptr makeFileSink(const LogSettings& settings) {
-  spdlog::file_event_handlers handlers;
-  handlers.before_open = createLogFile;
-#ifdef _WIN32
-  // Windows does not rename a file that a child process has inherited.
-  handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
-    SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))),
-                         HANDLE_FLAG_INHERIT, 0);
-  };
-#endif
-  try {
-    return std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-        settings.file.native(), settings.largestFile, settings.olderFiles, false, handlers);
-  } catch (const spdlog::spdlog_ex& failure) {
-    throw qel::exception("cannot open the log file " + utilities::utf8FromPath(settings.file) +
-                         ": " + failure.what());
-  }
+std::unique_ptr<spdlog::formatter> lineFormat() {
+  return std::make_unique<spdlog::pattern_formatter>("%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v",
+                                                     spdlog::pattern_time_type::utc, "\n");
 }
+
+/// Opens the file again after a failure. A sink of spdlog whose rotation failed has no open file,
+/// and would crash at the next message.
+class FileSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  explicit FileSink(const LogSettings& settings)
+      : file_(utilities::plainPath(settings.file)),
+        largestFile_(settings.largestFile),
+        olderFiles_(settings.olderFiles) {
+    open();
+  }
+
+ private:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    if (!sink_) {
+      open();
+    }
+    try {
+      sink_->log(message);
+    } catch (...) {
+      sink_ = nullptr;
+      throw;
+    }
+  }
+
+  void flush_() override {
+    if (sink_) {
+      sink_->flush();
+    }
+  }
+
+  void open() {
+    spdlog::file_event_handlers handlers;
+    handlers.before_open = createLogFile;
+#ifdef _WIN32
+    // Windows does not rename a file that a child process has inherited.
+    handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
+      SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))),
+                           HANDLE_FLAG_INHERIT, 0);
+    };
+#endif
+    try {
+      sink_ = std::make_shared<spdlog::sinks::rotating_file_sink_st>(file_.native(), largestFile_,
+                                                                     olderFiles_, false, handlers);
+    } catch (const spdlog::spdlog_ex& failure) {
+      throw qel::exception("cannot open the log file " + utilities::utf8FromPath(file_) + ": " +
+                           failure.what());
+    }
+    sink_->set_formatter(lineFormat());
+  }
+
+  const std::filesystem::path file_;
+  const std::size_t largestFile_;
+  const std::size_t olderFiles_;
+  spdlog::sink_ptr sink_;  ///< null after a failure
+};
 
 LogQueue::Sinks makeSinks(const LogSettings& settings) {
   LogQueue::Sinks sinks;
@@ -101,14 +153,13 @@ LogQueue::Sinks makeSinks(const LogSettings& settings) {
     sinks.push_back(std::make_shared<StandardErrorSink>());
   }
   if (!settings.file.empty()) {
-    sinks.push_back(makeFileSink(settings));
+    sinks.push_back(std::make_shared<FileSink>(settings));
   }
   if (settings.receiver) {
     sinks.push_back(std::make_shared<ReceiverSink>(settings.receiver));
   }
   for (const auto& sink : sinks) {
-    sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
-        "%Y-%m-%dT%H:%M:%S.%eZ %l %n: %v", spdlog::pattern_time_type::utc, "\n"));
+    sink->set_formatter(lineFormat());
   }
   return sinks;
 }

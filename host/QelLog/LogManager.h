@@ -16,8 +16,8 @@ struct LogSettings {
   /// Messages below this level are dropped.
   int lowestLevel = Level::Warning;
   /// Whether messages go to standard error, even if there is a log file. On Windows, they go to
-  /// what standard error is when these settings are set, also if the host closes or replaces it
-  /// later.
+  /// what standard error was when the library QelUtilities was loaded, also if the host closes or
+  /// replaces it later.
   bool standardError = true;
   /// The path of the log file. If it is empty, no file is written. Only the owner may read the
   /// file, because messages may quote what customers typed.

@@ -18,7 +18,7 @@ namespace {
 
 using utilities::Patience;
 
-/// Longer than any claim of a client that is being released, and far from an overflow.
+/// Longer than any claim of a client that is being released, and far from an overflow of the clock.
 constexpr std::chrono::hours longestWait{1};
 
 std::string quoted(const std::filesystem::path& path) {
@@ -60,7 +60,8 @@ class Claims {
   }
 
  private:
-  /// Waits at most as long as the thread's patience lasts.
+  /// Waits beyond the exit deadline, because recordings must be removable after it. The claims that
+  /// are waited for end soon after it.
   void waitUntilUnclaimed(utilities::MutexLock& lock, const std::filesystem::path& directory)
       QEL_REQUIRES(mutex_) {
     const auto patience = std::min<Patience::Duration>(Patience::left(), longestWait);

@@ -18,7 +18,7 @@ class DirectoryClaim {
   /// in the directory. Also throws if another process has claimed the directory, or if this process
   /// has another claim and one of the two claims is exclusive. An exclusive claim first waits for
   /// the end of this process's other claims, as long as the thread's patience lasts
-  /// (`utilities::Patience`).
+  /// (`utilities::Patience`), but at most one hour. The exit deadline does not end this wait.
   explicit DirectoryClaim(const std::filesystem::path& directory, Kind kind = Kind::Shared);
   ~DirectoryClaim();
 

@@ -20,10 +20,11 @@ LockFile::LockFile(const std::filesystem::path& directory) : path_(directory / l
                                  utilities::systemMessage(error));
 }
 
-/// Another process may remove the recordings, with the lock file, between opening and locking.
+/// Another process may remove the recordings, with the lock file, before it is opened or locked.
 std::error_code LockFile::openAndLock() {
+  std::error_code error;
   for (int attempts = 100; attempts > 0; --attempts) {
-    std::error_code error = open();
+    error = open();
     if (!error) {
       // An existing lock file does not prove that journals can be created in the directory.
       error = tryToCreateFiles();
@@ -31,12 +32,14 @@ std::error_code LockFile::openAndLock() {
     if (!error) {
       error = lock();
     }
-    if (error || isStillInPlace()) {
+    const bool isRemoved =
+        error ? error == std::errc::no_such_file_or_directory : !isStillInPlace();
+    if (!isRemoved) {
       return error;
     }
     close();
   }
-  return std::make_error_code(std::errc::device_or_resource_busy);
+  return error ? error : std::make_error_code(std::errc::device_or_resource_busy);
 }
 
 }  // namespace qel::db::sql

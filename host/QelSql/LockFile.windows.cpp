@@ -1,5 +1,8 @@
 #include "host/QelSql/LockFile.h"
 
+#include <atomic>
+#include <string>
+
 #include <windows.h>
 
 #include "host/QelUtilities/OwnerOnly.h"
@@ -11,8 +14,12 @@ namespace {
 /// Other handles may delete the file, as those of `removeRecordings` do while it is locked.
 constexpr DWORD sharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-/// Deleted when it is closed.
-constexpr const wchar_t* trialFileName = L"Databases.trial";
+/// A new name for each trial, because a virus scanner may delay the deletion of the last file.
+std::wstring newTrialFileName() {
+  static std::atomic<unsigned> trials{0};
+  return L"Databases.trial-" + std::to_wstring(GetCurrentProcessId()) + L'-' +
+         std::to_wstring(++trials);
+}
 
 std::error_code errorIf(bool hasFailed) {
   return hasFailed ? utilities::lastSystemError() : std::error_code();
@@ -36,15 +43,17 @@ std::error_code LockFile::open() {
   if (error) {
     return error;
   }
+  // Not created here, because the file would inherit its access rights.
   file_ =
       reinterpret_cast<Handle>(CreateFileW(path_.c_str(), GENERIC_READ | GENERIC_WRITE, sharedByAll,
-                                           nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+                                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   return errorIf(handleOf(file_) == INVALID_HANDLE_VALUE);
 }
 
-/// The access rights of a directory cannot be evaluated with certainty, so a file is created.
+/// The access rights of a directory cannot be evaluated with certainty, so an empty file is
+/// created. It is deleted when it is closed, also by the end of the process.
 std::error_code LockFile::tryToCreateFiles() const {
-  const HANDLE trial = CreateFileW((path_.parent_path() / trialFileName).c_str(),
+  const HANDLE trial = CreateFileW((path_.parent_path() / newTrialFileName()).c_str(),
                                    GENERIC_WRITE | DELETE, sharedByAll, nullptr, OPEN_ALWAYS,
                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
   const auto error = errorIf(trial == INVALID_HANDLE_VALUE);

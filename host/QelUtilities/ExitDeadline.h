@@ -5,9 +5,12 @@
 
 namespace qel::utilities {
 
-/// Sets a deadline for every wait in this process. When the deadline passes, exchanges in flight
-/// end within a fraction of a second, and statements stop waiting for a locked database. Later
-/// waits fail at once.
+/// Sets a deadline for all waits of this process for the network and for locked databases. When the
+/// deadline passes, exchanges in flight end within a fraction of a second, and statements stop
+/// waiting. Later waits fail at once.
+///
+/// **Exception.** An exclusive claim of a directory, as made by `removeRecordings`, still waits for
+/// the claims of this process. A customer's recordings can so be removed after the deadline.
 ///
 /// **Values.** A later call replaces the deadline. An empty value removes the deadline. Zero or
 /// less means now.

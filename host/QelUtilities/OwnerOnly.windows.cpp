@@ -41,13 +41,14 @@ std::wstring userOfProcess() {
 }
 
 /// A security descriptor that gives full access to this process's user and to the system account,
-/// and inherits nothing. `flags` are the inheritance flags of its entries.
+/// and inherits nothing. It names no owner, because a server may refuse an owner that it does not
+/// know. `flags` are the inheritance flags of its entries.
 class OwnerRights {
  public:
   explicit OwnerRights(const std::wstring& flags) {
     const std::wstring user = userOfProcess();
     const std::wstring entry = L"(A;" + flags + L";FA;;;";
-    const std::wstring text = L"O:" + user + L"D:P" + entry + L"SY)" + entry + user + L")";
+    const std::wstring text = L"D:P" + entry + L"SY)" + entry + user + L")";
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     if (!user.empty() && ConvertStringSecurityDescriptorToSecurityDescriptorW(
                              text.c_str(), SDDL_REVISION_1, &descriptor, nullptr) != 0) {

@@ -10,7 +10,7 @@ namespace qel::utilities {
 /// `plainPath`.
 std::filesystem::path pathFromUtf8(const std::string& text);
 
-/// The UTF-8 text of a path.
+/// The UTF-8 text of a path. On Windows, half of a surrogate pair becomes U+FFFD.
 std::string utf8FromPath(const std::filesystem::path& path);
 
 /// On Windows, removes the prefix "\\?\" of a path that names the same file without the prefix.

@@ -5,6 +5,8 @@
 
 namespace qel::utilities {
 
+std::string utf8FromPath(const std::filesystem::path& path) { return path.native(); }
+
 std::filesystem::path plainPath(const std::filesystem::path& path) { return path; }
 
 std::filesystem::path absolutePath(const std::filesystem::path& path) {

@@ -35,6 +35,17 @@ std::wstring fullName(const std::wstring& path) {
 
 }  // namespace
 
+std::string utf8FromPath(const std::filesystem::path& path) {
+  constexpr std::size_t mostBytes = 3;  // of one UTF-16 unit
+  const std::wstring& units = path.native();
+  std::string text(units.size() * mostBytes, '\0');
+  const int length =
+      WideCharToMultiByte(CP_UTF8, 0, units.data(), static_cast<int>(units.size()), text.data(),
+                          static_cast<int>(text.size()), nullptr, nullptr);
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
 std::filesystem::path plainPath(const std::filesystem::path& path) {
   constexpr std::wstring_view prefix = LR"(\\?\)";
   constexpr std::wstring_view serverPrefix = LR"(\\?\UNC\)";

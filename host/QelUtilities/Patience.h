@@ -21,6 +21,7 @@ class Patience {
 
   /// When a worker must stop. Set by another thread; `neverStop` until then.
   using StopTime = std::atomic<std::chrono::steady_clock::time_point>;
+  /// The stop time of a thread that nothing stops.
   static constexpr auto neverStop = std::chrono::steady_clock::time_point::max();
 
   /// The patience of a worker, which may wait without a limit.

@@ -8,11 +8,7 @@
 
 namespace qel::utilities {
 
-StandardError::StandardError() noexcept = default;
-
-StandardError::~StandardError() = default;
-
-void StandardError::write(std::string_view text) const {
+void writeToStandardError(std::string_view text) {
   while (!text.empty()) {
     const auto count = ::write(STDERR_FILENO, text.data(), text.size());
     if (count >= 0) {
@@ -26,7 +22,7 @@ void StandardError::write(std::string_view text) const {
   }
 }
 
-void StandardError::writeLine(std::string line) const {
+void writeLineToStandardError(std::string line) {
   // `poll` reports a pipe as writable while it accepts PIPE_BUF bytes (4096 on Linux).
   pollfd standardError{STDERR_FILENO, POLLOUT, 0};
   if (poll(&standardError, 1, 0) == 1 && standardError.revents == POLLOUT) {

@@ -5,30 +5,37 @@
 #include <windows.h>
 
 namespace qel::utilities {
+namespace {
 
-StandardError::StandardError() noexcept {
-  DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_ERROR_HANDLE), GetCurrentProcess(),
-                  &handle_, 0, FALSE, DUPLICATE_SAME_ACCESS);
+/// A duplicate of the handle, which is never closed; null if there is no standard error.
+HANDLE standardError() {
+  static const HANDLE handle = [] {
+    HANDLE duplicate = nullptr;
+    DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_ERROR_HANDLE), GetCurrentProcess(),
+                    &duplicate, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return duplicate;
+  }();
+  return handle;
 }
 
-StandardError::~StandardError() {
-  if (handle_ != nullptr) {
-    CloseHandle(handle_);
-  }
-}
+/// Duplicates the handle when this library is loaded.
+[[maybe_unused]] const HANDLE duplicated = standardError();
 
-void StandardError::write(std::string_view text) const {
+}  // namespace
+
+void writeToStandardError(std::string_view text) {
   constexpr std::size_t mostAtOnce = 65'536;
+  const HANDLE handle = standardError();
   DWORD count = 1;
-  while (handle_ != nullptr && !text.empty() && count > 0) {
+  while (handle != nullptr && !text.empty() && count > 0) {
     const auto size = static_cast<DWORD>(std::min(text.size(), mostAtOnce));
-    if (WriteFile(handle_, text.data(), size, &count, nullptr) == 0) {
+    if (WriteFile(handle, text.data(), size, &count, nullptr) == 0) {
       return;
     }
     text.remove_prefix(count);
   }
 }
 
-void StandardError::writeLine(std::string line) const { write(line += '\n'); }
+void writeLineToStandardError(std::string line) { writeToStandardError(line += '\n'); }
 
 }  // namespace qel::utilities

@@ -11,8 +11,8 @@ namespace qel::tools {
 std::vector<std::string> utf8Arguments(int count, const char* const* values);
 
 /// Sets the standard streams up for UTF-8. On Windows, no stream converts line ends, and the
-/// console shows UTF-8 as long as the object exists. The console gets its old code page back even
-/// if Ctrl-C ends the program. A process may have only one object.
+/// console shows UTF-8 and understands escape sequences as long as the object exists. The console
+/// gets its old settings back even if Ctrl-C ends the program. A process may have only one object.
 class Utf8Streams {
  public:
   Utf8Streams();

@@ -17,18 +17,43 @@ namespace {
 
 constexpr std::size_t consoleBuffer = 65536;
 
-/// The console's code page before this program changed it; 0 if there is no console.
-std::atomic<UINT> codePageBefore = 0;
+struct ConsoleOutput {
+  HANDLE buffer = nullptr;
+  UINT codePage = 0;
+  DWORD mode = 0;
+};
 
-void restoreCodePage() {
-  if (const UINT codePage = codePageBefore.exchange(0); codePage != 0) {
-    SetConsoleOutputCP(codePage);
+/// The console's settings before this program changed them. Constant while `isConsoleSetUp`.
+constinit ConsoleOutput consoleBefore;
+constinit std::atomic<bool> isConsoleSetUp = false;
+
+/// Makes the console show UTF-8 and understand escape sequences, if there is a console.
+void setUpConsole() {
+  ConsoleOutput& before = consoleBefore;
+  before.buffer =
+      CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                  nullptr, OPEN_EXISTING, 0, nullptr);
+  if (before.buffer == INVALID_HANDLE_VALUE) {
+    return;
+  }
+  before.codePage = GetConsoleOutputCP();
+  GetConsoleMode(before.buffer, &before.mode);
+  isConsoleSetUp = true;
+  SetConsoleOutputCP(CP_UTF8);
+  SetConsoleMode(before.buffer, before.mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+void restoreConsole() {
+  if (isConsoleSetUp.exchange(false)) {
+    SetConsoleMode(consoleBefore.buffer, consoleBefore.mode);
+    SetConsoleOutputCP(consoleBefore.codePage);
+    CloseHandle(consoleBefore.buffer);
   }
 }
 
 /// Leaves the decision about the program's end to the other handlers.
 BOOL WINAPI restoreAtEnd(DWORD /*event*/) {
-  restoreCodePage();
+  restoreConsole();
   return FALSE;
 }
 
@@ -55,14 +80,13 @@ Utf8Streams::Utf8Streams() {
       std::setvbuf(stream, nullptr, _IOFBF, consoleBuffer);
     }
   }
-  codePageBefore = GetConsoleOutputCP();
-  SetConsoleOutputCP(CP_UTF8);
+  setUpConsole();
   SetConsoleCtrlHandler(restoreAtEnd, TRUE);
 }
 
 Utf8Streams::~Utf8Streams() {
   std::fflush(stdout);
-  restoreCodePage();
+  restoreConsole();
 }
 
 }  // namespace qel::tools

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Core/Utilities/Threads/Sleeper.h"
+#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/Mutex.h"
 
 namespace qel::samplehost {
@@ -10,11 +11,21 @@ namespace {
 
 class Interruption {
  public:
-  bool happen() {
+  bool happen(std::chrono::milliseconds exitDeadline) {
     const utilities::MutexLock lock(mutex_);
-    const bool isFirst = !std::exchange(hasHappened_, true);
+    if (std::exchange(hasHappened_, true)) {
+      return false;
+    }
+    utilities::setExitDeadline(exitDeadline);
     happened_.notifyAll();
-    return isFirst;
+    return true;
+  }
+
+  void setExitDeadlineBefore(std::chrono::milliseconds exitDeadline) {
+    const utilities::MutexLock lock(mutex_);
+    if (!hasHappened_) {
+      utilities::setExitDeadline(exitDeadline);
+    }
   }
 
   bool hasHappened() {
@@ -41,7 +52,13 @@ Interruption& interruption() {
 
 }  // namespace
 
-bool interrupt() { return interruption().happen(); }
+bool interrupt(std::chrono::milliseconds exitDeadline) {
+  return interruption().happen(exitDeadline);
+}
+
+void setExitDeadlineUnlessInterrupted(std::chrono::milliseconds exitDeadline) {
+  interruption().setExitDeadlineBefore(exitDeadline);
+}
 
 bool isInterrupted() { return interruption().hasHappened(); }
 

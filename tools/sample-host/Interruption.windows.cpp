@@ -1,26 +1,29 @@
 #include "tools/sample-host/Interruption.h"
 
-#include <utility>
+#include <algorithm>
 
 #include <windows.h>
 
 namespace qel::samplehost {
 namespace {
 
-// Never destroyed, because the system may call the handler below until the process ends.
-std::function<void()>& reactionToInterruption() {
-  static auto* const reaction = new std::function<void()>;
-  return *reaction;
-}
+using std::chrono::milliseconds;
+
+/// The system ends the process five seconds after its console was closed.
+constexpr milliseconds longestDeadlineAfterClosing = std::chrono::seconds(3);
+
+/// Set before the handler below is registered, and then constant.
+constinit milliseconds deadlineOfExit{0};
 
 /// The system calls this function on a new thread. If it returns FALSE, the system ends the
 /// process.
 BOOL WINAPI handleRequest(DWORD request) {
-  if (!interrupt()) {
+  const bool isClosing = request != CTRL_C_EVENT && request != CTRL_BREAK_EVENT;
+  if (!interrupt(isClosing ? std::min(deadlineOfExit, longestDeadlineAfterClosing)
+                           : deadlineOfExit)) {
     return FALSE;
   }
-  reactionToInterruption()();
-  if (request != CTRL_C_EVENT && request != CTRL_BREAK_EVENT) {
+  if (isClosing) {
     // When the console is closed, the system would also end the process after TRUE.
     Sleep(INFINITE);
   }
@@ -29,8 +32,8 @@ BOOL WINAPI handleRequest(DWORD request) {
 
 }  // namespace
 
-void catchInterruptions(std::function<void()> reaction) {
-  reactionToInterruption() = std::move(reaction);
+void catchInterruptions(milliseconds exitDeadline) {
+  deadlineOfExit = exitDeadline;
   SetConsoleCtrlHandler(handleRequest, TRUE);
 }
 

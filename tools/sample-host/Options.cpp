@@ -141,8 +141,9 @@ std::optional<Options> readOptions(const tools::Arguments& arguments) {
         "--retention", texts.retention, 0LL, secondsOfHundredYears, "a whole number"));
   }
   options.speed = tools::parseNumber("--speed", texts.speed, 0.001, 1e6, "a number");
-  options.exitDeadline = std::chrono::duration<double>(
-      tools::parseNumber("--exit-deadline", texts.exitDeadline, 0., 3600., "a number"));
+  options.exitDeadline =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(
+          tools::parseNumber("--exit-deadline", texts.exitDeadline, 0., 3600., "a number")));
   return options;
 }
 

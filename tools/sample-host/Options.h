@@ -24,7 +24,7 @@ struct Options {
   bool supportAllowed = true;
   std::optional<std::chrono::seconds> retention;  ///< of support rows; empty: unlimited
   double speed = 1;                               ///< the script's waits are divided by it
-  std::chrono::duration<double> exitDeadline{0};
+  std::chrono::milliseconds exitDeadline{0};
 };
 
 /// Reads the program's arguments, and the secret from its file. Returns `std::nullopt` if it has

@@ -1,6 +1,5 @@
 #include "tools/sample-host/SampleHost.h"
 
-#include <chrono>
 #include <memory>
 #include <utility>
 #include <variant>
@@ -15,7 +14,6 @@
 #include "host/QelLog/LogManager.h"
 #include "host/QelNotification/IssueStorageBroadcaster.h"
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/common/SampleHostFileNames.h"
@@ -92,13 +90,11 @@ void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary&
   summary.storageEnded = databases.errorOccurred();
 }
 
-/// Sets the exit deadline when it returns or throws.
+/// The exit deadline is set when it returns or throws, or at an interruption.
 void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client,
                                  CipDatabases& databases, SessionSummary& summary) {
-  const ScopeGuard armExitDeadline([this] {
-    utilities::setExitDeadline(
-        std::chrono::duration_cast<std::chrono::milliseconds>(options_.exitDeadline));
-  });
+  const ScopeGuard armExitDeadline(
+      [this] { setExitDeadlineUnlessInterrupted(options_.exitDeadline); });
   client.activate(activateParameter());
   client.registerIssueListStorageListener(
       notification::IssueStorageBroadcaster::getInstance(),

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "host/QelUtilities/ExitDeadline.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
 #include "tools/common/Program.h"
@@ -37,10 +36,7 @@ int run(const tools::Arguments& arguments) {
     return 0;
   }
   const auto script = readScript(options->session);
-  // After an interruption, a sending pass must not delay the exit beyond the exit deadline.
-  catchInterruptions([deadline = options->exitDeadline] {
-    utilities::setExitDeadline(std::chrono::duration_cast<std::chrono::milliseconds>(deadline));
-  });
+  catchInterruptions(options->exitDeadline);
   const auto summary = SampleHost(*options).play(script);
   print(summary, std::cout);
   const auto failures = storageFailures(summary);

@@ -10,6 +10,12 @@ namespace {
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  sigaction(signal, nullptr, &action);
+  return action.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 struct DelayedInterruption::State {
@@ -34,7 +40,8 @@ void DelayedInterruption::check() {
   sigemptyset(&waiting);
   sigpending(&waiting);
   for (const int signal : endingSignals) {
-    if (sigismember(&waiting, signal) == 1) {
+    // Linux keeps a blocked signal pending even if it is ignored, as HUP is after nohup(1).
+    if (sigismember(&waiting, signal) == 1 && !isIgnored(signal)) {
       throw qel::exception("interrupted");
     }
   }

@@ -17,7 +17,8 @@ std::filesystem::path placeOfCopies() {
   std::error_code error;
   auto place = std::filesystem::temp_directory_path(error);
   if (error) {
-    throw qel::exception("there is no place for a private copy: TMPDIR names no directory");
+    throw qel::exception(
+        "there is no place for a private copy: the directory for temporary files does not exist");
   }
   return place;
 }

@@ -51,8 +51,12 @@ class TargetDirectory {
  public:
   explicit TargetDirectory(const std::filesystem::path& path) : path_(path) {
     std::error_code error;
+    // Windows denies the creation of a drive's root instead of reporting that it exists.
+    if (std::filesystem::is_directory(path, error)) {
+      return;
+    }
     made_ = utilities::createDirectoryForOwnerAlone(path, error);
-    if (error || !std::filesystem::is_directory(path, error)) {
+    if (!made_) {
       throw qel::exception("cannot make the directory " + utilities::utf8FromPath(path) +
                            (error ? ": " + utilities::systemMessage(error) : ""));
     }

@@ -12,8 +12,7 @@ bool isTerminal(Stream stream);
 /// The width of the terminal; 0 if the stream is no terminal.
 std::size_t terminalWidth(Stream stream);
 
-/// Whether the stream is a terminal that understands escape sequences. On Windows, makes the
-/// console understand them.
+/// Whether the stream is a terminal that understands escape sequences.
 bool understandsEscapes(Stream stream);
 
 }  // namespace qel::support

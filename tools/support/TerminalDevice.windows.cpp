@@ -33,9 +33,8 @@ std::size_t terminalWidth(Stream stream) {
 
 bool understandsEscapes(Stream stream) {
   DWORD mode = 0;
-  const HANDLE console = handleOf(stream);
-  return GetConsoleMode(console, &mode) != 0 &&
-         SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+  return GetConsoleMode(handleOf(stream), &mode) != 0 &&
+         (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 }  // namespace qel::support

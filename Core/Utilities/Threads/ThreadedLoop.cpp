@@ -7,6 +7,7 @@
 
 #include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/StandardError.h"
 #include "host/QelUtilities/TypeName.h"
 
 namespace qel::util {
@@ -27,12 +28,12 @@ bool runsAtStop(const RunPolicy& policy) {
          (policy.runMode == RunPolicy::AtStop || policy.runMode == RunPolicy::AtStartAndStop);
 }
 
-/// Writes nothing if memory allocation fails or writing would block, because the worker must not
-/// wait for a reader of standard error.
-void reportFailure(const utilities::StandardError& standardError, const std::type_info& type,
-                   std::string_view separator, const char* message) noexcept try {
+/// Writes nothing if memory allocation fails. Outside Windows, also writes nothing if writing would
+/// block. On Windows, the worker waits for a full pipe or a console in selection mode.
+void reportFailure(const std::type_info& type, std::string_view separator,
+                   const char* message) noexcept try {
   std::string line = "Assert in ThreadedLoop(" + utilities::typeName(type);
-  standardError.writeLine(std::move(line.append(separator).append(message)));
+  utilities::writeLineToStandardError(std::move(line.append(separator).append(message)));
 } catch (...) {
   return;
 }
@@ -78,39 +79,36 @@ void ThreadedLoop::stopAndJoin() {
 }
 
 void ThreadedLoop::run(const Work& work, Sleeper& sleeper) {
-  const utilities::StandardError standardError;
   if (work.setup) {
-    invoke(standardError, work.setup.target_type(), [&work] {
+    invoke(work.setup.target_type(), [&work] {
       work.setup();
       return true;
     });
   }
-  if (runsAtStart(work.policy) &&
-      !invoke(standardError, work.function.target_type(), work.function)) {
+  if (runsAtStart(work.policy) && !invoke(work.function.target_type(), work.function)) {
     return;
   }
   while (sleeper.sleepUntil(deadlineAfter(std::chrono::steady_clock::now(), work.interval)) ==
          Sleeper::Outcome::TimedOut) {
-    if (!invoke(standardError, work.function.target_type(), work.function)) {
-      const bool retrySucceeded = invoke(standardError, work.function.target_type(), work.function);
+    if (!invoke(work.function.target_type(), work.function)) {
+      const bool retrySucceeded = invoke(work.function.target_type(), work.function);
       if (!retrySucceeded) {
         return;
       }
     }
   }
   if (runsAtStop(work.policy)) {
-    invoke(standardError, work.function.target_type(), work.function);
+    invoke(work.function.target_type(), work.function);
   }
 }
 
-bool ThreadedLoop::invoke(const utilities::StandardError& standardError, const std::type_info& type,
-                          const std::function<bool()>& function) {
+bool ThreadedLoop::invoke(const std::type_info& type, const std::function<bool()>& function) {
   try {
     return function();
   } catch (const std::exception& failure) {
-    reportFailure(standardError, type, "): ", failure.what());
+    reportFailure(type, "): ", failure.what());
   } catch (...) {
-    reportFailure(standardError, type, ")", "");
+    reportFailure(type, ")", "");
   }
   debuggerBreak();
   return false;

@@ -10,7 +10,6 @@
 
 #include "Core/Utilities/Threads/Sleeper.h"
 #include "host/QelUtilities/Mutex.h"
-#include "host/QelUtilities/StandardError.h"
 
 namespace qel::util {
 
@@ -33,7 +32,7 @@ struct RunPolicy {
 /// **Errors.** The callable fails by returning false or by throwing. A failed periodic run is
 /// immediately retried once. The loop ends if the retry fails, or if the run at the start of the
 /// loop fails. The result of the run after a stop is ignored. Exceptions never leave the worker.
-/// Their messages are written to standard error unless writing would block.
+/// Their messages are written to standard error. Writing them blocks only on Windows.
 ///
 /// **Threads.** `stop` is thread-safe and may also be called inside the callable and during
 /// `perform`. `perform` and the destructor must not be called concurrently, and never on the
@@ -72,8 +71,7 @@ class ThreadedLoop {
   void start(Work work);
   void stopAndJoin();
   static void run(const Work& work, Sleeper& sleeper);
-  static bool invoke(const utilities::StandardError& standardError, const std::type_info& type,
-                     const std::function<bool()>& function);
+  static bool invoke(const std::type_info& type, const std::function<bool()>& function);
   static void debuggerBreak();
 
   utilities::Mutex sleeperMutex_;

@@ -15,6 +15,7 @@ TEST(PathTextTest, RemovesAPrefixThatChangesNothing) {
       {R"(\\server\share)", R"(\\server\share)"},
       {R"(a\..\b)", R"(a\..\b)"},
   };
+  EXPECT_EQ(utf8FromPath(L"a\xD800.db"), "a\uFFFD.db");
 #else
   const std::pair<std::string, std::string> paths[] = {{R"(\\?\C:\a)", R"(\\?\C:\a)"}};
 #endif

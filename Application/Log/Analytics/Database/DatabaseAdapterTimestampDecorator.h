@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Application/Log/Analytics/Database/DatabaseAdapter.h"
@@ -17,11 +19,16 @@ class QEL_ANALYTICS_EXPORT DatabaseAdapterTimestampDecorator : public DatabaseAd
   void addTableIfNotExists(const std::string& table) override;
   /// Deletes the rows that were written more than `age` ago, to the second. The current time is
   /// that of the system clock. Times are compared as strings, which is correct while both have the
-  /// same number of digits. SQL failures are ignored.
-  void deleteEntriesOlderThan(const std::string& table, std::chrono::seconds age);
-  /// Deletes some of these rows in one short transaction, and keeps the next ID. Returns whether
-  /// there may be more. Returns false after a failure.
-  bool deleteSomeEntriesOlderThan(const std::string& table, std::chrono::seconds age);
+  /// same number of digits. SQL failures are ignored. Rows up to the ID `examined` are kept; zero
+  /// examines all.
+  void deleteEntriesOlderThan(const std::string& table, std::chrono::seconds age,
+                              std::int64_t examined = 0);
+  /// The same for the next few thousand IDs that follow `examined`, in one short transaction that
+  /// keeps the next ID. Returns the last ID that was examined; empty after a failure, or if no row
+  /// follows.
+  std::optional<std::int64_t> deleteSomeEntriesOlderThan(const std::string& table,
+                                                         std::chrono::seconds age,
+                                                         std::int64_t examined);
 };
 
 }  // namespace qel::log::analytics::details

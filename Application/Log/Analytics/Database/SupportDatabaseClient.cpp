@@ -1,6 +1,7 @@
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <thread>
 
@@ -22,12 +23,15 @@ using utilities::Patience;
 /// How long the deletion of old rows may go on after the client is released.
 constexpr std::chrono::seconds timeAfterRelease{1};
 
+/// Examines each row once, because a long table takes seconds to read.
 void deleteOldRows(DatabaseAdapterTimestampDecorator& adapter, const std::string& table,
                    std::chrono::seconds age) {
-  while (adapter.deleteSomeEntriesOlderThan(table, age)) {
+  std::int64_t examined = 0;
+  while (const auto last = adapter.deleteSomeEntriesOlderThan(table, age, examined)) {
+    examined = *last;
   }
   if (!Patience::mustStop()) {
-    adapter.deleteEntriesOlderThan(table, age);
+    adapter.deleteEntriesOlderThan(table, age, examined);
   }
 }
 

@@ -106,18 +106,19 @@ TEST_F(DatabaseClientsTest, ReportAnInsertionThatThrows) {
 
 TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   support_.initialize(directory_.text());
-  support_.insertMultiple({{"old", Items}, {"old", Environments}, {"new", Items}});
-  for (const std::string table : {"Items", "Environments"}) {
-    test::query(supportFile_, "UPDATE " + table +
-                                  " SET timestamp_utc = datetime('now', CASE json "
-                                  "WHEN 'old' THEN '-2 hours' ELSE '-30 minutes' END)");
-  }
+  test::query(supportFile_, "INSERT INTO Environments VALUES(1, 'old', '2010-01-01')");
+  test::query(supportFile_,
+              "INSERT INTO Items(json, timestamp_utc) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL "
+              "SELECT i + 1 FROM n WHERE i < 12000) SELECT i, datetime('now', "
+              "CASE i % 6000 WHEN 1 THEN '-30 minutes' ELSE '-2 hours' END) FROM n");
   SupportDatabaseClient keepingAll(std::chrono::seconds::max());
   keepingAll.initialize(directory_.text());
   SupportDatabaseClient client(std::chrono::hours(1));
   client.initialize(directory_.text());
   EXPECT_TRUE(test::waitUntil([&] { return client.getAll(Environments).second.empty(); }));
-  EXPECT_THAT(client.getAllItems(), ElementsAre(Pair(2, "new")));
+  client.insertMultiple({{"next", Items}});
+  EXPECT_THAT(client.getAllItems(),
+              ElementsAre(Pair(1, "1"), Pair(6001, "6001"), Pair(6002, "next")));
 }
 
 TEST_F(DatabaseClientsTest, AnExportCopiesExactlyTheRowsOfTheSession) {

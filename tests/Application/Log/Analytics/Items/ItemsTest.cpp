@@ -86,14 +86,13 @@ TEST(EnvironmentItemTest, RendersAllMembersInFixedOrderAndTheFirstCurrentApplica
 
 TEST(ItemWrapperTest, JoinsTheRowsOfATable) {
   const std::string a = R"({"a":1})";
-  const std::vector<const std::string*> rows{nullptr, &a, nullptr, &a};
-  const ItemWrapper package(rows, CipDatabaseClientInterface::Items);
+  const std::vector<const std::string*> rows[] = {{nullptr, &a, nullptr, &a}, {}, {&a}};
+  const ItemWrapper package(rows[0], CipDatabaseClientInterface::Items);
   EXPECT_EQ(package.toJson(), R"({"version": "3.1", "events": [{"a":1},{"a":1}]})");
   EXPECT_FALSE(package.isNullOrEmpty());
-  const ItemWrapper ofNoTable(rows, CipDatabaseClientInterface::Table(2));
+  EXPECT_TRUE(ItemWrapper(rows[1], CipDatabaseClientInterface::Items).isNullOrEmpty());
+  const ItemWrapper ofNoTable(rows[2], CipDatabaseClientInterface::Table(2));
   EXPECT_EQ(ofNoTable.toJson(), R"({"version": "3.1"})");
-  const std::vector<const std::string*> none;
-  EXPECT_TRUE(ItemWrapper(none, CipDatabaseClientInterface::Items).isNullOrEmpty());
 }
 
 }  // namespace qel::log::analytics::items
