@@ -7,7 +7,6 @@
 #include "tools/collector/PackageReader.h"
 
 namespace qel::collector {
-namespace {
 
 using fuzz::check;
 using nlohmann::json;
@@ -42,7 +41,6 @@ void checkAgainstParser(std::string_view body, std::size_t rowsRead) {
   check(rows == rowsRead, "every row of a package is read");
 }
 
-}  // namespace
 }  // namespace qel::collector
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -11,7 +11,6 @@
 #include "host/QelJson/JsonObject.h"
 
 namespace qel::json {
-namespace {
 
 using Expected = nlohmann::ordered_json;
 
@@ -53,7 +52,6 @@ Expected addMember(FuzzedDataProvider& input, const std::string& key, JsonObject
   }
 }
 
-}  // namespace
 }  // namespace qel::json
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

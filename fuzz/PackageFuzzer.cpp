@@ -13,7 +13,6 @@
 #include "tools/collector/PackageSplitter.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using fuzz::check;
 using Table = CipDatabaseClientInterface::Table;
@@ -114,7 +113,6 @@ void checkPass(Table table, const Texts& rows, std::size_t limit, std::size_t ac
   check(database.texts(table) == rest, "exactly the rows that were accepted are deleted");
 }
 
-}  // namespace
 }  // namespace qel::log::analytics
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

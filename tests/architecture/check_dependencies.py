@@ -40,7 +40,7 @@ declared = (
 )
 lists = [path for folder in ("cmake", "host", "Core", "Application", "tools", "tests", "benchmarks", "fuzz")
          for path in (root / folder).rglob("*") if path.name == "CMakeLists.txt" or path.suffix == ".cmake"]
-looked_for = {name for path in lists if "consumer" not in path.parts
+looked_for = {name for path in lists
               for pattern in (r"find_package\((\w+)", r"pkg_check_modules\(.* ([\w-]+)\)", r"find_path\(\w+ ([\w/.-]+)")
               for name in re.findall(pattern, path.read_text(encoding="utf-8"))}
 

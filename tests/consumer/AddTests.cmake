@@ -1,6 +1,7 @@
 # The consumer is a separate project. These tests configure, build and run it in each way in which a program can use the
 # library. The steps of one way are fixtures of each other.
-set(consumerSource ${CMAKE_CURRENT_LIST_DIR})
+set(consumerSource ${PROJECT_SOURCE_DIR}/samples/cpp)
+set(consumerTests ${CMAKE_CURRENT_LIST_DIR})
 set(consumerBuild ${CMAKE_CURRENT_BINARY_DIR}/consumer)
 
 # qel_add_consumer_test(<name> OPTIONS <option>... [SAYS <text>]): a test that builds the consumer with these CMake
@@ -12,7 +13,7 @@ function(qel_add_consumer_test name)
     COMMAND
       ${CMAKE_CTEST_COMMAND} --build-and-test ${consumerSource} ${consumerBuild}/${name} --build-noclean
       --build-generator ${CMAKE_GENERATOR} --build-options -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} ${test_OPTIONS}
-      --test-command ${consumerSource}/check_consumer.sh ${consumerBuild}/${name}/consumer $<TARGET_FILE:qel-collector>
+      --test-command ${consumerTests}/check_consumer.sh ${consumerBuild}/${name}/consumer $<TARGET_FILE:qel-collector>
       ${QEL_ANALYTICS_SERVER_HOST} ${test_SAYS})
 endfunction()
 
@@ -25,7 +26,7 @@ function(qel_add_pkg_config_test name kind package compilation)
   file(CONFIGURE OUTPUT ${program}.sh CONTENT [[
 export PKG_CONFIG_PATH="@libraries@/pkgconfig"
 @compilation@ -o "@program@" $(pkg-config --cflags --libs @package@) -Wl,-rpath,"@libraries@"
-"@consumerSource@/check_consumer.sh" "@program@" "$@"
+"@consumerTests@/check_consumer.sh" "@program@" "$@"
 ]] @ONLY)
   add_test(NAME Adoption.${name} COMMAND sh -e ${program}.sh $<TARGET_FILE:qel-collector> ${QEL_ANALYTICS_SERVER_HOST}
                                          ${test_SAYS})
@@ -67,6 +68,6 @@ find_program(QEL_DPKG_DEB dpkg-deb)
 mark_as_advanced(QEL_DPKG_DEB)
 if(QEL_DPKG_DEB)
   add_test(NAME Adoption.DebianPackages
-           COMMAND ${consumerSource}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
+           COMMAND ${consumerTests}/check_packages.sh ${CMAKE_CPACK_COMMAND} ${PROJECT_BINARY_DIR}
                    ${consumerBuild}/debian)
 endif()

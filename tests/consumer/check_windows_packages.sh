@@ -63,7 +63,7 @@ check_zip() {
 
   echo secret >secret
   run openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=Authority -keyout key -out authority.pem
-  run cmake -G Ninja -S "$source/tests/consumer" -B build -DCMAKE_SYSTEM_NAME=Windows \
+  run cmake -G Ninja -S "$source/samples/cpp" -B build -DCMAKE_SYSTEM_NAME=Windows \
     -DCMAKE_CXX_COMPILER=$compiler-g++-posix -DCMAKE_PREFIX_PATH="$unpacked"
   run cmake --build build
   cp build/consumer.exe "$unpacked/bin"

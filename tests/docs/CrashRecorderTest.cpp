@@ -7,7 +7,6 @@
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::test {
-namespace {
 
 constexpr const char* directoryVariable = "QEL_CRASH_TEST";
 
@@ -31,5 +30,4 @@ TEST(CrashRecorderTest, StoresTheQueuedItemsAndTheCrash) {
   EXPECT_THAT(rows, testing::SizeIs(2));
 }
 
-}  // namespace
 }  // namespace qel::test

@@ -13,8 +13,7 @@ def without_indentation(text):
 
 
 compiled = "".join(without_indentation(path.read_text(encoding="utf-8"))
-                   for pattern in ("docs/snippets/*", "tests/docs/*.cpp", "tests/consumer/*.cpp", "tests/consumer/CMakeLists.txt",
-                                   "samples/c/*")
+                   for pattern in ("docs/snippets/*", "tests/docs/*.cpp", "samples/*/*")
                    for path in root.glob(pattern))
 pages = [root / "README.md", *sorted(root.glob("docs/**/*.md"))]
 complaints = []

@@ -24,7 +24,6 @@ extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept {
 }
 
 namespace qel::test {
-namespace {
 
 using namespace testing;
 
@@ -79,5 +78,4 @@ TEST_F(StorageFaultsTest, AClockThatJumpsMovesRetentionButNoPeriods) {
   ahead = 0;
 }
 
-}  // namespace
 }  // namespace qel::test

@@ -4,7 +4,6 @@
 #include "tests/faults/OtherConnection.h"
 
 namespace qel::test {
-namespace {
 
 using namespace testing;
 using utilities::Patience;
@@ -114,5 +113,4 @@ TEST_F(HeldFileTest, DelaysAnExportForFiveSeconds) {
   EXPECT_EQ(timesLogged("the export of session S is incomplete"), 1);
 }
 
-}  // namespace
 }  // namespace qel::test

@@ -8,7 +8,6 @@
 #include "tools/sample-host/SessionScript.h"
 
 namespace qel::test {
-namespace {
 
 using namespace testing;
 
@@ -215,7 +214,6 @@ TEST_F(OutOfMemoryTest, SurvivesAFileOfAnotherSchemaAndACorruptFile) {
   }
 }
 
-}  // namespace
 }  // namespace qel::test
 
 /// These replace the allocation functions of the program. Inlined, they would not match for GCC.

@@ -11,7 +11,6 @@
 #include "tools/collector/Store.h"
 
 namespace qel::test {
-namespace {
 
 namespace fs = std::filesystem;
 using namespace testing;
@@ -227,5 +226,4 @@ TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
   unsetenv("TMPDIR");
 }
 
-}  // namespace
 }  // namespace qel::test

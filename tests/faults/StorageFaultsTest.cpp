@@ -3,7 +3,6 @@
 #include "tests/support/FakeConnection.h"
 
 namespace qel::test {
-namespace {
 
 using namespace testing;
 
@@ -49,5 +48,4 @@ TEST_F(StorageFaultsTest, KeepsLaterRowsWhenTheFileIsReplacedInTheMiddleOfAPass)
               ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
 }
 
-}  // namespace
 }  // namespace qel::test

@@ -5,7 +5,6 @@
 #include "tests/faults/OtherConnection.h"
 
 namespace qel::test {
-namespace {
 
 using namespace testing;
 
@@ -70,5 +69,4 @@ TEST_F(WithdrawalTest, IsNotNeededToDeleteOldRowsInSeveralStarts) {
   measured() << "100,000 old rows deleted in " << starts << " starts\n";
 }
 
-}  // namespace
 }  // namespace qel::test

@@ -3,7 +3,6 @@
 #include "tests/support/Site.h"
 
 namespace qel::test {
-namespace {
 
 using namespace std::string_literals;
 using namespace testing;
@@ -89,5 +88,4 @@ TEST(EndToEndTest, TakesARedirectionForAnAcceptanceAndDoesNotFollowIt) {
   EXPECT_THAT(site.server().requests(), Each(Field(&Request::head, Not(HasSubstr("elsewhere")))));
 }
 
-}  // namespace
 }  // namespace qel::test

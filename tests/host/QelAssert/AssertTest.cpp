@@ -6,7 +6,6 @@
 #include "host/QelAssert/Assert.h"
 
 namespace qel::assert {
-namespace {
 
 struct LateReporter {
   ~LateReporter() { Assert::addAssert({"too late", "~LateReporter", __FILE__, __LINE__}); }
@@ -46,5 +45,4 @@ TEST(AssertTest, TheEndOfAThreadDestroysItsHandlerOnce) {
   }
 }
 
-}  // namespace
 }  // namespace qel::assert

@@ -4,7 +4,6 @@
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::c {
-namespace {
 
 std::int32_t refuseByException(void* calls) {
   ++*static_cast<std::atomic<int>*>(calls);
@@ -39,5 +38,4 @@ TEST(ThrowingCallbacksTest, CountAsDefaults) {
   EXPECT_GT(calls, 3);
 }
 
-}  // namespace
 }  // namespace qel::c

@@ -159,15 +159,14 @@ static void show_bad_notifications(void) {
 
 static void show_typed_calls(void) {
   const qel_analytics_detail details[] = {{"Days", "14"}, {"Size", "\xD1\x84"}, {"Days", "15"}};
-  const qel_analytics_detail null_value = {"Days", NULL};
-  const qel_analytics_detail bad_key = {"\xC3", ""};
+  const qel_analytics_detail bad[] = {{"Days", NULL}, {"\xC3", ""}};
   SHOW(qel_analytics_general_event(client, "a", "b", "c", details, 3));
   SHOW(qel_analytics_general_event(client, "", "", "", NULL, 0));
   SHOW(qel_analytics_general_event(client, NULL, "b", "c", NULL, 0));
   SHOW(qel_analytics_general_event(client, "a", "b", "c", NULL, 1));
   SHOW(qel_analytics_general_event(client, "a", "b", "c", details, UINT32_MAX));
-  SHOW(qel_analytics_general_event(client, "a", "b", "c", &null_value, 1));
-  SHOW(qel_analytics_general_event(client, "a", "b", "c", &bad_key, 1));
+  SHOW(qel_analytics_general_event(client, "a", "b", "c", &bad[0], 1));
+  SHOW(qel_analytics_general_event(client, "a", "b", "c", &bad[1], 1));
   SHOW(qel_analytics_command_started(client, "1", "Wall", 4, details, 1));
   SHOW(qel_analytics_command_stopped(client, "1", "Wall", -1, NULL, 0));
   SHOW(qel_analytics_command_stopped(client, "1", "Wall", 0, NULL, 0));

@@ -9,7 +9,6 @@
 #include "tests/support/Pattern.h"
 
 namespace qel::protocol::https {
-namespace {
 
 using namespace std::string_literals;
 using std::chrono::milliseconds;
@@ -208,5 +207,4 @@ TEST_F(HttpClientTest, ALaterExitDeadlineEndsNoExchange) {
   }
 }
 
-}  // namespace
 }  // namespace qel::protocol::https

@@ -8,7 +8,6 @@
 #include "tests/support/Tally.h"
 
 namespace qel::log::analytics {
-namespace {
 
 using test::MemoryStorage;
 using namespace testing;
@@ -37,10 +36,11 @@ TEST(CipDatabasesTest, JoinWritesAllThatIsQueuedAndGoesOn) {
   const test::AssertionRecorder assertions;
   MemoryStorage storage;
   auto& databases = storage.initialized();
-  storage.sending->beforeBatch = [&] {
-    insert(databases, "meanwhile");
-    assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
-    storage.sending->beforeBatch = [] {};  // destroys this callable
+  storage.sending->beforeBatch = [&, batches = 0]() mutable {
+    if (++batches == 1) {
+      insert(databases, "meanwhile");
+      assert::Assert::addAssert({"reported to the host's thread", "f", "file", 1});
+    }
   };
   databases.insert(nullptr, Items);
   insert(databases, "a");
@@ -86,5 +86,4 @@ TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
   utilities::debugger::Debugger::setHook({});
 }
 
-}  // namespace
 }  // namespace qel::log::analytics

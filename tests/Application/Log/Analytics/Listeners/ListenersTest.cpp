@@ -7,7 +7,6 @@
 #include "tests/support/MemoryStorage.h"
 
 namespace qel::log::analytics::listeners {
-namespace {
 
 using namespace testing;
 
@@ -53,5 +52,4 @@ TEST(IssueListStorageListenerTest, RecordsARemovalWithItsOwnTimeAndReportsAnIssu
             nlohmann::json::parse(texts[1]).at("Timestamp"));
 }
 
-}  // namespace
 }  // namespace qel::log::analytics::listeners
