@@ -143,9 +143,10 @@ trap explain_failure EXIT
 # Nothing of a run that failed is used.
 rm -rf "$work"
 
-# A stamp carries the checksum of the commands, so that changed commands build the library again.
+# A stamp carries the checksum of the commands and of the toolchain, so that changed ones build the library again. A
+# security update of Debian's source does not; delete build/windows-libraries to take it.
 for library in headers fmt spdlog sqlite curl utf8proc googletest openssl; do
-  checksum=$(declare -f fetch build_cmake "install_$library" | sha256sum | cut -c1-16)
+  checksum=$( (declare -f fetch build_cmake "install_$library" && cat "$toolchain") | sha256sum | cut -c1-16)
   stamp=$prefix/stamps/$library-$checksum
   if [[ -e $stamp ]]; then
     continue

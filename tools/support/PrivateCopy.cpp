@@ -1,7 +1,10 @@
 #include "tools/support/PrivateCopy.h"
 
+#include <chrono>
+#include <iostream>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "host/QelId/Guid.h"
 #include "host/QelSql/FileNames.h"
@@ -35,8 +38,17 @@ PrivateDirectory::PrivateDirectory(const std::filesystem::path& parent)
 }
 
 PrivateDirectory::~PrivateDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  std::error_code error;
+  // On Windows, a virus scanner may hold a new file for a moment.
+  for (int attempt = 0; attempt < 20; ++attempt) {
+    std::filesystem::remove_all(path_, error);
+    if (!error) {
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  std::cerr << "qel-support: cannot delete " << utilities::utf8FromPath(path_)
+            << ", which contains recordings: " << utilities::systemMessage(error) << '\n';
 }
 
 PrivateCopy::PrivateCopy(const std::filesystem::path& file)

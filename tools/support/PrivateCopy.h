@@ -7,7 +7,8 @@
 namespace qel::support {
 
 /// A new directory that only its owner can read. The destructor removes the directory with its
-/// content. Requests to end the program wait until then, so they do not leave the directory behind.
+/// content, or warns that it cannot. Requests to end the program wait until then, so they do not
+/// leave the directory behind.
 class PrivateDirectory {
  public:
   /// Creates the directory in `parent`. Throws `qel::exception` with the reason if that fails.

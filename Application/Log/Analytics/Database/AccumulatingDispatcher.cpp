@@ -53,8 +53,13 @@ void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
 }
 
 void AccumulatingDispatcher::join() {
+  if (hasNoWorker_) {
+    start();
+  }
+  hasNoWorker_ = true;
   loop_.stop();
   start();
+  hasNoWorker_ = false;
 }
 
 bool AccumulatingDispatcher::drain() {

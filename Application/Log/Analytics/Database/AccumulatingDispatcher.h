@@ -50,7 +50,8 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   void add(std::unique_ptr<qel::json::ToJsonInterface> item,
            CipDatabaseClientInterface::Table table);
 
-  /// Waits until the callback has received all queued items. The worker then continues.
+  /// Waits until the callback has received all queued items. The worker then continues. Throws
+  /// `std::system_error` if no thread can be created for it; a later call then starts it again.
   void join();
 
   /// Whether the dispatcher has failed for good and drops all items. Thread-safe.
@@ -67,6 +68,7 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   const std::chrono::duration<double> period_;
   std::atomic<bool> failed_{false};
   qel::util::ThreadedLoop loop_;
+  bool hasNoWorker_ = false;  ///< `join` could not start it again
   const unsigned int capacity_;
 };
 

@@ -63,6 +63,25 @@ TEST(CipDatabasesTest, DiscardsAtItsEndTheItemsThatAreStillQueued) {
   EXPECT_EQ(batches.count(), 0);
 }
 
+#ifndef _WIN32
+/// No thread can be created while its stack would be larger than the address space.
+TEST(CipDatabasesTest, StoresTheItemsThatWereQueuedWhileNoThreadCouldBeCreated) {
+  test::Tally batches;
+  AccumulatingDispatcher dispatcher([&](const auto&) { batches.add(); }, std::chrono::hours(1), 2);
+  dispatcher.start();
+  pthread_attr_t normal;
+  pthread_getattr_default_np(&normal);
+  pthread_attr_t tooLarge = normal;
+  pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 60);
+  pthread_setattr_default_np(&tooLarge);
+  EXPECT_THROW(dispatcher.join(), std::system_error);
+  pthread_setattr_default_np(&normal);
+  dispatcher.add(std::make_unique<items::CrashReportItem>("late"), Items);
+  dispatcher.join();
+  EXPECT_EQ(batches.count(), 1);
+}
+#endif
+
 TEST(CipDatabasesTest, FailsForGoodWhenABatchCannotBeWritten) {
   const std::function<void(MemoryStorage&)> faults[] = {
       [](auto&) {},  // Without initialization nobody can be asked for permission.
