@@ -14,17 +14,21 @@ int main(int argumentCount, char** arguments) {
   const auto number = [&](std::size_t index) {
     return words.size() > index ? std::atoi(words[index].c_str()) : 60;
   };
-  if (figure == "host-thread") {
-    measureHostThread();
+  const auto& ofSystem = figuresOfSystem();
+  if (const auto found = ofSystem.find(figure); found != ofSystem.end()) {
+    found->second();
   } else if (figure == "idle") {
     measureIdleClient(number(1), number(2));
-  } else if (figure == "memory") {
-    measurePassMemory();
+  } else if (figure == "insert") {
+    measureInsert();
   } else if (figure == "start" && words.size() == 2) {
     measureStart(words[1]);
   } else {
-    std::cerr << "Usage: QelFigures host-thread | idle [MINUTES [SPEED]] | memory | "
-                 "start DIRECTORY\n";
+    std::cerr << "Usage: QelFigures idle [MINUTES [SPEED]] | insert | start DIRECTORY";
+    for (const auto& [name, measure] : ofSystem) {
+      std::cerr << " | " << name;
+    }
+    std::cerr << '\n';
     return 2;
   }
   return 0;

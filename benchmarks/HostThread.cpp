@@ -9,13 +9,17 @@
 #include <utility>
 
 #include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseExporter.h"
+#include "benchmarks/Activation.h"
 #include "benchmarks/Figures.h"
 #include "benchmarks/RawDatabase.h"
-#include "benchmarks/Storage.h"
 #include "benchmarks/Workload.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelLog/LogManager.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::benchmarks {
 namespace {

@@ -10,8 +10,8 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
+#include "benchmarks/Activation.h"
 #include "benchmarks/Figures.h"
-#include "benchmarks/Storage.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -25,8 +25,12 @@ std::uint64_t residentKilobytes() {
   return platform::windows::SystemInformation::getUsedPhysicalMemoryOfCurrentProcessInKB();
 }
 
-/// The CPU time of all threads of the process.
-double cpuSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+/// The CPU time of all threads of the process. On Windows `std::clock` would be the elapsed time.
+double cpuSeconds() {
+  timespec time{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Application/Log/Analytics/Database/AccumulatingDispatcher.h"
+#include "benchmarks/Insertion.h"
 #include "benchmarks/Timing.h"
 #include "benchmarks/Workload.h"
 
@@ -20,19 +21,10 @@ using std::chrono::microseconds;
 constexpr auto Items = log::analytics::CipDatabaseClientInterface::Items;
 constexpr std::chrono::duration<double> period{1.0};
 
-/// Small enough that each iteration reuses the memory of the previous iteration, as in a host.
-constexpr int batchSize = 1'000;
-
-/// Builds and adds one item. The worker is not started.
 void insert(benchmark::State& state) {
   for (auto _ : state) {
-    AccumulatingDispatcher dispatcher([](const auto&) {}, period, batchSize);
-    const auto addAll = [&] {
-      for (int number = 0; number < batchSize; ++number) {
-        dispatcher.add(makeItem(number), Items);
-      }
-    };
-    measure(state, addAll, batchSize);
+    runInsertions(insertionsOfBatch,
+                  [&](const auto& addAll) { measure(state, addAll, insertionsOfBatch); });
   }
 }
 BENCHMARK(insert)->Name("insert/ours")->Iterations(100)->UseManualTime();
@@ -47,9 +39,9 @@ void insertLimit(benchmark::State& state) {
   for (auto _ : state) {
     std::mutex mutex;
     std::vector<Record> records;
-    records.reserve(batchSize);
+    records.reserve(insertionsOfBatch);
     const auto addAll = [&] {
-      for (int number = 0; number < batchSize; ++number) {
+      for (int number = 0; number < insertionsOfBatch; ++number) {
         Record record{commandText(), log::analytics::items::CommandItem::State::Started,
                       commandDetails(number)};
         const std::lock_guard lock(mutex);
@@ -58,7 +50,7 @@ void insertLimit(benchmark::State& state) {
       benchmark::DoNotOptimize(records.data());
       benchmark::ClobberMemory();
     };
-    measure(state, addAll, batchSize);
+    measure(state, addAll, insertionsOfBatch);
   }
 }
 BENCHMARK(insertLimit)->Name("insert/limit")->Iterations(100)->UseManualTime();

@@ -12,11 +12,15 @@
 #include <unistd.h>
 
 #include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "benchmarks/Activation.h"
 #include "benchmarks/Figures.h"
 #include "benchmarks/RawDatabase.h"
 #include "benchmarks/ServerProcess.h"
-#include "benchmarks/Storage.h"
 #include "benchmarks/Workload.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace qel::benchmarks {
 namespace {

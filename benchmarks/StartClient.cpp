@@ -4,8 +4,11 @@
 #include <optional>
 
 #include "Application/Log/Analytics/Client/Client.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
+#include "Application/Log/Analytics/Database/CipDatabases.h"
+#include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
+#include "benchmarks/Activation.h"
 #include "benchmarks/Figures.h"
-#include "benchmarks/Storage.h"
 
 namespace qel::benchmarks {
 

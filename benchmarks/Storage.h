@@ -7,18 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "Application/Log/Analytics/Client/ActivateParameter.h"
 #include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qel::benchmarks {
-
-/// The activation parameter of a client that may store rows for support. If `isSendingAllowed` is
-/// true, the client may also store rows for sending, and starts to send when it is activated.
-log::analytics::parameters::ActivateParameter activation(const std::string& directory,
-                                                         bool isSendingAllowed);
 
 /// An initialized database pair in a new directory.
 class Storage {
