@@ -119,7 +119,7 @@ TEST_F(HostileClientsTest, AreRefusedAndNoByteOfARefusedRequestBeginsTheNext) {
   EXPECT_THAT(stored("text FROM events"), IsEmpty());
 
   EXPECT_THAT(
-      answersTo(smuggled + validHead + filling + "Connection: close\r\n" + bodyWithLength(package)),
+      answersTo(smuggled + validHead + filling + "Connection: CLOSE\r\n" + bodyWithLength(package)),
       AllOf(StartsWith("HTTP/1.1 204 "), ContainsRegex("\r\n\r\nHTTP/1.1 204 ")));
   EXPECT_THAT(stored("text FROM events"), SizeIs(1));
   EXPECT_THAT(collector_.errors(), HasSubstr("400: malformed request, 0 ms, from 127.0.0.1:"));
@@ -132,6 +132,14 @@ TEST_F(HostileClientsTest, AreCutWithoutTlsWithExpensiveKeysAndInEndlessHeads) {
         "431: head too large, 0 ms"}) {
     EXPECT_THAT(collector_.errorsWith(reason), HasSubstr(reason + ", from 127.0.0.1:"));
   }
+}
+
+std::chrono::nanoseconds processorTimeOf(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  EXPECT_EQ(clock_getcpuclockid(process, &clock), 0);
+  EXPECT_EQ(clock_gettime(clock, &time), 0);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 /// The first bytes of a handshake with this group.
@@ -150,14 +158,14 @@ std::string helloWith(const char* group) {
 
 TEST_F(HostileClientsTest, CannotMakeTheServerComputeExpensiveKeys) {
   const auto costOf = [&](const std::string& hello) {
-    const auto before = collector_.processorTime();
+    const auto before = processorTimeOf(collector_.id());
     for (int attempt = 0; attempt < 100; ++attempt) {
       const auto connection = connect();
       BIO_write(connection.get(), hello.data(), static_cast<int>(hello.size()));
       char answer = 0;
       EXPECT_EQ(BIO_read(connection.get(), &answer, 1), 1);
     }
-    return collector_.processorTime() - before;
+    return processorTimeOf(collector_.id()) - before;
   };
   const auto cheap = costOf(helloWith("X25519"));
   EXPECT_GT(cheap.count(), 0);
