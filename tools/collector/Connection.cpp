@@ -51,10 +51,10 @@ asio::awaitable<std::shared_ptr<const Upload>> parse(std::string body, std::stri
 /// Throws the writer's exception if the upload is not stored.
 asio::awaitable<void> storeUpload(StoreWriter& writer, std::shared_ptr<const Upload> upload) {
   return asio::async_initiate<const asio::use_awaitable_t<>, void(std::exception_ptr)>(
-      [&writer](auto handler, std::shared_ptr<const Upload> uploadToStore) {
+      [&writer](auto handler, const std::shared_ptr<const Upload>& uploadToStore) {
         // The writer copies functions, but the handler can only be moved.
         auto shared = std::make_shared<decltype(handler)>(std::move(handler));
-        writer.add(std::move(uploadToStore), [shared](std::exception_ptr failure) {
+        writer.add(uploadToStore, [shared](std::exception_ptr failure) {
           auto executor = asio::get_associated_executor(*shared);
           asio::post(executor, [shared, failure] { (*shared)(failure); });
         });
