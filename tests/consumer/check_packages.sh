@@ -23,7 +23,7 @@ cd "$work/packages"
 expect_dependencies libqelanalytics[0-9]_*.deb libc6 libcurl4 libspdlog libsqlite3-0 libssl3 libstdc++6
 expect_dependencies libqelanalytics-dev_*.deb libqelanalytics
 expect_dependencies libqelanalytics-c_*.deb libqelanalytics libstdc++6
-expect_dependencies qel-analytics-tools_*.deb libcpp-httplib libqelanalytics libsqlite3-0 libutf8proc
+expect_dependencies qel-analytics-tools_*.deb libqelanalytics libsqlite3-0 libutf8proc
 if ls *.deb 2>/dev/null; then
   echo "is no package that is expected" && exit 1
 fi

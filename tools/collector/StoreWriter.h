@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "host/QelUtilities/Mutex.h"
+#include "tools/collector/Store.h"
+
+namespace qel::collector {
+
+struct WriterSettings {
+  std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
+  std::size_t largestWrite = std::size_t{64} << 20;  ///< bytes of bodies in one transaction
+  std::optional<std::chrono::hours> retention;       ///< older rows are deleted
+};
+
+/// The one thread that uses the store. It stores all packages that wait in one transaction, and
+/// then calls the functions that were passed with them.
+///
+/// **Destruction** ends the transaction in progress within its deadline, and fails the packages
+/// that wait.
+///
+/// **Threads.** All operations are thread-safe.
+class StoreWriter {
+ public:
+  /// Called on the writer's thread: with null when the package is durable, otherwise with the
+  /// reason why nothing of it is stored. Must not throw.
+  using Done = std::function<void(std::exception_ptr failure)>;
+
+  /// `store` must outlive this object.
+  StoreWriter(Store& store, const WriterSettings& settings);
+  StoreWriter(const StoreWriter&) = delete;
+  StoreWriter& operator=(const StoreWriter&) = delete;
+  ~StoreWriter();
+
+  void add(std::shared_ptr<const Upload> upload, Done done);
+
+  /// Whether the last transaction succeeded, and none takes longer than its deadline.
+  bool isReady() const;
+
+  /// The number of packages that wait.
+  std::size_t queued() const;
+};
+
+}  // namespace qel::collector
