@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <exception>
+#include <future>
 #include <optional>
 #include <utility>
 
@@ -68,8 +69,8 @@ std::optional<Answer> objection(const httplib::Request& request, const Credentia
 
 }  // namespace
 
-PackageReceiver::PackageReceiver(std::size_t largestBody, Credentials credentials, Store& store,
-                                 ConnectionWatch& watch)
+PackageReceiver::PackageReceiver(std::size_t largestBody, Credentials credentials,
+                                 StoreWriter& store, ConnectionWatch& watch)
     : largestBody_(largestBody),
       credentials_(std::move(credentials)),
       store_(store),
@@ -94,7 +95,7 @@ void PackageReceiver::receive(const httplib::Request& request, httplib::Response
   const bool isWhole = hasPlainLength(request) && read(reader, answer ? nullptr : &body);
   if (!answer) {
     watch_.awaitAnswer(request.ssl);
-    answer = isWhole ? store(body) : Answer{400, "the body broke off"};
+    answer = isWhole ? store(std::move(body)) : Answer{400, "the body broke off"};
   }
   give(response, *answer);
   logAnswer(*answer, watch_.peerOfThisWorker(), steady_clock::now() - begin);
@@ -113,19 +114,23 @@ bool PackageReceiver::read(const httplib::ContentReader& reader, std::string* bo
   });
 }
 
-Answer PackageReceiver::store(const std::string& body) {
+Answer PackageReceiver::store(std::string body) {
   if (body.size() <= largeBody) {
-    return storeNow(body);
+    return storeNow(std::move(body));
   }
   const utilities::MutexLock turn(largeBodies_);
-  return storeNow(body);
+  return storeNow(std::move(body));
 }
 
-Answer PackageReceiver::storeNow(const std::string& body) {
+Answer PackageReceiver::storeNow(std::string body) {
   try {
-    const Package package = readPackage(body);
-    store_.add(package);
-    return storedAnswer(package);
+    const auto upload = std::make_shared<const Upload>(std::move(body), std::string());
+    const auto stored = std::make_shared<std::promise<void>>();
+    store_.add(upload, [stored](const std::exception_ptr& failure) {
+      failure ? stored->set_exception(failure) : stored->set_value();
+    });
+    stored->get_future().get();
+    return storedAnswer(upload->package);
   } catch (const std::exception& error) {
     return {503, error.what()};
   }

@@ -9,7 +9,7 @@
 #include "tools/collector/Answer.h"
 #include "tools/collector/ConnectionWatch.h"
 #include "tools/collector/Credentials.h"
-#include "tools/collector/Store.h"
+#include "tools/collector/StoreWriter.h"
 
 namespace qel::collector {
 
@@ -17,7 +17,7 @@ namespace qel::collector {
 class PackageReceiver {
  public:
   /// `store` and `watch` must outlive this object.
-  PackageReceiver(std::size_t largestBody, Credentials credentials, Store& store,
+  PackageReceiver(std::size_t largestBody, Credentials credentials, StoreWriter& store,
                   ConnectionWatch& watch);
 
   /// Answers a request whose method is not POST.
@@ -29,12 +29,12 @@ class PackageReceiver {
 
  private:
   bool read(const httplib::ContentReader& reader, std::string* body) const;
-  Answer store(const std::string& body);
-  Answer storeNow(const std::string& body);
+  Answer store(std::string body);
+  Answer storeNow(std::string body);
 
   const std::size_t largestBody_;
   const Credentials credentials_;
-  Store& store_;
+  StoreWriter& store_;
   ConnectionWatch& watch_;
   utilities::Mutex largeBodies_;  ///< held while a large body is parsed and stored
 };

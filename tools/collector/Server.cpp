@@ -34,7 +34,7 @@ bool keepsConnection(const httplib::Response& response) { return response.status
 
 class Server::Implementation {
  public:
-  Implementation(const ServerSettings& settings, Credentials credentials, Store& store);
+  Implementation(const ServerSettings& settings, Credentials credentials, StoreWriter& store);
   int bind();
   void run(const std::function<void()>& ready);
   void stop();
@@ -54,7 +54,7 @@ class Server::Implementation {
 };
 
 Server::Implementation::Implementation(const ServerSettings& settings, Credentials credentials,
-                                       Store& store)
+                                       StoreWriter& store)
     : settings_(settings),
       watch_({.connections = settings.workers}),
       receiver_(settings.largestBody, std::move(credentials), store, watch_),
@@ -170,7 +170,7 @@ void Server::Implementation::stop() {
   watch_.stop();
 }
 
-Server::Server(const ServerSettings& settings, Credentials credentials, Store& store)
+Server::Server(const ServerSettings& settings, Credentials credentials, StoreWriter& store)
     : implementation_(std::make_unique<Implementation>(settings, std::move(credentials), store)) {}
 
 Server::~Server() = default;

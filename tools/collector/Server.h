@@ -8,7 +8,7 @@
 #include <string>
 
 #include "tools/collector/Credentials.h"
-#include "tools/collector/Store.h"
+#include "tools/collector/StoreWriter.h"
 #include "tools/common/Endpoint.h"
 
 namespace qel::collector {
@@ -46,7 +46,7 @@ struct ServerSettings {
 class Server {
  public:
   /// Throws `tools::InputError` if the certificate or the key cannot be used.
-  Server(const ServerSettings& settings, Credentials credentials, Store& store);
+  Server(const ServerSettings& settings, Credentials credentials, StoreWriter& store);
   ~Server();
 
   /// Starts to listen and returns the port. Throws `qel::exception` if it cannot listen.

@@ -11,8 +11,10 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/collector/Credentials.h"
+#include "tools/collector/EraseCommand.h"
 #include "tools/collector/Server.h"
-#include "tools/collector/Store.h"
+#include "tools/collector/SqliteStore.h"
+#include "tools/collector/StoreWriter.h"
 #include "tools/common/Endpoint.h"
 #include "tools/common/Program.h"
 
@@ -59,9 +61,10 @@ int collect(const Options& options) {
   const StopSignals signals;
   tools::Endpoint endpoint = tools::parseEndpoint("--listen", options.listen, 0);
   auto credentials = collector::Credentials::fromFile(pathFromUtf8(options.credentials));
-  collector::Store store(pathFromUtf8(options.store));
+  collector::SqliteStore store(pathFromUtf8(options.store));
+  collector::StoreWriter writer(store, {});
   collector::Server server({endpoint, pathFromUtf8(options.certificate), pathFromUtf8(options.key)},
-                           std::move(credentials), store);
+                           std::move(credentials), writer);
   endpoint.port = static_cast<std::uint16_t>(server.bind());
 
   std::thread stopper;
@@ -83,6 +86,8 @@ int collect(const Options& options) {
 
 int run(const tools::Arguments& arguments) {
   Options options;
+  collector::EraseOptions eraseOptions;
+  const bool erases = !arguments.empty() && arguments.front() == "erase";
   CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
                    programName);
   program
@@ -90,13 +95,17 @@ int run(const tools::Arguments& arguments) {
                   "address to listen on; port 0 picks a free port and prints it")
       ->type_name("ADDRESS:PORT");
   const auto addFile = [&](const char* name, std::string& file, const char* help) {
-    program.add_option(name, file, help)->type_name("FILE")->required();
+    program.add_option(name, file, help)->type_name("FILE")->required(!erases);
   };
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
   addFile("--store", options.store, "SQLite file for received data");
-  return tools::readCommandLine(program, arguments) ? collect(options) : 0;
+  collector::addEraseCommand(program, eraseOptions);
+  if (!tools::readCommandLine(program, arguments)) {
+    return 0;
+  }
+  return erases ? collector::erase(eraseOptions) : collect(options);
 }
 
 }  // namespace
