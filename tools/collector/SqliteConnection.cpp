@@ -57,13 +57,13 @@ SqliteConnection::SqliteConnection(const std::filesystem::path& file, Missing mi
   execute("PRAGMA synchronous = FULL");
 }
 
-void SqliteConnection::execute(const std::string& sql) {
+void SqliteConnection::execute(const std::string& sql) const {
   if (sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
     failAsReported();
   }
 }
 
-SqliteStatement SqliteConnection::prepare(const std::string& sql) {
+SqliteStatement SqliteConnection::prepare(const std::string& sql) const {
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v3(handle(), sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
                          nullptr) != SQLITE_OK) {
@@ -79,7 +79,7 @@ std::int64_t SqliteConnection::number(const std::string& sql) {
   return execution.number(0);
 }
 
-bool SqliteConnection::truncateLog() {
+bool SqliteConnection::truncateLog() const {
   return sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
                                    nullptr) == SQLITE_OK;
 }

@@ -37,13 +37,13 @@ class SqliteConnection {
   void setDeadline(std::chrono::steady_clock::time_point deadline) { deadline_ = deadline; }
   bool isLate() const { return std::chrono::steady_clock::now() >= deadline_; }
 
-  void execute(const std::string& sql);
-  SqliteStatement prepare(const std::string& sql);
+  void execute(const std::string& sql) const;
+  SqliteStatement prepare(const std::string& sql) const;
   /// The first value of the result.
   std::int64_t number(const std::string& sql);
   /// Moves the whole write-ahead log into the file and empties it. Returns false if a reader or
   /// writer prevents that until the deadline.
-  bool truncateLog();
+  bool truncateLog() const;
 
   [[noreturn]] void fail(const std::string& reason) const;
   [[noreturn]] void failAsReported() const;

@@ -50,23 +50,29 @@ void keyFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values
   sqlite3_result_blob(context, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
 }
 
+void renameToOld(const SqliteConnection& connection, const std::string& table) {
+  connection.execute("ALTER TABLE " + table + " RENAME TO old_" + table);
+}
+
+void moveFromOld(const SqliteConnection& connection, const SqliteTable& table) {
+  const std::string name = table.name;
+  const std::string columns = std::string("id, received, count, text, ") + table.columns;
+  const std::string session = name == "refused" ? "NULL" : "session";
+  connection.execute("INSERT INTO " + name + " (" + columns + ", key) SELECT " + columns +
+                     ", store_key(" + session + ", digest) FROM old_" + name + " ORDER BY id");
+  connection.execute("DROP TABLE old_" + name);
+}
+
 /// Copies the tables of version 0, because their unique index cannot be dropped.
-void upgrade(SqliteConnection& connection) {
+void upgrade(const SqliteConnection& connection) {
   sqlite3_create_function_v2(connection.handle(), "store_key", 2, SQLITE_UTF8, nullptr, keyFunction,
                              nullptr, nullptr, nullptr);
   for (const auto& table : sqliteTables) {
-    const std::string name = table.name;
-    connection.execute("ALTER TABLE " + name + " RENAME TO old_" + name);
+    renameToOld(connection, table.name);
   }
   connection.execute(schema);
   for (const auto& table : sqliteTables) {
-    const std::string name = table.name;
-    const bool hasSession = name != "refused";
-    const std::string columns = std::string("id, received, count, text, ") + table.columns;
-    connection.execute("INSERT INTO " + name + " (" + columns + ", key) SELECT " + columns +
-                       ", store_key(" + (hasSession ? "session" : "NULL") + ", digest) FROM old_" +
-                       name + " ORDER BY id");
-    connection.execute("DROP TABLE old_" + name);
+    moveFromOld(connection, table);
   }
 }
 

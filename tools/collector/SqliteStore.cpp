@@ -93,7 +93,7 @@ SqliteStore::SqliteStore(const std::filesystem::path& file)
 }
 
 SqliteStore::~SqliteStore() {
-  if (size().log > largestLog) {
+  if (SqliteStore::size().log > largestLog) {
     sqlite3_db_config(connection_.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   }
 }

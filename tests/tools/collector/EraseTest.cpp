@@ -27,7 +27,6 @@ TEST_F(EraseTest, ErasesWhatAnInstallationOrAUserSentWhileACollectorRuns) {
       "bob");
   add("not a package of bob", "bob");
   expectTranscript("collector/erase.txt");
-  add(R"({"version": "3.1", "events": [{"InstallationId":"first"}]})", "ada");
 }
 
 }  // namespace qel::collector

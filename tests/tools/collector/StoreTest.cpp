@@ -147,15 +147,15 @@ TEST_F(StoreTest, StoresNothingAfterTheDeadlineAndNeverWaitsForAReader) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
 
   std::string rows = "{}";
-  for (int row = 0; row < 99'000; ++row) {
+  for (int row = 0; row < 20'000; ++row) {
     rows += ",{\"a\":" + std::to_string(row) + "}";
   }
   const Uploads many = uploadsOf(withEvents(rows));
   EXPECT_THROW(store.add(many, std::chrono::steady_clock::now() + 5ms), StoreError);
   EXPECT_THAT(query("text FROM events"), ElementsAre(R"({"beside":"a reader"})"));
-  store.add(many, soon() + 50s);
-  EXPECT_THAT(query("count(*) FROM events"), ElementsAre("99002"));
-  EXPECT_GT(store.size().file + store.size().log, 5'000'000U);
+  store.add(many, soon());
+  EXPECT_THAT(query("count(*) FROM events"), ElementsAre("20002"));
+  EXPECT_GT(store.size().file + store.size().log, 1'000'000U);
   for (const char* const end : {"", "-wal", "-shm"}) {
     const auto rights = std::filesystem::status(file_.string() + end).permissions();
     EXPECT_EQ(rights, std::filesystem::perms(0600)) << end;
