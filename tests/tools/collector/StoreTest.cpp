@@ -208,7 +208,7 @@ TEST_F(StoreTest, LeavesFilesAloneThatAreNoStoreOrANewerOne) {
   const auto expectRefusal = [this](const std::string& reason) {
     const std::string before = test::contentOf(file_);
     try {
-      SqliteStore{file_};
+      const SqliteStore store(file_);
       ADD_FAILURE() << "accepted: " << reason;
     } catch (const StoreError& error) {
       EXPECT_THAT(error.what(), EndsWith(": " + reason));
