@@ -9,7 +9,8 @@ namespace {
 using namespace std::chrono_literals;
 using namespace testing;
 
-/// Notes the transactions. Fails as its next transaction is told to, and waits while it is held.
+/// Records the transactions. They fail while it is full or a user is "!", and wait while it is
+/// held.
 class FakeStore : public Store {
  public:
   void add(const Uploads& uploads, std::chrono::steady_clock::time_point /*deadline*/) override {
