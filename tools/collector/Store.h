@@ -18,6 +18,12 @@ class StoreError : public qel::exception {
   using qel::exception::exception;
 };
 
+/// The database rejects rows of these packages. Other packages can still be stored.
+class UploadError : public StoreError {
+ public:
+  using StoreError::StoreError;
+};
+
 /// A package as it arrived. `package` has views into `body`, so an upload is never moved or copied.
 struct Upload {
   Upload(std::string bodyOfRequest, std::string nameOfUser)

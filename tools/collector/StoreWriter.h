@@ -9,6 +9,7 @@
 #include <optional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "host/QelUtilities/Mutex.h"
 #include "tools/collector/Store.h"
@@ -47,6 +48,40 @@ class StoreWriter {
 
   /// The number of packages that wait.
   std::size_t queued() const;
+
+ private:
+  struct Waiting {
+    std::shared_ptr<const Upload> upload;
+    Done done;
+  };
+  using Batch = std::vector<Waiting>;
+  struct Result {
+    std::exception_ptr failure;
+    bool isFaultOfUploads = false;
+  };
+
+  void run();
+  std::optional<Batch> nextBatch();
+  void store(const Batch& batch);
+  Result attempt(const Uploads& uploads, std::chrono::steady_clock::time_point deadline);
+  void removeOldRows();
+
+  Store& store_;
+  const WriterSettings settings_;
+
+  // Used only by the writer's thread.
+  std::size_t largestWrite_;
+  std::chrono::steady_clock::time_point nextRemoval_;
+
+  mutable utilities::Mutex mutex_;
+  utilities::Condition changed_;
+  std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);
+  bool isStopping_ QEL_GUARDED_BY(mutex_) = false;
+  bool succeeded_ QEL_GUARDED_BY(mutex_) = true;
+  /// Of the transaction in progress.
+  std::optional<std::chrono::steady_clock::time_point> deadline_ QEL_GUARDED_BY(mutex_);
+
+  std::thread thread_;  ///< last, because it uses the other members
 };
 
 }  // namespace qel::collector
