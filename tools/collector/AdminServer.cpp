@@ -102,22 +102,18 @@ class AdminServer::Implementation {
     }
   }
 
+  /// Ends with an exception, which nobody receives, if the connection fails or takes too long.
   asio::awaitable<void> serve(beast::tcp_stream stream) {
     ++connections_;
     const ScopeGuard end([this] { --connections_; });
     stream.expires_after(longestConnection);
-    error_code failed;
-    const auto token = asio::redirect_error(asio::use_awaitable, failed);
     beast::flat_buffer buffer(largestHead);
     http::request_parser<http::empty_body> parser;
     parser.header_limit(largestHead);
-    co_await http::async_read_header(stream, buffer, parser, token);
-    if (failed) {
-      co_return;
-    }
+    co_await http::async_read_header(stream, buffer, parser, asio::use_awaitable);
     const Response response = responseFor(pages_, parser.get());
-    co_await http::async_write(stream, response, token);
-    stream.socket().shutdown(tcp::socket::shutdown_send, failed);
+    co_await http::async_write(stream, response, asio::use_awaitable);
+    stream.socket().shutdown(tcp::socket::shutdown_send);
   }
 
   const AdminPages pages_;

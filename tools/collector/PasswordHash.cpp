@@ -37,13 +37,14 @@ std::string parametersOf(const std::string& hash) {
   const auto* const method = std::find_if(methods.begin(), methods.end(), [&](const Method& known) {
     return hash.starts_with(known.prefix);
   });
-  if (method == methods.end() || crypt_checksalt(hash.c_str()) != CRYPT_SALT_OK) {
+  if (method == methods.end()) {
     throw tools::InputError("has a hash of a method that is not supported");
   }
   const auto last = hash.rfind('$');
   const auto end = method->hasSaltField ? hash.rfind('$', last - 1) : last;
   if (hash.size() - last - 1 != method->lastField || end + 1 < method->prefix.size() ||
-      hash.find_first_not_of(letters) != std::string::npos) {
+      hash.find_first_not_of(letters) != std::string::npos ||
+      crypt_checksalt(hash.c_str()) != CRYPT_SALT_OK) {
     throw tools::InputError("has a malformed hash");
   }
   return hash.substr(0, end);

@@ -111,7 +111,7 @@ std::optional<Users::Identity> Users::checkAtOnce(std::string_view authorization
   if (found != accepted_.end()) {
     return found->second;
   }
-  return hashes_.empty() ? std::optional(Identity()) : std::nullopt;
+  return hashes_.empty() ? std::optional<Identity>(Identity()) : std::nullopt;
 }
 
 Users::Identity Users::checkHash(std::string_view authorization) {
