@@ -75,7 +75,8 @@ Users::Users(const std::vector<UserLine>& lines, const UserLimits& limits) : lim
       users_[user].hash = secret;
     } else {
       users_[user];
-      accepted_.emplace(keyedDigest(user + ':' + secret), user);
+      std::string text = user;
+      accepted_.emplace(keyedDigest(text.append(1, ':').append(secret)), user);
     }
   }
 }

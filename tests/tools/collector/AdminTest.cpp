@@ -89,6 +89,7 @@ TEST_F(AdminTest, ServesItsPagesAndNothingElse) {
 TEST_F(AdminTest, ClosesSilentConnectionsAndThoseBeyondItsLimit) {
   const std::string request = "GET /health HTTP/1.0\r\n\r\n";
   std::vector<tcp::socket> silent;
+  silent.reserve(64);
   for (int i = 0; i < 64; ++i) {
     silent.push_back(connect());
   }
