@@ -3,6 +3,7 @@
 #include <string>
 
 #include <openssl/err.h>
+#include <openssl/x509.h>
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
@@ -46,6 +47,14 @@ void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
       SSL_CTX_check_private_key(&context) != 1) {
     fail("--key", key);
   }
+}
+
+std::chrono::system_clock::time_point certificateEnd(const SSL_CTX& context) {
+  int days = 0;
+  int seconds = 0;
+  ASN1_TIME_diff(&days, &seconds, nullptr, X509_get0_notAfter(SSL_CTX_get0_certificate(&context)));
+  return std::chrono::system_clock::now() + std::chrono::hours(24) * days +
+         std::chrono::seconds(seconds);
 }
 
 }  // namespace qel::collector

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 
 #include <openssl/ssl.h>
@@ -11,5 +12,8 @@ namespace qel::collector {
 /// file, if a file cannot be used. Throws `qel::exception` if the TLS library lacks the key groups.
 void setUpTls(SSL_CTX& context, const std::filesystem::path& certificate,
               const std::filesystem::path& key);
+
+/// When the certificate of a context expires.
+std::chrono::system_clock::time_point certificateEnd(const SSL_CTX& context);
 
 }  // namespace qel::collector

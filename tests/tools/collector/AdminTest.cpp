@@ -151,6 +151,7 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
     const ScopeGuard count([&] { attempts.add(); });
     const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
     setUpTls(*context, certificate, key);
+    EXPECT_GT(certificateEnd(*context), std::chrono::system_clock::now());
   };
   {
     Reload reload({{"certificate and key", {certificate, key}, load}}, 10ms);
