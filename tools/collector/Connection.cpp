@@ -54,9 +54,10 @@ asio::awaitable<void> storeUpload(StoreWriter& writer, std::shared_ptr<const Upl
       [&writer](auto handler, const std::shared_ptr<const Upload>& uploadToStore) {
         // The writer copies functions, but the handler can only be moved.
         auto shared = std::make_shared<decltype(handler)>(std::move(handler));
-        writer.add(uploadToStore, [shared](std::exception_ptr failure) {
+        writer.add(uploadToStore, [shared](std::exception_ptr failure) mutable {
           auto executor = asio::get_associated_executor(*shared);
-          asio::post(executor, [shared, failure] { (*shared)(failure); });
+          // Moved, so that the handler is destroyed on the connection's thread.
+          asio::post(executor, [own = std::move(shared), failure] { (*own)(failure); });
         });
       },
       use_awaitable, std::move(upload));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -32,6 +34,24 @@ class Metrics {
   /// All counters and these gauges in Prometheus' text format, version 0.0.4.
   /// https://prometheus.io/docs/instrumenting/exposition_formats/
   std::string text(const Gauges& gauges) const;
+
+  /// The statuses that are counted. The last counter is for all others.
+  static constexpr std::array statuses{204, 400, 401, 403, 404, 405, 408, 411,
+                                       413, 414, 415, 417, 429, 431, 500, 503};
+  /// The upper limits of the histogram, in seconds. The last counter is for longer times.
+  static constexpr std::array limits{0.005, 0.01, 0.025, 0.05, 0.1, 0.25, 0.5, 1.0, 2.5, 5.0, 10.0};
+
+ private:
+  using Counter = std::atomic<std::uint64_t>;
+
+  std::array<Counter, statuses.size() + 1> answers_{};
+  std::array<Counter, limits.size() + 1> times_{};
+  Counter nanoseconds_ = 0;
+  Counter packages_ = 0;
+  Counter events_ = 0;
+  Counter environments_ = 0;
+  Counter refused_ = 0;
+  Counter bytes_ = 0;
 };
 
 }  // namespace qel::collector

@@ -53,7 +53,9 @@ TlsContext makeTlsContext(const std::filesystem::path& certificate,
   if (SSL_CTX_use_certificate_chain_file(context, certificateName.c_str()) != 1) {
     fail("--certificate", certificate);
   }
-  if (SSL_CTX_use_PrivateKey_file(context, keyName.c_str(), SSL_FILETYPE_PEM) != 1) {
+  // The first call does not notice a key whose type differs from the certificate's.
+  if (SSL_CTX_use_PrivateKey_file(context, keyName.c_str(), SSL_FILETYPE_PEM) != 1 ||
+      SSL_CTX_check_private_key(context) != 1) {
     fail("--key", key);
   }
   return result;

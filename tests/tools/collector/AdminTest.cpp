@@ -1,0 +1,202 @@
+#include <cstring>
+#include <sstream>
+#include <thread>
+#include <utility>
+
+#include <boost/asio.hpp>
+#include <gmock/gmock.h>
+#include <openssl/pem.h>
+
+#include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ScopeGuard.h"
+#include "tests/support/Logged.h"
+#include "tests/support/Tally.h"
+#include "tests/support/TestCertificates.h"
+#include "tools/collector/AdminServer.h"
+#include "tools/collector/Metrics.h"
+#include "tools/collector/Reload.h"
+#include "tools/collector/TlsSettings.h"
+
+namespace qel::collector {
+namespace {
+
+using namespace testing;
+using namespace std::chrono_literals;
+using boost::asio::ip::tcp;
+
+std::string makeKey() {
+  const std::shared_ptr<EVP_PKEY> key(EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256"),
+                                      EVP_PKEY_free);
+  const std::shared_ptr<BIO> memory(BIO_new(BIO_s_mem()), BIO_free);
+  PEM_write_bio_PrivateKey(memory.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+  char* text = nullptr;
+  const auto size = BIO_get_mem_data(memory.get(), &text);
+  return {text, static_cast<std::size_t>(size)};
+}
+
+class AdminTest : public testing::Test {
+ protected:
+  tcp::socket connect() {
+    tcp::socket socket(io_);
+    socket.connect({boost::asio::ip::address_v4::loopback(), server_.endpoint().port});
+    return socket;
+  }
+
+  /// What the server answers to this text, until it closes the connection.
+  std::string answerTo(const std::string& request) {
+    tcp::socket socket = connect();
+    boost::system::error_code ignored;
+    boost::asio::write(socket, boost::asio::buffer(request), ignored);
+    std::string answer;
+    boost::asio::read(socket, boost::asio::dynamic_buffer(answer), ignored);
+    return answer;
+  }
+
+  boost::asio::io_context io_;
+  std::string obstacle_;
+  AdminServer server_{{"127.0.0.1", 0},
+                      adminPages([this] { return obstacle_; },
+                                 []() -> std::string { throw qel::exception("no figures"); })};
+};
+
+TEST_F(AdminTest, ServesItsPagesAndNothingElse) {
+  struct Case {
+    std::string request;
+    std::string obstacle;
+    std::string status;
+    std::string body;
+  };
+  for (const auto& [request, obstacle, status, body] : std::vector<Case>{
+           {"GET /health", "", "200 OK", "ok\n"},
+           {"GET /health?probe=1", "stopping", "200 OK", "ok\n"},
+           {"GET /ready", "", "200 OK", "ready\n"},
+           {"GET /ready", "stopping", "503 Service Unavailable", "stopping\n"},
+           {"GET /metrics", "", "500 Internal Server Error", "no figures\n"},
+           {"GET /", "", "404 Not Found", "unknown path\n"},
+           {"GET /health/", "", "404 Not Found", "unknown path\n"},
+           {"POST /health", "", "405 Method Not Allowed", "only GET is served\n"},
+       }) {
+    obstacle_ = obstacle;
+    const std::string answer = answerTo(request + " HTTP/1.1\r\nHost: a\r\n\r\n");
+    EXPECT_THAT(answer, StartsWith("HTTP/1.1 " + status + "\r\n")) << request;
+    EXPECT_THAT(answer, EndsWith("\r\n\r\n" + body)) << request;
+  }
+  EXPECT_EQ(answerTo("GET /health HTTP/1.1\r\nA: " + std::string(9000, 'a') + "\r\n\r\n"), "");
+  EXPECT_EQ(answerTo("nonsense\r\n\r\n"), "");
+  EXPECT_THROW(AdminServer(server_.endpoint(), {}), qel::exception);
+}
+
+TEST_F(AdminTest, ClosesSilentConnectionsAndThoseBeyondItsLimit) {
+  const std::string request = "GET /health HTTP/1.0\r\n\r\n";
+  std::vector<tcp::socket> silent;
+  silent.reserve(64);
+  for (int i = 0; i < 64; ++i) {
+    silent.push_back(connect());
+  }
+  EXPECT_EQ(answerTo(request), "");
+  const auto time = test::timeOf(
+      [&] { EXPECT_TRUE(test::waitUntil([&] { return !answerTo(request).empty(); })); });
+  EXPECT_THAT(time, AllOf(Gt(4s), Lt(15s)));
+}
+
+TEST(MetricsTest, WritesPrometheusText) {
+  Metrics metrics;
+  Package package;
+  package.events = {{"a", 2, {}}, {"b", 1, {}}};
+  package.refused = {{"c", 4, ""}};
+  metrics.countStored(package, 1'000'000);
+  metrics.countAnswer(204, 10ms);
+  metrics.countAnswer(503, 11s);
+  metrics.countAnswer(299, 2ms);
+  const std::string text =
+      metrics.text({.connections = 7, .store = {3'000'000'000, 5}, .certificateEnd = {}});
+  for (const char* const lines : {
+           "# HELP qel_collector_packages_total Stored packages.\n"
+           "# TYPE qel_collector_packages_total counter\nqel_collector_packages_total 1\n",
+           "qel_collector_rows_total{kind=\"event\"} 3\n"
+           "qel_collector_rows_total{kind=\"environment\"} 0\n",
+           "qel_collector_refused_texts_total 4\n",
+           "qel_collector_package_bytes_total 1000000\n",
+           "qel_collector_answers_total{status=\"204\"} 1\n",
+           "qel_collector_answers_total{status=\"503\"} 1\n"
+           "qel_collector_answers_total{status=\"other\"} 1\n",
+           "# TYPE qel_collector_answer_seconds histogram\n"
+           "qel_collector_answer_seconds_bucket{le=\"0.005\"} 1\n"
+           "qel_collector_answer_seconds_bucket{le=\"0.01\"} 2\n",
+           "qel_collector_answer_seconds_bucket{le=\"10\"} 2\n"
+           "qel_collector_answer_seconds_bucket{le=\"+Inf\"} 3\n"
+           "qel_collector_answer_seconds_sum 11.012\nqel_collector_answer_seconds_count 3\n",
+           "qel_collector_connections 7\n",
+           "qel_collector_store_bytes 3000000000\n",
+           "qel_collector_certificate_end_timestamp_seconds 0\n",
+       }) {
+    EXPECT_THAT(text, HasSubstr(lines));
+  }
+}
+
+TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
+  test::TestCertificates certificates;
+  const test::TemporaryDirectory directory;
+  const auto certificate = certificates.issue("localhost");
+  const auto key = directory.path() / "key";
+  std::filesystem::copy_file(certificate, key);
+  const std::string goodKey = test::contentOf(key);
+  const std::string otherKey = makeKey();
+  const auto logFile = directory.path() / "log";
+  const ScopeGuard restoreLog([] { log::LogManager::instance().configure({}); });
+  log::LogManager::instance().configure(
+      {.lowestLevel = log::Level::Info, .standardError = false, .file = logFile});
+  test::Tally attempts;
+  const auto load = [&] {
+    const ScopeGuard count([&] { attempts.add(); });
+    EXPECT_GT(certificateEnd(*makeTlsContext(certificate, key)), std::chrono::system_clock::now());
+  };
+  {
+    Reload reload({{"certificate and key", {certificate, key}, load}}, 10ms);
+    std::this_thread::sleep_for(100ms);  // nothing announces that nothing happens
+    EXPECT_EQ(attempts.count(), 0);
+    test::write(key, otherKey);
+    ASSERT_TRUE(attempts.reaches(1));
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(attempts.count(), 1) << "tried the same files again";
+    test::write(key, goodKey);
+    ASSERT_TRUE(attempts.reaches(2));
+    std::filesystem::remove(key);
+    ASSERT_TRUE(attempts.reaches(3));
+    test::write(key, goodKey);
+    ASSERT_TRUE(attempts.reaches(4));
+    reload.now();
+    ASSERT_TRUE(attempts.reaches(5));
+  }
+  std::string outcomes;
+  const std::string log = test::loggedIn(logFile);
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    outcomes += line.substr(line.find("qel.collector: ") + strlen("qel.collector: "), 5);
+  }
+  EXPECT_EQ(outcomes, "keepsread keepsread read ") << log;
+}
+
+TEST(ReloadTest, DoesNotReadAFileThatIsBeingWritten) {
+  const test::TemporaryDirectory directory;
+  const auto file = test::write(directory.path() / "users", "");
+  std::string read;
+  test::Tally loads;
+  const Reload reload({{"users",
+                        {file},
+                        [&] {
+                          read = test::contentOf(file);
+                          loads.add();
+                        }}},
+                      500ms);
+  std::string written;
+  for (int i = 0; i < 70; ++i) {
+    test::write(file, written += "line\n");
+    std::this_thread::sleep_for(10ms);
+  }
+  ASSERT_TRUE(loads.reaches(1));
+  EXPECT_EQ(read, written);
+}
+
+}  // namespace
+}  // namespace qel::collector
