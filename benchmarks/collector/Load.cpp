@@ -41,10 +41,10 @@ std::string base64(const std::string& text) {
   return encoded;
 }
 
-asio::ssl::context makeTls(const LoadSettings& settings) {
+/// Does not check the server's certificate, which would cost more than the server's handshake does.
+asio::ssl::context makeTls() {
   asio::ssl::context tls(asio::ssl::context::tls_client);
-  tls.load_verify_file(settings.authorities);
-  tls.set_verify_mode(asio::ssl::verify_peer);
+  tls.set_verify_mode(asio::ssl::verify_none);
   SSL_CTX_set_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
   return tls;
 }
@@ -60,8 +60,8 @@ struct Run {
   const LoadSettings& settings;
   const PackageTemplates templates{settings.rows};
   const Clock::time_point start = Clock::now();
-  const Clock::time_point end = start + ticks(settings.warmUp + settings.duration);
-  Clock::time_point lastAnswer = start;
+  const Clock::time_point warm = start + ticks(settings.warmUp);
+  const Clock::time_point end = warm + ticks(settings.duration);
   LoadResult result{};
 };
 
@@ -126,9 +126,11 @@ class Client {
       return;
     }
     ++run_.result.stored;
-    run_.result.bytes += request_.size() - head_.size();
-    run_.lastAnswer = now;
-    if (begin >= run_.start + ticks(run_.settings.warmUp)) {
+    if (now >= run_.warm && now < run_.end) {
+      ++run_.result.answeredInTime;
+      run_.result.bytesInTime += request_.size() - head_.size();
+    }
+    if (begin >= run_.warm) {
       run_.result.milliseconds.push_back(
           std::chrono::duration<float, std::milli>(now - begin).count());
     }
@@ -166,7 +168,7 @@ Task<void> printOpen(const std::size_t& open) {
 
 LoadResult load(const LoadSettings& settings) {
   asio::io_context loop(1);
-  asio::ssl::context tls = makeTls(settings);
+  asio::ssl::context tls = makeTls();
   Run run{settings};
   std::vector<std::unique_ptr<Client>> clients;
   for (std::size_t number = 0; number < settings.connections; ++number) {
@@ -174,13 +176,12 @@ LoadResult load(const LoadSettings& settings) {
     asio::co_spawn(loop, clients.back()->send(), asio::detached);
   }
   loop.run();
-  run.result.seconds = Seconds(run.lastAnswer - run.start).count();
   return std::move(run.result);
 }
 
 void keepSilent(const LoadSettings& settings) {
   asio::io_context loop(1);
-  asio::ssl::context tls = makeTls(settings);
+  asio::ssl::context tls = makeTls();
   std::vector<std::unique_ptr<Connection>> connections;
   std::size_t open = 0;
   const auto start = Clock::now();

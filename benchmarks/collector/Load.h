@@ -14,8 +14,7 @@ namespace qel::benchmarks {
 
 struct LoadSettings {
   tools::Endpoint server;
-  std::string host;         ///< the name in the server's certificate
-  std::string authorities;  ///< PEM file
+  std::string host;  ///< the name in the server's certificate
   std::string user;
   std::string secret;
   std::size_t users = 0;  ///< if not zero: clients take turns with USER0, USER1 and so on
@@ -31,10 +30,10 @@ struct LoadSettings {
 };
 
 struct LoadResult {
-  std::uint64_t stored = 0;         ///< packages with a status of 2xx, also during the warm-up
-  std::uint64_t bytes = 0;          ///< of their bodies
-  double seconds = 0;               ///< from the first package to the last answer
-  std::vector<float> milliseconds;  ///< for each package that counts
+  std::uint64_t stored = 0;          ///< packages with a status of 2xx, also during the warm-up
+  std::uint64_t answeredInTime = 0;  ///< those that were answered during `duration`
+  std::uint64_t bytesInTime = 0;     ///< of their bodies
+  std::vector<float> milliseconds;   ///< for each package that counts
   std::map<std::string, std::uint64_t> failures;  ///< by status or error
 };
 

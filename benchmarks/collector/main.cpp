@@ -46,9 +46,10 @@ double processorSeconds() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-double percentile(const std::vector<float>& sorted, double share) {
+/// Null if there are no values.
+nlohmann::json percentile(const std::vector<float>& sorted, double share) {
   if (sorted.empty()) {
-    return 0;
+    return nullptr;
   }
   const auto index = static_cast<std::size_t>(share * static_cast<double>(sorted.size()));
   return static_cast<double>(sorted[std::min(index, sorted.size() - 1)]);
@@ -57,14 +58,14 @@ double percentile(const std::vector<float>& sorted, double share) {
 void printLoad(const LoadSettings& settings) {
   LoadResult result = load(settings);
   std::sort(result.milliseconds.begin(), result.milliseconds.end());
-  const double seconds = std::max(result.seconds, 1e-9);
-  const auto stored = static_cast<double>(result.stored);
+  const double seconds = settings.duration.count();
+  const double rate = static_cast<double>(result.answeredInTime) / seconds;
   const nlohmann::ordered_json figures{
       {"packages", result.stored},
       {"rows", result.stored * settings.rows},
-      {"packages per second", stored / seconds},
-      {"rows per second", stored * static_cast<double>(settings.rows) / seconds},
-      {"bytes per second", static_cast<double>(result.bytes) / seconds},
+      {"packages per second", rate},
+      {"rows per second", rate * static_cast<double>(settings.rows)},
+      {"bytes per second", static_cast<double>(result.bytesInTime) / seconds},
       {"p50", percentile(result.milliseconds, 0.5)},
       {"p99", percentile(result.milliseconds, 0.99)},
       {"longest", percentile(result.milliseconds, 1)},
@@ -97,7 +98,6 @@ struct Options {
 void addServerOptions(CLI::App& command, Options& options) {
   command.add_option("--connect", options.connect, "the server")->required();
   command.add_option("--host", options.load.host, "the name in its certificate")->required();
-  command.add_option("--ca", options.load.authorities, "certificate authorities (PEM)")->required();
   command.add_option("--connections", options.load.connections, "clients")->required();
   command.add_option("--seconds", options.seconds, "duration");
 }
