@@ -36,16 +36,19 @@ class RawStore {
     connection_.reset(connection);
     execute("PRAGMA synchronous = FULL");
     execute("PRAGMA cache_size = -64000");
+    execute("PRAGMA wal_autocheckpoint = 4000");
     const bool hasUser =
         number("SELECT count(*) FROM pragma_table_info('events') WHERE name = 'user'") > 0;
     hasSessionInKey_ = number("PRAGMA user_version") > 0;
+    const std::string key = hasSessionInKey_ ? "key" : "digest";
     insertion_ = prepare(
-        std::string("INSERT INTO events (received, digest, count, text, session, installation, "
+        std::string("INSERT INTO events (received, " + key +
+                    ", count, text, session, installation, "
                     "time, category, subcategory, event") +
         (hasUser ? ", user" : "") +
         ") VALUES (strftime('%Y-%m-%dT%H:%M:%fZ', 'now'), ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9" +
-        (hasUser ? ", 'customer'" : "") +
-        ") ON CONFLICT (digest) DO UPDATE SET count = max(count, excluded.count)");
+        (hasUser ? ", 'customer'" : "") + ") ON CONFLICT (" + key +
+        ") DO UPDATE SET count = max(count, excluded.count)");
   }
 
   void execute(const char* sql) {
@@ -67,11 +70,12 @@ class RawStore {
 
  private:
   Sha256 keyOf(const Row& row) const {
-    Sha256 key = collector::sha256(row.text);
-    if (hasSessionInKey_) {
-      const Sha256 session = collector::sha256(row.columns[0].value_or(""));
-      std::copy_n(session.begin(), prefixOfKey, key.begin());
+    const Sha256 digest = collector::sha256(row.text);
+    if (!hasSessionInKey_) {
+      return digest;
     }
+    Sha256 key = collector::sha256(row.columns[0].value_or(""));
+    std::copy(digest.begin(), digest.end() - prefixOfKey, key.begin() + prefixOfKey);
     return key;
   }
 
