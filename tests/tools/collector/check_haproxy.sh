@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks deploy/collector/haproxy.cfg: HAProxy before two collectors that share a store. Packages arrive with the client's
-# address in the log, also after one collector has stopped. Takes the collector and the repository's root.
+# Checks deploy/collector/haproxy.cfg: HAProxy before two collectors that share a store. Packages arrive, with the
+# client's address in the log, also after one collector has stopped. Takes the collector and the repository's root.
+# Without HAProxy, says so and ends with status 77.
 set -euo pipefail
 collector=$1
 root=$2
@@ -38,7 +39,7 @@ openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 -su
   -addext subjectAltName=DNS:localhost -keyout "$work/key.pem" -out "$work/certificate.pem" 2>/dev/null
 echo "user:secret" >"$work/users"
 
-# Three free ports, and two for the collectors.
+# Free ports: for HAProxy, and two for each collector.
 read -r -a ports < <(python3 -c '
 import socket
 sockets = [socket.create_server(("127.0.0.1", 0)) for _ in range(5)]
@@ -53,7 +54,8 @@ start_collector() {
 start_collector first "${ports[1]}" "${ports[2]}"
 start_collector second "${ports[3]}" "${ports[4]}"
 
-sed -e "s/bind :443/bind 127.0.0.1:$public/" -e "s/192.0.2.11:8443/127.0.0.1:${ports[1]} port ${ports[2]}/" \
+sed -e "s/maxconn .*/maxconn 100/" -e "s/bind :443/bind 127.0.0.1:$public/" \
+  -e "s/192.0.2.11:8443/127.0.0.1:${ports[1]} port ${ports[2]}/" \
   -e "s/192.0.2.12:8443/127.0.0.1:${ports[3]} port ${ports[4]}/" \
   "$root/deploy/collector/haproxy.cfg" >"$work/haproxy.cfg"
 "$haproxy" -c -q -f "$work/haproxy.cfg"
