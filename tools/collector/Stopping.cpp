@@ -1,6 +1,7 @@
 #include "tools/collector/Stopping.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 
 #include <pthread.h>

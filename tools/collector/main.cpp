@@ -41,12 +41,12 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
       ->type_name("DAYS");
   program
       .add_option("--user-requests", options.userLimits.requestsPerSecond,
-                  "requests a second that a user may send, averaged over a minute", true)
+                  "requests a second that a user may send, averaged over a minute")
       ->check(CLI::PositiveNumber)
       ->type_name("NUMBER");
   program
       .add_option("--user-bytes", options.userLimits.bytesPerSecond,
-                  "bytes a second that a user may send, averaged over a minute", true)
+                  "bytes a second that a user may send, averaged over a minute")
       ->check(CLI::PositiveNumber)
       ->type_name("NUMBER");
 }
