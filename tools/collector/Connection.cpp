@@ -154,10 +154,11 @@ asio::awaitable<bool> Connection::serveRequest() {
   if (!error) {
     auto head = parseHead(std::string_view(buffer_).substr(0, size));
     buffer_.erase(0, size);
-    answer = {400, "malformed request"};
-    if (head) {
-      keepsConnection = head->keepsConnection;
-      answer = co_await answerTo(std::move(*head));
+    if (auto* const refusal = std::get_if<Answer>(&head)) {
+      answer = std::move(*refusal);
+    } else {
+      keepsConnection = std::get<RequestHead>(head).keepsConnection;
+      answer = co_await answerTo(std::get<RequestHead>(std::move(head)));
     }
   }
   keepsConnection = keepsConnection && answer.status == 204 && !service_.isStopping;

@@ -17,9 +17,27 @@ namespace http = beast::http;
 
 using Fields = http::request<http::empty_body>;
 
+Answer noPlainLength() { return {411, "no plain Content-Length"}; }
+
 /// Whether a header is continued on the next line. The parser accepts this obsolete form.
 bool isFolded(std::string_view head) {
   return head.find("\n ") != std::string_view::npos || head.find("\n\t") != std::string_view::npos;
+}
+
+/// Whether a header's name has a blank. Some proxies accept "Transfer-Encoding : chunked" as the
+/// header, others ignore it.
+bool hasBlankInName(std::string_view head) {
+  for (auto line = head.find('\n'); line + 1 < head.size(); line = head.find('\n', line + 1)) {
+    const auto end = head.find_first_of(" \t:\n", line + 1);
+    if (head[end] == ' ' || head[end] == '\t') {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool isFramingError(const beast::error_code& error) {
+  return error == http::error::bad_content_length || error == http::error::bad_transfer_encoding;
 }
 
 bool isPlainJson(const Fields& fields) {
@@ -41,16 +59,19 @@ std::optional<std::uint64_t> plainLength(const Fields& fields,
 
 }  // namespace
 
-std::optional<RequestHead> parseHead(std::string_view head) {
+std::variant<RequestHead, Answer> parseHead(std::string_view head) {
   http::request_parser<http::empty_body> parser;
   parser.header_limit(std::numeric_limits<std::uint32_t>::max());
   parser.body_limit(std::numeric_limits<std::uint64_t>::max());
   beast::error_code error;
   parser.put(boost::asio::buffer(head.data(), head.size()), error);
   const Fields& fields = parser.get();
+  if (isFramingError(error) || (error == http::error::bad_field && hasBlankInName(head))) {
+    return noPlainLength();
+  }
   if (error || !parser.is_header_done() || isFolded(head) ||
       (fields.version() == 11 && fields.count(http::field::host) != 1)) {
-    return std::nullopt;
+    return Answer{400, "malformed request"};
   }
   const auto authorization = fields[http::field::authorization];
   RequestHead result;
@@ -79,7 +100,7 @@ std::optional<Answer> objectionToBody(const RequestHead& head, std::uint64_t lar
     return Answer{415, "only application/json is served"};
   }
   if (!head.length) {
-    return Answer{411, "no plain Content-Length"};
+    return noPlainLength();
   }
   if (*head.length > largestBody) {
     return Answer{413, "body too large"};

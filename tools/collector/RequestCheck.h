@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 
 #include "tools/collector/Answer.h"
 
@@ -21,9 +22,9 @@ struct RequestHead {
   bool keepsConnection = false;
 };
 
-/// Parses a head, including the empty line at its end. Returns `std::nullopt` if it is malformed,
-/// or if two programs could interpret it differently.
-std::optional<RequestHead> parseHead(std::string_view head);
+/// Parses a head, including the empty line at its end. Returns the refusal if it is malformed, or
+/// if two programs could interpret it differently.
+std::variant<RequestHead, Answer> parseHead(std::string_view head);
 
 /// The answer that rejects a request because of its head; `std::nullopt` if the head is acceptable.
 /// The second function requires that the credentials have been accepted.

@@ -35,13 +35,18 @@ class CollectorTest : public test::CommandTest {
   static int portOf(test::Process& collector) {
     return std::stoi(collector.readUntil('\n').substr(strlen("listening on 127.0.0.1:")));
   }
+  static std::filesystem::path forOwnerAlone(std::filesystem::path file) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(file, perms::owner_read | perms::owner_write);
+    return file;
+  }
   std::vector<std::string> stored(const std::string& columns) const {
     return test::query(store_, "SELECT " + columns);
   }
 
   const std::filesystem::path store_ = file("store.db");
-  const std::filesystem::path users_ =
-      test::write(file("users"), "# people\n\n \t\nada:open:sesame\r\nbob:#1\n");
+  const std::filesystem::path users_ = forOwnerAlone(
+      test::write(file("users"), "# people\n\n \t\nada:open:sesame\r\nbob:#1\n"));
   test::TestCertificates certificates_;
   const std::string identity_ = certificates_.issue("localhost").string();
   const std::string command_ =
