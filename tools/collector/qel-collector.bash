@@ -2,7 +2,8 @@
 
 _qel_collector() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local options='erase --listen --certificate --key --credentials --store --admin --retention --behind --help --version'
+  local options='erase --listen --certificate --key --credentials --store --admin --retention --behind --user-requests
+    --user-bytes --help --version'
   COMPREPLY=()
   if [[ ${COMP_WORDS[1]} == erase && $COMP_CWORD -gt 1 ]]; then
     options='--installation --user --store --yes --help'
@@ -12,7 +13,7 @@ _qel_collector() {
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
       ;;
-    --listen | --admin | --retention | --behind | --installation | --user) return ;;
+    --listen | --admin | --retention | --behind | --user-requests | --user-bytes | --installation | --user) return ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
 }
