@@ -80,9 +80,16 @@ class Client {
     for (Clock::time_point due = firstDue_; due < run_.end;) {
       co_await waitUntil(due);
       const Clock::time_point begin = interval ? due : Clock::now();
-      const Outcome outcome = co_await deliver();
-      const bool stored = outcome.status / 100 == 2;
-      note(outcome, stored, begin);
+      prepareNext();
+      bool stored = false;
+      do {
+        const Outcome outcome = co_await deliver();
+        stored = outcome.status / 100 == 2;
+        note(outcome, stored, begin);
+        if (!stored && run_.settings.resend) {
+          co_await waitUntil(Clock::now() + ticks(pauseAfterFailure));
+        }
+      } while (!stored && run_.settings.resend);
       due = interval ? due + ticks(*interval)
                      : Clock::now() + ticks(stored ? Seconds{0} : pauseAfterFailure);
     }
@@ -104,9 +111,12 @@ class Client {
            "\r\nAccept: */*\r\nContent-Type: application/json\r\nContent-Length: ";
   }
 
-  Task<Outcome> deliver() {
+  void prepareNext() {
     request_ = head_ + std::to_string(session_.nextSize()) + "\r\n\r\n";
     session_.appendNext(request_);
+  }
+
+  Task<Outcome> deliver() {
     if (run_.settings.fresh) {
       connection_.close();
     }

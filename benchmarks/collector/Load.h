@@ -25,6 +25,7 @@ struct LoadSettings {
   /// an interval it sends the next package after the answer to the previous one.
   std::optional<std::chrono::duration<double>> interval;
   bool fresh = false;                       ///< a new connection for each package
+  bool resend = false;                      ///< a package is sent until it is stored
   std::chrono::duration<double> warmUp{0};  ///< packages that begin earlier do not count
   std::chrono::seconds patience{30};        ///< the longest time of one package
 };

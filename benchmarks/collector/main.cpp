@@ -111,6 +111,7 @@ void addSendOptions(CLI::App& command, Options& options) {
   command.add_option("--interval", options.interval, "seconds between a client's packages");
   command.add_option("--warm-up", options.warmUp, "seconds before the time is measured");
   command.add_flag("--fresh", options.load.fresh, "a new connection for each package");
+  command.add_flag("--resend", options.load.resend, "send each package until it is stored");
 }
 
 void addStoreOptions(CLI::App& command, Options& options) {
