@@ -39,6 +39,8 @@ std::string textOf(const asio::ip::tcp::socket& socket) {
   return error ? "a peer that is gone" : text.str();
 }
 
+Answer tooManyBytes() { return {503, "too many bytes at once"}; }
+
 asio::awaitable<Users::Identity> checkHash(std::shared_ptr<Users> users,
                                            std::string authorization) {
   co_return users->checkHash(authorization);
@@ -184,7 +186,7 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
     co_return Answer{429, "too many requests of this user", wait};
   }
   if (!service_.reserve(*head.length)) {
-    co_return Answer{503, "too many bytes at once"};
+    co_return tooManyBytes();
   }
   const ScopeGuard release([&] { service_.release(*head.length); });
   std::string body;
@@ -256,6 +258,12 @@ asio::awaitable<Answer> Connection::store(std::string body) {
     auto parsing = parse(std::move(body), user_);
     const auto upload =
         co_await asio::co_spawn(parsers.get_executor(), std::move(parsing), use_awaitable);
+    // Many short rows need several times the memory of their body.
+    const std::size_t rows = upload->package.size();
+    if (!service_.reserve(rows)) {
+      co_return tooManyBytes();
+    }
+    const ScopeGuard release([&] { service_.release(rows); });
     co_await storeUpload(service_.writer, upload);
     service_.metrics.countStored(upload->package, upload->body.size());
     co_return storedAnswer(upload->package);

@@ -27,6 +27,12 @@ struct Package {
   std::vector<Row> environments;
   std::vector<Row> events;
   std::vector<RefusedText> refused;
+
+  /// The memory of the lists in bytes, without the texts.
+  std::size_t size() const {
+    return sizeof(Row) * (environments.size() + events.size()) +
+           sizeof(RefusedText) * refused.size();
+  }
 };
 
 /// The maximum number of rows in a package.

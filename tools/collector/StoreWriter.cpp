@@ -135,7 +135,8 @@ StoreWriter::Result StoreWriter::attempt(const Uploads& uploads,
 void StoreWriter::removeOldRows() {
   bool isMore = false;
   try {
-    isMore = store_.removeSome(std::chrono::system_clock::now() - *settings_.retention);
+    isMore =
+        store_.removeSome(start_ + (steady_clock::now() - steadyStart_) - *settings_.retention);
   } catch (const std::exception& error) {
     log::LogManager::instance()
         .getLogger("qel.collector")

@@ -69,6 +69,10 @@ class StoreWriter {
   Store& store_;
   const WriterSettings settings_;
 
+  // The age of rows does not depend on later changes of the system's clock.
+  const std::chrono::system_clock::time_point start_ = std::chrono::system_clock::now();
+  const std::chrono::steady_clock::time_point steadyStart_ = std::chrono::steady_clock::now();
+
   // Used only by the writer's thread.
   std::size_t largestWrite_;
   std::chrono::steady_clock::time_point nextRemoval_;
