@@ -48,6 +48,24 @@ TEST_F(CollectorTest, FinishesARequestUnderWayWhenItIsStopped) {
 
 TEST_F(CollectorTest, SaysWhyItCannotBegin) { expectTranscript("collector/options.txt"); }
 
+TEST_F(CollectorTest, AcceptsOnlyUsersWithTheirSecrets) { expectTranscript("collector/users.txt"); }
+
+TEST_F(CollectorTest, ErasesWhatAnInstallationOrAUserSent) {
+  expectTranscript("collector/erase.txt");
+}
+
+TEST_F(CollectorTest, LimitsConnectionsAndUsersAndReadsTheHeadersOfLoadBalancers) {
+  for (const auto& [option, transcript] : {std::pair("", "crowd.txt"),
+                                           {"--user-bytes=1", "allowance.txt"},
+                                           {"--behind=127.0.0.1", "proxy.txt"}}) {
+    // The limit of descriptors permits twenty connections.
+    test::Process collector("sh -c 'ulimit -n 120; exec " + command_ + ' ' + option +
+                            " 2>$OUT/log'");
+    setenv("SERVER", ("localhost:" + std::to_string(portOf(collector))).c_str(), 1);
+    expectTranscript(std::string("collector/") + transcript);
+  }
+}
+
 TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
   const test::StalledErrors log;
   test::Process collector("sh -c 'exec " + command_ + " 2>/dev/fd/" + std::to_string(log.end()) +

@@ -26,6 +26,8 @@ class CollectorTest : public test::CommandTest {
     std::signal(SIGPIPE, SIG_IGN);  // the collector cuts connections that this client writes to
     setenv("CURL_CA_BUNDLE", certificates_.caFile().c_str(), 1);
     setenv("SERVER", ("localhost:" + std::to_string(port_)).c_str(), 1);
+    setenv("COLLECTOR", std::to_string(collector_.id()).c_str(), 1);
+    setenv("CERTIFICATE", identity_.c_str(), 1);
     client_.set_ca_cert_path(certificates_.caFile());
     client_.set_tcp_nodelay(true);
     client_.set_read_timeout(std::chrono::seconds(60));  // the largest bodies, under sanitizers
