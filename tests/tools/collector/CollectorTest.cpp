@@ -54,6 +54,10 @@ TEST_F(CollectorTest, ErasesWhatAnInstallationOrAUserSent) {
   expectTranscript("collector/erase.txt");
 }
 
+TEST_F(CollectorTest, FindsSomethingWithEachQueryOfItsManual) {
+  expectTranscript("collector/queries.txt");
+}
+
 TEST_F(CollectorTest, LimitsConnectionsAndUsersAndReadsTheHeadersOfLoadBalancers) {
   for (const auto& [option, transcript] : {std::pair("", "crowd.txt"),
                                            {"--user-bytes=1", "allowance.txt"},
