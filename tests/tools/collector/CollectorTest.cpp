@@ -21,10 +21,8 @@ TEST_F(CollectorTest, StoresPackagesAndExplainsRefusalsWithoutLoggingSecrets) {
 }
 
 TEST_F(CollectorTest, FinishesARequestUnderWayWhenItIsStopped) {
-  httplib::SSLClient idle("localhost", port_);
-  idle.set_ca_cert_path(certificates_.caFile());
+  auto idle = newClient(port_);
   idle.set_keep_alive(true);
-  idle.set_basic_auth("ada", "open:sesame");
   EXPECT_EQ(statusOf(idle.Post(path, R"({"version": "3.1", "events": [{}]})", json)), 204);
 
   const std::string body(std::size_t{64} * 1024 * 1024, 'x');
@@ -74,10 +72,7 @@ TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
   const test::StalledErrors log;
   test::Process collector("sh -c 'exec " + command_ + " 2>/dev/fd/" + std::to_string(log.end()) +
                           "'");
-  httplib::SSLClient client("localhost", portOf(collector));
-  client.set_ca_cert_path(certificates_.caFile());
-  client.set_read_timeout(std::chrono::seconds(10));
-  EXPECT_EQ(statusOf(client.Get("/")), 404);
+  EXPECT_EQ(statusOf(newClient(portOf(collector)).Get("/")), 404);
   collector.terminate();
   ::alarm(10);  // ends this program unless the collector ends first
   EXPECT_EQ(collector.join(), 0);
