@@ -92,10 +92,7 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
   std::filesystem::copy_file(certificate, key);
   const std::string goodKey = test::contentOf(key);
   const std::string otherKey = test::Process("openssl genpkey -algorithm ed25519").readUntil(EOF);
-  const auto logFile = directory.path() / "log";
-  const ScopeGuard restoreLog([] { log::LogManager::instance().configure({}); });
-  log::LogManager::instance().configure(
-      {.lowestLevel = log::Level::Info, .standardError = false, .file = logFile});
+  const test::CapturedLog log(log::Level::Info);
   test::Tally attempts;
   const auto load = [&] {
     const ScopeGuard count([&] { attempts.add(); });
@@ -119,12 +116,11 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
     ASSERT_TRUE(attempts.reaches(5));
   }
   std::string outcomes;
-  const std::string log = test::loggedIn(logFile);
-  std::istringstream lines(log);
+  std::istringstream lines(log.text());
   for (std::string line; std::getline(lines, line);) {
     outcomes += line.substr(line.find("qel.collector: ") + strlen("qel.collector: "), 5);
   }
-  EXPECT_EQ(outcomes, "keepsread keepsread read ") << log;
+  EXPECT_EQ(outcomes, "keepsread keepsread read ") << log.text();
 }
 
 TEST(ReloadTest, DoesNotReadAFileThatIsBeingWritten) {

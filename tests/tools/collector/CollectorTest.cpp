@@ -79,4 +79,22 @@ TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
   ::alarm(0);
 }
 
+TEST_F(CollectorTest, TakesPackagesThroughHaproxyAlsoAfterOneCollectorHasStopped) {
+  setenv("PATH", (std::string(getenv("PATH")) + ":/usr/sbin").c_str(), 1);
+  if (run("sh -c 'command -v haproxy'").status != 0) {
+    GTEST_SKIP() << "there is no haproxy";
+  }
+  const auto withOutputIn = [](const std::string& command, const std::string& file) {
+    return "sh -c 'exec " + command + " >$OUT/" + file + " 2>$OUT/" + file + ".log'";
+  };
+  const std::string behind = command_ + " --behind=127.0.0.1 --admin=127.0.0.1:0";
+  const test::Process first(withOutputIn(behind, "first"));
+  const test::Process second(withOutputIn(behind, "second"));
+  setenv("FIRST", std::to_string(first.id()).c_str(), 1);
+  setenv("SECOND", std::to_string(second.id()).c_str(), 1);
+  expectTranscript("collector/haproxy.txt");
+  const test::Process haproxy(withOutputIn("haproxy -db -f $OUT/haproxy.cfg", "haproxy"));
+  expectTranscript("collector/behind-haproxy.txt");
+}
+
 }  // namespace qel::collector

@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 const std::string yescrypt =
     "$y$j9T$1w2oWEl7xE1yAcaPsm9DA1$LLayWIVK1hU0lDPguM/dqbOhFWgbRyURLRzyyYUSOM4";
 const std::string bcrypt = "$2b$05$JwpkP73EQPdWcLGhktoGfOu/UmlIwQF97mVMzsi977HdB3VLECQTS";
+
 std::shared_ptr<Users> usersOf(const std::string& text, const UserLimits& limits = {}) {
   std::istringstream lines(text);
   return std::make_shared<Users>(lines, "users", limits);
