@@ -117,7 +117,7 @@ int erase(const EraseOptions& options) {
   if (!connection.truncateLog()) {
     connection.fail("the rows are deleted, but a reader keeps them in the log; repeat this later");
   }
-  std::cout << "erased " << erased << " rows\n";
+  std::cout << "erased " << erased << (erased == 1 ? " row\n" : " rows\n");
   return 0;
 }
 

@@ -15,6 +15,7 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ScopeGuard.h"
+#include "tools/collector/Answer.h"
 #include "tools/collector/Connection.h"
 #include "tools/common/InputError.h"
 
@@ -27,6 +28,7 @@ using asio::ip::tcp;
 constexpr int waitingConnections = 4096;
 constexpr std::size_t otherDescriptors = 100;  ///< files of the store, log, other listeners
 constexpr std::chrono::milliseconds acceptPause{100};
+constexpr std::chrono::seconds refusalLogPause{10};
 
 /// Raises the number of descriptors as far as allowed. Returns how many connections that permits.
 std::size_t permittedConnections() {
@@ -100,11 +102,17 @@ class Server::Implementation {
   void listen(const tools::Endpoint& endpoint);
   asio::awaitable<void> accept();
   void admit(Loop& loop, tcp::socket socket);
+  void logRefusal(const tcp::endpoint& peer);
 
   const std::vector<asio::ip::address> behind_;
   std::vector<Loop> loops_;
   tcp::acceptor acceptor_{loops_.front().io};
   std::uint16_t port_ = 0;
+  /// @{
+  /// Used only on the first loop's thread.
+  std::size_t unloggedRefusals_ = 0;
+  std::chrono::steady_clock::time_point nextRefusalLine_;
+  /// @}
 };
 
 void Server::Implementation::listen(const tools::Endpoint& endpoint) {
@@ -143,12 +151,29 @@ asio::awaitable<void> Server::Implementation::accept() {
 void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
   boost::system::error_code error;
   const tcp::endpoint peer = socket.remote_endpoint(error);
-  if (error || service.connections >= service.limits.connections) {
+  if (error) {
     return;  // closes the socket
+  }
+  if (service.connections >= service.limits.connections) {
+    logRefusal(peer);
+    return;
   }
   socket.set_option(tcp::no_delay(true), error);
   const bool isBehindProxy = std::count(behind_.begin(), behind_.end(), peer.address()) > 0;
   asio::co_spawn(loop.io, serve(service, loop, std::move(socket), isBehindProxy), asio::detached);
+}
+
+/// Logs one line for many refusals, because they can come faster than the log can be written.
+void Server::Implementation::logRefusal(const tcp::endpoint& peer) {
+  ++unloggedRefusals_;
+  const auto now = std::chrono::steady_clock::now();
+  if (now >= nextRefusalLine_) {
+    logCut("refused: too many connections, " + std::to_string(unloggedRefusals_) +
+               " since the last such line",
+           peer.address().to_string());
+    unloggedRefusals_ = 0;
+    nextRefusalLine_ = now + refusalLogPause;
+  }
 }
 
 void Server::Implementation::stop() {

@@ -13,6 +13,14 @@ using namespace qel;
 
 constexpr const char* programName = "qel-collector";
 
+/// `CLI::PositiveNumber` prints the largest number in all its digits.
+CLI::Validator positive() {
+  const auto objection = [](const std::string& text) {
+    return CLI::PositiveNumber(text).empty() ? "" : "must be positive";
+  };
+  return {objection, ""};
+}
+
 void addOptions(CLI::App& program, collector::CollectorOptions& options, bool areRequired) {
   program
       .add_option("--listen", options.listen,
@@ -42,12 +50,12 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
   program
       .add_option("--user-requests", options.userLimits.requestsPerSecond,
                   "requests a second that a user may send, averaged over a minute")
-      ->check(CLI::PositiveNumber)
+      ->check(positive())
       ->type_name("NUMBER");
   program
       .add_option("--user-bytes", options.userLimits.bytesPerSecond,
                   "bytes a second that a user may send, averaged over a minute")
-      ->check(CLI::PositiveNumber)
+      ->check(positive())
       ->type_name("NUMBER");
 }
 

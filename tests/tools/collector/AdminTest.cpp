@@ -5,13 +5,13 @@
 
 #include <boost/asio.hpp>
 #include <gmock/gmock.h>
-#include <openssl/pem.h>
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tests/support/Logged.h"
-#include "tests/support/Tally.h"
+#include "tests/support/Process.h"
 #include "tests/support/TestCertificates.h"
+#include "tests/tools/CommandTest.h"
 #include "tools/collector/AdminServer.h"
 #include "tools/collector/Metrics.h"
 #include "tools/collector/Reload.h"
@@ -24,17 +24,7 @@ using namespace testing;
 using namespace std::chrono_literals;
 using boost::asio::ip::tcp;
 
-std::string makeKey() {
-  const std::shared_ptr<EVP_PKEY> key(EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256"),
-                                      EVP_PKEY_free);
-  const std::shared_ptr<BIO> memory(BIO_new(BIO_s_mem()), BIO_free);
-  PEM_write_bio_PrivateKey(memory.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-  char* text = nullptr;
-  const auto size = BIO_get_mem_data(memory.get(), &text);
-  return {text, static_cast<std::size_t>(size)};
-}
-
-class AdminTest : public testing::Test {
+class AdminTest : public test::CommandTest {
  protected:
   tcp::socket connect() {
     tcp::socket socket(io_);
@@ -60,29 +50,10 @@ class AdminTest : public testing::Test {
 };
 
 TEST_F(AdminTest, ServesItsPagesAndNothingElse) {
-  struct Case {
-    std::string request;
-    std::string obstacle;
-    std::string status;
-    std::string body;
-  };
-  for (const auto& [request, obstacle, status, body] : std::vector<Case>{
-           {"GET /health", "", "200 OK", "ok\n"},
-           {"GET /health?probe=1", "stopping", "200 OK", "ok\n"},
-           {"GET /ready", "", "200 OK", "ready\n"},
-           {"GET /ready", "stopping", "503 Service Unavailable", "stopping\n"},
-           {"GET /metrics", "", "500 Internal Server Error", "no figures\n"},
-           {"GET /", "", "404 Not Found", "unknown path\n"},
-           {"GET /health/", "", "404 Not Found", "unknown path\n"},
-           {"POST /health", "", "405 Method Not Allowed", "only GET is served\n"},
-       }) {
-    obstacle_ = obstacle;
-    const std::string answer = answerTo(request + " HTTP/1.1\r\nHost: a\r\n\r\n");
-    EXPECT_THAT(answer, StartsWith("HTTP/1.1 " + status + "\r\n")) << request;
-    EXPECT_THAT(answer, EndsWith("\r\n\r\n" + body)) << request;
-  }
-  EXPECT_EQ(answerTo("GET /health HTTP/1.1\r\nA: " + std::string(9000, 'a') + "\r\n\r\n"), "");
-  EXPECT_EQ(answerTo("nonsense\r\n\r\n"), "");
+  setenv("ADMIN", ("127.0.0.1:" + std::to_string(server_.endpoint().port)).c_str(), 1);
+  expectTranscript("collector/admin.txt");
+  obstacle_ = "stopping";
+  expectTranscript("collector/stopping.txt");
   EXPECT_THROW(AdminServer(server_.endpoint(), {}), qel::exception);
 }
 
@@ -108,30 +79,9 @@ TEST(MetricsTest, WritesPrometheusText) {
   metrics.countAnswer(204, 10ms);
   metrics.countAnswer(503, 11s);
   metrics.countAnswer(299, 2ms);
-  const std::string text =
-      metrics.text({.connections = 7, .store = {3'000'000'000, 5}, .certificateEnd = {}});
-  for (const char* const lines : {
-           "# HELP qel_collector_packages_total Stored packages.\n"
-           "# TYPE qel_collector_packages_total counter\nqel_collector_packages_total 1\n",
-           "qel_collector_rows_total{kind=\"event\"} 3\n"
-           "qel_collector_rows_total{kind=\"environment\"} 0\n",
-           "qel_collector_refused_texts_total 4\n",
-           "qel_collector_package_bytes_total 1000000\n",
-           "qel_collector_answers_total{status=\"204\"} 1\n",
-           "qel_collector_answers_total{status=\"503\"} 1\n"
-           "qel_collector_answers_total{status=\"other\"} 1\n",
-           "# TYPE qel_collector_answer_seconds histogram\n"
-           "qel_collector_answer_seconds_bucket{le=\"0.005\"} 1\n"
-           "qel_collector_answer_seconds_bucket{le=\"0.01\"} 2\n",
-           "qel_collector_answer_seconds_bucket{le=\"10\"} 2\n"
-           "qel_collector_answer_seconds_bucket{le=\"+Inf\"} 3\n"
-           "qel_collector_answer_seconds_sum 11.012\nqel_collector_answer_seconds_count 3\n",
-           "qel_collector_connections 7\n",
-           "qel_collector_store_bytes 3000000000\n",
-           "qel_collector_certificate_end_timestamp_seconds 0\n",
-       }) {
-    EXPECT_THAT(text, HasSubstr(lines));
-  }
+  const std::chrono::system_clock::time_point end{1h};
+  EXPECT_EQ(metrics.text({1, 2, 3, {4'000'000'000, 5}, end, 6}),
+            test::contentOf(QEL_TOOLS_TESTS "/collector/metrics.txt"));
 }
 
 TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
@@ -141,11 +91,8 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
   const auto key = directory.path() / "key";
   std::filesystem::copy_file(certificate, key);
   const std::string goodKey = test::contentOf(key);
-  const std::string otherKey = makeKey();
-  const auto logFile = directory.path() / "log";
-  const ScopeGuard restoreLog([] { log::LogManager::instance().configure({}); });
-  log::LogManager::instance().configure(
-      {.lowestLevel = log::Level::Info, .standardError = false, .file = logFile});
+  const std::string otherKey = test::Process("openssl genpkey -algorithm ed25519").readUntil(EOF);
+  const test::CapturedLog log(log::Level::Info);
   test::Tally attempts;
   const auto load = [&] {
     const ScopeGuard count([&] { attempts.add(); });
@@ -169,12 +116,11 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
     ASSERT_TRUE(attempts.reaches(5));
   }
   std::string outcomes;
-  const std::string log = test::loggedIn(logFile);
-  std::istringstream lines(log);
+  std::istringstream lines(log.text());
   for (std::string line; std::getline(lines, line);) {
     outcomes += line.substr(line.find("qel.collector: ") + strlen("qel.collector: "), 5);
   }
-  EXPECT_EQ(outcomes, "keepsread keepsread read ") << log;
+  EXPECT_EQ(outcomes, "keepsread keepsread read ") << log.text();
 }
 
 TEST(ReloadTest, DoesNotReadAFileThatIsBeingWritten) {

@@ -21,10 +21,8 @@ TEST_F(CollectorTest, StoresPackagesAndExplainsRefusalsWithoutLoggingSecrets) {
 }
 
 TEST_F(CollectorTest, FinishesARequestUnderWayWhenItIsStopped) {
-  httplib::SSLClient idle("localhost", port_);
-  idle.set_ca_cert_path(certificates_.caFile());
+  auto idle = newClient(port_);
   idle.set_keep_alive(true);
-  idle.set_basic_auth("ada", "open:sesame");
   EXPECT_EQ(statusOf(idle.Post(path, R"({"version": "3.1", "events": [{}]})", json)), 204);
 
   const std::string body(std::size_t{64} * 1024 * 1024, 'x');
@@ -48,18 +46,55 @@ TEST_F(CollectorTest, FinishesARequestUnderWayWhenItIsStopped) {
 
 TEST_F(CollectorTest, SaysWhyItCannotBegin) { expectTranscript("collector/options.txt"); }
 
+TEST_F(CollectorTest, AcceptsOnlyUsersWithTheirSecrets) { expectTranscript("collector/users.txt"); }
+
+TEST_F(CollectorTest, ErasesWhatAnInstallationOrAUserSent) {
+  expectTranscript("collector/erase.txt");
+}
+
+TEST_F(CollectorTest, FindsSomethingWithEachQueryOfItsManual) {
+  expectTranscript("collector/queries.txt");
+}
+
+TEST_F(CollectorTest, LimitsConnectionsAndUsersAndReadsTheHeadersOfLoadBalancers) {
+  for (const auto& [option, transcript] : {std::pair("", "crowd.txt"),
+                                           {"--user-bytes=1", "allowance.txt"},
+                                           {"--behind=127.0.0.1", "proxy.txt"}}) {
+    // The limit of descriptors permits twenty connections.
+    test::Process collector("sh -c 'ulimit -n 120; exec " + command_ + ' ' + option +
+                            " 2>$OUT/log'");
+    setenv("SERVER", ("localhost:" + std::to_string(portOf(collector))).c_str(), 1);
+    expectTranscript(std::string("collector/") + transcript);
+  }
+}
+
 TEST_F(CollectorTest, ServesAndStopsAlthoughNobodyReadsItsLog) {
   const test::StalledErrors log;
   test::Process collector("sh -c 'exec " + command_ + " 2>/dev/fd/" + std::to_string(log.end()) +
                           "'");
-  httplib::SSLClient client("localhost", portOf(collector));
-  client.set_ca_cert_path(certificates_.caFile());
-  client.set_read_timeout(std::chrono::seconds(10));
-  EXPECT_EQ(statusOf(client.Get("/")), 404);
+  EXPECT_EQ(statusOf(newClient(portOf(collector)).Get("/")), 404);
   collector.terminate();
   ::alarm(10);  // ends this program unless the collector ends first
   EXPECT_EQ(collector.join(), 0);
   ::alarm(0);
+}
+
+TEST_F(CollectorTest, TakesPackagesThroughHaproxyAlsoAfterOneCollectorHasStopped) {
+  setenv("PATH", (std::string(getenv("PATH")) + ":/usr/sbin").c_str(), 1);
+  if (run("sh -c 'command -v haproxy'").status != 0) {
+    GTEST_SKIP() << "there is no haproxy";
+  }
+  const auto withOutputIn = [](const std::string& command, const std::string& file) {
+    return "sh -c 'exec " + command + " >$OUT/" + file + " 2>$OUT/" + file + ".log'";
+  };
+  const std::string behind = command_ + " --behind=127.0.0.1 --admin=127.0.0.1:0";
+  const test::Process first(withOutputIn(behind, "first"));
+  const test::Process second(withOutputIn(behind, "second"));
+  setenv("FIRST", std::to_string(first.id()).c_str(), 1);
+  setenv("SECOND", std::to_string(second.id()).c_str(), 1);
+  expectTranscript("collector/haproxy.txt");
+  const test::Process haproxy(withOutputIn("haproxy -db -f $OUT/haproxy.cfg", "haproxy"));
+  expectTranscript("collector/behind-haproxy.txt");
 }
 
 }  // namespace qel::collector

@@ -2,6 +2,7 @@
 #include <thread>
 
 #include <openssl/ssl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 
@@ -107,6 +108,7 @@ TEST_F(HostileClientsTest, AreRefusedAndNoByteOfARefusedRequestBeginsTheNext) {
       {"400", validHead + "Transfer-Encoding\r\n" + tail},
       {"401", postHead + "Authorization: Basic\r\n" + tail},
       {"401", strangersHead + tail + smuggled},
+      {"401", strangersHead + "Expect: 100-continue\r\n" + tail},
       {"415", postHead + user + tail + smuggled},
   };
   for (const auto& [status, attempt] : attempts) {
@@ -172,12 +174,34 @@ TEST_F(HostileClientsTest, CannotMakeTheServerComputeExpensiveKeys) {
   EXPECT_LE(costOf(helloWith("ffdhe8192")), cheap);
 }
 
+TEST_F(HostileClientsTest, CannotTakeAllMemoryWithWithheldBodies) {
+  const std::string large = validHead + "Expect: 100-continue\r\nContent-Length: 67108864\r\n\r\n";
+  const auto isAwaited = [](const Connection& connection) {
+    std::string answer(std::strlen("HTTP/1.1 100"), ' ');
+    BIO_read(connection.get(), answer.data(), static_cast<int>(answer.size()));
+    return answer == "HTTP/1.1 100";
+  };
+  {
+    const auto first = send(large);
+    const auto second = send(large);
+    EXPECT_TRUE(isAwaited(first) && isAwaited(second));
+    EXPECT_THAT(answersTo(large),
+                AllOf(StartsWith("HTTP/1.1 503 "), ContainsRegex("\r\nRetry-After: [1-9]")));
+    EXPECT_EQ(statusOf(client_.Post(path, package, json)), 204);
+  }
+  EXPECT_TRUE(test::waitUntil([&] { return isAwaited(send(large)); }));
+}
+
 TEST_F(HostileClientsTest, HoldNobodyUpWithWithheldBodiesAndSilence) {
+  rlimit files{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &files), 0);
+  files.rlim_cur = files.rlim_max;
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &files), 0);
   std::vector<Connection> idle;
   while (idle.size() < 100) {
     idle.push_back(send(validHead + "Content-Length: 1000\r\n\r\n"));
   }
-  while (idle.size() < 900) {
+  while (idle.size() < 1000) {
     idle.push_back(connect());
   }
   client_.set_connection_timeout(std::chrono::seconds(5));
@@ -190,7 +214,14 @@ TEST_F(HostileClientsTest, HoldNobodyUpWithWithheldBodiesAndSilence) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     return sink.write(slow.data() + offset, 3000);
   };
-  EXPECT_EQ(statusOf(client_.Post(path, slow.size(), provide, json)), 204);
+  {
+    std::vector<std::jthread> senders(5);
+    for (auto& sender : senders) {
+      sender = std::jthread([&] {
+        EXPECT_EQ(statusOf(newClient(port_).Post(path, slow.size(), provide, json)), 204);
+      });
+    }
+  }
   const std::string cut = "cut: its time is over, from 127.0.0.1:";
   EXPECT_THAT(collector_.errorsWith(cut), HasSubstr(cut));
 }

@@ -1,12 +1,7 @@
-#include <csignal>
-
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include "tests/support/Files.h"
 #include "tests/support/Query.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/tools/CommandTest.h"
 #include "tools/collector/SqliteExecution.h"
 #include "tools/collector/SqliteStore.h"
 
@@ -31,34 +26,11 @@ Uploads uploadsOf(const std::string& body, const std::string& user = "ada") {
   return {std::make_shared<const Upload>(body, user)};
 }
 
-class StoreTest : public testing::Test {
+class StoreTest : public test::CommandTest {
  protected:
   void add(const std::string& body) const { SqliteStore(file_).add(uploadsOf(body), soon()); }
   std::vector<std::string> query(const std::string& columns) const {
     return test::query(file_, "SELECT " + columns);
-  }
-
-  /// Makes a store of version 0 with three rows; `session` is that of its event.
-  void makeStoreOfVersion0() const {
-    SqliteConnection old(file_, SqliteConnection::Missing::Create);
-    old.execute(
-        "CREATE TABLE events (id INTEGER PRIMARY KEY, received TEXT NOT NULL, count INTEGER NOT"
-        " NULL, session TEXT, installation TEXT, time TEXT, category TEXT, subcategory TEXT,"
-        " event TEXT, text TEXT NOT NULL, digest BLOB NOT NULL UNIQUE);"
-        "CREATE TABLE environments (id INTEGER PRIMARY KEY, received TEXT NOT NULL, count INTEGER"
-        " NOT NULL, session TEXT, installation TEXT, time TEXT, text TEXT NOT NULL, digest BLOB"
-        " NOT NULL UNIQUE);"
-        "CREATE TABLE refused (id INTEGER PRIMARY KEY, received TEXT NOT NULL, count INTEGER NOT"
-        " NULL, reason TEXT NOT NULL, text BLOB NOT NULL, digest BLOB NOT NULL UNIQUE);"
-        "CREATE VIEW sessions AS SELECT DISTINCT session FROM events;"
-        // The digests are those of sha256sum.
-        "INSERT INTO events VALUES (7, '2026-01-02T03:04:05.678Z', 3, 's', 'i', 't', 'c', 'd', 'e',"
-        " '{\"SessionId\":\"s\"}',"
-        " x'2067701d90a8bb5a95bcb87a611769bd9b0b653e70f39ae8129d399d16fb3610');"
-        "INSERT INTO environments VALUES (1, '2026-01-02T03:04:05.678Z', 1, NULL, 'i', 't', '{}',"
-        " x'44136fa355b3678a1146ad16f7e8649e94fb4fc21fe77e8310c060f61caaff8a');"
-        "INSERT INTO refused VALUES (2, '2026-01-02T03:04:05.678Z', 1, 'no package', x'626164',"
-        " x'2f05d4b689d270cafb02285f35f44866f7dc8a2d368a3f9d1124373eeab31fb1')");
   }
 
   /// What the store has of a body alone: table, or why it was refused, count and text.
@@ -71,8 +43,7 @@ class StoreTest : public testing::Test {
         " SELECT reason, count, text FROM refused");
   }
 
-  const test::TemporaryDirectory directory_;
-  const std::filesystem::path file_ = directory_.path() / "störe.db";
+  const std::filesystem::path file_ = file("störe.db");
 };
 
 TEST_F(StoreTest, KeepsRowsByteForByteAndRefusesPoisonRowsAlone) {
@@ -163,7 +134,7 @@ TEST_F(StoreTest, StoresNothingAfterTheDeadlineAndNeverWaitsForAReader) {
 }
 
 TEST_F(StoreTest, UpgradesAStoreOfVersion0SoThatATextSentAgainIsStillCountedOnce) {
-  makeStoreOfVersion0();
+  expectTranscript("collector/version0.txt");
   add(R"({"version": "3.1", "events": [{"SessionId":"s"},bad], "environments": [{}]})");
   add("no package");
   EXPECT_THAT(query("id, received, count, user, session, installation, time, category,"
@@ -176,30 +147,8 @@ TEST_F(StoreTest, UpgradesAStoreOfVersion0SoThatATextSentAgainIsStillCountedOnce
 }
 
 TEST_F(StoreTest, IsUpgradedCompletelyOrNotAtAll) {
-  makeStoreOfVersion0();
-  {
-    SqliteConnection old(file_, SqliteConnection::Missing::Fail);
-    old.setDeadline(soon() + 50s);
-    old.execute(
-        "WITH n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 30000) INSERT INTO events"
-        " (received, count, session, text, digest) SELECT '2026', 1, 's', printf('%.500c', 'x'),"
-        " randomblob(32) FROM n");
-  }
-  const auto size = std::filesystem::file_size(file_);
-  const pid_t child = fork();
-  if (child == 0) {
-    const SqliteStore store(file_);
-    _exit(0);
-  }
-  while (std::filesystem::file_size(file_) == size && waitpid(child, nullptr, WNOHANG) == 0) {
-    std::this_thread::sleep_for(1ms);
-  }
-  kill(child, SIGKILL);
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status));
-  EXPECT_THAT(query("count(digest), (SELECT count(*) FROM sqlite_schema) FROM events"),
-              ElementsAre("30001|7"));
+  expectTranscript("collector/version0.txt");
+  expectTranscript("collector/upgrade.txt");
   add(withEvents(R"({"SessionId":"s"})"));
   EXPECT_THAT(query("count(*), max(count), count(key) FROM events"), ElementsAre("30001|3|30001"));
 }

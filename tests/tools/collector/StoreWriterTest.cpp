@@ -108,8 +108,7 @@ TEST_F(StoreWriterTest, StoresWhatWaitsInTransactionsOfALimitedSize) {
   EXPECT_THAT(doneWith(6), AllOf(SizeIs(6), Each(Pair(_, "stored"))));
   EXPECT_THAT(store_.transactions(), ElementsAre("0", "abc", "de"));
   EXPECT_EQ(writer_->queued(), 0U);
-  test::waitUntil([this] { return store_.removals() == 3; }, 10s);
-  EXPECT_EQ(store_.removals(), 3);
+  EXPECT_TRUE(test::waitUntil([this] { return store_.removals() == 3; }));
 }
 
 TEST_F(StoreWriterTest, LetsAPackageThatCannotBeStoredFailAlone) {
@@ -123,15 +122,13 @@ TEST_F(StoreWriterTest, LetsAPackageThatCannotBeStoredFailAlone) {
 TEST_F(StoreWriterTest, IsNotReadyWhileTheStoreFailsOrHangsAndRecoversByItself) {
   addTogether("ab");
   EXPECT_TRUE(writer_->isReady());
-  test::waitUntil([this] { return !writer_->isReady(); }, 10s);
-  EXPECT_FALSE(writer_->isReady());
+  EXPECT_TRUE(test::waitUntil([this] { return !writer_->isReady(); }));
   store_.set(false, true);
   EXPECT_THAT(doneWith(3), AllOf(SizeIs(3), Each(Pair(_, "full"))));
   EXPECT_THAT(store_.transactions(), ElementsAre("0", "a", "b")) << "smaller after a failure";
   EXPECT_FALSE(writer_->isReady());
   store_.set(false, false);
-  test::waitUntil([this] { return writer_->isReady(); }, 10s);
-  EXPECT_TRUE(writer_->isReady());
+  EXPECT_TRUE(test::waitUntil([this] { return writer_->isReady(); }));
   EXPECT_EQ(store_.transactions().back(), "");
 }
 
