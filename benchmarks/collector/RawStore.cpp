@@ -12,15 +12,12 @@
 
 #include "benchmarks/collector/Rows.h"
 #include "tools/collector/PackageReader.h"
-#include "tools/collector/Sha256.h"
+#include "tools/collector/SqliteSchema.h"
 
 namespace qel::benchmarks {
 namespace {
 
 using collector::Row;
-using collector::Sha256;
-
-constexpr std::size_t prefixOfKey = 8;
 
 struct Close {
   void operator()(sqlite3* connection) const { sqlite3_close(connection); }
@@ -37,18 +34,10 @@ class RawStore {
     execute("PRAGMA synchronous = FULL");
     execute("PRAGMA cache_size = -64000");
     execute("PRAGMA wal_autocheckpoint = 4000");
-    const bool hasUser =
-        number("SELECT count(*) FROM pragma_table_info('events') WHERE name = 'user'") > 0;
-    hasSessionInKey_ = number("PRAGMA user_version") > 0;
-    const std::string key = hasSessionInKey_ ? "key" : "digest";
     insertion_ = prepare(
-        std::string("INSERT INTO events (received, " + key +
-                    ", count, text, session, installation, "
-                    "time, category, subcategory, event") +
-        (hasUser ? ", user" : "") +
-        ") VALUES (strftime('%Y-%m-%dT%H:%M:%fZ', 'now'), ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9" +
-        (hasUser ? ", 'customer'" : "") + ") ON CONFLICT (" + key +
-        ") DO UPDATE SET count = max(count, excluded.count)");
+        "INSERT INTO events (received, key, count, text, session, installation, time, category,"
+        " subcategory, event, user) VALUES ('2026-11-21T09:30:05.123Z', ?, ?, ?, ?, ?, ?, ?, ?, ?,"
+        " 'customer') ON CONFLICT (key) DO UPDATE SET count = max(count, excluded.count)");
   }
 
   void execute(const char* sql) {
@@ -57,43 +46,29 @@ class RawStore {
 
   void add(const Row& row) {
     sqlite3_stmt* const statement = insertion_.get();
-    const Sha256 key = keyOf(row);
+    const std::string_view session = row.columns[0] ? *row.columns[0] : std::string_view();
+    const collector::Sha256 key = collector::keyOf(session, collector::sha256(row.text));
     sqlite3_bind_blob(statement, 1, key.data(), static_cast<int>(key.size()), SQLITE_STATIC);
     sqlite3_bind_int64(statement, 2, static_cast<sqlite3_int64>(row.count));
     bind(3, row.text);
     for (std::size_t column = 0; column < row.columns.size(); ++column) {
-      bind(static_cast<int>(column) + 4, row.columns[column].value_or(""));
+      const auto& value = row.columns[column];
+      bind(static_cast<int>(column) + 4, value ? *value : std::string_view());
     }
     check(sqlite3_step(statement) == SQLITE_DONE ? SQLITE_OK : SQLITE_ERROR);
     check(sqlite3_reset(statement));
   }
 
  private:
-  Sha256 keyOf(const Row& row) const {
-    const Sha256 digest = collector::sha256(row.text);
-    if (!hasSessionInKey_) {
-      return digest;
-    }
-    Sha256 key = collector::sha256(row.columns[0].value_or(""));
-    std::copy(digest.begin(), digest.end() - prefixOfKey, key.begin() + prefixOfKey);
-    return key;
-  }
-
   void bind(int parameter, std::string_view text) {
-    check(sqlite3_bind_text64(insertion_.get(), parameter, text.data(), text.size(),
-                              SQLITE_TRANSIENT, SQLITE_UTF8));
+    check(sqlite3_bind_text64(insertion_.get(), parameter, text.data(), text.size(), SQLITE_STATIC,
+                              SQLITE_UTF8));
   }
 
   Statement prepare(const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
     check(sqlite3_prepare_v2(connection_.get(), sql.c_str(), -1, &statement, nullptr));
     return Statement(statement);
-  }
-
-  sqlite3_int64 number(const std::string& query) {
-    const Statement statement = prepare(query);
-    sqlite3_step(statement.get());
-    return sqlite3_column_int64(statement.get(), 0);
   }
 
   void check(int result) const {
@@ -103,7 +78,6 @@ class RawStore {
   }
 
   std::unique_ptr<sqlite3, Close> connection_;
-  bool hasSessionInKey_ = false;
   Statement insertion_;
 };
 

@@ -64,7 +64,11 @@ class AdminServer::Implementation {
  public:
   Implementation(const tools::Endpoint& listen, AdminPages pages)
       : pages_(std::move(pages)), acceptor_(listenOn(listen)), host_(listen.host) {
-    asio::co_spawn(io_, accept(), asio::detached);
+    asio::co_spawn(io_, accept(), [](const std::exception_ptr& failure) {
+      if (failure) {  // ends the process, so that its supervisor starts it again
+        std::rethrow_exception(failure);
+      }
+    });
     thread_ = std::thread([this] { io_.run(); });
   }
 

@@ -40,20 +40,22 @@ WriterSettings writerSettings(const CollectorOptions& options) {
 /// The parts of a running collector.
 class Collector {
  public:
-  explicit Collector(const CollectorOptions& options)
+  Collector(const CollectorOptions& options, SqliteStore& store)
       : options_(options),
         listen_(tools::parseEndpoint("--listen", options.listen, 0)),
         users_(readUsers()),
-        store_(pathFromUtf8(options.store)),
+        store_(store),
         tls_(readTls()),
         writer_(store_, writerSettings(options)),
         server_({listen_, options.behind}, users_, tls_, writer_, metrics_) {
-    listen_.port = server_.port();
-    print("listening on " + toText(listen_));
-    logLine("started, listening on " + toText(listen_));
     if (!options.admin.empty()) {
       admin_.emplace(tools::parseEndpoint("--admin", options.admin, 0),
                      adminPages([this] { return obstacle(); }, [this] { return figures(); }));
+    }
+    listen_.port = server_.port();
+    print("listening on " + toText(listen_));
+    logLine("started, listening on " + toText(listen_));
+    if (admin_) {
       print("admin on " + toText(admin_->endpoint()));
     }
   }
@@ -102,7 +104,7 @@ class Collector {
   std::atomic<std::chrono::system_clock::time_point> certificateEnd_{};
   std::atomic<bool> isStopping_ = false;
   std::shared_ptr<Users> users_;  ///< after construction used only by the thread of `reload_`
-  SqliteStore store_;
+  SqliteStore& store_;
   const TlsContext tls_;
   Metrics metrics_;
   StoreWriter writer_;
@@ -122,10 +124,13 @@ void collect(const CollectorOptions& options) {
   log::LogSettings logging;
   logging.lowestLevel = log::Level::Info;
   log::LogManager::instance().configure(logging);
-  const Signals signals;
-  std::optional<StopDeadline> deadline;  // ends after everything else
+  Signals signals;
+  // May upgrade the store for minutes. What ends it earlier loses nothing.
+  std::optional<SqliteStore> store(pathFromUtf8(options.store));
+  signals.blockStop();
+  std::optional<StopDeadline> deadline;
   {
-    Collector collector(options);
+    Collector collector(options, *store);
     while (signals.wait() == SIGHUP) {
       collector.reload();
     }
@@ -133,6 +138,7 @@ void collect(const CollectorOptions& options) {
     deadline.emplace();
     collector.stop();
   }
+  store.reset();
   logLine("stopped");
 }
 

@@ -28,11 +28,12 @@ namespace qel::collector {
 /// **Threads.** Used only on the thread of its socket's loop.
 class Connection {
  public:
-  /// `service` must outlive this object. If `isBehindProxy`, a PROXY header must come first.
-  Connection(Service& service, boost::asio::ip::tcp::socket socket, bool isBehindProxy);
+  /// `service` must outlive this object. `peer` is the address and port of the other end. If
+  /// `isBehindProxy`, a PROXY header must come first.
+  Connection(Service& service, boost::asio::ip::tcp::socket socket, std::string peer,
+             bool isBehindProxy);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
-  ~Connection();
 
   /// Serves the connection until it ends. Must be called once.
   boost::asio::awaitable<void> run();

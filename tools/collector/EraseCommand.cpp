@@ -78,7 +78,7 @@ bool isAgreed() {
 
 }  // namespace
 
-CLI::App* addEraseCommand(CLI::App& program, EraseOptions& options) {
+void addEraseCommand(CLI::App& program, EraseOptions& options) {
   CLI::App* const command =
       program.add_subcommand("erase", "Erases what an installation or a user has sent.");
   command->add_option("--store", options.store, "the collector's SQLite file")
@@ -89,7 +89,6 @@ CLI::App* addEraseCommand(CLI::App& program, EraseOptions& options) {
   command->add_option("--user", options.user, "the user who sent the rows first")
       ->type_name("NAME");
   command->add_flag("--yes", options.isConfirmed, "do not ask");
-  return command;
 }
 
 int erase(const EraseOptions& options) {

@@ -16,7 +16,7 @@ struct EraseOptions {
 };
 
 /// Adds the command `erase` to a program.
-CLI::App* addEraseCommand(CLI::App& program, EraseOptions& options);
+void addEraseCommand(CLI::App& program, EraseOptions& options);
 
 /// Prints how many rows belong to an installation or were first sent by a user, asks on the
 /// terminal unless confirmed, and deletes them. Works in small transactions, so a collector can use

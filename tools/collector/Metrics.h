@@ -36,8 +36,7 @@ class Metrics {
   std::string text(const Gauges& gauges) const;
 
   /// The statuses that are counted. The last counter is for all others.
-  static constexpr std::array statuses{204, 400, 401, 403, 404, 405, 408, 411,
-                                       413, 414, 415, 417, 429, 431, 500, 503};
+  static constexpr std::array statuses{204, 400, 401, 404, 405, 411, 413, 415, 429, 431, 503};
   /// The upper limits of the histogram, in seconds. The last counter is for longer times.
   static constexpr std::array limits{0.005, 0.01, 0.025, 0.05, 0.1, 0.25, 0.5, 1.0, 2.5, 5.0, 10.0};
 

@@ -1,6 +1,8 @@
 #include "tools/collector/Server.h"
 
 #include <algorithm>
+#include <exception>
+#include <sstream>
 #include <thread>
 #include <unordered_set>
 
@@ -46,16 +48,31 @@ Limits withinPermission(Limits limits) {
   return limits;
 }
 
+/// The address of an IPv4 client is the same, whether or not the server listens on IPv6.
+asio::ip::address plain(const asio::ip::address& address) {
+  return address.is_v6() && address.to_v6().is_v4_mapped()
+             ? asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6())
+             : address;
+}
+
 std::vector<asio::ip::address> parseAddresses(const std::vector<std::string>& texts) {
   std::vector<asio::ip::address> addresses;
   for (const std::string& text : texts) {
     boost::system::error_code error;
-    addresses.push_back(asio::ip::make_address(text, error));
+    addresses.push_back(plain(asio::ip::make_address(text, error)));
     if (error) {
-      throw tools::InputError("--behind: \"" + text + "\" is no address");
+      throw tools::InputError("--behind: \"" + text + "\" is not an address");
     }
   }
   return addresses;
+}
+
+/// For the ends of coroutines that must not end: the process ends instead, so that its supervisor
+/// starts it again.
+void rethrow(const std::exception_ptr& failure) {
+  if (failure) {
+    std::rethrow_exception(failure);
+  }
 }
 
 /// A thread that serves some of the connections. Only this thread uses `connections`.
@@ -66,8 +83,11 @@ struct Loop {
   std::thread thread;
 };
 
-asio::awaitable<void> serve(Service& service, Loop& loop, tcp::socket socket, bool isBehindProxy) {
-  Connection connection(service, std::move(socket), isBehindProxy);
+/// The caller has counted the connection.
+asio::awaitable<void> serve(Service& service, Loop& loop, tcp::socket socket, std::string peer,
+                            bool isBehindProxy) {
+  const ScopeGuard end([&] { --service.connections; });
+  Connection connection(service, std::move(socket), std::move(peer), isBehindProxy);
   loop.connections.insert(&connection);
   const ScopeGuard remove([&] { loop.connections.erase(&connection); });
   if (service.isStopping) {
@@ -87,7 +107,7 @@ class Server::Implementation {
         behind_(parseAddresses(settings.behind)),
         loops_(std::max(1U, std::thread::hardware_concurrency())) {
     listen(settings.listen);
-    asio::co_spawn(loops_.front().io, accept(), asio::detached);
+    asio::co_spawn(loops_.front().io, accept(), rethrow);
     for (Loop& loop : loops_) {
       loop.thread = std::thread([&loop] { loop.io.run(); });
     }
@@ -150,17 +170,22 @@ asio::awaitable<void> Server::Implementation::accept() {
 
 void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
   boost::system::error_code error;
-  const tcp::endpoint peer = socket.remote_endpoint(error);
+  tcp::endpoint peer = socket.remote_endpoint(error);
   if (error) {
     return;  // closes the socket
   }
+  peer.address(plain(peer.address()));
   if (service.connections >= service.limits.connections) {
     logRefusal(peer);
     return;
   }
   socket.set_option(tcp::no_delay(true), error);
   const bool isBehindProxy = std::count(behind_.begin(), behind_.end(), peer.address()) > 0;
-  asio::co_spawn(loop.io, serve(service, loop, std::move(socket), isBehindProxy), asio::detached);
+  std::ostringstream text;
+  text << peer;
+  ++service.connections;
+  asio::co_spawn(loop.io, serve(service, loop, std::move(socket), text.str(), isBehindProxy),
+                 asio::detached);
 }
 
 /// Logs one line for many refusals, because they can come faster than the log can be written.

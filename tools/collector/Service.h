@@ -8,6 +8,7 @@
 #include <boost/asio/thread_pool.hpp>
 
 #include "host/QelUtilities/Mutex.h"
+#include "tools/collector/HashChecks.h"
 #include "tools/collector/Limits.h"
 #include "tools/collector/Metrics.h"
 #include "tools/collector/StoreWriter.h"
@@ -61,7 +62,7 @@ class Service {
   Metrics& metrics;
   std::atomic<std::size_t> connections = 0;
   std::atomic<std::size_t> bytesInFlight = 0;
-  std::atomic<std::size_t> hashChecks = 0;
+  HashChecks hashChecks;
   std::atomic<bool> isStopping = false;
   boost::asio::thread_pool parsers{2};
   boost::asio::thread_pool largeParser{1};

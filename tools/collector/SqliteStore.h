@@ -20,7 +20,7 @@ namespace qel::collector {
 /// `text` is the text as it was sent, byte for byte. `received` is the time (UTC) when the text was
 /// first received, and `user` who sent it first. `count` is the maximum number of its occurrences
 /// in one package, so a package that is sent again does not increase it. A column is NULL if the
-/// row has no such member. `key` identifies the text. `id` increases in the order of arrival.
+/// row has no such member. `key` identifies the text.
 ///
 /// **Log.** Changes are first written to a write-ahead log, so reading never delays writing. While
 /// a reader does not end its transaction, the log grows; the collector's log then has a warning.

@@ -19,9 +19,13 @@ constexpr std::chrono::milliseconds stopTime{4500};
 Signals::Signals() {
   std::signal(SIGPIPE, SIG_IGN);
   sigemptyset(&signals_);
-  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-    sigaddset(&signals_, signal);
-  }
+  sigaddset(&signals_, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+}
+
+void Signals::blockStop() {
+  sigaddset(&signals_, SIGINT);
+  sigaddset(&signals_, SIGTERM);
   pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
 }
 

@@ -8,10 +8,13 @@
 
 namespace qel::collector {
 
-/// Blocks SIGHUP, SIGINT and SIGTERM in the calling thread and in all threads that it starts.
+/// Blocks SIGHUP in the calling thread and in all threads that it starts, and SIGINT and SIGTERM
+/// after `blockStop`. Until then they end the process.
 class Signals {
  public:
   Signals();
+
+  void blockStop();
 
   /// Waits for the next of these signals and returns it.
   int wait() const;

@@ -31,6 +31,10 @@ struct Upload {
   Upload(const Upload&) = delete;
   Upload& operator=(const Upload&) = delete;
 
+  /// The memory of the body and of the rows found in it. Many short rows need several times the
+  /// memory of their body.
+  std::size_t size() const { return body.size() + package.size(); }
+
   const std::string body;
   const std::string user;  ///< who sent it
   const Package package;

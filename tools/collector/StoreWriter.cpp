@@ -81,7 +81,7 @@ std::optional<StoreWriter::Batch> StoreWriter::nextBatch() {
   Batch batch;
   std::size_t bytes = 0;
   while (!waiting_.empty()) {
-    bytes += waiting_.front().upload->body.size();
+    bytes += waiting_.front().upload->size();
     if (!batch.empty() && bytes > largestWrite_) {
       break;
     }
@@ -135,8 +135,8 @@ StoreWriter::Result StoreWriter::attempt(const Uploads& uploads,
 void StoreWriter::removeOldRows() {
   bool isMore = false;
   try {
-    isMore =
-        store_.removeSome(start_ + (steady_clock::now() - steadyStart_) - *settings_.retention);
+    isMore = store_.removeSome(steadyZero_ + steady_clock::now().time_since_epoch() -
+                               *settings_.retention);
   } catch (const std::exception& error) {
     log::LogManager::instance()
         .getLogger("qel.collector")

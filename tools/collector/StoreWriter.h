@@ -18,7 +18,7 @@ namespace qel::collector {
 
 struct WriterSettings {
   std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
-  std::size_t largestWrite = std::size_t{64} << 20;  ///< bytes of bodies in one transaction
+  std::size_t largestWrite = std::size_t{64} << 20;  ///< memory of the uploads in one transaction
   std::optional<std::chrono::hours> retention;       ///< older rows are deleted
 };
 
@@ -69,9 +69,9 @@ class StoreWriter {
   Store& store_;
   const WriterSettings settings_;
 
-  // The age of rows does not depend on later changes of the system's clock.
-  const std::chrono::system_clock::time_point start_ = std::chrono::system_clock::now();
-  const std::chrono::steady_clock::time_point steadyStart_ = std::chrono::steady_clock::now();
+  /// The time at the zero of the steady clock, so that a jump of the system's clock ages no row.
+  const std::chrono::system_clock::time_point steadyZero_ =
+      std::chrono::system_clock::now() - std::chrono::steady_clock::now().time_since_epoch();
 
   // Used only by the writer's thread.
   std::size_t largestWrite_;
