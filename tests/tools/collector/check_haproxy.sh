@@ -54,7 +54,7 @@ start_collector() {
 start_collector first "${ports[1]}" "${ports[2]}"
 start_collector second "${ports[3]}" "${ports[4]}"
 
-sed -e "s/maxconn .*/maxconn 100/" -e "s/bind :443/bind 127.0.0.1:$public/" \
+sed -e "s/maxconn .*/maxconn 100/" -e "/^  \(user\|group\) haproxy$/d" -e "s/bind :443/bind 127.0.0.1:$public/" \
   -e "s/192.0.2.11:8443/127.0.0.1:${ports[1]} port ${ports[2]}/" \
   -e "s/192.0.2.12:8443/127.0.0.1:${ports[3]} port ${ports[4]}/" \
   "$root/deploy/collector/haproxy.cfg" >"$work/haproxy.cfg"
@@ -71,11 +71,12 @@ send() {
 eventually send one
 grep -q -F 127.0.0.2 "$work"/first.log "$work"/second.log || fail "The log does not have the client's address."
 
-# Stops the collector that served the client.
+# Stops the collector that served the client. The other one gets the next connection, before any check has failed.
 served=0
 grep -q -F 127.0.0.2 "$work/second.log" && served=1
 kill "${servers[served]}"
-eventually send two
+wait "${servers[served]}" || fail "The stopped collector ended with status $?."
+send two || fail "The other collector did not get the package."
 send one
 stored=$(sqlite3 -readonly "$work/store.db" "SELECT group_concat(event) FROM (SELECT event FROM events ORDER BY id)")
 [[ $stored == one,two ]] || fail "The store has: $stored"
