@@ -97,7 +97,7 @@ std::optional<Answer> objectionToTarget(const RequestHead& head) {
 
 std::optional<Answer> objectionToBody(const RequestHead& head, std::uint64_t largestBody) {
   if (!head.isPlainJson) {
-    return Answer{415, "only application/json is served"};
+    return Answer{415, "only uncompressed application/json is served"};
   }
   if (!head.length) {
     return noPlainLength();
