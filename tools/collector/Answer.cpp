@@ -46,7 +46,9 @@ Response toResponse(const Answer& answer, bool keepsConnection) {
   if (!keepsConnection) {
     response.set(http::field::connection, "close");
   }
-  response.prepare_payload();
+  if (answer.status != 204) {  // which has no body and must have no length
+    response.prepare_payload();
+  }
   return response;
 }
 

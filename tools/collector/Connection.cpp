@@ -70,12 +70,12 @@ Connection::Connection(Service& service, asio::ip::tcp::socket socket, std::stri
       isBehindProxy_(isBehindProxy),
       tls_(service.tls()),
       peer_(std::move(peer)),
-      stream_(std::move(socket), *tls_),
-      work_(stream_.get_executor()) {}
+      tcp_(std::move(socket)),
+      work_(tcp_.get_executor()) {}
 
 asio::awaitable<void> Connection::run() {
   try {
-    tcp().expires_after(service_.limits.headTime);
+    tcp_.expires_after(service_.limits.headTime);
     if (isBehindProxy_) {
       co_await readProxyHeader();
     }
@@ -91,7 +91,7 @@ asio::awaitable<void> Connection::run() {
 void Connection::stop() {
   isStopped_ = true;
   if (phase_ != Phase::Request) {
-    tcp().close();
+    tcp_.close();
   }
 }
 
@@ -112,11 +112,11 @@ void Connection::logEnd(const error_code& error) const {
 
 asio::awaitable<void> Connection::readProxyHeader() {
   std::string start(proxyStartSize, '\0');
-  co_await asio::async_read(tcp(), asio::buffer(start), use_awaitable);
+  co_await asio::async_read(tcp_, asio::buffer(start), use_awaitable);
   std::optional<std::string> client;
   if (const auto size = proxyRestSize(start)) {
     std::string rest(*size, '\0');
-    co_await asio::async_read(tcp(), asio::buffer(rest), use_awaitable);
+    co_await asio::async_read(tcp_, asio::buffer(rest), use_awaitable);
     client = proxyClient(start, rest);
   }
   if (!client) {
@@ -129,8 +129,13 @@ asio::awaitable<void> Connection::readProxyHeader() {
   }
 }
 
+/// Makes the TLS stream only when a byte has arrived, because it needs most of the memory.
 asio::awaitable<void> Connection::shakeHands() {
-  co_await stream_.async_handshake(asio::ssl::stream_base::server, use_awaitable);
+  char first = 0;
+  co_await tcp_.async_read_some(asio::buffer(&first, 1), use_awaitable);
+  stream_.emplace(tcp_, *tls_);
+  co_await stream_->async_handshake(asio::ssl::stream_base::server, asio::buffer(&first, 1),
+                                    use_awaitable);
   phase_ = Phase::Head;
 }
 
@@ -138,7 +143,7 @@ asio::awaitable<void> Connection::shakeHands() {
 asio::awaitable<bool> Connection::serveRequest() {
   error_code error;
   const std::size_t size =
-      co_await asio::async_read_until(stream_, asio::dynamic_buffer(buffer_, service_.limits.head),
+      co_await asio::async_read_until(*stream_, asio::dynamic_buffer(buffer_, service_.limits.head),
                                       "\r\n\r\n", asio::redirect_error(use_awaitable, error));
   if (error && error != asio::error::not_found) {
     throw system_error(error);
@@ -160,7 +165,7 @@ asio::awaitable<bool> Connection::serveRequest() {
   keepsConnection = keepsConnection && answer.status == 204 && !service_.isStopping;
   co_await give(answer, keepsConnection);
   phase_ = Phase::Idle;
-  tcp().expires_after(service_.limits.headTime);
+  tcp_.expires_after(service_.limits.headTime);
   co_return keepsConnection;
 }
 
@@ -175,7 +180,7 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
   if (refusal) {
     co_return *refusal;
   }
-  const auto wait = service_.users()->admit(user_, *head.length, steady_clock::now());
+  const auto wait = service_.users()->admit(user_, steady_clock::now());
   if (wait > wait.zero()) {
     co_return Answer{429, "too many requests of this user", wait};
   }
@@ -184,7 +189,9 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
   }
   const ScopeGuard release([&] { service_.release(*head.length); });
   std::string body;
-  if (!co_await readBody(head, body)) {
+  const bool isWhole = co_await readBody(head, body);
+  service_.users()->charge(user_, body.size(), steady_clock::now());
+  if (!isWhole) {
     co_return Answer{400, "the body broke off"};
   }
   co_return co_await store(std::move(body));
@@ -212,10 +219,10 @@ asio::awaitable<std::optional<Answer>> Connection::identify(const std::string& a
 
 /// Returns false if the client ended the connection.
 asio::awaitable<bool> Connection::readBody(const RequestHead& head, std::string& body) {
-  tcp().expires_after(service_.limits.progressTime);
+  tcp_.expires_after(service_.limits.progressTime);
   if (head.awaitsContinue) {
     constexpr std::string_view goOn = "HTTP/1.1 100 Continue\r\n\r\n";
-    co_await asio::async_write(stream_, asio::buffer(goOn), use_awaitable);
+    co_await asio::async_write(*stream_, asio::buffer(goOn), use_awaitable);
   }
   const std::size_t size = *head.length;
   body.reserve(size);
@@ -227,8 +234,8 @@ asio::awaitable<bool> Connection::readBody(const RequestHead& head, std::string&
     body.resize(std::min(size, have + readSize));
     error_code error;
     const std::size_t read =
-        co_await stream_.async_read_some(asio::buffer(body.data() + have, body.size() - have),
-                                         asio::redirect_error(use_awaitable, error));
+        co_await stream_->async_read_some(asio::buffer(body.data() + have, body.size() - have),
+                                          asio::redirect_error(use_awaitable, error));
     body.resize(have + read);
     if (error == beast::error::timeout) {
       phase_ = Phase::Head;
@@ -239,10 +246,10 @@ asio::awaitable<bool> Connection::readBody(const RequestHead& head, std::string&
     }
     if (body.size() >= mark) {
       mark = body.size() + service_.limits.progress;
-      tcp().expires_after(service_.limits.progressTime);
+      tcp_.expires_after(service_.limits.progressTime);
     }
   }
-  tcp().expires_never();
+  tcp_.expires_never();
   co_return true;
 }
 
@@ -271,21 +278,21 @@ asio::awaitable<void> Connection::give(const Answer& answer, bool keepsConnectio
   logAnswer(answer, peer_, duration);
   service_.metrics.countAnswer(answer.status, duration);
   Response response = toResponse(answer, keepsConnection);
-  tcp().expires_after(service_.limits.answerTime);
-  co_await beast::http::async_write(stream_, response, use_awaitable);
+  tcp_.expires_after(service_.limits.answerTime);
+  co_await beast::http::async_write(*stream_, response, use_awaitable);
 }
 
 asio::awaitable<void> Connection::close() {
   phase_ = Phase::Closing;
   // The end is sent at once, without waiting for the client's.
-  SSL_set_shutdown(stream_.native_handle(), SSL_RECEIVED_SHUTDOWN);
-  co_await stream_.async_shutdown(use_awaitable);
-  tcp().socket().shutdown(asio::ip::tcp::socket::shutdown_send);
+  SSL_set_shutdown(stream_->native_handle(), SSL_RECEIVED_SHUTDOWN);
+  co_await stream_->async_shutdown(use_awaitable);
+  tcp_.socket().shutdown(asio::ip::tcp::socket::shutdown_send);
   buffer_.clear();
   std::array<char, 4096> discarded{};
-  tcp().expires_after(service_.isStopping ? std::chrono::seconds(1) : service_.limits.lingerTime);
+  tcp_.expires_after(service_.isStopping ? std::chrono::seconds(1) : service_.limits.lingerTime);
   for (std::size_t left = service_.limits.body + service_.limits.head; left > 0;) {
-    left -= std::min(left, co_await tcp().async_read_some(asio::buffer(discarded), use_awaitable));
+    left -= std::min(left, co_await tcp_.async_read_some(asio::buffer(discarded), use_awaitable));
   }
 }
 

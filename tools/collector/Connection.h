@@ -46,8 +46,6 @@ class Connection {
   template <typename Result = void>
   using Awaitable = boost::asio::awaitable<Result>;
 
-  boost::beast::tcp_stream& tcp() { return stream_.next_layer(); }
-
   /// @{
   /// The phases of a connection. They throw `boost::system::system_error` if it ends.
   Awaitable<> readProxyHeader();
@@ -71,7 +69,8 @@ class Connection {
   const bool isBehindProxy_;
   const TlsContext tls_;
   std::string peer_;  ///< the client's address and port
-  boost::asio::ssl::stream<boost::beast::tcp_stream> stream_;
+  boost::beast::tcp_stream tcp_;
+  std::optional<boost::asio::ssl::stream<boost::beast::tcp_stream&>> stream_;
   /// Keeps the loop running while another thread works for this connection.
   boost::asio::executor_work_guard<boost::beast::tcp_stream::executor_type> work_;
   std::string buffer_;  ///< received, not yet used

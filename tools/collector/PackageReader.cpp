@@ -1,8 +1,8 @@
 #include "tools/collector/PackageReader.h"
 
+#include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -51,10 +51,11 @@ std::optional<std::vector<std::string>> listNames(const std::string& frame) {
 }
 
 /// The distinct texts of `rows`, in the order of their first occurrence, and how often each occurs.
+/// Does not use hashes, because a sender could choose texts with equal ones.
 std::vector<std::pair<std::string_view, std::size_t>> counted(
     const std::vector<std::string_view>& rows) {
   std::vector<std::pair<std::string_view, std::size_t>> distinct;
-  std::unordered_map<std::string_view, std::size_t> places;
+  std::map<std::string_view, std::size_t> places;
   for (const auto row : rows) {
     const auto [place, added] = places.emplace(row, distinct.size());
     if (added) {

@@ -6,10 +6,25 @@
 #include <sys/stat.h>
 
 #include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/PathText.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 
+namespace {
+
 using utilities::MutexLock;
+
+/// Reading another kind of file could wait for ever.
+void requireRegularFiles(const std::vector<std::filesystem::path>& files) {
+  for (const auto& file : files) {
+    if (std::filesystem::exists(file) && !std::filesystem::is_regular_file(file)) {
+      throw tools::InputError(utilities::utf8FromPath(file) + " is not a regular file");
+    }
+  }
+}
+
+}  // namespace
 
 Reload::Reload(std::vector<ReloadedFiles> groups, std::chrono::milliseconds interval)
     : interval_(interval) {
@@ -55,6 +70,7 @@ void Reload::load(Group& group, const State& state) {
   // A change during the load differs from this state, so the files are read once more.
   group.loaded = state;
   try {
+    requireRegularFiles(group.watched.files);
     group.watched.load();
     logger->log(log::Level::Info, "read the " + group.watched.name + " again");
   } catch (const std::exception& error) {

@@ -70,6 +70,7 @@ std::variant<RequestHead, Answer> parseHead(std::string_view head) {
     return noPlainLength();
   }
   if (error || !parser.is_header_done() || isFolded(head) ||
+      fields.count(http::field::authorization) > 1 ||
       (fields.version() == 11 && fields.count(http::field::host) != 1)) {
     return Answer{400, "malformed request"};
   }
@@ -97,7 +98,7 @@ std::optional<Answer> objectionToTarget(const RequestHead& head) {
 
 std::optional<Answer> objectionToBody(const RequestHead& head, std::uint64_t largestBody) {
   if (!head.isPlainJson) {
-    return Answer{415, "only application/json is served"};
+    return Answer{415, "only uncompressed application/json is served"};
   }
   if (!head.length) {
     return noPlainLength();

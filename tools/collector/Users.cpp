@@ -153,7 +153,7 @@ void Users::remember(const std::string& name, const Sha256& digest) {
   accepted_.emplace(digest, name);
 }
 
-std::chrono::seconds Users::admit(const std::string& user, std::uint64_t bytes,
+std::chrono::seconds Users::admit(const std::string& user,
                                   std::chrono::steady_clock::time_point now) {
   const MutexLock lock(mutex_);
   const auto found = users_.find(user);
@@ -166,8 +166,16 @@ std::chrono::seconds Users::admit(const std::string& user, std::uint64_t bytes,
     return std::chrono::ceil<std::chrono::seconds>(delay);
   }
   requests.take(1, limits_.requestsPerSecond, now);
-  volume.take(static_cast<double>(bytes), limits_.bytesPerSecond, now);
   return std::chrono::seconds::zero();
+}
+
+void Users::charge(const std::string& user, std::uint64_t bytes,
+                   std::chrono::steady_clock::time_point now) {
+  const MutexLock lock(mutex_);
+  const auto found = users_.find(user);
+  if (found != users_.end()) {
+    found->second.bytes.take(static_cast<double>(bytes), limits_.bytesPerSecond, now);
+  }
 }
 
 }  // namespace qel::collector

@@ -6,7 +6,7 @@ _qel_collector() {
     --user-bytes --help --version'
   COMPREPLY=()
   if [[ ${COMP_WORDS[1]} == erase && $COMP_CWORD -gt 1 ]]; then
-    options='--installation --user --store --yes --help'
+    options='--installation --user --store --yes --help --version'
   fi
   case $previous in
     --certificate | --key | --credentials | --store)

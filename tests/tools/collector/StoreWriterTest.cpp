@@ -61,10 +61,10 @@ class FakeStore : public Store {
 
 class StoreWriterTest : public Test {
  protected:
-  StoreWriterTest() { writer_.emplace(store_, WriterSettings{200ms, 30, 24h}); }
+  StoreWriterTest() { writer_.emplace(store_, WriterSettings{200ms, 60, 24h}); }
 
   void add(const std::string& user) {
-    writer_->add(std::make_shared<const Upload>(std::string(10, ' '), user),
+    writer_->add(std::make_shared<const Upload>(R"({"version": "3.1"})", user),
                  [this, user](const std::exception_ptr& failure) {
                    const utilities::MutexLock lock(mutex_);
                    done_[user] = "stored";

@@ -1,3 +1,5 @@
+#include <ctime>
+
 #include <gmock/gmock.h>
 #include <openssl/evp.h>
 
@@ -57,11 +59,13 @@ TEST(UsersTest, RemembersAcceptedSecretsOfHashesAlsoAcrossAReload) {
 TEST(UsersTest, TakesAsLongForUnknownUsers) {
   const auto users = usersOf("ada:plain\nyes:" + yescrypt);
   const auto shortest = [&](const std::string& text) {
-    auto time = test::steady_clock::duration::max();
+    std::clock_t time = CLOCKS_PER_SEC;
     for (int i = 0; i < 5; ++i) {
-      time = std::min(time, test::timeOf([&] { identity(*users, basic(text)); }));
+      const std::clock_t begin = std::clock();
+      identity(*users, basic(text));
+      time = std::min(time, std::clock() - begin);
     }
-    return std::chrono::duration<double>(time).count();
+    return static_cast<double>(time) / CLOCKS_PER_SEC;
   };
   const double wrong = shortest("yes:wrong");
   EXPECT_GT(wrong, 1e-3);
@@ -80,7 +84,7 @@ TEST(UsersTest, LimitsTheRequestsAndBytesOfEachUser) {
     std::chrono::seconds delay;
   };
   for (int i = 0; i < 21; ++i) {
-    EXPECT_EQ(users->admit("ada", 1, begin), 0s) << i;
+    EXPECT_EQ(users->admit("ada", begin), 0s) << i;
   }
   for (const auto& [user, bytes, time, delay] : std::vector<Step>{
            {"ada", 1, 0ms, 1s},
@@ -93,7 +97,8 @@ TEST(UsersTest, LimitsTheRequestsAndBytesOfEachUser) {
            {"bob", 1, 990'400ms, 0s},
            {"removed", 1, 0ms, 0s},
        }) {
-    EXPECT_EQ(users->admit(user, bytes, begin + time), delay) << user << ' ' << time.count();
+    EXPECT_EQ(users->admit(user, begin + time), delay) << user << ' ' << time.count();
+    users->charge(user, delay == 0s ? bytes : 0, begin + time);
   }
 }
 
