@@ -8,7 +8,6 @@
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/read.hpp>
 #include <boost/asio/read_until.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -77,7 +76,7 @@ asio::awaitable<void> Connection::run() {
   try {
     tcp_.expires_after(service_.limits.headTime);
     if (isBehindProxy_) {
-      co_await readProxyHeader();
+      co_await readClient();
     }
     co_await shakeHands();
     while (co_await serveRequest()) {
@@ -95,12 +94,20 @@ void Connection::stop() {
   }
 }
 
+bool Connection::isStranger() const {
+  return !isKnown_ && phase_ != Phase::Request && phase_ != Phase::Closing;
+}
+
+void Connection::cut() {
+  phase_ = Phase::Closing;
+  tcp_.close();
+}
+
 void Connection::logEnd(const error_code& error) const {
   const bool isIdle = phase_ == Phase::Idle && buffer_.empty();
   if (phase_ == Phase::Closing) {
-    return;
-  }
-  if (isStopped_) {
+    // The line for the end was written before.
+  } else if (isStopped_) {
     logCut("cut: the server stops", peer_);
   } else if (error == beast::error::timeout && !isIdle) {
     logCut("cut: its time is over", peer_);
@@ -110,18 +117,11 @@ void Connection::logEnd(const error_code& error) const {
   }
 }
 
-asio::awaitable<void> Connection::readProxyHeader() {
-  std::string start(proxyStartSize, '\0');
-  co_await asio::async_read(tcp_, asio::buffer(start), use_awaitable);
-  std::optional<std::string> client;
-  if (const auto size = proxyRestSize(start)) {
-    std::string rest(*size, '\0');
-    co_await asio::async_read(tcp_, asio::buffer(rest), use_awaitable);
-    client = proxyClient(start, rest);
-  }
+asio::awaitable<void> Connection::readClient() {
+  const auto client = co_await readProxyHeader(tcp_);
   if (!client) {
     logCut("cut: no PROXY header", peer_);
-    phase_ = Phase::Closing;
+    cut();
     throw system_error(asio::error::invalid_argument);
   }
   if (!client->empty()) {
@@ -213,6 +213,7 @@ asio::awaitable<std::optional<Answer>> Connection::identify(const std::string& a
   if (!*identity) {
     co_return Answer{401, "unknown user or wrong secret"};
   }
+  isKnown_ = true;
   user_ = **identity;
   co_return std::nullopt;
 }
@@ -255,16 +256,16 @@ asio::awaitable<bool> Connection::readBody(const RequestHead& head, std::string&
 
 asio::awaitable<Answer> Connection::store(std::string body) {
   try {
+    const std::size_t rows = memoryOfRows(body);
+    if (!service_.reserve(rows)) {
+      co_return tooManyBytes();
+    }
+    const ScopeGuard release([&] { service_.release(rows); });
     auto& parsers =
         body.size() > service_.limits.largeBody ? service_.largeParser : service_.parsers;
     auto parsing = parse(std::move(body), user_);
     const auto upload =
         co_await asio::co_spawn(parsers.get_executor(), std::move(parsing), use_awaitable);
-    const std::size_t rows = upload->size() - upload->body.size();
-    if (!service_.reserve(rows)) {
-      co_return tooManyBytes();
-    }
-    const ScopeGuard release([&] { service_.release(rows); });
     co_await storeUpload(service_.writer, upload);
     service_.metrics.countStored(upload->package, upload->body.size());
     co_return storedAnswer(upload->package);

@@ -41,6 +41,12 @@ class Connection {
   /// Cuts the connection unless a request is in progress, which is answered.
   void stop();
 
+  /// Whether the connection has had no accepted credentials, and no request is in progress.
+  bool isStranger() const;
+
+  /// Cuts the connection without a line in the log.
+  void cut();
+
  private:
   enum class Phase { Handshake, Head, Idle, Request, Closing };
   template <typename Result = void>
@@ -48,7 +54,7 @@ class Connection {
 
   /// @{
   /// The phases of a connection. They throw `boost::system::system_error` if it ends.
-  Awaitable<> readProxyHeader();
+  Awaitable<> readClient();
   Awaitable<> shakeHands();
   Awaitable<bool> serveRequest();
   Awaitable<> close();
@@ -76,6 +82,7 @@ class Connection {
   std::string buffer_;  ///< received, not yet used
   Phase phase_ = Phase::Handshake;
   bool isStopped_ = false;
+  bool isKnown_ = false;                         ///< whether credentials were accepted
   std::string user_;                             ///< of the request in progress
   std::chrono::steady_clock::time_point begin_;  ///< of the request in progress
 };

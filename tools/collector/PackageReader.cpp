@@ -1,5 +1,6 @@
 #include "tools/collector/PackageReader.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -81,6 +82,11 @@ void readRows(const std::vector<std::string_view>& texts, std::vector<Row>& rows
 Package refusedWhole(std::string_view body) { return {{}, {}, {{body, 1, "no package"}}}; }
 
 }  // namespace
+
+std::size_t memoryOfRows(std::string_view body) {
+  const auto objects = static_cast<std::size_t>(std::count(body.begin(), body.end(), '{'));
+  return std::min(objects, mostRows) * sizeof(Row);
+}
 
 Package readPackage(std::string_view body) {
   const auto split = splitPackage(body, mostRows);

@@ -27,16 +27,14 @@ struct Package {
   std::vector<Row> environments;
   std::vector<Row> events;
   std::vector<RefusedText> refused;
-
-  /// The memory of the lists in bytes, without the texts.
-  std::size_t size() const {
-    return sizeof(Row) * (environments.size() + events.size()) +
-           sizeof(RefusedText) * refused.size();
-  }
 };
 
 /// The maximum number of rows in a package.
 inline constexpr std::size_t mostRows = 100'000;
+
+/// The memory in bytes that the rows of a body need besides the body, at most. Many short rows need
+/// several times the memory of their body.
+std::size_t memoryOfRows(std::string_view body);
 
 /// Parses a request body: `{"version": "3.1", "environments": [...], "events": [...]}`. Either list
 /// may be absent. A row that is not a JSON object becomes a refused text if its brackets and

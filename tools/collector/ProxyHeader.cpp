@@ -3,16 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <sstream>
-#include <utility>
+#include <string_view>
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/use_awaitable.hpp>
 
 namespace qel::collector {
 namespace {
 
-namespace ip = boost::asio::ip;
+namespace asio = boost::asio;
+namespace ip = asio::ip;
 
 constexpr std::string_view signature("\r\n\r\n\0\r\nQUIT\n", 12);
+constexpr std::size_t startSize = 16;
 constexpr std::size_t largestRest = 2048;
 
 std::size_t byteAt(std::string_view bytes, std::size_t index) {
@@ -37,19 +41,17 @@ std::optional<std::string> client(std::string_view addresses) {
   return text.str();
 }
 
-}  // namespace
-
-std::optional<std::size_t> proxyRestSize(std::string_view start) {
+/// The number of bytes that follow the first `startSize` bytes.
+std::optional<std::size_t> restSize(std::string_view start) {
   constexpr std::size_t version = 2;
-  if (start.size() != proxyStartSize || !start.starts_with(signature) ||
-      byteAt(start, 12) >> 4U != version) {
+  if (!start.starts_with(signature) || byteAt(start, 12) >> 4U != version) {
     return std::nullopt;
   }
   const std::size_t size = numberAt(start, 14);
   return size <= largestRest ? std::optional(size) : std::nullopt;
 }
 
-std::optional<std::string> proxyClient(std::string_view start, std::string_view rest) {
+std::optional<std::string> clientOf(std::string_view start, std::string_view rest) {
   enum Command { Local, Proxy };
   enum Family { Unspecified = 0x00, TcpOverIpv4 = 0x11, TcpOverIpv6 = 0x21 };
   const auto command = byteAt(start, 12) & 0xfU;
@@ -69,6 +71,20 @@ std::optional<std::string> proxyClient(std::string_view start, std::string_view 
     default:
       return std::nullopt;
   }
+}
+
+}  // namespace
+
+asio::awaitable<std::optional<std::string>> readProxyHeader(boost::beast::tcp_stream& stream) {
+  std::string start(startSize, '\0');
+  co_await asio::async_read(stream, asio::buffer(start), asio::use_awaitable);
+  const auto size = restSize(start);
+  if (!size) {
+    co_return std::nullopt;
+  }
+  std::string rest(*size, '\0');
+  co_await asio::async_read(stream, asio::buffer(rest), asio::use_awaitable);
+  co_return clientOf(start, rest);
 }
 
 }  // namespace qel::collector

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <list>
 #include <sstream>
 #include <thread>
-#include <unordered_set>
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -28,9 +28,12 @@ namespace asio = boost::asio;
 using asio::ip::tcp;
 
 constexpr int waitingConnections = 4096;
-constexpr std::size_t otherDescriptors = 100;  ///< files of the store, log, other listeners
+/// Files of the store and the log, and other listeners.
+constexpr std::size_t otherDescriptors = 36;
+/// The connections beyond the limit that may wait until others are cut.
+constexpr std::size_t connectionsToCut = 64;
 constexpr std::chrono::milliseconds acceptPause{100};
-constexpr std::chrono::seconds refusalLogPause{10};
+constexpr std::chrono::seconds crowdLogPause{10};
 
 /// Raises the number of descriptors as far as allowed. Returns how many connections that permits.
 std::size_t permittedConnections() {
@@ -40,7 +43,8 @@ std::size_t permittedConnections() {
     ::setrlimit(RLIMIT_NOFILE, &limit);
   }
   ::getrlimit(RLIMIT_NOFILE, &limit);
-  return limit.rlim_cur - std::min<std::size_t>(limit.rlim_cur, otherDescriptors);
+  return limit.rlim_cur -
+         std::min<std::size_t>(limit.rlim_cur, otherDescriptors + connectionsToCut);
 }
 
 Limits withinPermission(Limits limits) {
@@ -75,21 +79,35 @@ void rethrow(const std::exception_ptr& failure) {
   }
 }
 
-/// A thread that serves some of the connections. Only this thread uses `connections`.
+/// A thread that serves some of the connections. Only this thread uses `connections`, which are in
+/// the order of their arrival.
 struct Loop {
   asio::io_context io{1};
-  std::unordered_set<Connection*> connections;
+  std::list<Connection*> connections;
   asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
   std::thread thread;
 };
+
+/// Cuts the oldest connection without accepted credentials, so that strangers cannot keep customers
+/// out.
+void makeRoom(const Loop& loop) {
+  const auto stranger = std::find_if(loop.connections.begin(), loop.connections.end(),
+                                     [](const Connection* each) { return each->isStranger(); });
+  if (stranger != loop.connections.end()) {
+    (*stranger)->cut();
+  }
+}
 
 /// The caller has counted the connection.
 asio::awaitable<void> serve(Service& service, Loop& loop, tcp::socket socket, std::string peer,
                             bool isBehindProxy) {
   const ScopeGuard end([&] { --service.connections; });
   Connection connection(service, std::move(socket), std::move(peer), isBehindProxy);
-  loop.connections.insert(&connection);
-  const ScopeGuard remove([&] { loop.connections.erase(&connection); });
+  const auto place = loop.connections.insert(loop.connections.end(), &connection);
+  const ScopeGuard remove([&] { loop.connections.erase(place); });
+  if (service.connections > service.limits.connections) {
+    makeRoom(loop);
+  }
   if (service.isStopping) {
     connection.stop();
   }
@@ -122,7 +140,7 @@ class Server::Implementation {
   void listen(const tools::Endpoint& endpoint);
   asio::awaitable<void> accept();
   void admit(Loop& loop, tcp::socket socket);
-  void logRefusal(const tcp::endpoint& peer);
+  void logCrowd(const tcp::endpoint& peer);
 
   const std::vector<asio::ip::address> behind_;
   std::vector<Loop> loops_;
@@ -130,8 +148,8 @@ class Server::Implementation {
   std::uint16_t port_ = 0;
   /// @{
   /// Used only on the first loop's thread.
-  std::size_t unloggedRefusals_ = 0;
-  std::chrono::steady_clock::time_point nextRefusalLine_;
+  std::size_t unloggedCrowd_ = 0;
+  std::chrono::steady_clock::time_point nextCrowdLine_;
   /// @}
 };
 
@@ -176,7 +194,9 @@ void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
   }
   peer.address(plain(peer.address()));
   if (service.connections >= service.limits.connections) {
-    logRefusal(peer);
+    logCrowd(peer);
+  }
+  if (service.connections >= service.limits.connections + connectionsToCut) {
     return;
   }
   socket.set_option(tcp::no_delay(true), error);
@@ -188,16 +208,16 @@ void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
                  asio::detached);
 }
 
-/// Logs one line for many refusals, because they can come faster than the log can be written.
-void Server::Implementation::logRefusal(const tcp::endpoint& peer) {
-  ++unloggedRefusals_;
+/// Logs one line for many connections, because they can come faster than the log can be written.
+void Server::Implementation::logCrowd(const tcp::endpoint& peer) {
+  ++unloggedCrowd_;
   const auto now = std::chrono::steady_clock::now();
-  if (now >= nextRefusalLine_) {
-    logCut("refused: too many connections, " + std::to_string(unloggedRefusals_) +
-               " since the last such line",
+  if (now >= nextCrowdLine_) {
+    logCut("too many connections: " + std::to_string(unloggedCrowd_) +
+               " cut since the last such line, the last one",
            peer.address().to_string());
-    unloggedRefusals_ = 0;
-    nextRefusalLine_ = now + refusalLogPause;
+    unloggedCrowd_ = 0;
+    nextCrowdLine_ = now + crowdLogPause;
   }
 }
 

@@ -31,9 +31,8 @@ struct Upload {
   Upload(const Upload&) = delete;
   Upload& operator=(const Upload&) = delete;
 
-  /// The memory of the body and of the rows found in it. Many short rows need several times the
-  /// memory of their body.
-  std::size_t size() const { return body.size() + package.size(); }
+  /// The memory of the body and of its rows in bytes, at most.
+  std::size_t size() const { return body.size() + memoryOfRows(body); }
 
   const std::string body;
   const std::string user;  ///< who sent it

@@ -61,7 +61,7 @@ class FakeStore : public Store {
 
 class StoreWriterTest : public Test {
  protected:
-  StoreWriterTest() { writer_.emplace(store_, WriterSettings{200ms, 60, 24h}); }
+  StoreWriterTest() { writer_.emplace(store_, WriterSettings{200ms, 900, 24h}); }
 
   void add(const std::string& user) {
     writer_->add(std::make_shared<const Upload>(R"({"version": "3.1"})", user),
