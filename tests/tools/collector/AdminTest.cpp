@@ -43,16 +43,16 @@ class AdminTest : public test::CommandTest {
   }
 
   boost::asio::io_context io_;
-  std::string obstacle_;
+  std::atomic<bool> isStopping_ = false;
   AdminServer server_{{"127.0.0.1", 0},
-                      adminPages([this] { return obstacle_; },
+                      adminPages([this] { return std::string(isStopping_ ? "stopping" : ""); },
                                  []() -> std::string { throw qel::exception("no figures"); })};
 };
 
 TEST_F(AdminTest, ServesItsPagesAndNothingElse) {
   setenv("ADMIN", ("127.0.0.1:" + std::to_string(server_.endpoint().port)).c_str(), 1);
   expectTranscript("collector/admin.txt");
-  obstacle_ = "stopping";
+  isStopping_ = true;
   expectTranscript("collector/stopping.txt");
   EXPECT_THROW(AdminServer(server_.endpoint(), {}), qel::exception);
 }
@@ -93,6 +93,9 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
   const std::string goodKey = test::contentOf(key);
   const std::string otherKey = test::Process("openssl genpkey -algorithm ed25519").readUntil(EOF);
   const test::CapturedLog log(log::Level::Info);
+  const auto replaceKey = [&](const std::string& text) {
+    std::filesystem::rename(test::write(directory.path() / "new", text), key);
+  };
   test::Tally attempts;
   const auto load = [&] {
     const ScopeGuard count([&] { attempts.add(); });
@@ -102,15 +105,15 @@ TEST(ReloadTest, ReadsChangedFilesAndKeepsTheOldOnesIfTheyAreBroken) {
     Reload reload({{"certificate and key", {certificate, key}, load}}, 10ms);
     std::this_thread::sleep_for(100ms);  // nothing announces that nothing happens
     EXPECT_EQ(attempts.count(), 0);
-    test::write(key, otherKey);
+    replaceKey(otherKey);
     ASSERT_TRUE(attempts.reaches(1));
     std::this_thread::sleep_for(100ms);
     EXPECT_EQ(attempts.count(), 1) << "tried the same files again";
-    test::write(key, goodKey);
+    replaceKey(goodKey);
     ASSERT_TRUE(attempts.reaches(2));
     std::filesystem::remove(key);
     ASSERT_TRUE(attempts.reaches(3));
-    test::write(key, goodKey);
+    replaceKey(goodKey);
     ASSERT_TRUE(attempts.reaches(4));
     reload.now();
     ASSERT_TRUE(attempts.reaches(5));
