@@ -68,7 +68,6 @@ class StoreWriter {
 
   Store& store_;
   const WriterSettings settings_;
-
   /// The time at the zero of the steady clock, so that a jump of the system's clock ages no row.
   const std::chrono::system_clock::time_point steadyZero_ =
       std::chrono::system_clock::now() - std::chrono::steady_clock::now().time_since_epoch();
