@@ -6,11 +6,13 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
 namespace {
+
+using records::Session;
 
 Style styleOf(Session::End end) {
   switch (end) {
@@ -25,7 +27,7 @@ Style styleOf(Session::End end) {
 }
 
 std::string fileOf(const Session& session) {
-  return utilities::utf8FromPath(session.database->file().filename());
+  return utilities::utf8FromPath(session.source->path().filename());
 }
 
 }  // namespace

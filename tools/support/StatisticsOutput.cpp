@@ -6,7 +6,7 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
@@ -23,9 +23,8 @@ void printFiles(const Statistics& statistics, std::ostream& output, const Termin
                    {"Oldest (UTC)", Kind::Wrapped},
                    {"Newest (UTC)", Kind::Wrapped}});
   for (const auto& file : statistics.files) {
-    table.add({file.name, readableSize(file.bytes), grouped(file.rowsByTable.at(environmentsTable)),
-               grouped(file.rowsByTable.at(itemsTable)), readableTime(file.oldest),
-               readableTime(file.newest)});
+    table.add({file.name, readableSize(file.bytes), grouped(file.environments),
+               grouped(file.events), readableTime(file.oldest), readableTime(file.newest)});
   }
   table.print(output, terminal);
 }
@@ -55,7 +54,7 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
 
 std::string summaryOf(const std::optional<WaitingRows>& waiting) {
   if (!waiting || (waiting->rows == 0 && !waiting->complete)) {
-    return std::string("What waits to be sent is not known: no ") + sendingDatabaseName +
+    return std::string("What waits to be sent is not known: no ") + records::sendingDatabaseName +
            " can be read whole.";
   }
   if (waiting->rows == 0) {
@@ -117,7 +116,7 @@ void printJson(const Statistics& statistics, std::ostream& output) {
   for (const auto& file : statistics.files) {
     files.push_back({{"file", file.name},
                      {"bytes", file.bytes},
-                     {"rows", file.rowsByTable},
+                     {"rows", {{"Environments", file.environments}, {"Items", file.events}}},
                      {"categories", file.eventsByCategory},
                      {"oldest", file.oldest},
                      {"newest", file.newest}});

@@ -5,10 +5,12 @@
 #include <strings.h>
 
 #include "tools/common/InputError.h"
-#include "tools/support/Moment.h"
+#include "tools/records/Moment.h"
 
 namespace qel::support {
 namespace {
+
+using records::Event;
 
 bool admits(const TimelineFilter& filter, const Event& event) {
   return (filter.category.empty() ||
@@ -23,7 +25,7 @@ std::string readSince(const std::string& text) {
   if (time.size() > 10 && time[10] == ' ') {
     time[10] = 'T';
   }
-  if (!time.empty() && !millisecondsOf(time)) {
+  if (!time.empty() && !records::millisecondsOf(time)) {
     throw tools::InputError("--since: " + text +
                             R"( is no time in UTC such as 2026-11-21 or "2026-11-21 09:30:05")");
   }
@@ -33,7 +35,7 @@ std::string readSince(const std::string& text) {
   return time;
 }
 
-Timeline timelineOf(const Session& session, const TimelineFilter& filter) {
+Timeline timelineOf(const records::Session& session, const TimelineFilter& filter) {
   Timeline timeline{session, eventsOf(session)};
   std::erase_if(timeline.events, [&](const Event& event) { return !admits(filter, event); });
   return timeline;

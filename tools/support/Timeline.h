@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/support/Event.h"
+#include "tools/records/Event.h"
 
 namespace qel::support {
 
@@ -20,10 +20,10 @@ std::string readSince(const std::string& text);
 
 /// A session and the records that a filter has selected.
 struct Timeline {
-  Session session;
-  std::vector<Event> events;
+  records::Session session;
+  std::vector<records::Event> events;
 };
 
-Timeline timelineOf(const Session& session, const TimelineFilter& filter);
+Timeline timelineOf(const records::Session& session, const TimelineFilter& filter);
 
 }  // namespace qel::support

@@ -2,12 +2,15 @@
 
 #include <ostream>
 
+#include "tools/records/Moment.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
 namespace {
+
+using records::Event;
 
 Style styleOf(const Event& event) {
   const bool failure = event.category == "Application" &&
@@ -20,8 +23,8 @@ std::string dayOf(const Event& event) { return event.time.substr(0, 10); }
 /// The time of day only; the date is in the heading.
 std::string clockOf(const Event& event) {
   constexpr std::size_t day = 11;
-  return event.time.size() > day && millisecondsOf(event.time) ? event.time.substr(day, 12)
-                                                               : event.time;
+  return event.time.size() > day && records::millisecondsOf(event.time) ? event.time.substr(day, 12)
+                                                                        : event.time;
 }
 
 }  // namespace
@@ -32,8 +35,9 @@ void print(const Timeline& timeline, std::ostream& output, const Terminal& termi
          << (session.first.empty() ? "at no known time"
                                    : readableTime(printable(session.first)) + " UTC")
          << ", " << readableLength(session.lengthInMs()) << ", "
-         << terminal.styled(nameOf(session.end),
-                            session.end == Session::End::Crashed ? Style::Bad : Style::Plain)
+         << terminal.styled(nameOf(session.end), session.end == records::Session::End::Crashed
+                                                     ? Style::Bad
+                                                     : Style::Plain)
          << '\n';
   if (events.empty()) {
     output << "\nno such records\n";

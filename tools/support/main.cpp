@@ -10,11 +10,11 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/Program.h"
+#include "tools/records/Recordings.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/HtmlReport.h"
 #include "tools/support/NewFile.h"
 #include "tools/support/Purge.h"
-#include "tools/support/Recordings.h"
 #include "tools/support/SessionExport.h"
 #include "tools/support/SessionListOutput.h"
 #include "tools/support/StatisticsOutput.h"
@@ -63,7 +63,7 @@ struct Reading {
   }
 
   std::optional<ProgressBar> bar{"reading"};
-  Recordings recordings;
+  records::Recordings recordings;
 };
 
 /// Prints the result of `read`.
@@ -80,32 +80,32 @@ int show(const Arguments& arguments, const Read& read) {
   return 0;
 }
 
-int showSessions(const Arguments& arguments) { return show(arguments, listSessions); }
+int showSessions(const Arguments& arguments) { return show(arguments, records::listSessions); }
 
 int showStatistics(const Arguments& arguments) { return show(arguments, gatherStatistics); }
 
 int showSession(const Arguments& arguments) {
   const TimelineFilter filter{arguments.category, readSince(arguments.since)};
-  return show(arguments, [&](Recordings& recordings) {
-    return timelineOf(findSession(recordings, arguments.session), filter);
+  return show(arguments, [&](records::Recordings& recordings) {
+    return timelineOf(records::findSession(recordings, arguments.session), filter);
   });
 }
 
 int exportOne(const Arguments& arguments) {
   const auto target = utilities::pathFromUtf8(arguments.to);
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.session);
+  const auto session = records::findSession(reading.recordings, arguments.session);
   const auto rows = exportSession(session, target);
   reading.end();
   std::cout << "exported " << rows << " rows of session " << printable(session.id) << " to "
-            << utilities::utf8FromPath(target / supportDatabaseName) << '\n';
+            << utilities::utf8FromPath(target / records::supportDatabaseName) << '\n';
   return 0;
 }
 
 int report(const Arguments& arguments) {
   const auto file = utilities::pathFromUtf8(arguments.output);
   Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.session);
+  const auto session = records::findSession(reading.recordings, arguments.session);
   const auto events = eventsOf(session);
   reading.end();
   writeNewFile(file, htmlReport(session, events));

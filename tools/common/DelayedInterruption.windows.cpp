@@ -1,4 +1,4 @@
-#include "tools/support/DelayedInterruption.h"
+#include "tools/common/DelayedInterruption.h"
 
 #include <atomic>
 #include <mutex>
@@ -7,7 +7,7 @@
 
 #include "host/QelUtilities/Exception.h"
 
-namespace qel::support {
+namespace qel::tools {
 namespace {
 
 struct Requests {
@@ -47,4 +47,4 @@ void DelayedInterruption::check() {
   }
 }
 
-}  // namespace qel::support
+}  // namespace qel::tools

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/support/Recordings.h"
+#include "tools/records/Recordings.h"
 
-namespace qel::support {
+namespace qel::records {
 
 /// One run of the host program, as recorded in a database.
 struct Session {
@@ -20,19 +20,14 @@ struct Session {
   std::int64_t environments = 0;
   std::int64_t crashes = 0;
   End end = End::Unknown;
-  ReadOnlyDatabase* database = nullptr;  ///< its rows are read from this database
+  RecordFile* source = nullptr;  ///< its records are read from this file
 
   std::int64_t lengthInMs() const;
 };
 
 const char* nameOf(Session::End end);
 
-/// Calls `take` with the ID and the text of each of the session's records in the table. `take` must
-/// return false if the text is not what a client stores.
-void forEachRecord(const Session& session, const char* table,
-                   const ReadOnlyDatabase::RowReader& take);
-
-/// All sessions, ordered by the times of their first records. A session is read from the database
+/// All sessions, ordered by the times of their first records. A session is read from the file
 /// that has more of its records, or from the support database if both have the same number. The
 /// sending database lacks records that have been sent. The support database lacks records for which
 /// the user denied permission. Either may be damaged.
@@ -42,4 +37,4 @@ std::vector<Session> listSessions(Recordings& recordings);
 /// Throws `tools::InputError` if there is no such session.
 Session findSession(Recordings& recordings, const std::string& idOrLast);
 
-}  // namespace qel::support
+}  // namespace qel::records

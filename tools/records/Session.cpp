@@ -1,8 +1,7 @@
-#include "tools/support/SessionList.h"
+#include "tools/records/Session.h"
 
 #include <algorithm>
 #include <optional>
-#include <string_view>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -10,63 +9,45 @@
 #include "host/QelId/Guid.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/InputError.h"
-#include "tools/common/RowReader.h"
-#include "tools/support/Moment.h"
+#include "tools/records/Moment.h"
 
-namespace qel::support {
+namespace qel::records {
 namespace {
 
-using log::analytics::format::sessionMark;
 using SessionsById = std::unordered_map<std::string, Session>;
 
-struct Record {
-  std::string session, time, category, subcategory;
-};
-
-/// Reads a row; `std::nullopt` if its session ID is missing or not in the form that clients search
-/// for.
-std::optional<Record> recordOf(std::string_view text) {
-  auto [verdict, columns] = tools::readRow(text);
-  auto& [session, installation, time, category, subcategory, event] = columns;
-  if (verdict != tools::RowVerdict::Sound || !session ||
-      text.find(sessionMark(*session)) == std::string_view::npos) {
-    return std::nullopt;
-  }
-  return Record{*session, time.value_or(""), category.value_or(""), subcategory.value_or("")};
-}
-
-void addEvent(Session& session, const Record& record) {
-  ++session.events;
-  if (record.category != "Application") {
+void addEvent(Session& session, const Row& row) {
+  session.events += row.count;
+  if (row.category != "Application") {
     return;
   }
-  if (record.subcategory == "Crashed") {
-    ++session.crashes;
+  if (row.subcategory == "Crashed") {
+    session.crashes += row.count;
     session.end = Session::End::Crashed;
-  } else if (record.subcategory == "Stopped" && session.crashes == 0) {
+  } else if (row.subcategory == "Stopped" && session.crashes == 0) {
     session.end = Session::End::Stopped;
   }
 }
 
-SessionsById sessionsIn(ReadOnlyDatabase& database) {
+SessionsById sessionsIn(RecordFile& file) {
   SessionsById sessions;
-  const auto read = [&](const char* table, const auto& add) {
-    database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
-      const auto record = recordOf(text);
-      if (!record) {
+  const auto read = [&](Table table, const auto& add) {
+    file.forEachRow(table, [&](const Row& row) {
+      if (row.session.empty()) {
         return false;
       }
-      Session& session = sessions[record->session];
-      widen(session.first, session.last, record->time);
-      add(session, *record);
+      Session& session = sessions[std::string(row.session)];
+      widen(session.first, session.last, row.time);
+      add(session, row);
       return true;
     });
   };
-  read(environmentsTable, [](Session& session, const Record&) { ++session.environments; });
-  read(itemsTable, addEvent);
+  read(Table::Environments,
+       [](Session& session, const Row& row) { session.environments += row.count; });
+  read(Table::Events, addEvent);
   for (auto& [id, session] : sessions) {
     session.id = id;
-    session.database = &database;
+    session.source = &file;
   }
   return sessions;
 }
@@ -102,22 +83,10 @@ const char* nameOf(Session::End end) {
   return "unknown";
 }
 
-void forEachRecord(const Session& session, const char* table,
-                   const ReadOnlyDatabase::RowReader& take) {
-  const auto mark = sessionMark(session.id);
-  session.database->forEachRow(table, [&](std::int64_t id, std::string_view text) {
-    if (text.find(mark) == std::string_view::npos) {
-      return true;
-    }
-    const auto record = recordOf(text);
-    return record && (record->session != session.id || take(id, text));
-  });
-}
-
 std::vector<Session> listSessions(Recordings& recordings) {
   SessionsById all;
-  for (auto* const database : recordings.databases()) {
-    for (auto& [id, session] : sessionsIn(*database)) {
+  for (const auto& file : recordings.files) {
+    for (auto& [id, session] : sessionsIn(*file)) {
       Session& known = all[id];
       if (records(session) > records(known)) {
         known = std::move(session);
@@ -146,7 +115,7 @@ Session findSession(Recordings& recordings, const std::string& idOrLast) {
     return last || normalized(session.id) == id;
   });
   if (found == sessions.rend()) {
-    const auto place = utilities::utf8FromPath(recordings.directory);
+    const auto place = utilities::utf8FromPath(recordings.place);
     throw tools::InputError(last ? "there are no sessions in " + place
                                  : "there is no session " + *id + " in " + place +
                                        " (the command sessions lists those there are)");
@@ -154,4 +123,4 @@ Session findSession(Recordings& recordings, const std::string& idOrLast) {
   return *found;
 }
 
-}  // namespace qel::support
+}  // namespace qel::records

@@ -12,7 +12,7 @@
 
 struct sqlite3;
 
-namespace qel::support {
+namespace qel::records {
 
 class PrivateCopy;
 
@@ -79,4 +79,4 @@ class ReadOnlyDatabase {
   std::map<std::string, Flaws> flaws_;  ///< by table, the maximum over all readings
 };
 
-}  // namespace qel::support
+}  // namespace qel::records

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-namespace qel::support {
+namespace qel::tools {
 
 /// While an object exists, requests to end the program wait: SIGINT, SIGTERM and SIGHUP, and on
 /// Windows Ctrl-C, Ctrl-Break and the closing of the console. So these requests do not leave
@@ -24,4 +24,4 @@ class DelayedInterruption {
   const std::unique_ptr<State> state_;
 };
 
-}  // namespace qel::support
+}  // namespace qel::tools

@@ -5,15 +5,16 @@
 #include <utility>
 #include <vector>
 
-#include "tools/support/SessionList.h"
+#include "tools/records/Session.h"
 
-namespace qel::support {
+namespace qel::records {
 
 /// The category under which environment records are shown.
 inline constexpr std::string_view environmentCategory = "Environment";
 
 /// One record of a session.
 struct Event {
+  std::string installation;
   std::string time;
   std::string category;
   std::string subcategory;
@@ -34,4 +35,4 @@ std::string detailsOf(const Event& event);
 /// separate table, are inserted by time.
 std::vector<Event> eventsOf(const Session& session);
 
-}  // namespace qel::support
+}  // namespace qel::records

@@ -1,11 +1,11 @@
-#include "tools/support/DelayedInterruption.h"
+#include "tools/common/DelayedInterruption.h"
 
 #include <array>
 #include <csignal>
 
 #include "host/QelUtilities/Exception.h"
 
-namespace qel::support {
+namespace qel::tools {
 namespace {
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
@@ -47,4 +47,4 @@ void DelayedInterruption::check() {
   }
 }
 
-}  // namespace qel::support
+}  // namespace qel::tools

@@ -1,4 +1,4 @@
-#include "tools/support/ReadOnlyDatabase.h"
+#include "tools/records/ReadOnlyDatabase.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +11,9 @@
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/PrivateCopy.h"
+#include "tools/records/PrivateCopy.h"
 
-namespace qel::support {
+namespace qel::records {
 namespace {
 
 constexpr int busyTimeoutInMs = 5000;
@@ -108,7 +107,7 @@ void ReadOnlyDatabase::openCopy() {
   std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> transfer(
       sqlite3_backup_init(database_.get(), "main", finished.get(), "main"), sqlite3_backup_finish);
   while (sqlite3_backup_step(transfer.get(), pagesBetweenChecks) == SQLITE_OK) {
-    DelayedInterruption::check();
+    tools::DelayedInterruption::check();
   }
   const int code = sqlite3_backup_finish(transfer.release());
   if (code != SQLITE_OK && whyUnreadable_.empty()) {
@@ -196,7 +195,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const std::strin
     if (stepsLeft % rowsBetweenReports != 0) {
       return;
     }
-    DelayedInterruption::check();
+    tools::DelayedInterruption::check();
     if (progress_) {
       progress_(static_cast<double>(position) / static_cast<double>(highest));
     }
@@ -271,9 +270,13 @@ std::vector<std::string> ReadOnlyDatabase::remarks() const {
   return lines;
 }
 
-/// SQLite's message, sanitized for printing, because it can quote text from an untrusted schema.
+/// SQLite's message. It can quote text from an untrusted schema, so it is reduced to printable
+/// ASCII.
 std::string ReadOnlyDatabase::lastError() const {
-  return printable(sqlite3_errmsg(database_.get()));
+  std::string message = sqlite3_errmsg(database_.get());
+  std::replace_if(
+      message.begin(), message.end(), [](char byte) { return byte < ' ' || byte > '~'; }, '?');
+  return message;
 }
 
 void ReadOnlyDatabase::fail(int code) const {
@@ -288,4 +291,4 @@ void ReadOnlyDatabase::fail(int code) const {
                         : ": " + utilities::systemMessage({systemError, std::system_category()})));
 }
 
-}  // namespace qel::support
+}  // namespace qel::records
