@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 
 namespace qel::tools {
@@ -18,6 +19,10 @@ class DelayedInterruption {
   /// Throws `qel::exception` if a request waits. Long work should call it, because Windows
   /// terminates a program five seconds after its console was closed.
   static void check();
+
+  /// Waits for a request. Returns whether there is one, which then does not end the program: the
+  /// caller must return soon.
+  static bool comesWithin(std::chrono::milliseconds time);
 
  private:
   struct State;

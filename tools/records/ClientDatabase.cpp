@@ -35,16 +35,25 @@ bool readRow(std::int64_t id, std::string_view text, const RecordFile::RowReader
   return reader(row);
 }
 
-}  // namespace
-
-const char* ClientDatabase::nameOf(Table table) const {
-  return table == Table::Events ? format::itemsTable : format::environmentsTable;
+ReadOnlyDatabase::Query queryOf(Table table) {
+  return {table == Table::Events ? format::itemsTable : format::environmentsTable, "ID, json",
+          "ID"};
 }
 
-void ClientDatabase::forEachRow(Table table, const RowReader& reader) {
-  database().forEachRow(nameOf(table), [&](std::int64_t id, std::string_view text) {
-    return readRow(id, text, reader);
-  });
+}  // namespace
+
+bool ClientDatabase::isDatabase(const ReadOnlyDatabase& database) {
+  const auto tables = database.numbers(
+      std::string("SELECT rowid FROM sqlite_schema WHERE type = 'table' AND name IN"
+                  " ('") +
+      format::itemsTable + "', '" + format::environmentsTable + "')");
+  return tables && !tables->empty();
+}
+
+void ClientDatabase::forEachRowAfter(std::int64_t position, Table table, const RowReader& reader) {
+  database().forEachRow(
+      queryOf(table),
+      [&](const Statement& row) { return readRow(row.number(0), row.text(1), reader); }, position);
 }
 
 void ClientDatabase::forEachRecord(const std::string& session, Table table,
@@ -53,8 +62,10 @@ void ClientDatabase::forEachRecord(const std::string& session, Table table,
   const auto readIfOfSession = [&](const Row& row) {
     return !row.session.empty() && (row.session != session || reader(row));
   };
-  database().forEachRow(nameOf(table), [&](std::int64_t id, std::string_view text) {
-    return text.find(mark) == std::string_view::npos || readRow(id, text, readIfOfSession);
+  database().forEachRow(queryOf(table), [&](const Statement& row) {
+    const auto text = row.text(1);
+    return text.find(mark) == std::string_view::npos ||
+           readRow(row.number(0), text, readIfOfSession);
   });
 }
 

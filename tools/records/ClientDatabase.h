@@ -9,8 +9,10 @@ class ClientDatabase : public RecordFile {
  public:
   using RecordFile::RecordFile;
 
-  const char* nameOf(Table table) const override;
-  void forEachRow(Table table, const RowReader& reader) override;
+  /// Whether the database has a table of a client.
+  static bool isDatabase(const ReadOnlyDatabase& database);
+
+  void forEachRowAfter(std::int64_t position, Table table, const RowReader& reader) override;
   void forEachRecord(const std::string& session, Table table, const RowReader& reader) override;
 };
 

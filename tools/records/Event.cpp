@@ -63,18 +63,6 @@ std::optional<Event> parse(Table table, std::string_view text) {
   return event;
 }
 
-std::vector<Event> rowsOf(const Session& session, Table table) {
-  std::vector<Event> events;
-  session.source->forEachRecord(session.id, table, [&](const Row& row) {
-    const auto event = parse(table, row.text);
-    if (event) {
-      events.insert(events.end(), static_cast<std::size_t>(row.count), *event);
-    }
-    return event.has_value();
-  });
-  return events;
-}
-
 }  // namespace
 
 std::string_view Event::detail(std::string_view key) const {
@@ -96,20 +84,47 @@ std::string detailsOf(const Event& event) {
   return text;
 }
 
-std::vector<Event> eventsOf(const Session& session) {
-  auto environments = rowsOf(session, Table::Environments);
+std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
+  std::vector<Event> events;
+  auto& position = positions_[table];
+  const auto add = [&](const Row& row) {
+    position = std::max(position, row.id);
+    if (row.session != session_) {
+      return true;
+    }
+    const auto event = parse(table, row.text);
+    if (event) {
+      events.insert(events.end(), static_cast<std::size_t>(row.count), *event);
+    }
+    return event.has_value();
+  };
+  if (isFirst_) {
+    file.forEachRecord(session_, table, add);
+  } else {
+    file.forEachRowAfter(position, table, add);
+  }
+  return events;
+}
+
+std::vector<Event> EventReader::next(RecordFile& file) {
+  auto environments = rowsOf(file, Table::Environments);
   std::stable_sort(environments.begin(), environments.end(),
                    [](const Event& left, const Event& right) { return left.time < right.time; });
   std::vector<Event> events;
   auto environment = environments.begin();
-  for (auto& event : rowsOf(session, Table::Events)) {
+  for (auto& event : rowsOf(file, Table::Events)) {
     for (; environment != environments.end() && environment->time < event.time; ++environment) {
       events.push_back(std::move(*environment));
     }
     events.push_back(std::move(event));
   }
   std::move(environment, environments.end(), std::back_inserter(events));
+  isFirst_ = false;
   return events;
+}
+
+std::vector<Event> eventsOf(const Session& session) {
+  return EventReader(session.id).next(*session.source);
 }
 
 }  // namespace qel::records

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,8 +33,25 @@ std::string titleOf(const Event& event);
 /// The details as "key = value; key = value".
 std::string detailsOf(const Event& event);
 
-/// The session's records in the order in which they were written. Environment records, which have a
-/// separate table, are inserted by time.
+/// Reads a session's records, and later those that were added.
+class EventReader {
+ public:
+  explicit EventReader(std::string session) : session_(std::move(session)) {}
+
+  /// The session's records that no earlier call has returned, in the order in which they were
+  /// written. Environment records, which have a separate table, are inserted by time. Each call may
+  /// use another object for the same file.
+  std::vector<Event> next(RecordFile& file);
+
+ private:
+  std::vector<Event> rowsOf(RecordFile& file, Table table);
+
+  const std::string session_;
+  bool isFirst_ = true;
+  std::map<Table, std::int64_t> positions_;  ///< the IDs of the last rows that were read
+};
+
+/// All records of the session.
 std::vector<Event> eventsOf(const Session& session);
 
 }  // namespace qel::records

@@ -1,7 +1,9 @@
 #include "tools/records/Moment.h"
 
+#include <array>
 #include <cctype>
 #include <chrono>
+#include <cstdio>
 
 namespace qel::records {
 namespace {
@@ -49,6 +51,21 @@ std::optional<std::int64_t> millisecondsOf(std::string_view text) {
   const auto seconds = (digits(text, 11, 2) * 60 + digits(text, 14, 2)) * 60 + digits(text, 17, 2);
   return duration_cast<milliseconds>(sys_days(date).time_since_epoch()).count() + seconds * 1000 +
          digits(text, 20, 3);
+}
+
+std::string textOfTime(std::int64_t time) {
+  using namespace std::chrono;
+  const auto day = floor<days>(milliseconds(time));
+  const year_month_day date{sys_days(day)};
+  const hh_mm_ss clock(milliseconds(time) - day);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()),
+                static_cast<int>(clock.subseconds().count()));
+  return text.data();
 }
 
 void widen(std::string& first, std::string& last, std::string_view time) {

@@ -4,56 +4,60 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-struct sqlite3;
+#include "tools/records/ReadOnlyConnection.h"
+#include "tools/records/Statement.h"
 
 namespace qel::records {
 
-class PrivateCopy;
-
-/// Reads one of the client's two database files. The file may be damaged, come from an untrusted
-/// source, or be in use by a running client. Never writes to the file or its directory. Not
-/// thread-safe.
+/// Reads the rows of a SQLite file row by row, and remembers what could not be read. Never writes
+/// to the file or its directory. Not thread-safe.
 class ReadOnlyDatabase {
  public:
-  /// Accepts a row's ID and text. Must return false if the text is not what a client stores. Must
-  /// be fast, because a running client cannot write until all rows are read.
-  using RowReader = std::function<bool(std::int64_t, std::string_view)>;
+  /// Accepts a row, whose first column is its ID and whose second column is its text. Must return
+  /// false if the text is not what a client stores. Must be fast, because a running client cannot
+  /// write until all rows are read.
+  using RowReader = std::function<bool(const Statement&)>;
   /// Accepts the completed fraction of a reading, from 0 to 1.
   using Progress = std::function<void(double)>;
 
-  /// Throws `qel::exception` with the file and the reason if another program keeps the file locked
-  /// or if it cannot be opened. A file that is not a database can be opened, but has no rows.
-  explicit ReadOnlyDatabase(std::filesystem::path file, Progress progress = {});
-  ~ReadOnlyDatabase();
+  /// What is read from a table.
+  struct Query {
+    std::string table;
+    std::string columns;  ///< the first one is the ID
+    std::string id;
+  };
 
-  const std::filesystem::path& file() const { return file_; }
+  /// Throws under the same conditions as `ReadOnlyConnection`.
+  explicit ReadOnlyDatabase(std::filesystem::path file, Progress progress = {})
+      : connection_(std::move(file)), progress_(std::move(progress)) {}
 
-  /// The reason why no table of the file can be read; empty if its schema can be read.
-  const std::string& whyUnreadable() const { return whyUnreadable_; }
+  const ReadOnlyConnection& connection() const { return connection_; }
 
-  /// Reads the rows of the table in ascending order of their IDs. Skips rows that are unreadable
-  /// because of damage. Throws under the same conditions as the constructor.
-  void forEachRow(const std::string& table, const RowReader& reader);
+  /// Reads the rows with an ID above `position`, in ascending order of their IDs. Skips rows that
+  /// are unreadable because of damage. Throws `qel::exception` if another program keeps the file
+  /// locked.
+  void forEachRow(const Query& query, const RowReader& reader, std::int64_t position = 0);
+
+  /// Reads the rows with these IDs in the same way.
+  void forEachRow(const Query& query, const std::vector<std::int64_t>& ids,
+                  const RowReader& reader);
+
+  /// The first column of the rows that the statement finds; `std::nullopt` if they cannot be read.
+  std::optional<std::vector<std::int64_t>> numbers(const std::string& statement) const;
 
   /// Whether every row of the tables read so far was readable. The content of the rows does not
   /// matter.
   bool isReadWholly() const;
 
-  /// Warnings for the user, one per string: what could not be read so far, and whether a copy was
+  /// Warnings for the user, one per string: what could not be read so far, and how the file was
   /// read.
   std::vector<std::string> remarks() const;
 
  private:
-  class Statement;
-  struct Close {
-    void operator()(sqlite3* database) const;
-  };
   struct Flaws {
     std::int64_t unreadable = 0;
     bool counted = true;  ///< whether `unreadable` counts rows; otherwise it counts attempts
@@ -61,21 +65,14 @@ class ReadOnlyDatabase {
     std::string reason;  ///< why the whole table cannot be read
   };
 
-  void open(const std::string& name, int mode);
-  void openCopy();
-  bool readSchema();
-  std::optional<std::int64_t> highestId(const std::string& table) const;
-  static std::int64_t readRow(Statement& row, const RowReader& reader, Flaws& flaws);
-  Flaws read(Statement& rows, const std::string& table, const RowReader& reader) const;
-  std::string lastError() const;
-  [[noreturn]] void fail(int code) const;
+  std::optional<std::int64_t> highestId(const Query& query) const;
+  static std::int64_t readRow(const Statement& row, const RowReader& reader, Flaws& flaws);
+  Flaws read(Statement& rows, const Query& query, const RowReader& reader,
+             std::int64_t position) const;
+  void remember(const std::string& table, const Flaws& found);
 
-  const std::filesystem::path file_;
+  const ReadOnlyConnection connection_;
   const Progress progress_;
-  std::unique_ptr<PrivateCopy> copy_;  ///< deleted after `database_` is closed
-  std::unique_ptr<sqlite3, Close> database_;
-  std::string whyUnreadable_;
-  bool readsCopy_ = false;
   std::map<std::string, Flaws> flaws_;  ///< by table, the maximum over all readings
 };
 

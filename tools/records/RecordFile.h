@@ -1,13 +1,16 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/records/ReadOnlyDatabase.h"
+#include "tools/records/SessionChoice.h"
 
 namespace qel::records {
 
@@ -36,39 +39,47 @@ class RecordFile {
   /// client cannot write until all rows are read.
   using RowReader = std::function<bool(const Row&)>;
 
-  explicit RecordFile(std::filesystem::path path, ReadOnlyDatabase::Progress progress = {})
-      : database_(std::move(path), std::move(progress)) {}
+  explicit RecordFile(std::unique_ptr<ReadOnlyDatabase> database)
+      : database_(std::move(database)) {}
   virtual ~RecordFile() = default;
 
   RecordFile(const RecordFile&) = delete;
   RecordFile& operator=(const RecordFile&) = delete;
 
-  const std::filesystem::path& path() const { return database_.file(); }
+  const std::filesystem::path& path() const { return database_->connection().file(); }
 
   /// The reason why no table of the file can be read; empty if its schema can be read.
-  const std::string& whyUnreadable() const { return database_.whyUnreadable(); }
+  const std::string& whyUnreadable() const { return database_->connection().whyUnreadable(); }
 
   /// Whether every row of the tables read so far was readable.
-  bool isReadWholly() const { return database_.isReadWholly(); }
+  bool isReadWholly() const { return database_->isReadWholly(); }
 
   /// Warnings for the user, one per string: what could not be read so far.
-  std::vector<std::string> remarks() const { return database_.remarks(); }
+  std::vector<std::string> remarks() const { return database_->remarks(); }
 
-  /// The name of the table in the file.
-  virtual const char* nameOf(Table table) const = 0;
-
-  /// Reads all rows in the order in which they were stored. Skips rows that cannot be read because
-  /// of damage. Throws `qel::exception` if another program keeps the file locked.
-  virtual void forEachRow(Table table, const RowReader& reader) = 0;
+  /// Reads the rows with an ID above `position`, in the order in which they were stored. Skips rows
+  /// that cannot be read because of damage. Throws `qel::exception` if another program keeps the
+  /// file locked.
+  virtual void forEachRowAfter(std::int64_t position, Table table, const RowReader& reader) = 0;
+  void forEachRow(Table table, const RowReader& reader) { forEachRowAfter(0, table, reader); }
 
   /// Reads the session's records in the same way.
   virtual void forEachRecord(const std::string& session, Table table, const RowReader& reader) = 0;
 
+  /// Finds sessions without reading the whole file. The result contains each session of the choice,
+  /// and may contain others; it is empty if the file must be read whole.
+  virtual std::optional<std::vector<std::string>> find(const SessionChoice& /*choice*/) {
+    return std::nullopt;
+  }
+
+  /// The number of texts that a collector refused; empty for a client's database.
+  virtual std::optional<std::int64_t> refused() { return std::nullopt; }
+
  protected:
-  ReadOnlyDatabase& database() { return database_; }
+  ReadOnlyDatabase& database() { return *database_; }
 
  private:
-  ReadOnlyDatabase database_;
+  const std::unique_ptr<ReadOnlyDatabase> database_;
 };
 
 }  // namespace qel::records

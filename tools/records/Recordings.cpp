@@ -9,6 +9,7 @@
 #include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
 #include "tools/records/ClientDatabase.h"
+#include "tools/records/CollectorStore.h"
 
 namespace qel::records {
 namespace {
@@ -39,12 +40,28 @@ std::vector<std::filesystem::path> filesIn(const std::filesystem::path& place) {
   return files;
 }
 
+std::unique_ptr<RecordFile> open(const std::filesystem::path& path,
+                                 const std::filesystem::path& place,
+                                 const ReadOnlyDatabase::Progress& progress) {
+  auto database = std::make_unique<ReadOnlyDatabase>(path, progress);
+  if (CollectorStore::isStore(*database)) {
+    return std::make_unique<CollectorStore>(std::move(database));
+  }
+  const bool isGivenFile = path == place;
+  if (isGivenFile && database->connection().whyUnreadable().empty() &&
+      !ClientDatabase::isDatabase(*database)) {
+    throw tools::InputError(utilities::utf8FromPath(path) +
+                            " is neither a client's database nor a collector's store");
+  }
+  return std::make_unique<ClientDatabase>(std::move(database));
+}
+
 }  // namespace
 
 Recordings::Recordings(std::filesystem::path where, const ReadOnlyDatabase::Progress& progress)
     : place(std::move(where)) {
   for (const auto& path : filesIn(place)) {
-    files.push_back(std::make_unique<ClientDatabase>(path, progress));
+    files.push_back(open(path, place, progress));
     if (path.filename() == sendingDatabaseName) {
       sending = files.back().get();
     }

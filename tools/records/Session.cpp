@@ -6,9 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "host/QelId/Guid.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/InputError.h"
 #include "tools/records/Moment.h"
 
 namespace qel::records {
@@ -29,22 +27,34 @@ void addEvent(Session& session, const Row& row) {
   }
 }
 
-SessionsById sessionsIn(RecordFile& file) {
+bool addRow(SessionsById& sessions, Table table, const Row& row) {
+  if (row.session.empty()) {
+    return false;
+  }
+  Session& session = sessions[std::string(row.session)];
+  widen(session.first, session.last, row.time);
+  if (table == Table::Events) {
+    addEvent(session, row);
+  } else {
+    session.environments += row.count;
+  }
+  return true;
+}
+
+/// The sessions of the choice and possibly others, or all sessions if there is no choice.
+SessionsById sessionsIn(RecordFile& file, const SessionChoice* choice) {
   SessionsById sessions;
-  const auto read = [&](Table table, const auto& add) {
-    file.forEachRow(table, [&](const Row& row) {
-      if (row.session.empty()) {
-        return false;
-      }
-      Session& session = sessions[std::string(row.session)];
-      widen(session.first, session.last, row.time);
-      add(session, row);
-      return true;
-    });
-  };
-  read(Table::Environments,
-       [](Session& session, const Row& row) { session.environments += row.count; });
-  read(Table::Events, addEvent);
+  const auto ids = choice == nullptr ? std::nullopt : file.find(*choice);
+  for (const auto table : {Table::Environments, Table::Events}) {
+    const auto add = [&](const Row& row) { return addRow(sessions, table, row); };
+    if (!ids) {
+      file.forEachRow(table, add);
+      continue;
+    }
+    for (const auto& id : *ids) {
+      file.forEachRecord(id, table, add);
+    }
+  }
   for (auto& [id, session] : sessions) {
     session.id = id;
     session.source = &file;
@@ -52,16 +62,28 @@ SessionsById sessionsIn(RecordFile& file) {
   return sessions;
 }
 
-/// The ID in the form that clients write; `std::nullopt` if it is not a GUID.
-std::optional<std::string> normalized(const std::string& id) {
-  try {
-    return qel::Guid::parse(id).toString(false);
-  } catch (const qel::exception&) {
-    return std::nullopt;
-  }
-}
-
 std::int64_t records(const Session& session) { return session.events + session.environments; }
+
+std::vector<Session> sessionsIn(Recordings& recordings, const SessionChoice* choice) {
+  SessionsById all;
+  for (const auto& file : recordings.files) {
+    for (auto& [id, session] : sessionsIn(*file, choice)) {
+      Session& known = all[id];
+      if (records(session) > records(known)) {
+        known = std::move(session);
+      }
+    }
+  }
+  std::vector<Session> sessions;
+  sessions.reserve(all.size());
+  for (auto& [id, session] : all) {
+    sessions.push_back(std::move(session));
+  }
+  std::sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {
+    return std::tie(left.first, left.id) < std::tie(right.first, right.id);
+  });
+  return sessions;
+}
 
 }  // namespace
 
@@ -84,43 +106,31 @@ const char* nameOf(Session::End end) {
 }
 
 std::vector<Session> listSessions(Recordings& recordings) {
-  SessionsById all;
-  for (const auto& file : recordings.files) {
-    for (auto& [id, session] : sessionsIn(*file)) {
-      Session& known = all[id];
-      if (records(session) > records(known)) {
-        known = std::move(session);
-      }
-    }
-  }
-  std::vector<Session> sessions;
-  sessions.reserve(all.size());
-  for (auto& [id, session] : all) {
-    sessions.push_back(std::move(session));
-  }
-  std::sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {
-    return std::tie(left.first, left.id) < std::tie(right.first, right.id);
-  });
-  return sessions;
+  return sessionsIn(recordings, nullptr);
 }
 
-Session findSession(Recordings& recordings, const std::string& idOrLast) {
-  const bool last = idOrLast == "last";
-  const auto id = normalized(idOrLast);
-  if (!last && !id) {
-    throw tools::InputError("--session: " + idOrLast + R"( is neither a session's ID nor "last")");
+Session findSession(Recordings& recordings, const SessionChoice& choice) {
+  auto sessions = sessionsIn(recordings, &choice);
+  if (!choice.isLast()) {
+    std::erase_if(sessions, [&](const Session& session) { return !choice.begins(session.id); });
+    const auto exact = std::find_if(sessions.begin(), sessions.end(), [&](const Session& session) {
+      return choice.isExactly(session.id);
+    });
+    if (exact != sessions.end()) {
+      return *exact;
+    }
+    if (sessions.size() > 1) {
+      throw AmbiguousSession(choice.text(), std::move(sessions));
+    }
   }
-  const auto sessions = listSessions(recordings);
-  const auto found = std::find_if(sessions.rbegin(), sessions.rend(), [&](const Session& session) {
-    return last || normalized(session.id) == id;
-  });
-  if (found == sessions.rend()) {
+  if (sessions.empty()) {
     const auto place = utilities::utf8FromPath(recordings.place);
-    throw tools::InputError(last ? "there are no sessions in " + place
-                                 : "there is no session " + *id + " in " + place +
-                                       " (the command sessions lists those there are)");
+    throw tools::InputError(choice.isLast()
+                                ? "there are no sessions in " + place
+                                : "there is no session " + choice.text() + " in " + place +
+                                      " (the command sessions lists those there are)");
   }
-  return *found;
+  return sessions.back();
 }
 
 }  // namespace qel::records

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "tools/common/InputError.h"
 #include "tools/records/Recordings.h"
 
 namespace qel::records {
@@ -33,8 +35,22 @@ const char* nameOf(Session::End end);
 /// the user denied permission. Either may be damaged.
 std::vector<Session> listSessions(Recordings& recordings);
 
-/// The session with this ID (a GUID in any form), or the last session of the list for "last".
-/// Throws `tools::InputError` if there is no such session.
-Session findSession(Recordings& recordings, const std::string& idOrLast);
+/// The beginning of an ID fits several sessions.
+class AmbiguousSession : public tools::InputError {
+ public:
+  AmbiguousSession(const std::string& beginning, std::vector<Session> sessions)
+      : InputError("--session: " + std::to_string(sessions.size()) + " sessions begin with " +
+                   beginning + ": give more characters"),
+        sessions_(std::move(sessions)) {}
+
+  const std::vector<Session>& sessions() const { return sessions_; }
+
+ private:
+  std::vector<Session> sessions_;
+};
+
+/// The session of the choice. Reads no more of a collector's store than it needs. Throws
+/// `tools::InputError` if there is no such session, and `AmbiguousSession` if there are several.
+Session findSession(Recordings& recordings, const SessionChoice& choice);
 
 }  // namespace qel::records

@@ -92,7 +92,7 @@ void refuseToOverwrite(const std::filesystem::path& directory) {
 
 std::int64_t countRows(const std::filesystem::path& file) {
   std::int64_t rows = 0;
-  records::ClientDatabase database(file);
+  records::ClientDatabase database(std::make_unique<records::ReadOnlyDatabase>(file));
   for (const auto table : {records::Table::Environments, records::Table::Events}) {
     database.forEachRow(table, [&](const records::Row& /*row*/) {
       ++rows;

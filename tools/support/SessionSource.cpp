@@ -1,6 +1,6 @@
 #include "tools/support/SessionSource.h"
 
-#include <limits>
+#include <cstdint>
 
 namespace qel::support {
 
@@ -15,12 +15,12 @@ std::map<SessionSource::Table, SessionSource::RowMap> SessionSource::getAllFromS
 SessionSource::RowMap SessionSource::rowsOf(Table table) const {
   RowMap rows;
   const auto source = table == Items ? records::Table::Events : records::Table::Environments;
+  int number = 0;  // A store has one row for equal texts, so that its IDs are not enough.
   session_.source->forEachRecord(session_.id, source, [&](const records::Row& row) {
-    const bool fits = row.id <= std::numeric_limits<int>::max();
-    if (fits) {
-      rows.emplace_hint(rows.end(), static_cast<int>(row.id), row.text);
+    for (std::int64_t copy = 0; copy < row.count; ++copy) {
+      rows.emplace_hint(rows.end(), ++number, row.text);
     }
-    return fits;
+    return true;
   });
   return rows;
 }

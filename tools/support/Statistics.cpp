@@ -28,6 +28,10 @@ std::string messageOf(std::string_view text) {
 }
 
 std::vector<std::filesystem::path> filesSetAside(const std::filesystem::path& directory) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(directory, error)) {
+    return {};
+  }
   auto files = log::analytics::recordedFiles(directory);
   std::erase_if(files, [](const std::filesystem::path& file) {
     return utilities::utf8FromPath(file.filename()).find(db::sql::setAsideMark) ==
@@ -46,6 +50,7 @@ class Counter {
     std::error_code ignored;
     file.name = utilities::utf8FromPath(source.path().filename());
     file.bytes = std::filesystem::file_size(source.path(), ignored);
+    file.refused = source.refused();
     for (const auto table : {Table::Environments, Table::Events}) {
       auto& rows = table == Table::Events ? file.events : file.environments;
       std::size_t package = packageSizeLimit;  // bytes in the current package

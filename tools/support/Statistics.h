@@ -16,8 +16,9 @@ namespace qel::support {
 struct FileStatistics {
   std::string name;
   std::uintmax_t bytes = 0;
-  std::int64_t environments = 0;  ///< rows
-  std::int64_t events = 0;        ///< rows
+  std::int64_t environments = 0;        ///< rows
+  std::int64_t events = 0;              ///< rows
+  std::optional<std::int64_t> refused;  ///< texts that a collector refused
   std::map<std::string, std::int64_t> eventsByCategory;
   std::string oldest;
   std::string newest;
