@@ -1,18 +1,15 @@
 #include "tools/records/SessionChoice.h"
 
-#include <algorithm>
-
-#include "host/QelId/Guid.h"
 #include "tools/common/InputError.h"
 
 namespace qel::records {
 namespace {
 
-/// Without braces, and with ASCII letters in upper case.
+/// Without braces and hyphens, and with ASCII letters in upper case.
 std::string normalized(std::string_view id) {
   std::string result;
   for (const char letter : id) {
-    if (letter != '{' && letter != '}') {
+    if (letter != '{' && letter != '}' && letter != '-') {
       const bool isLower = letter >= 'a' && letter <= 'z';
       result += static_cast<char>(isLower ? letter - 'a' + 'A' : letter);
     }
@@ -20,21 +17,12 @@ std::string normalized(std::string_view id) {
   return result;
 }
 
-/// A whole GUID may have other forms than the one that clients write.
-std::string beginningOf(const std::string& text) {
-  try {
-    return normalized(qel::Guid::parse(text).toString(false));
-  } catch (const qel::exception&) {
-    return normalized(text);
-  }
-}
-
 }  // namespace
 
 SessionChoice::SessionChoice(const std::string& text)
-    : text_(text), isLast_(text == "last"), beginning_(beginningOf(text)) {
+    : text_(text), isLast_(text == "last"), beginning_(normalized(text)) {
   const bool canBegin =
-      !beginning_.empty() && beginning_.find_first_not_of("0123456789ABCDEF-") == std::string::npos;
+      !beginning_.empty() && beginning_.find_first_not_of("0123456789ABCDEF") == std::string::npos;
   if (!isLast_ && !canBegin) {
     throw tools::InputError("--session: " + text +
                             R"( is neither the beginning of a session's ID nor "last")");

@@ -6,7 +6,7 @@
 namespace qel::records {
 
 /// A user's choice of a session: the last one, or the beginning of a session's ID. Upper and lower
-/// case are equal, and braces do not matter.
+/// case are equal, and braces and hyphens do not matter.
 class SessionChoice {
  public:
   /// Throws `tools::InputError` if the text is neither "last" nor can begin an ID.
@@ -22,7 +22,7 @@ class SessionChoice {
  private:
   const std::string text_;
   const bool isLast_;
-  std::string beginning_;
+  const std::string beginning_;
 };
 
 }  // namespace qel::records

@@ -47,7 +47,9 @@ std::optional<EventText> memoryText(const Event& event) {
                                       [](const auto& detail) { return numberOf(detail.first); });
   return EventText{titleOf(event),
                    (isProgram ? "program " : "machine ") + range +
-                       (readings > 0 ? ", " + std::to_string(readings) + " readings" : "")};
+                       (readings > 0 ? ", " + std::to_string(readings) +
+                                           (readings == 1 ? " reading" : " readings")
+                                     : "")};
 }
 
 /// The text with every letter in the form in which upper and lower case are equal.

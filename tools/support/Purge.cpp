@@ -63,7 +63,8 @@ bool purge(const std::filesystem::path& directory, bool asked, std::ostream& out
   std::error_code error;
   if (std::filesystem::is_regular_file(directory, error)) {
     throw tools::InputError(place +
-                            " is a file: only the recordings of a whole directory can be removed");
+                            " is a file: purge removes all recordings in a directory, and " +
+                            "qel-collector erase removes records from a collector's store");
   }
   if (!std::filesystem::is_directory(directory, error)) {
     throw tools::InputError("there is no directory " + place);

@@ -93,7 +93,8 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
 
 std::string summaryOf(const Statistics& statistics) {
   if (const auto refused = statistics.files.front().refused) {
-    return "The collector refused " + grouped(*refused) + (*refused == 1 ? " text." : " texts.");
+    return *refused == 0 ? "The collector refused nothing."
+                         : "Texts that the collector refused: " + grouped(*refused) + '.';
   }
   const auto& waiting = statistics.waiting;
   if (!waiting || (waiting->rows == 0 && !waiting->complete)) {
