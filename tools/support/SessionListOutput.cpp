@@ -77,29 +77,31 @@ std::map<std::string, std::string> shortIds(const Sessions& sessions) {
   return shortened;
 }
 
-/// Without the times of the last records, because there is the length. Names the file only if there
-/// are several.
-TextTable narrowTable(const Sessions& sessions, Zone zone) {
+/// A table with shortened IDs and without the times of the last records. Names the file only if
+/// there are several.
+TextTable narrowTable(const Sessions& sessions, Zone zone, bool hasAmounts) {
   const auto file = fileOf(sessions.front());
-  const bool hasOneFile = std::all_of(sessions.begin(), sessions.end(),
-                                      [&](const auto& session) { return fileOf(session) == file; });
-  std::vector<TextTable::Column> columns{{"Session"},
-                                         {timeTitle("First", zone)},
-                                         {"Length", Kind::Right},
-                                         {"Events", Kind::Right},
-                                         {"End"}};
-  if (!hasOneFile) {
+  const bool hasFiles = std::any_of(sessions.begin(), sessions.end(),
+                                    [&](const auto& session) { return fileOf(session) != file; });
+  std::vector<TextTable::Column> columns{{"Session"}, {timeTitle("First", zone)}};
+  if (hasAmounts) {
+    columns.push_back({"Length", Kind::Right});
+    columns.push_back({"Events", Kind::Right});
+  }
+  columns.push_back({"End"});
+  if (hasFiles && hasAmounts) {
     columns.push_back({"From", Kind::Wrapped});
   }
   TextTable table(columns);
   const auto ids = shortIds(sessions);
   for (const auto& session : sessions) {
-    std::vector<TextTable::Cell> row{ids.at(session.id),
-                                     readableTime(session.first, zone),
-                                     readableLength(session.lengthInMs()),
-                                     grouped(session.events),
-                                     {nameOf(session.end), styleOf(session.end)}};
-    if (!hasOneFile) {
+    std::vector<TextTable::Cell> row{ids.at(session.id), readableTime(session.first, zone)};
+    if (hasAmounts) {
+      row.emplace_back(readableLength(session.lengthInMs()));
+      row.emplace_back(grouped(session.events));
+    }
+    row.emplace_back(nameOf(session.end), styleOf(session.end));
+    if (hasFiles && hasAmounts) {
       row.emplace_back(fileOf(session));
     }
     table.add(row);
@@ -114,13 +116,17 @@ void print(const Sessions& sessions, std::ostream& output, const Terminal& termi
     output << "no sessions\n";
     return;
   }
-  auto table = wideTable(sessions, terminal.zone);
-  if (auto narrow = narrowTable(sessions, terminal.zone);
-      !table.fits(terminal) && narrow.fits(terminal)) {
-    narrow.print(output, terminal);
-  } else {
-    table.print(output, terminal);
+  auto wide = wideTable(sessions, terminal.zone);
+  if (!wide.fits(terminal)) {
+    for (const bool hasAmounts : {true, false}) {
+      auto narrow = narrowTable(sessions, terminal.zone, hasAmounts);
+      if (narrow.fits(terminal)) {
+        narrow.print(output, terminal);
+        return;
+      }
+    }
   }
+  wide.print(output, terminal);
 }
 
 void printJson(const Sessions& sessions, std::ostream& output) {
