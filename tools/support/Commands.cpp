@@ -1,7 +1,9 @@
 #include "tools/support/Commands.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -34,10 +36,10 @@ struct Reading {
     try {
       return findSession(recordings, choice);
     } catch (const records::AmbiguousSession& several) {
-      constexpr std::size_t mostListed = 20;
+      constexpr std::ptrdiff_t mostListed = 20;
       const auto& all = several.sessions();
       end();
-      print({all.end() - std::min(all.size(), mostListed), all.end()}, std::cerr,
+      print({all.end() - std::min(std::ssize(all), mostListed), all.end()}, std::cerr,
             arguments.terminal());
       throw;
     }
