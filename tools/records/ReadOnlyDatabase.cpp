@@ -99,6 +99,13 @@ std::int64_t ReadOnlyDatabase::readRow(const Statement& row, const RowReader& re
   return id;
 }
 
+void ReadOnlyDatabase::report(std::int64_t position, std::int64_t highest) const {
+  tools::DelayedInterruption::check();
+  if (progress_) {
+    progress_(static_cast<double>(position) / static_cast<double>(highest));
+  }
+}
+
 ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const Query& query,
                                                const RowReader& reader,
                                                std::int64_t position) const {
@@ -108,13 +115,9 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const Query& que
   const auto highest = known.value_or(most);
   flaws.counted = known.has_value();
   auto stepsLeft = 2 * most;  // The pages of a damaged file can form a cycle.
-  const auto report = [&] {
-    if (stepsLeft % rowsBetweenReports != 0) {
-      return;
-    }
-    tools::DelayedInterruption::check();
-    if (progress_) {
-      progress_(static_cast<double>(position) / static_cast<double>(highest));
+  const auto reportAtTimes = [&] {
+    if (stepsLeft % rowsBetweenReports == 0) {
+      report(position, highest);
     }
   };
   for (;;) {
@@ -125,7 +128,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const Query& que
       if (id > position && id <= highest) {  // Otherwise the ID itself is damaged.
         position = id;
       }
-      report();
+      reportAtTimes();
     }
     if (code == SQLITE_DONE || code == SQLITE_ROW) {
       return flaws;
@@ -138,7 +141,7 @@ ReadOnlyDatabase::Flaws ReadOnlyDatabase::read(Statement& rows, const Query& que
       return flaws;
     }
     ++position;  // The next row, or a page on the path to it, is damaged; later rows may be intact.
-    report();
+    reportAtTimes();
   }
 }
 

@@ -69,6 +69,7 @@ class ReadOnlyDatabase {
   static std::int64_t readRow(const Statement& row, const RowReader& reader, Flaws& flaws);
   Flaws read(Statement& rows, const Query& query, const RowReader& reader,
              std::int64_t position) const;
+  void report(std::int64_t position, std::int64_t highest) const;
   void remember(const std::string& table, const Flaws& found);
 
   const ReadOnlyConnection connection_;
