@@ -3,14 +3,16 @@
 #include <cstdint>
 #include <map>
 
+#include "tools/records/Moment.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 
 namespace qel::support {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
 
 constexpr double laneHeight = 22;
 constexpr double top = 8;
@@ -26,7 +28,7 @@ std::map<std::string, Lane> lanesOf(const std::vector<Event>& events, const Time
   for (const auto& event : events) {
     auto& lane = lanes[event.category];
     ++lane.events;
-    if (const auto time = millisecondsOf(event.time)) {
+    if (const auto time = records::millisecondsOf(event.time)) {
       lane.strokes.emplace(static_cast<std::int64_t>(axis.x(*time)),
                            readableTime(event.time) + ' ' + titleOf(event));
     }

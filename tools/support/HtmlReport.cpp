@@ -7,10 +7,11 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
+#include "tools/records/Moment.h"
 #include "tools/support/CategoryLanes.h"
 #include "tools/support/DisplayText.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/MemoryPlot.h"
-#include "tools/support/Moment.h"
 #include "tools/support/ReportTables.h"
 #include "tools/support/report/ReportTexts.h"
 
@@ -19,6 +20,8 @@ namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
+using records::Session;
 
 /// Whether HTML and SVG forbid the character.
 bool isForbidden(char character) {
@@ -47,7 +50,7 @@ std::string escaped(const std::string& text) {
 data environmentOf(const std::vector<Event>& events) {
   data facts(data::type::list);
   const auto environment = std::find_if(events.begin(), events.end(), [](const Event& event) {
-    return event.category == environmentCategory;
+    return event.category == records::environmentCategory;
   });
   if (environment != events.end()) {
     for (const auto& [name, value] : environment->details) {
@@ -61,7 +64,7 @@ data environmentOf(const std::vector<Event>& events) {
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
   for (const auto& event : events) {
-    if (const auto time = millisecondsOf(event.time)) {
+    if (const auto time = records::millisecondsOf(event.time)) {
       times.push_back(*time);
     }
   }
@@ -82,7 +85,7 @@ std::string htmlReport(const Session& session, const std::vector<Event>& events)
                      {"end", nameOf(session.end)},
                      {"crashed", session.end == Session::End::Crashed},
                      {"events", grouped(session.events)},
-                     {"file", utilities::utf8FromPath(session.database->file().filename())},
+                     {"file", utilities::utf8FromPath(session.source->path().filename())},
                      {"left", oneDecimal(TimeAxis::left)},
                      {"right", oneDecimal(TimeAxis::right)},
                      {"width", oneDecimal(TimeAxis::width)}});

@@ -10,14 +10,15 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/records/Moment.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
 
 namespace qel::support {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
 
 constexpr double top = 12;
 constexpr double bottom = 190;
@@ -64,7 +65,7 @@ Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   Memory memory;
   std::optional<std::int64_t> reported;  // the start of the next report's interval
   for (const auto& event : events) {
-    const auto time = millisecondsOf(event.time);
+    const auto time = records::millisecondsOf(event.time);
     if (!time) {
       continue;
     }

@@ -4,7 +4,7 @@
 
 #include <kainjow/mustache.hpp>
 
-#include "tools/support/Event.h"
+#include "tools/records/Event.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
@@ -13,6 +13,7 @@ namespace qel::support {
 /// reports; the result is false if both plots are absent. A plot has a band for each report, from
 /// the smallest to the largest amount. It also has a line through the readings before each crash,
 /// and a mark at each crash.
-kainjow::mustache::data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis);
+kainjow::mustache::data memoryPlots(const std::vector<records::Event>& events,
+                                    const TimeAxis& axis);
 
 }  // namespace qel::support

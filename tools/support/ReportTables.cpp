@@ -8,13 +8,14 @@
 #include <utility>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 
 namespace qel::support {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
 
 struct CommandUse {
   std::int64_t started = 0;

@@ -4,7 +4,7 @@
 
 #include <kainjow/mustache.hpp>
 
-#include "tools/support/Event.h"
+#include "tools/records/Event.h"
 
 namespace qel::support {
 
@@ -13,11 +13,11 @@ namespace qel::support {
 
 /// A table of how often each command was started, accepted and cancelled. The most used command
 /// comes first. False if there are no commands.
-kainjow::mustache::data commandTable(const std::vector<Event>& events);
+kainjow::mustache::data commandTable(const std::vector<records::Event>& events);
 /// A table of all issues that were added or removed, with the times. False if there are none.
-kainjow::mustache::data issueTable(const std::vector<Event>& events);
+kainjow::mustache::data issueTable(const std::vector<records::Event>& events);
 /// A list of tables, one for each category. A table has the category's records in the order of
 /// `events`.
-kainjow::mustache::data eventTables(const std::vector<Event>& events);
+kainjow::mustache::data eventTables(const std::vector<records::Event>& events);
 
 }  // namespace qel::support

@@ -1,8 +1,6 @@
 #include "tools/support/SessionSource.h"
 
 #include <cstdint>
-#include <limits>
-#include <string_view>
 
 namespace qel::support {
 
@@ -16,14 +14,14 @@ std::map<SessionSource::Table, SessionSource::RowMap> SessionSource::getAllFromS
 
 SessionSource::RowMap SessionSource::rowsOf(Table table) const {
   RowMap rows;
-  forEachRecord(session_, table == Items ? itemsTable : environmentsTable,
-                [&](std::int64_t id, std::string_view row) {
-                  const bool fits = id <= std::numeric_limits<int>::max();
-                  if (fits) {
-                    rows.emplace_hint(rows.end(), static_cast<int>(id), row);
-                  }
-                  return fits;
-                });
+  const auto source = table == Items ? records::Table::Events : records::Table::Environments;
+  int number = 0;  // A store has one row for equal texts, so that its IDs are not enough.
+  session_.source->forEachRecord(session_.id, source, [&](const records::Row& row) {
+    for (std::int64_t copy = 0; copy < row.count; ++copy) {
+      rows.emplace_hint(rows.end(), ++number, row.text);
+    }
+    return true;
+  });
   return rows;
 }
 

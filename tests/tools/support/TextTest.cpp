@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 
+#include "tools/records/Moment.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
 
+using records::millisecondsOf;
 using testing::ElementsAre;
 
 TEST(DisplayTextTest, MakesStoredTextsHarmlessToTerminals) {

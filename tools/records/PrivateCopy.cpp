@@ -1,4 +1,4 @@
-#include "tools/support/PrivateCopy.h"
+#include "tools/records/PrivateCopy.h"
 
 #include <chrono>
 #include <iostream>
@@ -13,7 +13,7 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
 
-namespace qel::support {
+namespace qel::records {
 namespace {
 
 std::filesystem::path placeOfCopies() {
@@ -70,4 +70,4 @@ PrivateCopy::PrivateCopy(const std::filesystem::path& file)
   }
 }
 
-}  // namespace qel::support
+}  // namespace qel::records

@@ -1,7 +1,7 @@
-#include "tools/support/Event.h"
+#include "tools/records/Event.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <iterator>
 #include <optional>
 
@@ -9,7 +9,7 @@
 
 #include "tools/common/RowReader.h"
 
-namespace qel::support {
+namespace qel::records {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -41,17 +41,17 @@ void addEnvironment(Event& event, const Json& record) {
 }
 
 /// Parses a stored text; returns `std::nullopt` if it is not a record.
-std::optional<Event> parse(std::string_view table, std::string_view text) {
+std::optional<Event> parse(Table table, std::string_view text) {
   const auto [verdict, columns] = tools::readRow(text);
   if (verdict != tools::RowVerdict::Sound) {
     return std::nullopt;
   }
   const auto& [session, installation, time, category, subcategory, name] = columns;
-  Event event{
-      time.value_or(""), category.value_or(""), subcategory.value_or(""), name.value_or(""), {},
-      std::string(text)};
+  Event event{installation.value_or(""), time.value_or(""), category.value_or(""),
+              subcategory.value_or(""),  name.value_or(""), {},
+              std::string(text)};
   const auto record = Json::parse(text);
-  if (table == environmentsTable) {
+  if (table == Table::Environments) {
     addEnvironment(event, record);
   }
   const auto details = record.find("Details");
@@ -61,18 +61,6 @@ std::optional<Event> parse(std::string_view table, std::string_view text) {
     }
   }
   return event;
-}
-
-std::vector<Event> rowsOf(const Session& session, const char* table) {
-  std::vector<Event> events;
-  forEachRecord(session, table, [&](std::int64_t /*id*/, std::string_view text) {
-    auto event = parse(table, text);
-    if (event) {
-      events.push_back(std::move(*event));
-    }
-    return event.has_value();
-  });
-  return events;
 }
 
 }  // namespace
@@ -96,20 +84,47 @@ std::string detailsOf(const Event& event) {
   return text;
 }
 
-std::vector<Event> eventsOf(const Session& session) {
-  auto environments = rowsOf(session, environmentsTable);
+std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
+  std::vector<Event> events;
+  auto& position = positions_[table];
+  const auto add = [&](const Row& row) {
+    position = std::max(position, row.id);
+    if (row.session != session_) {
+      return true;
+    }
+    const auto event = parse(table, row.text);
+    if (event) {
+      events.insert(events.end(), static_cast<std::size_t>(row.count), *event);
+    }
+    return event.has_value();
+  };
+  if (isFirst_) {
+    file.forEachRecord(session_, table, add);
+  } else {
+    file.forEachRowAfter(position, table, add);
+  }
+  return events;
+}
+
+std::vector<Event> EventReader::next(RecordFile& file) {
+  auto environments = rowsOf(file, Table::Environments);
   std::stable_sort(environments.begin(), environments.end(),
                    [](const Event& left, const Event& right) { return left.time < right.time; });
   std::vector<Event> events;
   auto environment = environments.begin();
-  for (auto& event : rowsOf(session, itemsTable)) {
+  for (auto& event : rowsOf(file, Table::Events)) {
     for (; environment != environments.end() && environment->time < event.time; ++environment) {
       events.push_back(std::move(*environment));
     }
     events.push_back(std::move(event));
   }
   std::move(environment, environments.end(), std::back_inserter(events));
+  isFirst_ = false;
   return events;
 }
 
-}  // namespace qel::support
+std::vector<Event> eventsOf(const Session& session) {
+  return EventReader(session.id).next(*session.source);
+}
+
+}  // namespace qel::records

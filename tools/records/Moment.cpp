@@ -1,10 +1,11 @@
-#include "tools/support/Moment.h"
+#include "tools/records/Moment.h"
 
-#include <algorithm>
+#include <array>
 #include <cctype>
 #include <chrono>
+#include <cstdio>
 
-namespace qel::support {
+namespace qel::records {
 namespace {
 
 /// '0' matches any digit. Every other character matches itself.
@@ -26,10 +27,6 @@ bool hasForm(std::string_view text) {
     }
   }
   return true;
-}
-
-std::string twoDigits(std::int64_t number) {
-  return (number < 10 ? "0" : "") + std::to_string(number);
 }
 
 }  // namespace
@@ -56,35 +53,30 @@ std::optional<std::int64_t> millisecondsOf(std::string_view text) {
          digits(text, 20, 3);
 }
 
-void widen(std::string& first, std::string& last, const std::string& time) {
+std::string textOfTime(std::int64_t time) {
+  using namespace std::chrono;
+  const auto day = floor<days>(milliseconds(time));
+  const year_month_day date{sys_days(day)};
+  const hh_mm_ss clock(milliseconds(time) - day);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()),
+                static_cast<int>(clock.subseconds().count()));
+  return text.data();
+}
+
+void widen(std::string& first, std::string& last, std::string_view time) {
   if (millisecondsOf(time)) {
-    first = first.empty() ? time : std::min(first, time);
-    last = std::max(last, time);
+    if (first.empty() || time < first) {
+      first = time;
+    }
+    if (time > last) {
+      last = time;
+    }
   }
 }
 
-std::string readableTime(std::string_view text) {
-  std::string readable(text.substr(0, 19));
-  if (readable.size() > 10 && readable[10] == 'T') {
-    readable[10] = ' ';
-  }
-  return readable;
-}
-
-std::string readableLength(std::int64_t milliseconds) {
-  if (milliseconds < 60'000) {
-    return std::to_string(milliseconds / 1000) + '.' + std::to_string(milliseconds % 1000 / 100) +
-           " s";
-  }
-  const auto minutes = milliseconds / 60'000;
-  if (minutes < 60) {
-    return std::to_string(minutes) + " min " + twoDigits(milliseconds / 1000 % 60) + " s";
-  }
-  constexpr std::int64_t minutesOfDay = 1440;
-  if (minutes < minutesOfDay) {
-    return std::to_string(minutes / 60) + " h " + twoDigits(minutes % 60) + " min";
-  }
-  return std::to_string(minutes / minutesOfDay) + " d " + twoDigits(minutes / 60 % 24) + " h";
-}
-
-}  // namespace qel::support
+}  // namespace qel::records

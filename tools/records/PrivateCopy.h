@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-#include "tools/support/DelayedInterruption.h"
+#include "tools/common/DelayedInterruption.h"
 
-namespace qel::support {
+namespace qel::records {
 
 /// A new directory that only its owner can read. The destructor removes the directory with its
 /// content, or warns that it cannot. Requests to end the program wait until then, so they do not
@@ -21,7 +21,7 @@ class PrivateDirectory {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  const DelayedInterruption delay_;
+  const tools::DelayedInterruption delay_;
   const std::filesystem::path path_;
 };
 
@@ -40,4 +40,4 @@ class PrivateCopy {
   const std::filesystem::path file_;
 };
 
-}  // namespace qel::support
+}  // namespace qel::records

@@ -1,11 +1,11 @@
-#include "tools/support/DelayedInterruption.h"
+#include "tools/common/DelayedInterruption.h"
 
 #include <array>
 #include <csignal>
 
 #include "host/QelUtilities/Exception.h"
 
-namespace qel::support {
+namespace qel::tools {
 namespace {
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
@@ -16,6 +16,15 @@ bool isIgnored(int signal) {
   return action.sa_handler == SIG_IGN;
 }
 
+sigset_t endingSet() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (const int signal : endingSignals) {
+    sigaddset(&ending, signal);
+  }
+  return ending;
+}
+
 }  // namespace
 
 struct DelayedInterruption::State {
@@ -23,11 +32,7 @@ struct DelayedInterruption::State {
 };
 
 DelayedInterruption::DelayedInterruption() : state_(std::make_unique<State>()) {
-  sigset_t ending;
-  sigemptyset(&ending);
-  for (const int signal : endingSignals) {
-    sigaddset(&ending, signal);
-  }
+  const sigset_t ending = endingSet();
   pthread_sigmask(SIG_BLOCK, &ending, &state_->signalsBefore);
 }
 
@@ -47,4 +52,11 @@ void DelayedInterruption::check() {
   }
 }
 
-}  // namespace qel::support
+bool DelayedInterruption::comesWithin(std::chrono::milliseconds time) {
+  const sigset_t ending = endingSet();
+  const timespec limit{time.count() / 1000, time.count() % 1000 * 1'000'000};
+  const int signal = sigtimedwait(&ending, nullptr, &limit);
+  return signal > 0 && !isIgnored(signal);
+}
+
+}  // namespace qel::tools
