@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include <signal.h>
+#include <csignal>
 
 #include "host/QelUtilities/Mutex.h"
 
