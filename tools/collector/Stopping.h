@@ -1,8 +1,7 @@
 #pragma once
 
-#include <thread>
-
 #include <csignal>
+#include <thread>
 
 #include "host/QelUtilities/Mutex.h"
 
