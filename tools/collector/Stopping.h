@@ -1,8 +1,7 @@
 #pragma once
 
+#include <csignal>
 #include <thread>
-
-#include <signal.h>
 
 #include "host/QelUtilities/Mutex.h"
 

@@ -18,7 +18,7 @@ namespace qel::collector {
 
 struct WriterSettings {
   std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
-  std::size_t largestWrite = std::size_t{32} << 20;  ///< memory of the uploads in one transaction
+  std::size_t largestWrite = std::size_t{48} << 20;  ///< memory of the uploads in one transaction
   std::optional<std::chrono::hours> retention;       ///< older rows are deleted
 };
 
