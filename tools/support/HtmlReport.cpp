@@ -6,11 +6,9 @@
 #include <kainjow/mustache.hpp>
 
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/PathText.h"
 #include "tools/records/Moment.h"
 #include "tools/support/CategoryLanes.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
+#include "tools/support/Ending.h"
 #include "tools/support/MemoryPlot.h"
 #include "tools/support/ReportTables.h"
 #include "tools/support/report/ReportTexts.h"
@@ -60,6 +58,14 @@ data environmentOf(const std::vector<Event>& events) {
   return facts;
 }
 
+data listOf(const std::vector<std::string>& texts) {
+  data list(data::type::list);
+  for (const auto& text : texts) {
+    list << data("text", text);
+  }
+  return list;
+}
+
 /// A time axis from the earliest to the latest valid time of the events.
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
@@ -74,22 +80,18 @@ TimeAxis axisOf(const std::vector<Event>& events) {
 
 }  // namespace
 
-std::string htmlReport(const Session& session, const std::vector<Event>& events) {
+std::string htmlReport(const Session& session, const std::vector<Event>& events,
+                       const std::vector<std::string>& remarks) {
   const auto axis = axisOf(events);
-  data report(object{{"style", reportStyle},
-                     {"plot", plotTemplate},
-                     {"session", session.id},
-                     {"from", readableTime(session.first)},
-                     {"to", readableTime(session.last)},
-                     {"length", readableLength(session.lengthInMs())},
-                     {"end", nameOf(session.end)},
-                     {"crashed", session.end == Session::End::Crashed},
-                     {"events", grouped(session.events)},
-                     {"file", utilities::utf8FromPath(session.source->path().filename())},
-                     {"left", oneDecimal(TimeAxis::left)},
-                     {"right", oneDecimal(TimeAxis::right)},
-                     {"width", oneDecimal(TimeAxis::width)}});
+  const auto ending = endingOf(events);
+  data report(object{{"style", reportStyle}, {"plot", plotTemplate}, {"session", session.id}});
+  report["verdict"] = verdictOf(session, events, ending);
+  report["isIncomplete"] = !remarks.empty();
+  report["remarks"] = listOf(remarks);
+  report["end"] = endTable(events, ending);
   report["environment"] = environmentOf(events);
+  report["marks"] = axis.marks();
+  report["crashes"] = crashMarks(events, axis);
   report["timeline"] = categoryLanes(events, axis);
   report["memory"] = memoryPlots(events, axis);
   report["commands"] = commandTable(events);
