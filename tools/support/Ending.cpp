@@ -146,7 +146,7 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
   }
   add("Last command", textOrNot(lastOf(events, ending, "Command")));
   if (const auto unfinished = unfinishedCommands(events, ending); !unfinished.empty()) {
-    add("Not ended", unfinished);
+    add("Commands not ended", unfinished);
   }
   add("Last project", textOrNot(lastOf(events, ending, "Project")));
   add("Program", programOf(events, ending));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 
 #include <kainjow/mustache.hpp>
 
@@ -21,9 +22,17 @@ using kainjow::mustache::object;
 using records::Event;
 using records::Session;
 
-/// Whether HTML and SVG forbid the character.
-bool isForbidden(char character) {
-  return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
+/// The length of a character at the start of the text that HTML forbids, or that would reverse the
+/// text after it; 0 if there is none.
+std::size_t lengthOfForbidden(std::string_view text) {
+  const char first = text.front();
+  if (static_cast<unsigned char>(first) < 0x20 && first != '\n' && first != '\t') {
+    return 1;
+  }
+  const auto character = text.substr(0, 3);
+  const bool isReversing = (character >= "\u202A" && character <= "\u202E") ||
+                           (character >= "\u2066" && character <= "\u2069");
+  return isReversing ? character.size() : 0;
 }
 
 /// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
@@ -38,8 +47,10 @@ std::string escaped(const std::string& text) {
     --end;
   }
   std::string shown;
-  for (std::size_t place = 0; place < end; ++place) {
-    shown += isForbidden(text[place]) ? "\uFFFD" : std::string(1, text[place]);
+  for (std::size_t place = 0; place < end;) {
+    const auto forbidden = lengthOfForbidden(std::string_view(text).substr(place));
+    forbidden > 0 ? shown += "\uFFFD" : shown += text[place];
+    place += std::max<std::size_t>(forbidden, 1);
   }
   return kainjow::mustache::html_escape(shown) + (end < text.size() ? "…" : "");
 }
