@@ -138,7 +138,7 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
   if (ending.kind == Session::End::Crashed) {
     const auto& crash = events[ending.place];
     const auto code = crashCodeText(crash.detail("Exception Code"));
-    add("Crash text", crash.event.empty() ? "(empty)" : crash.event);
+    add("Crash text", crash.event.empty() ? "no text" : crash.event);
     add("Code", code.empty() ? notRecorded : code);
     if (const auto crashes = std::count_if(events.begin(), events.end(), isCrash); crashes > 1) {
       add("Crashes", grouped(crashes) + "; this page describes the last one");

@@ -68,7 +68,7 @@ object rowOf(const Event& event) {
   return object{{"time", preciseTime(event)},
                 {"category", event.category},
                 {"what", what},
-                {"details", details + (code.empty() ? "" : " (" + code + ")")},
+                {"details", details + (code.empty() ? "" : "; " + code)},
                 {"isCrash", isCrash(event)}};
 }
 
