@@ -58,6 +58,7 @@ std::string unfinishedCommands(const Events& events, const Ending& ending) {
     }
   }
   std::vector<std::size_t> places;
+  places.reserve(running.size());
   for (const auto& [id, place] : running) {
     places.push_back(place);
   }

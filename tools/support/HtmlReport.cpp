@@ -29,9 +29,9 @@ std::size_t lengthOfForbidden(std::string_view text) {
   if (static_cast<unsigned char>(first) < 0x20 && first != '\n' && first != '\t') {
     return 1;
   }
-  const auto character = text.substr(0, 3);
-  const bool isReversing = (character >= "\u202A" && character <= "\u202E") ||
-                           (character >= "\u2066" && character <= "\u2069");
+  const auto character = text.substr(0, 3);  // U+202A to U+202E, U+2066 to U+2069
+  const bool isReversing = (character >= "\xE2\x80\xAA" && character <= "\xE2\x80\xAE") ||
+                           (character >= "\xE2\x81\xA6" && character <= "\xE2\x81\xA9");
   return isReversing ? character.size() : 0;
 }
 
