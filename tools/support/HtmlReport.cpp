@@ -23,16 +23,18 @@ using records::Event;
 using records::Session;
 
 /// The length of a character at the start of the text that HTML forbids, or that would reverse the
-/// text after it; 0 if there is none.
+/// text after it (U+202A to U+202E, U+2066 to U+2069); 0 if there is none.
 std::size_t lengthOfForbidden(std::string_view text) {
-  const char first = text.front();
-  if (static_cast<unsigned char>(first) < 0x20 && first != '\n' && first != '\t') {
+  const auto byte = [&](std::size_t place) {
+    return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+  };
+  if (byte(0) < 0x20 && byte(0) != '\n' && byte(0) != '\t') {
     return 1;
   }
-  const auto character = text.substr(0, 3);  // U+202A to U+202E, U+2066 to U+2069
-  const bool isReversing = (character >= "\xE2\x80\xAA" && character <= "\xE2\x80\xAE") ||
-                           (character >= "\xE2\x81\xA6" && character <= "\xE2\x81\xA9");
-  return isReversing ? character.size() : 0;
+  const bool isReversing =
+      byte(0) == 0xE2 && ((byte(1) == 0x80 && byte(2) >= 0xAA && byte(2) <= 0xAE) ||
+                          (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9));
+  return isReversing ? 3 : 0;
 }
 
 /// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
