@@ -149,7 +149,7 @@ int report(const Arguments& arguments) {
   const auto session = reading.session(choice);
   const auto events = eventsOf(session);
   reading.end();
-  const auto page = htmlReport(session, events);
+  const auto page = htmlReport(session, events, reading.recordings.remarks());
   if (arguments.output == "-") {
     std::cout << page;
     return 0;
