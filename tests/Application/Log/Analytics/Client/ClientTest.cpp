@@ -2,6 +2,7 @@
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
 #include "host/QelUtilities/Debugger.h"
@@ -111,7 +112,8 @@ TEST(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllAfterThem) 
   test::FakeConnection connection;
   const auto logger = LogManager::instance().getLogger("pass");
   constexpr std::size_t sizeOfTwoRows = 14;
-  details::SendingPass pass(database, connection, *logger, sizeOfTwoRows);
+  details::SendingState state;
+  details::SendingPass pass(database, connection, *logger, state, sizeOfTwoRows);
   database.insertMultiple({R"({"a":1})", R"({"b":2})", R"({"c":3})"}, Items);
   database.insertMultiple({R"({"e":1})"}, Environments);
   connection.accepted = 1;
