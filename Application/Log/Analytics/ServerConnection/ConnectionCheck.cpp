@@ -46,11 +46,14 @@ ConnectionCheck tryConnection(const parameters::ActivateParameter& parameter) {
     connection.send(package);
     return checkOfStatus(connection.host(), connection.lastStatus());
   } catch (const Error& failure) {
+    const std::string reason = failure.what();
     if (failure.cause() == Error::Cause::Certificate) {
       return {Result::CertificateNotTrusted, 0,
-              "The certificate of " + connection.host() + " is not trusted: " + failure.what()};
+              "The server's certificate is not trusted: " + reason};
     }
-    return {Result::NotReached, 0, connection.host() + " was not reached: " + failure.what()};
+    return {Result::NotReached, 0,
+            Patience::mustStop() ? connection.host() + " did not answer in time."
+                                 : "The server was not reached: " + reason};
   }
 }
 

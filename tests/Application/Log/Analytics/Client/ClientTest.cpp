@@ -103,6 +103,8 @@ TEST_F(ClientTest, AFailedPassIsRecordedAndDoesNotReachTheHost) {
   client_->activate(storage_.parameter);
   EXPECT_TRUE(breaks.reaches(2));  // one for the pass, one for the loop that the pass ends
   EXPECT_THAT(storage_.recorded(), ElementsAre("CIP|SendingItems|Exception|Message=no row"));
+  EXPECT_EQ(client_->sendingStatus().lastFailure->reason, "no row");
+  EXPECT_TRUE(test::waitUntil([&] { return !client_->sendingStatus().isLoopRunning; }));
   EXPECT_THAT(log.text(),
               HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: no row\n"));
 }
