@@ -12,12 +12,14 @@ namespace qel::protocol::https {
 /// names the server if the exchange started. It contains no secret.
 class Error : public qel::exception {
  public:
+  /// The kinds of failures that a caller may need to tell apart.
   enum class Cause { Other, Certificate };
 
+  /// The cause is `Certificate` if the server's certificate or name was not trusted.
   explicit Error(const std::string& message, Cause cause = Cause::Other)
       : qel::exception(message), cause_(cause) {}
 
-  /// Whether the server's certificate or name was not trusted.
+  /// The kind of the failure.
   Cause cause() const { return cause_; }
 
  private:

@@ -11,8 +11,8 @@ namespace qel::log::analytics {
 struct SendingStatus {
   /// A package that the server did not accept, or a pass that failed.
   struct Failure {
-    std::chrono::system_clock::time_point time;
-    std::string reason;  ///< for people; never contains the secret
+    std::chrono::system_clock::time_point time;  ///< when it was noticed
+    std::string reason;                          ///< for people; never contains the secret
   };
 
   /// When the server accepted the last package; empty if there was none.

@@ -12,6 +12,7 @@ namespace qel::log::analytics::serverconnection {
 
 /// The result of `tryConnection`.
 struct ConnectionCheck {
+  /// What is right, or the first thing that is wrong.
   enum class Result {
     Accepted,               ///< server, certificate and credentials are right
     CredentialsRefused,     ///< the server answered with status 401
@@ -20,8 +21,8 @@ struct ConnectionCheck {
     Refused                 ///< the server answered with another status than 2xx
   };
 
-  Result result = Result::NotReached;
-  int status = 0;    ///< of the server's answer; 0 if there was none
+  Result result = Result::NotReached;  ///< for programs
+  int status = 0;                      ///< of the server's answer; 0 if there was none
   std::string text;  ///< one sentence for people, with the server's name and without the secret
 };
 

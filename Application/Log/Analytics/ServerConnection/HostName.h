@@ -32,7 +32,7 @@ constexpr bool isHostName(std::string_view name) {
       return false;
     }
     if (end == name.size()) {
-      return name.front() > '9';
+      return name.front() > '9';  // a letter
     }
     name.remove_prefix(end + 1);
   }
