@@ -56,7 +56,7 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   void join();
 
   /// For a customer who withdraws the consent. Discards queued items, drops later ones silently and
-  /// closes both databases. Later operations do nothing. The sending database must not be in use on
+  /// closes both databases. `join` then does nothing. The sending database must not be in use on
   /// another thread. Must be called on the thread that initializes and destroys the object.
   void close();
 
