@@ -149,6 +149,9 @@ typedef struct qel_analytics_parameters {
   qel_analytics_log log;
   /// Describes the machine. Called once, by `qel_analytics_create`. Default: no description.
   qel_analytics_environment environment;
+  /// The host name of the server, as in its certificate; not an address. Default: the name that was
+  /// compiled in. Added after the first version.
+  const char* server_host;
 } qel_analytics_parameters;
 
 /// Creates a client, which records and sends until it is released. Stores its handle in `handle`,
@@ -162,10 +165,10 @@ QEL_ANALYTICS_API int32_t qel_analytics_create(const qel_analytics_parameters* p
 /// `QEL_ANALYTICS_NOT_STORED` if records were lost and `qel_analytics_join` has not reported them.
 QEL_ANALYTICS_API int32_t qel_analytics_release(qel_analytics_handle handle);
 
-/// For a customer who withdraws the consent. Ends the client without sending, and removes the
-/// databases of its directory. After `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`,
-/// the client has ended, and `qel_analytics_remove_recordings` may be tried until it succeeds. The
-/// log file stays.
+/// For a customer who withdraws the consent. Ends the client without sending, aborts an upload in
+/// progress, and removes the databases of its directory. After `QEL_ANALYTICS_FAILED` or
+/// `QEL_ANALYTICS_CALLBACK_RUNNING`, the client has ended, and `qel_analytics_remove_recordings`
+/// may be tried until it succeeds. The log file stays.
 QEL_ANALYTICS_API int32_t qel_analytics_withdraw(qel_analytics_handle handle);
 
 /// Removes the databases of a directory. Fails if a client uses the directory, also for a short

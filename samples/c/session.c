@@ -60,6 +60,7 @@ int main(int count, char** values) {
   parameters.struct_size = sizeof(parameters);
   parameters.directory = values[1];
   parameters.installation_id = "consumer";
+  parameters.server_host = values[2];
   parameters.connect_to = values[3]; /* for a trial only */
   parameters.ca_file = values[4];    /* for a trial only */
   parameters.server_user = "consumer";

@@ -19,7 +19,8 @@ class Parameters(ctypes.Structure):
                 ("server_secret", c_char_p), ("ca_file", c_char_p), ("connect_to", c_char_p), ("proxy", c_char_p),
                 ("retention_seconds", c_uint64), ("log_file", c_char_p), ("log_level", c_int32),
                 ("reserved", c_int32), ("context", c_void_p), ("is_sending_allowed", PERMISSION),
-                ("is_support_allowed", PERMISSION), ("log", LOG), ("environment", ENVIRONMENT)]
+                ("is_support_allowed", PERMISSION), ("log", LOG), ("environment", ENVIRONMENT),
+                ("server_host", c_char_p)]
 
 
 class Detail(ctypes.Structure):
@@ -39,10 +40,11 @@ def check(status):
         raise RuntimeError(library.qel_analytics_last_error().decode())
 
 
-directory, _, address, authority, secret_file = sys.argv[1:]
+directory, server, address, authority, secret_file = sys.argv[1:]
 environment = ctypes.create_string_buffer(b'{"CurrentActiveApplication": {"Name": "Sample", "Version": "1.0"}}')
 parameters = Parameters(
     struct_size=ctypes.sizeof(Parameters), directory=directory.encode(), installation_id=b"consumer",
+    server_host=server.encode(),
     connect_to=address.encode(), ca_file=authority.encode(),  # both for a trial only
     server_user=b"consumer", server_secret=pathlib.Path(secret_file).read_bytes().splitlines()[0],
     is_sending_allowed=PERMISSION(lambda context: 1), is_support_allowed=PERMISSION(lambda context: 1),

@@ -55,6 +55,11 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   /// be called on the thread that initializes and destroys the object.
   void join();
 
+  /// For a customer who withdraws the consent. Discards queued items, drops later ones silently and
+  /// closes both databases. `join` then does nothing. The sending database must not be in use on
+  /// another thread. Must be called on the thread that initializes and destroys the object.
+  void close();
+
  private:
   /// All threads share one function object, because the host's function may have state.
   using Permission = std::shared_ptr<const std::function<bool()>>;
@@ -68,8 +73,8 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   Permissions permissions() const;
   static bool isAllowed(const Permission& permission);
 
-  const std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;
-  const std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;
+  std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;      ///< replaced only by `close`
+  std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;  ///< replaced only by `close`
   mutable utilities::Mutex permissionMutex_;
   Permissions permissions_ QEL_GUARDED_BY(permissionMutex_);
   AccumulatingDispatcher dispatcher_;  ///< destroyed first, because its worker uses the rest
