@@ -26,5 +26,8 @@ for page in pages:
             complaints.append(f"{page}: no program has this example:\n{example}")
     complaints += [f"{page}: {link} does not exist" for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text)
                    if not (page.parent / link).exists()]
+own = (root / "docs/own-host-framework.md").read_text(encoding="utf-8")
+complaints += [f"docs/own-host-framework.md lacks a part of {path}" for path in root.glob("samples/cpp/Own*.cpp")
+               if path.read_text(encoding="utf-8") not in own]
 print("\n".join(complaints) or f"{examples} examples and all links of {len(pages)} pages are sound")
 sys.exit(1 if complaints or examples == 0 else 0)
