@@ -15,16 +15,11 @@ set(DOXYGEN_HTML_EXTRA_STYLESHEET ${DOXYGEN_AWESOME}/doxygen-awesome.css
                                   ${DOXYGEN_AWESOME}/doxygen-awesome-sidebar-only.css
                                   ${PROJECT_SOURCE_DIR}/cmake/documentation/site.css)
 
-# filter-page: links to files that are no pages lead to these copies.
-set(DOXYGEN_HTML_EXTRA_FILES
-    ${PROJECT_SOURCE_DIR}/deploy/collector/haproxy.cfg
-    ${PROJECT_SOURCE_DIR}/docs/flow.svg
-    ${PROJECT_SOURCE_DIR}/docs/growth.svg
-    ${PROJECT_SOURCE_DIR}/samples/cpp/CMakeLists.txt
-    ${PROJECT_SOURCE_DIR}/samples/cpp/main.cpp
-    ${PROJECT_SOURCE_DIR}/samples/session.jsonl
-    ${PROJECT_SOURCE_DIR}/tests/not-on-windows.txt)
-set(DOXYGEN_FILTER_PATTERNS *.md=${PROJECT_SOURCE_DIR}/cmake/documentation/filter-page)
+# filter-page also copies pictures and other linked files into the site.
+string(CONFIGURE
+       [["*.md=\"@PROJECT_SOURCE_DIR@/cmake/documentation/filter-page\" \"@DOXYGEN_OUTPUT_DIRECTORY@/html\""]]
+       DOXYGEN_FILTER_PATTERNS @ONLY)
+set(DOXYGEN_VERBATIM_VARS DOXYGEN_FILTER_PATTERNS)
 
 set(DOXYGEN_USE_MDFILE_AS_MAINPAGE ${PROJECT_SOURCE_DIR}/README.md)
 set(DOXYGEN_TOC_INCLUDE_HEADINGS 0)
