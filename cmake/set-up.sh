@@ -7,7 +7,7 @@ set -euo pipefail
 
 used=(
   # compiler and build
-  g++ cmake ninja-build pkg-config git
+  g++ cmake ninja-build make pkg-config git
   # libraries
   libsqlite3-dev libcurl4-openssl-dev libssl-dev nlohmann-json3-dev libspdlog-dev libboost-dev
   # libraries of the programs

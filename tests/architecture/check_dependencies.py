@@ -30,7 +30,7 @@ NAMES = {
     "Threads": (None, None),
 }
 # What the libraries and programs need in addition: to be built, and to be tried.
-PROGRAMS = {"g++", "cmake", "ninja-build", "git", "ca-certificates", "openssl", "sqlite3"}
+PROGRAMS = {"g++", "cmake", "ninja-build", "make", "git", "ca-certificates", "openssl", "sqlite3"}
 NAMES_OF_LIBRARIES = re.compile("lib(?!clang).*-dev|nlohmann.*|doxygen-.*")
 
 
