@@ -70,12 +70,15 @@ void recordCrash(CipDatabases& databases, const std::string& text, std::int32_t 
 
 std::string textOfCurrentException() {
   try {
-    std::rethrow_exception(std::current_exception());
+    if (const auto exception = std::current_exception()) {
+      std::rethrow_exception(exception);
+    }
   } catch (const std::exception& failure) {
     return failure.what();
   } catch (...) {
     return "unknown exception";
   }
+  return "terminate without an exception";
 }
 
 /// While it exists, an exception that nobody handles is recorded before the process ends.
