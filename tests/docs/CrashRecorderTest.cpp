@@ -25,8 +25,8 @@ constexpr const char* faultRecord = "3221225477";
 constexpr const char* abortRecord = "\"abort\"";
 #else
 int overflow(volatile int* outer) {
-  volatile int inner[1000] = {*outer};
-  return *outer == 1 ? 0 : overflow(inner) + inner[0];
+  volatile int inner = *outer;
+  return inner == 1 ? 0 : overflow(&inner) + inner;
 }
 void fault() {
   int begin = 0;
@@ -37,7 +37,8 @@ constexpr const char* abortRecord = "signal 6";
 #endif
 
 [[noreturn]] void crash(void (*end)()) {
-  const Session session(std::getenv(directoryVariable));
+  const char* const directory = std::getenv(directoryVariable);
+  const Session session(directory == nullptr ? "" : directory);
   session.insert(1);
   const CrashRecorder recorder(session.databases);
   end();
