@@ -1,3 +1,4 @@
+#include <array>
 #include <cstdlib>
 
 #include <gmock/gmock.h>
@@ -24,13 +25,14 @@ void fault() {
 constexpr const char* faultRecord = "3221225477";
 constexpr const char* abortRecord = "\"abort\"";
 #else
-int overflow(volatile int* outer) {
-  volatile int inner = *outer;
-  return inner == 1 ? 0 : overflow(&inner) + inner;
+using Frame = std::array<volatile int, 1000>;  // large, because ThreadSanitizer limits the depth
+int overflow(Frame& outer) {
+  Frame inner{outer[0]};
+  return outer[0] == 1 ? 0 : overflow(inner) + inner[0];
 }
 void fault() {
-  int begin = 0;
-  overflow(&begin);
+  Frame begin{};
+  overflow(begin);
 }
 constexpr const char* faultRecord = "signal 11";
 constexpr const char* abortRecord = "signal 6";
