@@ -225,6 +225,12 @@ QEL_ANALYTICS_API int32_t qel_analytics_application_crashed(qel_analytics_handle
                                                             const char* text, int32_t code);
 /// @}
 
+/// A description of this machine and of the program, for the callback `environment`: system,
+/// language, screen, graphics card, processor and memory, but no name of a user or a machine.
+/// Unknown facts are empty. Returns null if a text is null or not UTF-8. Valid until the thread
+/// calls this function again or ends. A callback may call it.
+QEL_ANALYTICS_API const char* qel_analytics_this_machine(const char* program, const char* version);
+
 /// The text of the last failure on the calling thread, at most 511 bytes; empty if there was none.
 /// Never null. Valid until the thread calls the library again or ends.
 QEL_ANALYTICS_API const char* qel_analytics_last_error(void);

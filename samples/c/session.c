@@ -10,7 +10,7 @@ static int32_t always_allowed(void* context) {
 
 static const char* describe_machine(void* context) {
   (void)context;
-  return "{\"CurrentActiveApplication\": {\"Name\": \"Sample\", \"Version\": \"1.0\"}}";
+  return qel_analytics_this_machine("Sample", "1.0");
 }
 
 static void print_message(void* context, int32_t level, const char* logger, const char* message) {

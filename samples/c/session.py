@@ -32,6 +32,7 @@ library.qel_analytics_last_error.restype = c_char_p
 library.qel_analytics_notify.argtypes = [c_uint64, c_char_p]
 library.qel_analytics_general_event.argtypes = [c_uint64, c_char_p, c_char_p, c_char_p, ctypes.POINTER(Detail),
                                                 c_uint32]
+library.qel_analytics_this_machine.restype = c_void_p
 library.qel_analytics_release.argtypes = [c_uint64]
 
 
@@ -41,7 +42,6 @@ def check(status):
 
 
 directory, server, address, authority, secret_file = sys.argv[1:]
-environment = ctypes.create_string_buffer(b'{"CurrentActiveApplication": {"Name": "Sample", "Version": "1.0"}}')
 parameters = Parameters(
     struct_size=ctypes.sizeof(Parameters), directory=directory.encode(), installation_id=b"consumer",
     server_host=server.encode(),
@@ -49,7 +49,7 @@ parameters = Parameters(
     server_user=b"consumer", server_secret=pathlib.Path(secret_file).read_bytes().splitlines()[0],
     is_sending_allowed=PERMISSION(lambda context: 1), is_support_allowed=PERMISSION(lambda context: 1),
     log=LOG(lambda context, level, logger, message: print(level, message.decode(), file=sys.stderr)),
-    environment=ENVIRONMENT(lambda context: ctypes.addressof(environment)))
+    environment=ENVIRONMENT(lambda context: library.qel_analytics_this_machine(b"Sample", b"1.0")))
 
 client = c_uint64()
 check(library.qel_analytics_create(ctypes.byref(parameters), ctypes.byref(client)))

@@ -9,6 +9,7 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Listeners/PlainIssueInformation.h"
+#include "Application/Log/Analytics/SystemEnvironment/ThisMachine.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelLog/LogManager.h"
@@ -17,7 +18,6 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/common/SampleHostFileNames.h"
-#include "tools/sample-host/EnvironmentFacts.h"
 #include "tools/sample-host/InstallationId.h"
 #include "tools/sample-host/Interruption.h"
 
@@ -55,6 +55,19 @@ void setUpHttps(const Options& options) {
   settings.connectFor = options.serverName.empty() ? QEL_ANALYTICS_SERVER_HOST : options.serverName;
   settings.connectTo = options.server;
   protocol::https::setSettings(settings);
+}
+
+std::unique_ptr<log::analytics::items::EnvironmentItem> describeMachine() {
+  log::analytics::items::details::ApplicationInfo program;
+  program.name = "qel-sample-host";
+  program.version = QEL_VERSION;
+  program.exeVersion = QEL_VERSION;
+#ifdef NDEBUG
+  program.exeConfig = "Release";
+#else
+  program.exeConfig = "Debug";
+#endif
+  return log::analytics::systemenvironment::describeThisMachine(std::move(program));
 }
 
 }  // namespace
@@ -145,7 +158,7 @@ log::analytics::parameters::ActivateParameter SampleHost::activateParameter() {
       .sessionId = options_.sessionId,
       .serverSecret = options_.secret,
       .serverUser = options_.user,
-      .createEnvironmentItem = createEnvironmentItem,
+      .createEnvironmentItem = describeMachine,
       .isSendingAllowed = [this] { return storing_ && options_.sendingAllowed; },
       .databaseCallback = [this] { return storing_ && options_.supportAllowed; },
       .serverHost = options_.serverName,

@@ -111,6 +111,7 @@ static void show_refused_parameters(void) {
   REFUSED(retention_seconds = UINT64_MAX);
   REFUSED(log_level = 5);
   REFUSED(server_host = "analytics.qel.example:443");
+  show("this machine", qel_analytics_this_machine("CAD", "\xFF") == NULL);
   environment_text = "{\"Os\": {}}";
   REFUSED(environment = describe);
   environment_text = "{\"InstalledApplications\": [{\"UserFiles\": [\"a\", 1]}]}";

@@ -1,16 +1,14 @@
-#include "tools/sample-host/MachineFacts.h"
+#include "host/QelPlatformWindows/MachineFacts.h"
 
 #include <cstdlib>
 #include <fstream>
-#include <map>
+#include <string>
+#include <system_error>
 
 #include <sys/utsname.h>
 
-namespace qel::samplehost {
+namespace qel::platform::windows {
 namespace {
-
-using log::analytics::items::details::HardwareEnvironmentInfo;
-using log::analytics::items::details::OsEnvironmentInfo;
 
 constexpr const char* blanks = " \t\"";
 
@@ -49,16 +47,16 @@ std::string kernelRelease() {
 
 /// The preferred mode of the first connected screen, for example "1920x1080".
 std::string screenResolution() {
-  std::error_code unreadable;
-  for (const auto& connector : std::filesystem::directory_iterator("/sys/class/drm", unreadable)) {
-    if (firstLineOf(connector.path() / "status") == "connected") {
-      return firstLineOf(connector.path() / "modes");
+  std::error_code error;
+  const std::filesystem::directory_iterator end;
+  for (std::filesystem::directory_iterator connector("/sys/class/drm", error);
+       !error && connector != end; connector.increment(error)) {
+    if (firstLineOf(connector->path() / "status") == "connected") {
+      return firstLineOf(connector->path() / "modes");
     }
   }
   return {};
 }
-
-}  // namespace
 
 std::string language() {
   for (const char* const name : {"LC_ALL", "LANG"}) {
@@ -71,26 +69,19 @@ std::string language() {
   return {};
 }
 
-OsEnvironmentInfo operatingSystem() {
-  constexpr int unknownDpi = 0;
-  return {valueIn("/etc/os-release", "PRETTY_NAME", '='),
-          bitness(),
-          language(),
-          kernelRelease(),
-          /*isTerminalServer=*/false,
-          screenResolution(),
-          unknownDpi,
-          /*graphicCardDriver=*/""};
-}
+}  // namespace
 
-HardwareEnvironmentInfo hardware() {
-  std::map<std::string, std::string> memory;
-  if (const auto total = valueIn("/proc/meminfo", "MemTotal", ':'); !total.empty()) {
-    memory["Total"] = total;
-  }
-  return {valueIn("/proc/cpuinfo", "model name", ':'), /*graphicCard=*/"", memory};
+MachineFacts readMachineFacts() {
+  MachineFacts facts;
+  facts.systemName = valueIn("/etc/os-release", "PRETTY_NAME", '=');
+  facts.systemBuild = kernelRelease();
+  facts.language = language();
+  facts.screenResolution = screenResolution();
+  facts.processor = valueIn("/proc/cpuinfo", "model name", ':');
+  facts.memory = valueIn("/proc/meminfo", "MemTotal", ':');
+  return facts;
 }
 
 std::filesystem::path programFile() { return "/proc/self/exe"; }
 
-}  // namespace qel::samplehost
+}  // namespace qel::platform::windows

@@ -1,20 +1,16 @@
-#include "tools/sample-host/MachineFacts.h"
+#include "host/QelPlatformWindows/MachineFacts.h"
 
 #include <array>
 #include <charconv>
-#include <map>
+#include <string>
 #include <string_view>
 
 #include <windows.h>
 
-#include "tools/common/WideText.h"
+#include "host/QelUtilities/PathText.h"
 
-namespace qel::samplehost {
+namespace qel::platform::windows {
 namespace {
-
-using log::analytics::items::details::HardwareEnvironmentInfo;
-using log::analytics::items::details::OsEnvironmentInfo;
-using tools::utf8FromWide;
 
 constexpr const wchar_t* versionKey = LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)";
 constexpr const wchar_t* processorKey = LR"(HARDWARE\DESCRIPTION\System\CentralProcessor\0)";
@@ -25,7 +21,7 @@ std::string registryText(const std::wstring& key, const wchar_t* name) {
   DWORD size = sizeof(text);
   const auto result = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, RRF_RT_REG_SZ, nullptr,
                                    text.data(), &size);
-  return result == ERROR_SUCCESS ? utf8FromWide(text.data()) : "";
+  return result == ERROR_SUCCESS ? utilities::utf8FromPath(text.data()) : "";
 }
 
 /// For example "Windows 10 Pro". The registry of Windows 11 contains the name of Windows 10.
@@ -72,36 +68,38 @@ std::string graphicCardDriver() {
   return registryText(key.substr(machine.size()), L"DriverVersion");
 }
 
-}  // namespace
-
-OsEnvironmentInfo operatingSystem() {
-  const auto build = registryText(versionKey, L"CurrentBuild");
-  return {productName(build),
-          bitness(),
-          language(),
-          build,
-          /*isTerminalServer=*/GetSystemMetrics(SM_REMOTESESSION) != 0,
-          screenResolution(),
-          static_cast<int>(GetDpiForSystem()),
-          graphicCardDriver()};
-}
-
-HardwareEnvironmentInfo hardware() {
+/// All physical memory.
+std::string memory() {
   constexpr unsigned bytesPerKB = 1024;
-  std::map<std::string, std::string> memory;
   MEMORYSTATUSEX status{};
   status.dwLength = sizeof(status);
-  if (GlobalMemoryStatusEx(&status) != 0) {
-    memory["Total"] = std::to_string(status.ullTotalPhys / bytesPerKB) + " kB";
-  }
-  return {registryText(processorKey, L"ProcessorNameString"),
-          utf8FromWide(primaryGraphicCard().DeviceString), memory};
+  return GlobalMemoryStatusEx(&status) == 0
+             ? ""
+             : std::to_string(status.ullTotalPhys / bytesPerKB) + " kB";
 }
 
 std::string language() {
   std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name{};
   GetUserDefaultLocaleName(name.data(), static_cast<int>(name.size()));
-  return utf8FromWide(name.data());
+  return utilities::utf8FromPath(name.data());
+}
+
+}  // namespace
+
+MachineFacts readMachineFacts() {
+  const auto build = registryText(versionKey, L"CurrentBuild");
+  return {
+      .systemName = productName(build),
+      .systemBuild = build,
+      .language = language(),
+      .isRemoteSession = GetSystemMetrics(SM_REMOTESESSION) != 0,
+      .screenResolution = screenResolution(),
+      .screenDpi = static_cast<int>(GetDpiForSystem()),
+      .graphicCard = utilities::utf8FromPath(primaryGraphicCard().DeviceString),
+      .graphicCardDriver = graphicCardDriver(),
+      .processor = registryText(processorKey, L"ProcessorNameString"),
+      .memory = memory(),
+  };
 }
 
 std::filesystem::path programFile() {
@@ -116,4 +114,4 @@ std::filesystem::path programFile() {
   }
 }
 
-}  // namespace qel::samplehost
+}  // namespace qel::platform::windows
