@@ -46,6 +46,7 @@ doxygen_add_docs(
   docs/events.md
   docs/data-format.md
   docs/operating.md
+  docs/collector.md
   docs/troubleshooting.md
   docs/architecture.md
   docs/reliability.md

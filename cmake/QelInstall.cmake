@@ -1,5 +1,5 @@
 # Installs the libraries, headers and programs, and the files with which other projects find the libraries. Components:
-# `library` (needed to run programs), `development` (needed to build them) and `tools`.
+# `library` (needed to run programs), `development` (needed to build them), `tools` and `collector`.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -114,15 +114,25 @@ if(TARGET QelC)
   install(FILES ${PROJECT_BINARY_DIR}/qel-analytics-c.pc DESTINATION ${pkgConfigDirectory} COMPONENT c)
 endif()
 
-if(programs)
-  install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-endif()
-if(programs AND NOT WIN32)
-  # A program's folder may contain its manual page and its completion for bash.
-  file(GLOB manualPages CONFIGURE_DEPENDS tools/*/*.1)
-  file(GLOB completions CONFIGURE_DEPENDS tools/*/*.bash)
-  install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-  install(FILES ${completions} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+foreach(program IN LISTS programs)
+  set(component tools)
+  if(program STREQUAL qel-collector)
+    set(component collector)
+  endif()
+  install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+  if(NOT WIN32)
+    # A program's folder may contain its manual page and its completion for bash.
+    file(GLOB manualPages CONFIGURE_DEPENDS tools/*/${program}.1)
+    file(GLOB completions CONFIGURE_DEPENDS tools/*/${program}.bash)
+    install(FILES ${manualPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+    install(FILES ${completions} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+            COMPONENT ${component})
+  endif()
+endforeach()
+if(TARGET qel-collector)
+  install(FILES deploy/collector/qel-collector.service DESTINATION lib/systemd/system COMPONENT collector)
+  install(FILES deploy/collector/haproxy.cfg DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qel-collector/examples
+          COMPONENT collector)
 endif()
 
 if(MINGW AND libraryType STREQUAL SHARED_LIBRARY)

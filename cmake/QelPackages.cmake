@@ -8,6 +8,9 @@ endif()
 if(programs)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
+if(TARGET qel-collector)
+  list(APPEND CPACK_COMPONENTS_ALL collector)
+endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -41,6 +44,15 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qel-analytics-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${libraryPackage} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "Programs: qel-support, which reads the databases of a client, a small analytics server, and a sample host.")
+    "Programs: qel-support, which reads the databases of a client, and a sample host.")
+
+set(CPACK_DEBIAN_COLLECTOR_PACKAGE_NAME qel-collector)
+set(CPACK_DEBIAN_COLLECTOR_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_COLLECTOR_PACKAGE_DEPENDS "${libraryPackage} (= ${PROJECT_VERSION}), adduser")
+set(CPACK_DEBIAN_COLLECTOR_PACKAGE_SUGGESTS "haproxy, sqlite3, whois")
+set(CPACK_COMPONENT_COLLECTOR_DESCRIPTION
+    "The analytics server: receives the packages of clients over HTTPS and stores them in an SQLite file.")
+set(CPACK_DEBIAN_COLLECTOR_PACKAGE_CONTROL_EXTRA postinst prerm postrm)
+list(TRANSFORM CPACK_DEBIAN_COLLECTOR_PACKAGE_CONTROL_EXTRA PREPEND ${PROJECT_SOURCE_DIR}/deploy/collector/)
 
 include(CPack)

@@ -8,7 +8,7 @@ packages=(
   g++ cmake ninja-build pkg-config git
   # libraries
   libsqlite3-dev libcurl4-openssl-dev libssl-dev nlohmann-json3-dev libspdlog-dev libboost-dev libcpp-httplib-dev
-  libcli11-dev libkainjow-mustache-dev libutf8proc-dev
+  libcrypt-dev libcli11-dev libkainjow-mustache-dev libutf8proc-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # Debian packages

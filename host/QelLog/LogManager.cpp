@@ -226,4 +226,6 @@ bool LogManager::flush(std::chrono::milliseconds patience) {
   return LogQueue::instance().flush(patience);
 }
 
+std::size_t LogManager::dropped() const { return LogQueue::instance().dropped(); }
+
 }  // namespace qel::log

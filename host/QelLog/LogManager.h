@@ -61,6 +61,9 @@ class LogManager {
   /// the time was not sufficient.
   bool flush(std::chrono::milliseconds patience);
 
+  /// The number of messages that this process has dropped because they came too fast.
+  std::size_t dropped() const;
+
   LogManager(const LogManager&) = delete;
   LogManager& operator=(const LogManager&) = delete;
 

@@ -168,6 +168,11 @@ bool LogQueue::flush(milliseconds patience) {
   });
 }
 
+std::size_t LogQueue::dropped() {
+  const utilities::MutexLock lock(mutex_);
+  return threads_ == nullptr ? 0 : threads_->overrun_counter();
+}
+
 void LogQueue::start() {
   [[maybe_unused]] const SignalBlock block;
   threads_ = new spdlog::details::thread_pool(capacity, 1);

@@ -39,6 +39,8 @@ class LogQueue {
   void add(const std::string& name, int level, const std::string& message);
   /// See `LogManager::flush`.
   bool flush(std::chrono::milliseconds patience);
+  /// See `LogManager::dropped`.
+  std::size_t dropped();
 
   ~LogQueue() = delete;
   LogQueue(const LogQueue&) = delete;

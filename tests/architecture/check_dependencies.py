@@ -10,7 +10,7 @@ root = pathlib.Path(sys.argv[1])
 # The packages that CMake looks for, with the names of their parts in Debian and vcpkg. None: not provided there.
 NAMES = {
     "benchmark": ("libbenchmark-dev", "benchmark"),
-    "Boost": ("libboost-dev", "boost-asio boost-uuid"),
+    "Boost": ("libboost-dev", "boost-asio boost-beast boost-uuid"),
     "CLI11": ("libcli11-dev", "cli11"),
     "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib"),
     "CURL": ("libcurl4-openssl-dev", "curl"),
@@ -18,6 +18,7 @@ NAMES = {
     "GTest": ("libgtest-dev", "gtest"),
     "kainjow/mustache.hpp": ("libkainjow-mustache-dev", None),
     "libutf8proc": ("libutf8proc-dev", "utf8proc"),
+    "libxcrypt": ("libcrypt-dev", "libxcrypt"),
     "nlohmann_json": ("nlohmann-json3-dev", "nlohmann-json"),
     "OpenSSL": ("libssl-dev", "openssl"),
     "PkgConfig": ("pkg-config", "pkgconf"),

@@ -2,7 +2,7 @@
 # Makes the Debian packages and checks their names, what they depend on, and that their programs run from an empty
 # directory into which they are unpacked. Takes cpack, the build directory and a directory for the packages.
 set -eu
-cpack=$1 build=$2 work=$3
+cpack=$1 build=$2 work=$3 tests=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$work"
 "$cpack" --config "$build/CPackConfig.cmake" -G DEB -B "$work/packages" >/dev/null
 
@@ -23,10 +23,21 @@ cd "$work/packages"
 expect_dependencies libqelanalytics[0-9]_*.deb libc6 libcurl4 libspdlog libsqlite3-0 libssl3 libstdc++6
 expect_dependencies libqelanalytics-dev_*.deb libqelanalytics
 expect_dependencies libqelanalytics-c_*.deb libqelanalytics libstdc++6
-expect_dependencies qel-analytics-tools_*.deb libcpp-httplib libqelanalytics libsqlite3-0 libutf8proc
+expect_dependencies qel-analytics-tools_*.deb libqelanalytics libsqlite3-0 libutf8proc
+dpkg-deb --control qel-collector_*.deb "$work/scripts"
+expect_dependencies qel-collector_*.deb adduser libcrypt1 libqelanalytics libsqlite3-0 libssl3
 if ls *.deb 2>/dev/null; then
   echo "is no package that is expected" && exit 1
 fi
+
+for script in postinst prerm postrm; do
+  sh -n "$work/scripts/$script"
+done
+for file in lib/systemd/system/qel-collector.service share/man/man1/qel-collector.1 \
+  share/bash-completion/completions/qel-collector.bash share/doc/qel-collector/examples/haproxy.cfg; do
+  [ -f "$work/root/usr/$file" ]
+done
+"$tests/check_collector_service.sh" "$work/root"
 
 for program in "$work"/root/usr/bin/*; do
   "$program" --version

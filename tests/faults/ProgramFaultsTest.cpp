@@ -7,8 +7,7 @@
 #include "tests/support/Process.h"
 #include "tests/support/Programs.h"
 #include "tests/support/Site.h"
-#include "tools/collector/PackageReader.h"
-#include "tools/collector/Store.h"
+#include "tools/collector/SqliteStore.h"
 
 namespace qel::test {
 
@@ -61,10 +60,11 @@ class ProgramFaultsTest : public testing::Test {
 
   const TemporaryDirectory directory_;
   const fs::path storeFile_ = directory_.path() / "store.db";
-  collector::Store store_{storeFile_};
+  collector::SqliteStore store_{storeFile_};
   std::function<void()> afterStoring_ = [] {};
   const Site site_{{.answer = [this](const Request& request) {
-    store_.add(collector::readPackage(request.body));
+    store_.add({std::make_shared<const collector::Upload>(request.body, "ada")},
+               std::chrono::steady_clock::now() + 10s);
     if (request.body.find("\"events\"") != std::string::npos) {
       afterStoring_();
     }

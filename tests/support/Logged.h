@@ -26,7 +26,10 @@ inline std::string loggedIn(const std::filesystem::path& file) {
 /// Keeps the log of its lifetime.
 class CapturedLog {
  public:
-  CapturedLog() { log::LogManager::instance().configure({.standardError = false, .file = file_}); }
+  explicit CapturedLog(int lowestLevel = log::Level::Warning) {
+    log::LogManager::instance().configure(
+        {.lowestLevel = lowestLevel, .standardError = false, .file = file_});
+  }
   ~CapturedLog() { log::LogManager::instance().configure({}); }
   CapturedLog(const CapturedLog&) = delete;
   CapturedLog& operator=(const CapturedLog&) = delete;

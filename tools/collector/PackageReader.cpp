@@ -1,8 +1,9 @@
 #include "tools/collector/PackageReader.h"
 
+#include <algorithm>
+#include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -51,10 +52,11 @@ std::optional<std::vector<std::string>> listNames(const std::string& frame) {
 }
 
 /// The distinct texts of `rows`, in the order of their first occurrence, and how often each occurs.
+/// Does not use hashes, because a sender could choose texts with equal ones.
 std::vector<std::pair<std::string_view, std::size_t>> counted(
     const std::vector<std::string_view>& rows) {
   std::vector<std::pair<std::string_view, std::size_t>> distinct;
-  std::unordered_map<std::string_view, std::size_t> places;
+  std::map<std::string_view, std::size_t> places;
   for (const auto row : rows) {
     const auto [place, added] = places.emplace(row, distinct.size());
     if (added) {
@@ -80,6 +82,11 @@ void readRows(const std::vector<std::string_view>& texts, std::vector<Row>& rows
 Package refusedWhole(std::string_view body) { return {{}, {}, {{body, 1, "no package"}}}; }
 
 }  // namespace
+
+std::size_t memoryOfRows(std::string_view body) {
+  const auto objects = static_cast<std::size_t>(std::count(body.begin(), body.end(), '{'));
+  return std::min(objects, mostRows) * sizeof(Row);
+}
 
 Package readPackage(std::string_view body) {
   const auto split = splitPackage(body, mostRows);

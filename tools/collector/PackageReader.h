@@ -32,6 +32,10 @@ struct Package {
 /// The maximum number of rows in a package.
 inline constexpr std::size_t mostRows = 100'000;
 
+/// The memory in bytes that the rows of a body need besides the body, at most. Many short rows need
+/// several times the memory of their body.
+std::size_t memoryOfRows(std::string_view body);
+
 /// Parses a request body: `{"version": "3.1", "environments": [...], "events": [...]}`. Either list
 /// may be absent. A row that is not a JSON object becomes a refused text if its brackets and
 /// quotation marks are closed. Otherwise, or if the rest of the body is not a package, the whole

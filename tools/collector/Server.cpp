@@ -1,183 +1,260 @@
 #include "tools/collector/Server.h"
 
-#include <cerrno>
-#include <chrono>
+#include <algorithm>
 #include <exception>
-#include <system_error>
-#include <utility>
+#include <list>
+#include <sstream>
+#include <thread>
 
-#include <httplib.h>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/redirect_error.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <sys/resource.h>
 
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/ScopeGuard.h"
 #include "tools/collector/Answer.h"
-#include "tools/collector/ConnectionWatch.h"
-#include "tools/collector/PackageReceiver.h"
-#include "tools/collector/TlsSettings.h"
-#include "tools/collector/WorkerPool.h"
+#include "tools/collector/Connection.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 namespace {
 
-constexpr const char* anyPath = R"([\s\S]*)";
+namespace asio = boost::asio;
+using asio::ip::tcp;
 
-constexpr int waitingConnections = 128;
-constexpr std::size_t mostRequestsOfConnection = 100;
-constexpr std::chrono::seconds keepAliveTime{8};
-constexpr std::chrono::seconds readTime{10};
-constexpr std::chrono::seconds writeTime{10};
+constexpr int waitingConnections = 4096;
+/// Files of the store and the log, and other listeners.
+constexpr std::size_t otherDescriptors = 36;
+/// The connections beyond the limit that may wait until others are cut.
+constexpr std::size_t connectionsToCut = 64;
+constexpr std::chrono::milliseconds acceptPause{100};
+constexpr std::chrono::seconds crowdLogPause{10};
 
-/// Whether the connection may carry another request. After any answer except 204, unread bytes of
-/// the request could be mistaken for a new request.
-bool keepsConnection(const httplib::Response& response) { return response.status == 204; }
+/// Raises the number of descriptors as far as allowed. Returns how many connections that permits.
+std::size_t permittedConnections() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  return limit.rlim_cur -
+         std::min<std::size_t>(limit.rlim_cur, otherDescriptors + connectionsToCut);
+}
+
+Limits withinPermission(Limits limits) {
+  limits.connections = std::min(limits.connections, permittedConnections());
+  return limits;
+}
+
+/// The address of an IPv4 client is the same, whether or not the server listens on IPv6.
+asio::ip::address plain(const asio::ip::address& address) {
+  return address.is_v6() && address.to_v6().is_v4_mapped()
+             ? asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6())
+             : address;
+}
+
+std::vector<asio::ip::address> parseAddresses(const std::vector<std::string>& texts) {
+  std::vector<asio::ip::address> addresses;
+  for (const std::string& text : texts) {
+    boost::system::error_code error;
+    addresses.push_back(plain(asio::ip::make_address(text, error)));
+    if (error) {
+      throw tools::InputError("--behind: \"" + text + "\" is not an address");
+    }
+  }
+  return addresses;
+}
+
+/// For the ends of coroutines that must not end: the process ends instead, so that its supervisor
+/// starts it again.
+void rethrow(const std::exception_ptr& failure) {
+  if (failure) {
+    std::rethrow_exception(failure);
+  }
+}
+
+/// A thread that serves some of the connections. Only this thread uses `connections`, which are in
+/// the order of their arrival.
+struct Loop {
+  asio::io_context io{1};
+  std::list<Connection*> connections;
+  asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
+  std::thread thread;
+};
+
+/// Cuts the oldest connection without accepted credentials, so that strangers cannot keep customers
+/// out.
+void makeRoom(const Loop& loop) {
+  const auto stranger = std::find_if(loop.connections.begin(), loop.connections.end(),
+                                     [](const Connection* each) { return each->isStranger(); });
+  if (stranger != loop.connections.end()) {
+    (*stranger)->cut();
+  }
+}
+
+/// The caller has counted the connection.
+asio::awaitable<void> serve(Service& service, Loop& loop, tcp::socket socket, std::string peer,
+                            bool isBehindProxy) {
+  const ScopeGuard end([&] { --service.connections; });
+  Connection connection(service, std::move(socket), std::move(peer), isBehindProxy);
+  const auto place = loop.connections.insert(loop.connections.end(), &connection);
+  const ScopeGuard remove([&] { loop.connections.erase(place); });
+  if (service.connections > service.limits.connections) {
+    makeRoom(loop);
+  }
+  if (service.isStopping) {
+    connection.stop();
+  }
+  co_await connection.run();
+}
 
 }  // namespace
 
 class Server::Implementation {
  public:
-  Implementation(const ServerSettings& settings, Credentials credentials, Store& store);
-  int bind();
-  void run(const std::function<void()>& ready);
+  Implementation(const ServerSettings& settings, std::shared_ptr<Users> users, TlsContext tls,
+                 StoreWriter& writer, Metrics& metrics)
+      : service(withinPermission(settings.limits), writer, metrics, std::move(users),
+                std::move(tls)),
+        behind_(parseAddresses(settings.behind)),
+        loops_(std::max(1U, std::thread::hardware_concurrency())) {
+    listen(settings.listen);
+    asio::co_spawn(loops_.front().io, accept(), rethrow);
+    for (Loop& loop : loops_) {
+      loop.thread = std::thread([&loop] { loop.io.run(); });
+    }
+  }
+
+  std::uint16_t port() const { return port_; }
   void stop();
 
- private:
-  bool setUp(SSL_CTX& context);
-  void configureConnections();
-  void configureRequests();
-  void configureAnswers();
+  Service service;
 
-  const ServerSettings settings_;
-  ConnectionWatch watch_;
-  PackageReceiver receiver_;
-  std::exception_ptr setUpFailure_;
-  socket_t listener_ = INVALID_SOCKET;
-  httplib::SSLServer http_;
+ private:
+  void listen(const tools::Endpoint& endpoint);
+  asio::awaitable<void> accept();
+  void admit(Loop& loop, tcp::socket socket);
+  void logCrowd(const tcp::endpoint& peer);
+
+  const std::vector<asio::ip::address> behind_;
+  std::vector<Loop> loops_;
+  tcp::acceptor acceptor_{loops_.front().io};
+  std::uint16_t port_ = 0;
+  /// @{
+  /// Used only on the first loop's thread.
+  std::size_t unloggedCrowd_ = 0;
+  std::chrono::steady_clock::time_point nextCrowdLine_;
+  /// @}
 };
 
-Server::Implementation::Implementation(const ServerSettings& settings, Credentials credentials,
-                                       Store& store)
-    : settings_(settings),
-      watch_({.connections = settings.workers}),
-      receiver_(settings.largestBody, std::move(credentials), store, watch_),
-      http_([this](SSL_CTX& context) { return setUp(context); }) {
-  if (setUpFailure_) {
-    std::rethrow_exception(setUpFailure_);
-  }
-  if (!http_.is_valid()) {
-    throw qel::exception("cannot set TLS up");
-  }
-  configureConnections();
-  configureRequests();
-  configureAnswers();
-}
-
-bool Server::Implementation::setUp(SSL_CTX& context) {
+void Server::Implementation::listen(const tools::Endpoint& endpoint) {
   try {
-    setUpTls(context, settings_.certificate, settings_.key);
-    watch_.attachTo(context);
-    return true;
-  } catch (const std::exception&) {
-    setUpFailure_ = std::current_exception();
-    return false;
+    const auto found = tcp::resolver(loops_.front().io)
+                           .resolve(endpoint.host, std::to_string(endpoint.port),
+                                    tcp::resolver::passive | tcp::resolver::numeric_service);
+    const tcp::endpoint address = *found.begin();
+    acceptor_.open(address.protocol());
+    acceptor_.set_option(tcp::acceptor::reuse_address(true));
+    acceptor_.bind(address);
+    acceptor_.listen(waitingConnections);
+    port_ = acceptor_.local_endpoint().port();
+  } catch (const boost::system::system_error& error) {
+    throw qel::exception("cannot listen on " + tools::toText(endpoint) + ": " +
+                         error.code().message());
   }
 }
 
-void Server::Implementation::configureConnections() {
-  http_.set_tcp_nodelay(true);
-  // The library's default option would let a second server share the port unnoticed.
-  http_.set_socket_options([this](socket_t socket) {
-    listener_ = socket;
-    const int yes = 1;
-    ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
-  });
-  http_.set_keep_alive_max_count(mostRequestsOfConnection);
-  http_.set_keep_alive_timeout(keepAliveTime.count());
-  http_.set_read_timeout(readTime);
-  http_.set_write_timeout(writeTime);
-}
-
-void Server::Implementation::configureRequests() {
-  http_.set_pre_routing_handler([this](const auto& request, auto& response) {
-    if (request.method == "POST") {
-      return httplib::Server::HandlerResponse::Unhandled;
+asio::awaitable<void> Server::Implementation::accept() {
+  asio::steady_timer pause(loops_.front().io);
+  for (std::size_t next = 0; acceptor_.is_open(); next = (next + 1) % loops_.size()) {
+    Loop& loop = loops_[next];
+    boost::system::error_code error;
+    tcp::socket socket =
+        co_await acceptor_.async_accept(loop.io, asio::redirect_error(asio::use_awaitable, error));
+    if (!error) {
+      admit(loop, std::move(socket));
+    } else if (acceptor_.is_open()) {
+      pause.expires_after(acceptPause);
+      co_await pause.async_wait(asio::use_awaitable);
     }
-    receiver_.refuse(request, response);
-    return httplib::Server::HandlerResponse::Handled;
-  });
-  http_.Post(anyPath, [this](const httplib::Request& request, httplib::Response& response,
-                             const httplib::ContentReader& body) {
-    receiver_.receive(request, response, body);
-  });
-  // The library's default answer would disclose the exception's message to the client.
-  http_.set_exception_handler(
-      [this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
-        const Answer answer{503, "could not be served"};
-        give(response, answer);
-        logAnswer(answer, watch_.peerOfThisWorker(), {});
-      });
-}
-
-void Server::Implementation::configureAnswers() {
-  http_.set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
-    if (!keepsConnection(response)) {
-      response.headers.erase("Keep-Alive");
-      response.headers.erase("Connection");
-      response.set_header("Connection", "close");
-    }
-  });
-  // The library calls this function after every answer, including answers that it generates itself.
-  http_.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
-    // If the library itself answers a request, the request has no connection yet.
-    if (request.ssl == nullptr) {
-      logAnswer({response.status, "malformed request"}, watch_.peerOfThisWorker(), {});
-    }
-    if (keepsConnection(response)) {
-      watch_.awaitHead(request.ssl);
-    } else {
-      watch_.endConnectionOfThisWorker();
-    }
-  });
-}
-
-int Server::Implementation::bind() {
-  const auto& [host, port] = settings_.listen;
-  errno = 0;
-  const int bound = port == 0                        ? http_.bind_to_any_port(host)
-                    : http_.bind_to_port(host, port) ? port
-                                                     : -1;
-  if (bound < 0) {
-    throw qel::exception("cannot listen on " + tools::toText(settings_.listen) + ": " +
-                         (errno == 0 ? "this is no address of the machine"
-                                     : std::generic_category().message(errno)));
   }
-  // The library's queue for five new connections is too short: a client that finds it full retries
-  // only after a second.
-  ::listen(listener_, waitingConnections);
-  return bound;
 }
 
-void Server::Implementation::run(const std::function<void()>& ready) {
-  http_.new_task_queue = [&] {
-    ready();
-    return new WorkerPool(settings_.workers);
-  };
-  if (!http_.listen_after_bind()) {
-    throw qel::exception("cannot accept connections any more");
+void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
+  boost::system::error_code error;
+  tcp::endpoint peer = socket.remote_endpoint(error);
+  if (error) {
+    return;  // closes the socket
+  }
+  peer.address(plain(peer.address()));
+  if (service.connections >= service.limits.connections) {
+    logCrowd(peer);
+  }
+  if (service.connections >= service.limits.connections + connectionsToCut) {
+    return;
+  }
+  socket.set_option(tcp::no_delay(true), error);
+  const bool isBehindProxy = std::count(behind_.begin(), behind_.end(), peer.address()) > 0;
+  std::ostringstream text;
+  text << peer;
+  ++service.connections;
+  asio::co_spawn(loop.io, serve(service, loop, std::move(socket), text.str(), isBehindProxy),
+                 asio::detached);
+}
+
+/// Logs one line for many connections, because they can come faster than the log can be written.
+void Server::Implementation::logCrowd(const tcp::endpoint& peer) {
+  ++unloggedCrowd_;
+  const auto now = std::chrono::steady_clock::now();
+  if (now >= nextCrowdLine_) {
+    logCut("too many connections: " + std::to_string(unloggedCrowd_) +
+               " cut since the last such line, the last one",
+           peer.address().to_string());
+    unloggedCrowd_ = 0;
+    nextCrowdLine_ = now + crowdLogPause;
   }
 }
 
 void Server::Implementation::stop() {
-  http_.stop();
-  watch_.stop();
+  service.isStopping = true;
+  asio::post(loops_.front().io, [this] { acceptor_.close(); });
+  for (Loop& loop : loops_) {
+    asio::post(loop.io, [&loop] {
+      for (Connection* const connection : loop.connections) {
+        connection->stop();
+      }
+    });
+    loop.work.reset();
+  }
+  for (Loop& loop : loops_) {
+    if (loop.thread.joinable()) {
+      loop.thread.join();
+    }
+  }
 }
 
-Server::Server(const ServerSettings& settings, Credentials credentials, Store& store)
-    : implementation_(std::make_unique<Implementation>(settings, std::move(credentials), store)) {}
+Server::Server(const ServerSettings& settings, std::shared_ptr<Users> users, TlsContext tls,
+               StoreWriter& writer, Metrics& metrics)
+    : implementation_(std::make_unique<Implementation>(settings, std::move(users), std::move(tls),
+                                                       writer, metrics)) {}
 
-Server::~Server() = default;
+Server::~Server() { stop(); }
 
-int Server::bind() { return implementation_->bind(); }
+std::uint16_t Server::port() const { return implementation_->port(); }
 
-void Server::run(const std::function<void()>& ready) { implementation_->run(ready); }
+void Server::use(std::shared_ptr<Users> users) { implementation_->service.use(std::move(users)); }
+
+void Server::use(TlsContext tls) { implementation_->service.use(std::move(tls)); }
+
+std::size_t Server::connections() const { return implementation_->service.connections; }
+
+std::uint64_t Server::bytesInFlight() const { return implementation_->service.bytesInFlight; }
 
 void Server::stop() { implementation_->stop(); }
 

@@ -1,63 +1,65 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
-#include <filesystem>
-#include <functional>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "tools/collector/Credentials.h"
-#include "tools/collector/Store.h"
+#include "tools/collector/Service.h"
 #include "tools/common/Endpoint.h"
 
 namespace qel::collector {
 
 struct ServerSettings {
-  tools::Endpoint listen;             ///< port 0: any free port
-  std::filesystem::path certificate;  ///< PEM, with its chain
-  std::filesystem::path key;          ///< PEM, not encrypted
-  /// Maximum body size in bytes. Far larger than any row a client can store, because a row that the
-  /// server always rejects would block all later rows.
-  std::size_t largestBody = std::size_t{64} * 1024 * 1024;
-  /// The maximum number of requests that are served at the same time.
-  std::size_t workers = 64;
+  tools::Endpoint listen;  ///< port 0: any free port
+  /// Addresses of load balancers. A connection from one of them must begin with a PROXY header.
+  std::vector<std::string> behind = {};
+  Limits limits = {};
 };
 
 /// Receives packages over HTTPS (TLS 1.2 or newer) at `POST /authenticated/customer-care.php` and
-/// stores them.
+/// has them stored.
 ///
 /// **Answers.**
 /// - 204: the whole package is on disk.
+/// - 400: the request is malformed, or its body is incomplete.
 /// - 401: the credentials are unknown.
-/// - 400: the body is incomplete.
-/// - 411: the length of the body is not given by one plain Content-Length.
-/// - 413: the body is too large.
-/// - 415: the body is not declared as uncompressed JSON.
 /// - 404, 405: the path or the method is not served.
+/// - 411: the length of the body is not given by one plain Content-Length.
+/// - 413, 431: the body or the head is too large.
+/// - 415: the body is not declared as uncompressed JSON.
+/// - 429: the user has sent too much.
 /// - 503: the package cannot be stored at present.
 ///
 /// The server closes the connection after every answer except 204.
 ///
-/// **Log.** One line for every request. It contains no part of a body, user name or secret.
-///
-/// **Threads.** The constructor, `bind` and `run` must be called on one thread. `stop` is
-/// thread-safe.
+/// **Threads.** One loop for each processor. The operations are thread-safe, except `stop` and the
+/// destructor.
 class Server {
  public:
-  /// Throws `tools::InputError` if the certificate or the key cannot be used.
-  Server(const ServerSettings& settings, Credentials credentials, Store& store);
+  /// Starts to listen and to serve. `writer` and `metrics` must outlive this object. Throws
+  /// `qel::exception` if it cannot listen, and `tools::InputError` for invalid addresses.
+  Server(const ServerSettings& settings, std::shared_ptr<Users> users, TlsContext tls,
+         StoreWriter& writer, Metrics& metrics);
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+  /// Calls `stop`.
   ~Server();
 
-  /// Starts to listen and returns the port. Throws `qel::exception` if it cannot listen.
-  int bind();
+  std::uint16_t port() const;
 
-  /// Serves until `stop` has been called and all requests in progress are answered. Calls `ready`
-  /// as soon as `stop` has an effect. Throws `qel::exception` if it cannot accept connections any
-  /// more.
-  void run(const std::function<void()>& ready);
+  /// Replaces what later requests or connections use.
+  /// @{
+  void use(std::shared_ptr<Users> users);
+  void use(TlsContext tls);
+  /// @}
 
-  /// Makes `run` return. Does nothing before `run` has called `ready`.
+  std::size_t connections() const;
+  std::uint64_t bytesInFlight() const;
+
+  /// Accepts no more connections, and cuts those without a request. Returns when all requests in
+  /// progress are answered.
   void stop();
 
  private:

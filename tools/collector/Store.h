@@ -1,10 +1,13 @@
 #pragma once
 
-#include <filesystem>
+#include <chrono>
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/Mutex.h"
 #include "tools/collector/PackageReader.h"
 
 namespace qel::collector {
@@ -15,31 +18,51 @@ class StoreError : public qel::exception {
   using qel::exception::exception;
 };
 
-/// The received packages, in an SQLite file with three tables:
-///
-/// - `events`: id, received, count, session, installation, time, category, subcategory, event, text
-/// - `environments`: id, received, count, session, installation, time, text
-/// - `refused`: id, received, count, reason, text
-///
-/// `text` is the text as it was sent, byte for byte. Each text is stored once. `received` is the
-/// time (UTC) when the text was first received. `count` is the maximum number of its occurrences in
-/// one package, so a package that is sent again does not increase it. A column is NULL if the row
-/// has no such member. Thread-safe.
+/// The database rejects rows of these packages. Other packages can still be stored.
+class UploadError : public StoreError {
+ public:
+  using StoreError::StoreError;
+};
+
+/// A package as it arrived. `package` has views into `body`, so an upload is never moved or copied.
+struct Upload {
+  Upload(std::string bodyOfRequest, std::string nameOfUser)
+      : body(std::move(bodyOfRequest)), user(std::move(nameOfUser)), package(readPackage(body)) {}
+  Upload(const Upload&) = delete;
+  Upload& operator=(const Upload&) = delete;
+
+  /// The memory of the body and of its rows in bytes, at most.
+  std::size_t size() const { return body.size() + memoryOfRows(body); }
+
+  const std::string body;
+  const std::string user;  ///< who sent it
+  const Package package;
+};
+
+using Uploads = std::vector<std::shared_ptr<const Upload>>;
+
+/// In bytes.
+struct StoreSize {
+  std::uint64_t file = 0;
+  std::uint64_t log = 0;  ///< changes that are not yet in the file
+};
+
+/// Where received packages are kept. A text that is sent again, at any time and to any collector of
+/// this store, is stored once. Used by one thread at a time, except `size`.
 class Store {
  public:
-  /// Opens or creates the file. Throws `StoreError` if that fails.
-  explicit Store(const std::filesystem::path& file);
-  ~Store();
+  virtual ~Store() = default;
 
-  /// Stores a package. When it returns, the whole package is on disk. If it throws `StoreError`, no
-  /// part of the package is stored.
-  void add(const Package& package);
+  /// Stores all packages in one transaction. When it returns, all are durable. Throws `StoreError`
+  /// if that fails or takes longer than until the deadline; then no part of them is stored.
+  virtual void add(const Uploads& uploads, std::chrono::steady_clock::time_point deadline) = 0;
 
- private:
-  class Database;
+  /// Deletes some of the rows that were received before this time. Returns whether there may be
+  /// more of them. Throws `StoreError`.
+  virtual bool removeSome(std::chrono::system_clock::time_point before) = 0;
 
-  utilities::Mutex mutex_;
-  const std::unique_ptr<Database> database_ QEL_PT_GUARDED_BY(mutex_);
+  /// Thread-safe.
+  virtual StoreSize size() const = 0;
 };
 
 }  // namespace qel::collector

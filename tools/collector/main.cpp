@@ -1,102 +1,80 @@
-#include <csignal>
-#include <iostream>
+#include <cstdlib>
 #include <string>
-#include <thread>
 
 #include <CLI/CLI.hpp>
-#include <pthread.h>
-#include <sys/stat.h>
 
-#include "host/QelLog/LogManager.h"
-#include "host/QelUtilities/PathText.h"
-#include "host/QelUtilities/ScopeGuard.h"
-#include "tools/collector/Credentials.h"
-#include "tools/collector/Server.h"
-#include "tools/collector/Store.h"
-#include "tools/common/Endpoint.h"
+#include "tools/collector/Collector.h"
+#include "tools/collector/EraseCommand.h"
 #include "tools/common/Program.h"
 
 namespace {
 
 using namespace qel;
-using utilities::pathFromUtf8;
 
 constexpr const char* programName = "qel-collector";
 
-struct Options {
-  std::string listen = "127.0.0.1:8443";
-  std::string certificate;
-  std::string key;
-  std::string credentials;
-  std::string store;
-};
-
-/// Blocks SIGINT and SIGTERM in the calling thread and in all threads that it starts.
-class StopSignals {
- public:
-  StopSignals() {
-    sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-  }
-
-  void wait() const {
-    int signal = 0;
-    sigwait(&signals_, &signal);
-  }
-
- private:
-  sigset_t signals_{};
-};
-
-int collect(const Options& options) {
-  // Only the owner may read what customers send.
-  ::umask(S_IRWXG | S_IRWXO);
-  log::LogSettings logging;
-  logging.lowestLevel = log::Level::Info;
-  log::LogManager::instance().configure(logging);
-  const StopSignals signals;
-  tools::Endpoint endpoint = tools::parseEndpoint("--listen", options.listen, 0);
-  auto credentials = collector::Credentials::fromFile(pathFromUtf8(options.credentials));
-  collector::Store store(pathFromUtf8(options.store));
-  collector::Server server({endpoint, pathFromUtf8(options.certificate), pathFromUtf8(options.key)},
-                           std::move(credentials), store);
-  endpoint.port = static_cast<std::uint16_t>(server.bind());
-
-  std::thread stopper;
-  const ScopeGuard joinStopper([&] {
-    if (stopper.joinable()) {
-      pthread_kill(stopper.native_handle(), SIGINT);
-      stopper.join();
-    }
-  });
-  server.run([&] {
-    std::cout << "listening on " << tools::toText(endpoint) << '\n' << std::flush;
-    stopper = std::thread([&] {
-      signals.wait();
-      server.stop();
-    });
-  });
-  return 0;
+/// `CLI::PositiveNumber` prints the largest number in all its digits.
+CLI::Validator positive() {
+  const auto objection = [](const std::string& text) {
+    return CLI::PositiveNumber(text).empty() ? "" : "must be positive";
+  };
+  return {objection, ""};
 }
 
-int run(const tools::Arguments& arguments) {
-  Options options;
-  CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
-                   programName);
+void addOptions(CLI::App& program, collector::CollectorOptions& options, bool areRequired) {
   program
       .add_option("--listen", options.listen,
                   "address to listen on; port 0 picks a free port and prints it")
       ->type_name("ADDRESS:PORT");
+  program
+      .add_option("--admin", options.admin,
+                  "address for /health, /ready and /metrics over plain HTTP")
+      ->type_name("ADDRESS:PORT");
+  program
+      .add_option("--behind", options.behind,
+                  "address of a load balancer, which sends a PROXY header (version 2); repeatable")
+      ->allow_extra_args(false)
+      ->type_name("ADDRESS");
   const auto addFile = [&](const char* name, std::string& file, const char* help) {
-    program.add_option(name, file, help)->type_name("FILE")->required();
+    program.add_option(name, file, help)->type_name("FILE")->required(areRequired);
   };
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
   addFile("--store", options.store, "SQLite file for received data");
-  return tools::readCommandLine(program, arguments) ? collect(options) : 0;
+  program
+      .add_option("--retention", options.retentionDays,
+                  "delete rows that were received more than this number of days ago")
+      ->check(CLI::Range(1, 36500))
+      ->type_name("DAYS");
+  program
+      .add_option("--user-requests", options.userLimits.requestsPerSecond,
+                  "requests a second that a user may send, averaged over a minute")
+      ->check(positive())
+      ->type_name("NUMBER");
+  program
+      .add_option("--user-bytes", options.userLimits.bytesPerSecond,
+                  "bytes a second that a user may send, averaged over a minute")
+      ->check(positive())
+      ->type_name("NUMBER");
+}
+
+int run(const tools::Arguments& arguments) {
+  collector::CollectorOptions options;
+  collector::EraseOptions eraseOptions;
+  const bool erases = !arguments.empty() && arguments.front() == "erase";
+  CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
+                   programName);
+  addOptions(program, options, !erases);
+  collector::addEraseCommand(program, eraseOptions);
+  if (!tools::readCommandLine(program, arguments)) {
+    return EXIT_SUCCESS;
+  }
+  if (erases) {
+    return collector::erase(eraseOptions);
+  }
+  collector::collect(options);
+  return EXIT_SUCCESS;
 }
 
 }  // namespace

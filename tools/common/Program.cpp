@@ -25,7 +25,8 @@ void complete(CLI::App& program, const std::string& version) {
   for (CLI::Option* option : program.get_options({})) {
     const bool flag = option->get_items_expected_max() == 0;
     option->check(flag ? complaintAboutFlag : complaintAboutValue)
-        ->multi_option_policy(CLI::MultiOptionPolicy::Throw)
+        ->multi_option_policy(option->get_expected_max() > 1 ? CLI::MultiOptionPolicy::TakeAll
+                                                             : CLI::MultiOptionPolicy::Throw)
         ->capture_default_str();
   }
   program.allow_windows_style_options(false);  // "/x" may be a path.

@@ -55,6 +55,7 @@ TEST(LogManagerTest, AnExitWritesTheLogButDoesNotWaitForAStalledOne) {
 
 TEST(LogManagerTest, CountsTheMessagesThatAStalledLogDropped) {
   constexpr int count = 5000;
+  const std::size_t before = LogManager::instance().dropped();
   int written = 0;
   int dropped = 0;
   std::mutex mutex;
@@ -72,6 +73,7 @@ TEST(LogManagerTest, CountsTheMessagesThatAStalledLogDropped) {
   LogManager::instance().configure({});
   EXPECT_EQ(written + dropped, count);
   EXPECT_GT(dropped, count / 2);
+  EXPECT_EQ(LogManager::instance().dropped() - before, static_cast<std::size_t>(dropped));
 }
 
 TEST(LogManagerTest, WritesAMessageToTheFileThatWasSetWhenItCame) {

@@ -37,18 +37,6 @@ TEST_F(WritingTest, ReportsASessionOnOnePageThatNothingLeaves) {
   recordForSupport(searches);
   expectTranscript("support/reporting.txt");
   const auto html = test::contentOf(elsewhere("page"));
-  for (const std::string part :
-       {"&lt;script&gt;alert(&apos;1&apos;)&lt;/script&gt;{{style}}", "<td>a&amp;b\uFFFD</td>",
-        "Debian &lt;12&gt;", "<title>1,000 MB to 2,000 MB</title>", R"(<line class="crash")",
-        R"(class="reading")", "prefers-color-scheme: dark", "@media print",
-        R"(open &lt;end&gt;<br><code class="faint">7</code></td><td></td>)"
-        R"(<td class="time">2026-11-21 09:36:00</td><td class="time">2026-11-21 09:37:00</td>)",
-        R"(8</code></td><td></td>)"
-        R"(<td class="time">2026-11-21 09:36:10</td><td class="time">2026-11-21 09:36:20</td>)",
-        "2 added, 1 removed one by one; times that the list was emptied: 1", ">09:32</text>",
-        "xx…</td>", "Later records that are left out: 1;"}) {
-    EXPECT_THAT(html, HasSubstr(part));
-  }
   EXPECT_THAT(
       html, AllOf(Not(HasSubstr("<script")), Not(HasSubstr("http:")), Not(HasSubstr("https:")),
                   Not(HasSubstr("url(")), HasSubstr(std::string(1992, 'x')), Not(HasSubstr("xä"))));

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/collector/Users.h"
+
+namespace qel::collector {
+
+struct CollectorOptions {
+  std::string listen = "127.0.0.1:8443";
+  std::string admin;  ///< empty: none
+  std::vector<std::string> behind;
+  std::string certificate;
+  std::string key;
+  std::string credentials;
+  std::string store;
+  std::uint32_t retentionDays = 0;  ///< 0: unlimited
+  UserLimits userLimits;
+};
+
+/// Receives packages until SIGINT or SIGTERM. Reads the certificate and the users again after
+/// SIGHUP or when their files have changed. Prints where it listens. Throws `tools::InputError` for
+/// options or files that cannot be used, and `qel::exception` if the store or an address cannot be
+/// used.
+void collect(const CollectorOptions& options);
+
+}  // namespace qel::collector

@@ -1,0 +1,123 @@
+#include "tools/collector/EraseCommand.h"
+
+#include <iostream>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <unistd.h>
+
+#include "host/QelUtilities/PathText.h"
+#include "tools/collector/SqliteExecution.h"
+#include "tools/collector/SqliteSchema.h"
+#include "tools/common/InputError.h"
+
+namespace qel::collector {
+namespace {
+
+constexpr const char* rowsOfTransaction = "500";
+
+/// Deletes the rows of one table that meet a condition with one parameter.
+class Erasure {
+ public:
+  Erasure(SqliteConnection& connection, const std::string& table, const std::string& condition,
+          std::string value)
+      : connection_(connection),
+        count_(connection.prepare("SELECT count(*) FROM " + table + " WHERE " + condition)),
+        next_(connection.prepare("SELECT id FROM " + table + " WHERE " + condition +
+                                 " AND id > ? ORDER BY id LIMIT " + rowsOfTransaction)),
+        removal_(connection.prepare("DELETE FROM " + table + " WHERE id = ?")),
+        value_(std::move(value)) {}
+
+  std::int64_t count() {
+    connection_.setDeadline(std::chrono::steady_clock::time_point::max());
+    SqliteExecution execution(connection_, count_);
+    execution.bindText(value_).step();
+    return execution.number(0);
+  }
+
+  std::int64_t run() {
+    std::int64_t removed = 0;
+    for (auto ids = idsAfter(0); !ids.empty(); ids = idsAfter(ids.back())) {
+      SqliteTransaction transaction(connection_);
+      for (const std::int64_t id : ids) {
+        SqliteExecution(connection_, removal_).bindNumber(id).step();
+      }
+      transaction.commit();
+      removed += static_cast<std::int64_t>(ids.size());
+    }
+    return removed;
+  }
+
+ private:
+  std::vector<std::int64_t> idsAfter(std::int64_t id) {
+    std::vector<std::int64_t> ids;
+    SqliteExecution execution(connection_, next_);
+    execution.bindText(value_).bindNumber(id);
+    while (execution.step()) {
+      ids.push_back(execution.number(0));
+    }
+    return ids;
+  }
+
+  SqliteConnection& connection_;
+  const SqliteStatement count_;
+  const SqliteStatement next_;
+  const SqliteStatement removal_;
+  const std::string value_;
+};
+
+bool isAgreed() {
+  if (::isatty(STDIN_FILENO) == 0) {
+    throw tools::InputError("nobody can be asked without a terminal; --yes erases without asking");
+  }
+  std::cout << "Erase them? [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "yes";
+}
+
+}  // namespace
+
+void addEraseCommand(CLI::App& program, EraseOptions& options) {
+  CLI::App* const command =
+      program.add_subcommand("erase", "Erases what an installation or a user has sent.");
+  command->add_option("--store", options.store, "the collector's SQLite file")
+      ->type_name("FILE")
+      ->required();
+  command->add_option("--installation", options.installation, "the InstallationId of the rows")
+      ->type_name("ID");
+  command->add_option("--user", options.user, "the user who sent the rows first")
+      ->type_name("NAME");
+  command->add_flag("--yes", options.isConfirmed, "do not ask");
+}
+
+int erase(const EraseOptions& options) {
+  const bool isUser = options.installation.empty();
+  if (isUser == options.user.empty()) {
+    throw tools::InputError("either --installation or --user is required");
+  }
+  SqliteConnection connection(utilities::pathFromUtf8(options.store),
+                              SqliteConnection::Missing::Fail);
+  prepareSchema(connection);
+  const std::string value = isUser ? options.user : options.installation;
+  const std::string condition = isUser ? "user = ?" : "installation = ?";
+  Erasure events(connection, "events", condition, value);
+  Erasure environments(connection, "environments", condition, value);
+  Erasure refused(connection, "refused",
+                  isUser ? condition : "instr(text, CAST('\"' || ? || '\"' AS BLOB)) > 0", value);
+  std::cout << "events " << events.count() << ", environments " << environments.count()
+            << ", refused texts " << refused.count() << '\n';
+  if (!options.isConfirmed && !isAgreed()) {
+    std::cout << "nothing is erased\n";
+    return 1;
+  }
+  const auto erased = events.run() + environments.run() + refused.run();
+  connection.setDeadline(std::chrono::steady_clock::now() + SqliteConnection::patience);
+  if (!connection.truncateLog()) {
+    connection.fail("the rows are deleted, but a reader keeps them in the log; repeat this later");
+  }
+  std::cout << "erased " << erased << (erased == 1 ? " row\n" : " rows\n");
+  return 0;
+}
+
+}  // namespace qel::collector

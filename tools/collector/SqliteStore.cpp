@@ -1,0 +1,216 @@
+#include "tools/collector/SqliteStore.h"
+
+#include <array>
+#include <ctime>
+#include <string>
+#include <system_error>
+
+#include <sqlite3.h>
+
+#include "host/QelLog/LogManager.h"
+#include "tools/collector/SqliteExecution.h"
+
+namespace qel::collector {
+namespace {
+
+using std::chrono::steady_clock;
+using std::chrono::system_clock;
+
+constexpr std::uint64_t megabyte = 1'000'000;
+
+/// The log is emptied at this size if no reader uses it. A larger one is not moved into the file
+/// when the store is closed, because that takes long.
+constexpr std::uint64_t largestLog = 256 * megabyte;
+
+/// In kilobytes. The pages that are changed often must fit, or each row costs several reads.
+constexpr const char* settings = R"(
+  PRAGMA journal_mode = WAL;
+  PRAGMA cache_size = -64000;
+  PRAGMA wal_autocheckpoint = 4000;
+  PRAGMA journal_size_limit = 67108864;
+)";
+
+/// How many rows `removeSome` examines, and how long it may take.
+constexpr const char* rowsOfRemoval = "1000";
+constexpr std::chrono::seconds longestRemoval{1};
+
+/// The number of column members that an environment has. An event has all of them.
+constexpr std::size_t environmentColumns = 3;
+
+/// The parameters are received, key, count, user, text, and the table's columns.
+std::string insertion(const SqliteTable& table) {
+  std::string parameters = "?, ?, ?, ?, ?, ?";
+  for (const char letter : std::string_view(table.columns)) {
+    parameters += letter == ',' ? ", ?" : "";
+  }
+  return std::string("INSERT INTO ") + table.name + " (received, key, count, user, text, " +
+         table.columns + ") VALUES (" + parameters +
+         ") ON CONFLICT (key) DO UPDATE SET count = excluded.count WHERE excluded.count > count";
+}
+
+/// In the format of the column `received`.
+std::string utcText(system_clock::time_point time) {
+  const auto milliseconds =
+      std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
+  const std::time_t seconds =
+      system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(time));
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  std::array<char, 64> text{};
+  const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S.", &parts);
+  return std::string(text.data(), length) + std::to_string(1000 + milliseconds % 1000).substr(1) +
+         'Z';
+}
+
+std::string_view bytesOf(const Sha256& key) {
+  return {reinterpret_cast<const char*>(key.data()), key.size()};
+}
+
+std::uint64_t sizeOf(const std::filesystem::path& file) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  return error ? 0 : size;
+}
+
+}  // namespace
+
+SqliteStore::SqliteStore(const std::filesystem::path& file)
+    : file_(std::filesystem::absolute(file)), connection_(file, SqliteConnection::Missing::Create) {
+  prepareSchema(connection_);
+  connection_.execute(settings);
+  for (std::size_t index = 0; index < tables_.size(); ++index) {
+    const std::string name = sqliteTables[index].name;
+    Table& table = tables_[index];
+    table.insertion = connection_.prepare(insertion(sqliteTables[index]));
+    // The last id of the next rows, whether one of them is old, and whether one is from the future.
+    table.oldest = connection_.prepare(
+        "SELECT ifnull(max(id), 0), ifnull(min(received) < ?, 0), ifnull(max(received) > ?, 0)"
+        " FROM (SELECT id, received FROM " +
+        name + " WHERE id > ? ORDER BY id LIMIT " + rowsOfRemoval + ")");
+    table.removal =
+        connection_.prepare("DELETE FROM " + name + " WHERE id > ? AND id <= ? AND received < ?");
+  }
+}
+
+SqliteStore::~SqliteStore() {
+  if (SqliteStore::size().log > largestLog) {
+    sqlite3_db_config(connection_.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  }
+}
+
+void SqliteStore::add(const Uploads& uploads, steady_clock::time_point deadline) {
+  connection_.setDeadline(deadline);
+  SqliteTransaction transaction(connection_);
+  const std::string received = utcText(system_clock::now());
+  for (const auto& upload : uploads) {
+    add(*upload, received);
+  }
+  if (uploads.empty()) {
+    rewriteVersion(connection_);
+  }
+  transaction.commit();
+  limitLog();
+}
+
+void SqliteStore::add(const Upload& upload, std::string_view received) {
+  const Origin origin{received, upload.user};
+  for (const Row& row : upload.package.environments) {
+    addRow(tables_[Environments], origin, row, environmentColumns);
+  }
+  for (const Row& row : upload.package.events) {
+    addRow(tables_[Events], origin, row, tools::columnMembers.size());
+  }
+  for (const RefusedText& refused : upload.package.refused) {
+    addRefused(origin, refused);
+  }
+}
+
+void SqliteStore::addRow(const Table& table, const Origin& origin, const Row& row,
+                         std::size_t columns) {
+  const auto& session = row.columns.front();
+  const Sha256 key =
+      keyOf(session ? std::optional<std::string_view>(*session) : std::nullopt, sha256(row.text));
+  SqliteExecution execution(connection_, table.insertion);
+  execution.bindText(origin.received)
+      .bindBlob(bytesOf(key))
+      .bindNumber(static_cast<std::int64_t>(row.count))
+      .bindText(origin.user)
+      .bindText(row.text);
+  for (std::size_t column = 0; column < columns; ++column) {
+    const auto& value = row.columns[column];
+    value ? execution.bindText(*value) : execution.bindNull();
+  }
+  execution.step();
+}
+
+void SqliteStore::addRefused(const Origin& origin, const RefusedText& refused) {
+  const Sha256 key = sha256(refused.text);
+  SqliteExecution execution(connection_, tables_[Refused].insertion);
+  execution.bindText(origin.received)
+      .bindBlob(bytesOf(key))
+      .bindNumber(static_cast<std::int64_t>(refused.count))
+      .bindText(origin.user)
+      .bindBlob(refused.text)
+      .bindText(refused.reason)
+      .step();
+}
+
+bool SqliteStore::removeSome(system_clock::time_point before) {
+  connection_.setDeadline(steady_clock::now() + longestRemoval);
+  const std::string limit = utcText(before);
+  const std::string now = utcText(system_clock::now());
+  bool isMore = false;
+  for (Table& table : tables_) {
+    isMore = removeSome(table, limit, now) || isMore;
+  }
+  limitLog();
+  return isMore;
+}
+
+/// Examines the next rows in the order of arrival. Ends at the first rows of which none is old.
+/// Rows from the future are passed over: the clock was wrong when they arrived.
+bool SqliteStore::removeSome(Table& table, std::string_view before, std::string_view now) {
+  std::int64_t last = 0;
+  bool hasOld = false;
+  bool isMore = false;
+  {
+    SqliteExecution execution(connection_, table.oldest);
+    execution.bindText(before).bindText(now).bindNumber(table.checked).step();
+    last = execution.number(0);
+    hasOld = execution.number(1) != 0;
+    isMore = hasOld || execution.number(2) != 0;
+  }
+  if (hasOld) {
+    SqliteTransaction transaction(connection_);
+    SqliteExecution(connection_, table.removal)
+        .bindNumber(table.checked)
+        .bindNumber(last)
+        .bindText(before)
+        .step();
+    transaction.commit();
+  }
+  table.checked = isMore ? last : 0;
+  return isMore;
+}
+
+StoreSize SqliteStore::size() const {
+  std::filesystem::path log = file_;
+  log += "-wal";
+  return {sizeOf(file_), sizeOf(log)};
+}
+
+/// Empties a large log unless a reader uses it, without waiting.
+void SqliteStore::limitLog() {
+  connection_.setDeadline(steady_clock::now());
+  const bool isLarge = size().log > largestLog && !connection_.truncateLog();
+  if (isLarge && !reportedLog_) {
+    log::LogManager::instance()
+        .getLogger("qel.collector")
+        ->log(log::Level::Warning, "the log of the store has more than " +
+                                       std::to_string(largestLog / megabyte) +
+                                       " MB because a reader does not end its transaction");
+  }
+  reportedLog_ = isLarge;
+}
+
+}  // namespace qel::collector

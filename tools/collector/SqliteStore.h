@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <string_view>
+
+#include "tools/collector/SqliteConnection.h"
+#include "tools/collector/SqliteSchema.h"
+#include "tools/collector/Store.h"
+
+namespace qel::collector {
+
+/// The received packages, in an SQLite file with three tables:
+///
+/// - `events`: id, received, count, user, session, installation, time, category, subcategory,
+///   event, text, key
+/// - `environments`: id, received, count, user, session, installation, time, text, key
+/// - `refused`: id, received, count, user, reason, text, key
+///
+/// `text` is the text as it was sent, byte for byte. `received` is the time (UTC) when the text was
+/// first received, and `user` who sent it first. `count` is the maximum number of its occurrences
+/// in one package, so a package that is sent again does not increase it. A column is NULL if the
+/// row has no such member. `key` identifies the text.
+///
+/// **Log.** Changes are first written to a write-ahead log, so reading never delays writing. While
+/// a reader does not end its transaction, the log grows; the collector's log then has a warning.
+class SqliteStore : public Store {
+ public:
+  /// Opens or creates the file, for its owner alone; upgrades a store of an older version. Throws
+  /// `StoreError` if that fails.
+  explicit SqliteStore(const std::filesystem::path& file);
+  ~SqliteStore() override;
+
+  void add(const Uploads& uploads, std::chrono::steady_clock::time_point deadline) override;
+  bool removeSome(std::chrono::system_clock::time_point before) override;
+  StoreSize size() const override;
+
+ private:
+  struct Table {
+    SqliteStatement insertion;
+    SqliteStatement oldest;
+    SqliteStatement removal;
+    std::int64_t checked = 0;  ///< rows up to this id are not examined again by `removeSome`
+  };
+  struct Origin {
+    std::string_view received;
+    std::string_view user;
+  };
+  enum TableIndex : std::size_t { Events, Environments, Refused };
+
+  void add(const Upload& upload, std::string_view received);
+  void addRow(const Table& table, const Origin& origin, const Row& row, std::size_t columns);
+  void addRefused(const Origin& origin, const RefusedText& refused);
+  bool removeSome(Table& table, std::string_view before, std::string_view now);
+  void limitLog();
+
+  const std::filesystem::path file_;
+  SqliteConnection connection_;
+  std::array<Table, sqliteTables.size()> tables_;
+  bool reportedLog_ = false;
+};
+
+}  // namespace qel::collector
