@@ -8,6 +8,7 @@ namespace qel::benchmarks {
 namespace {
 
 constexpr std::size_t rowsOfSession = 200;
+constexpr std::size_t rowsOfDay = 250'000;  ///< of all customers
 constexpr std::uint64_t installations = 10'000;
 
 /// A kind of row and how often it occurs among all kinds. `%` stands for a number in the event and
@@ -121,8 +122,10 @@ Session::Session(const PackageTemplates& templates, std::uint64_t seed)
 void Session::begin() {
   next_ = 0;
   const std::mt19937_64 installation(random_() % installations);
-  identity_ = identity(guid(installation), guid(std::mt19937_64(random_())),
-                       static_cast<unsigned>(random_() % 90));
+  const std::size_t day = templates_.begunRows_ / rowsOfDay % 90;
+  templates_.begunRows_ += templates_.templates_.size() * templates_.rows;
+  identity_ =
+      identity(guid(installation), guid(std::mt19937_64(random_())), static_cast<unsigned>(day));
 }
 
 std::size_t Session::nextSize() const { return templates_.templates_[next_].body.size(); }

@@ -26,10 +26,12 @@ class PackageTemplates {
   };
 
   std::vector<Template> templates_;
+  mutable std::size_t begunRows_ = 0;  ///< of all sessions
 };
 
 /// Makes the packages of one client. Changes the session after about two hundred rows. No row is
-/// made twice, and all rows of a package belong to one session.
+/// made twice, and all rows of a package belong to one session. Later sessions belong to later
+/// days, because clients send their rows within minutes.
 class Session {
  public:
   Session(const PackageTemplates& templates, std::uint64_t seed);

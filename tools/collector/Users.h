@@ -61,8 +61,7 @@ class Users {
   /// the last accepted secret of each user for `checkAtOnce`.
   Identity checkHash(std::string_view authorization);
 
-  /// Takes a request from the allowance of a user. Returns how long the user has to wait; zero if
-  /// the request is within the allowance. A request that has to wait takes nothing.
+  /// Takes a request from a user's allowance and returns zero, or returns how long to wait.
   std::chrono::seconds admit(const std::string& user, std::chrono::steady_clock::time_point now);
 
   /// Takes the bytes that were received from the allowance of a user.
