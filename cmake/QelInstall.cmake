@@ -75,11 +75,11 @@ install(
   DESTINATION ${configDirectory}
   COMPONENT development)
 
-# The complete example of docs/embed-it.md, and the notices.
+# The examples of the guides, and the notices.
 set(documentationDirectory ${CMAKE_INSTALL_DATADIR}/doc/qel-analytics)
 install(FILES THIRD-PARTY-NOTICES.md DESTINATION ${documentationDirectory} COMPONENT library)
 install(
-  DIRECTORY samples/cpp
+  DIRECTORY samples/c samples/cpp docs/snippets
   DESTINATION ${documentationDirectory}/examples
   COMPONENT development)
 
