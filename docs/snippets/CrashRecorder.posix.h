@@ -85,7 +85,11 @@ class CrashRecorder {
 
   void waitForCrash(qel::log::analytics::CipDatabases& databases) {
     unsigned char signal = 0;
-    if (read(wake_.reading, &signal, 1) == 1) {
+    ssize_t count = 0;
+    do {
+      count = read(wake_.reading, &signal, 1);
+    } while (count == -1 && errno == EINTR);  // by a signal that the program handles
+    if (count == 1) {
       qel::utilities::setExitDeadline(2s);
       qel::broadcaster::ApplicationBroadcaster::getInstance().notify(
           &qel::broadcaster::ApplicationListenerInterface::onApplicationCrashed,

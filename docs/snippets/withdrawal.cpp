@@ -3,15 +3,20 @@
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/ServerConnection/ConnectionCheck.h"
+#include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
 using namespace qel::log::analytics;
 
 void withdraw(Client& client) {
-  for (const auto& [file, size, error] : client.withdraw()) {
-    if (error) {
-      std::cerr << qel::utilities::utf8FromPath(file) << " was not removed\n";
+  try {
+    for (const auto& [file, size, error] : client.withdraw()) {
+      if (error) {
+        std::cerr << qel::utilities::utf8FromPath(file) << " was not removed\n";
+      }
     }
+  } catch (const qel::exception& failure) {
+    std::cerr << "nothing was removed: " << failure.what() << '\n';
   }
 }
 

@@ -95,6 +95,7 @@ protocol::https::Settings httpsSettings(const qel_analytics_parameters& given) {
 }  // namespace
 
 Parameters readParameters(const qel_analytics_parameters* given) {
+  using namespace log::analytics::serverconnection;
   if (given == nullptr) {
     refuse("parameters is null");
   }
@@ -112,9 +113,8 @@ Parameters readParameters(const qel_analytics_parameters* given) {
     refuse("server_user contains a colon");
   }
   parameters.serverHost = optionalText(known.server_host, "server_host");
-  if (!parameters.serverHost.empty() &&
-      !log::analytics::serverconnection::isHostName(parameters.serverHost)) {
-    refuse("server_host \"" + parameters.serverHost + "\" is not a host name");
+  if (!parameters.serverHost.empty() && !isHostName(parameters.serverHost)) {
+    refuse("server_host " + complaintAboutHostName(parameters.serverHost));
   }
   if (known.retention_seconds > secondsOfHundredYears || known.reserved != 0) {
     refuse("retention_seconds is more than a hundred years, or reserved is not 0");

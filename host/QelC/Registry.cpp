@@ -82,7 +82,7 @@ qel_analytics_handle Registry::create(Parameters parameters) {
 
 void Registry::end(qel_analytics_handle handle, Ending ending) {
   expectNoCallback();
-  const auto deadline = beginEnd(handle);
+  const auto deadline = beginEnd(handle, ending);
   const MutexLock control(control_);
   const ScopeGuard removeExitDeadline([] { utilities::setExitDeadline(std::nullopt); });
   waitForBroadcast(deadline);
@@ -173,10 +173,14 @@ void Registry::expectLive(qel_analytics_handle handle) const {
 }
 
 /// From now on the handle is invalid. Most of the limit is for the client, and the rest for its
-/// last log messages and the callbacks that run. Returns the time of the limit.
-Registry::TimePoint Registry::beginEnd(qel_analytics_handle handle) {
+/// last log messages and the callbacks that run. Returns the time of the limit. A removal ends
+/// sending here, because other threads may keep it waiting.
+Registry::TimePoint Registry::beginEnd(qel_analytics_handle handle, Ending ending) {
   const MutexLock lock(mutex_);
   expectLive(handle);
+  if (ending == Ending::Remove) {
+    live_->endSending();
+  }
   const auto limit = live_->releaseLimit();
   live_ = nullptr;
   utilities::setExitDeadline(limit * 4 / 5);

@@ -47,7 +47,7 @@ class Registry {
       QEL_REQUIRES(control_);
   void identify(Parameters& parameters) QEL_REQUIRES(control_);
   void expectLive(qel_analytics_handle handle) const QEL_REQUIRES(mutex_);
-  TimePoint beginEnd(qel_analytics_handle handle);
+  TimePoint beginEnd(qel_analytics_handle handle, Ending ending);
   void waitForBroadcast(TimePoint deadline) QEL_REQUIRES(control_);
   void destroySession(Ending ending, TimePoint deadline) QEL_REQUIRES(control_);
 

@@ -25,6 +25,8 @@ class Session {
 
   void startSending() { client_->startSendingItems(); }
   void stopSending() { client_->stopSendingItems(); }
+  /// Ends sending for good, also an upload in progress. Thread-safe.
+  void endSending() const { client_->endSending(); }
   /// Waits until everything is stored or lost. Throws `CallError` if nothing more is recorded, or
   /// if rows were lost since the last call.
   void waitUntilStored();

@@ -12,6 +12,7 @@
 #include "host/QelHttp/Settings.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/Patience.h"
 
 // The embedding program's own implementation of host/QelHttp, on the libcurl that it uses anyway.
 namespace qel::protocol::https {
@@ -91,30 +92,30 @@ void limit(CURL* transfer, const Settings& settings, std::size_t& room) {
   }
 }
 
-/// Returns why the transfer was not completed; empty if it was. Checks ten times a second whether
-/// the deadline has passed, because another thread may set it during the transfer.
-std::string perform(CURL* transfer) {
+bool mustEnd() {
+  return utilities::Patience::mustStop() ||
+         std::chrono::steady_clock::now() >= utilities::exitDeadline();
+}
+
+/// Returns why the transfer was not completed, or `CURLE_OK`. Checks ten times a second whether it
+/// must end, because another thread may set the exit deadline or the stop time meanwhile.
+CURLcode perform(CURL* transfer) {
   const Transfers transfers(curl_multi_init());
   if (curl_multi_add_handle(transfers.get(), transfer) != CURLM_OK) {
     throw std::bad_alloc();
   }
-  std::string failure;
   int running = 1;
-  while (running > 0 && failure.empty()) {
+  while (running > 0 && !mustEnd()) {
     curl_multi_perform(transfers.get(), &running);
-    if (std::chrono::steady_clock::now() >= utilities::exitDeadline()) {
-      failure = "the exit deadline has passed";
-    } else if (running > 0) {
+    if (running > 0) {
       curl_multi_poll(transfers.get(), nullptr, 0, 100, nullptr);
     }
   }
   int others = 0;
-  if (const auto* const end = curl_multi_info_read(transfers.get(), &others);
-      end != nullptr && end->data.result != CURLE_OK) {
-    failure = curl_easy_strerror(end->data.result);
-  }
+  const auto* const end = curl_multi_info_read(transfers.get(), &others);
+  const auto result = end == nullptr ? CURLE_ABORTED_BY_CALLBACK : end->data.result;
   curl_multi_remove_handle(transfers.get(), transfer);
-  return failure;
+  return result;
 }
 
 void check(const Message& message) {
@@ -154,7 +155,7 @@ http::Response Client::post(const Message& message) {
   reachServer(transfer.get(), message, settings, connectTo);
   describe(transfer.get(), message, headers);
   limit(transfer.get(), settings, room);
-  const std::string failure = perform(transfer.get());
+  const CURLcode result = perform(transfer.get());
 
   long status = 0;
   curl_off_t sent = 0;
@@ -163,8 +164,10 @@ http::Response Client::post(const Message& message) {
   const std::string answer = message.host + " answered with status " + std::to_string(status);
   if (status >= 400) {
     log::LogManager::instance().getLogger("OwnHttps")->log(log::Level::Warning, answer);
-  } else if (!failure.empty()) {
-    throw Error("posting to " + message.host + " failed: " + failure);
+  } else if (result != CURLE_OK) {
+    throw Error(
+        "posting to " + message.host + " failed: " + curl_easy_strerror(result),
+        result == CURLE_PEER_FAILED_VERIFICATION ? Error::Cause::Certificate : Error::Cause::Other);
   } else if (status < 200 || !std::cmp_equal(sent, message.body.size())) {
     throw Error(answer + " before the whole body was sent");
   }

@@ -64,12 +64,16 @@ for place, known, theirs in zip(("cmake/set-up.sh", "vcpkg.json"), declared, zip
         complaints += [f"{place} has {name}, which nothing looks for" for name in sorted(known - wanted)]
 complaints += [f"set-up.sh --use differs: {name}" for name in used - PROGRAMS ^ {NAMES[name][0] for name in needed}]
 
-# The second and third columns of the tables of the notices: the packages in Debian and vcpkg.
-rows = re.findall(r"^\|.*?\| (.*?) \| (.*?) \|", (root / "THIRD-PARTY-NOTICES.md").read_text(encoding="utf-8"),
-                  re.MULTILINE)
+# The notices: software, packages in Debian and vcpkg, version, purpose, licence, copyright.
+notices = (root / "THIRD-PARTY-NOTICES.md").read_text(encoding="utf-8")
+rows = [line.split("|") for line in re.findall(r"^\| (?!software).*", notices, re.MULTILINE)]
+used_anywhere = set().union(*declared, (root / "cmake/package-windows.sh").read_text(encoding="utf-8").split())
+listed = [[set(re.findall(r"`(.*?)`", cell)) for cell in row[2:4]] for row in rows]
+for row, packages in zip(rows, listed):
+    if not (set().union(*packages) & used_anywhere and row[6].strip()):
+        complaints.append(f"THIRD-PARTY-NOTICES.md has no licence for {row[1].strip()}, or nothing uses it")
 libraries = ({name for name in declared[0] if NAMES_OF_LIBRARIES.fullmatch(name)}, declared[1] - {"pkgconf"})
-for known, wanted in zip(map(set, zip(*rows)), libraries):
-    listed = {name for cell in known for name in re.findall(r"`(.*?)`", cell)}
-    complaints += [f"THIRD-PARTY-NOTICES.md lacks {name}" for name in wanted - listed]
+for known, wanted in zip(zip(*listed), libraries):
+    complaints += [f"THIRD-PARTY-NOTICES.md lacks {name}" for name in wanted.difference(*known)]
 print("\n".join(complaints) or f"{len(looked_for)} packages are declared everywhere")
 sys.exit(1 if complaints else 0)

@@ -1,3 +1,5 @@
+#include <future>
+
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
@@ -9,6 +11,12 @@
 namespace qel::test {
 
 using namespace testing;
+
+void broadcastHelp() {
+  broadcaster::ActionBroadcaster::getInstance().notify(
+      &broadcaster::ActionListenerInterface::onHelpAction,
+      broadcaster::event::HelpActionEvent{{"", {}}});
+}
 
 /// The server never answers the first of three packages, or accepts it slowly.
 TEST(ClientWithdrawalTest, EndsAPassInTheMiddleQuietlyAndForGood) {
@@ -30,18 +38,23 @@ TEST(ClientWithdrawalTest, EndsAPassInTheMiddleQuietlyAndForGood) {
     EXPECT_THROW(Client(filePair()).withdraw(), qel::exception) << "it was never activated";
     EXPECT_TRUE(site.server().waitFor(1));
     session->insert(1);
+    auto broadcasts = std::async(std::launch::async, [&] {
+      for (int i = 0; i < 100; ++i) {
+        broadcastHelp();
+        std::this_thread::sleep_for(1ms);
+      }
+    });
     std::vector<RemovedFile> removed;
     EXPECT_LT(timeOf([&] { removed = client.withdraw(); }), 3s);
     withdrawn.add();
+    broadcasts.get();
     EXPECT_THAT(removed, AllOf(SizeIs(Ge(3)), Each(Field(&RemovedFile::error, std::error_code()))));
     EXPECT_THAT(client.withdraw(), IsEmpty());
     EXPECT_EQ(utilities::exitDeadline(), steady_clock::time_point::max());
     client.startSendingItems();
     client.stopSendingItems();
     session->insert(2);
-    broadcaster::ActionBroadcaster::getInstance().notify(
-        &broadcaster::ActionListenerInterface::onHelpAction,
-        broadcaster::event::HelpActionEvent{{"after", {}}});
+    broadcastHelp();
     session->databases.join();
     EXPECT_FALSE(session->databases.errorOccurred() || client.sendingStatus().isLoopRunning);
     EXPECT_THROW(client.activate(session->activation.parameter), qel::exception);
@@ -55,6 +68,18 @@ TEST(ClientWithdrawalTest, EndsAPassInTheMiddleQuietlyAndForGood) {
   EXPECT_THAT(assertions.lines(), IsEmpty());
   EXPECT_EQ(breaks.count(), 0);
   utilities::debugger::Debugger::setHook({});
+}
+
+TEST(ClientWithdrawalTest, TriesAgainUntilTheRecordingsAreRemoved) {
+  const Site site;
+  Session session(site.directory());
+  auto second = std::make_unique<SupportDatabaseClient>(std::nullopt);
+  second->initialize(site.directory());
+  EXPECT_THROW(session.client.withdraw(), qel::exception);
+  second.reset();
+  EXPECT_THAT(session.client.withdraw(), SizeIs(Ge(3)));
+  EXPECT_THAT(session.client.withdraw(), IsEmpty());
+  EXPECT_TRUE(std::filesystem::is_empty(utilities::pathFromUtf8(site.directory())));
 }
 
 }  // namespace qel::test

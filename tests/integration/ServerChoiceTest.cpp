@@ -72,7 +72,7 @@ TEST(ServerChoiceTest, ATrialConnectionReportsServerCertificateAndCredentials) {
       {Result::Refused, "status 302", answering({.status = 302})},
       {Result::Refused, "status 503", answering({.status = 503})},
       {Result::NotReached, "did not answer in time", stalledServer()},
-      {Result::NotReached, "not reached", answering({200, Manner::ResetUnanswered})},
+      {Result::NotReached, "There was no answer", answering({200, Manner::ResetUnanswered})},
       {Result::NotReached, "holds a colon", {}, staging, "a:b"},
       {Result::CertificateNotTrusted, "certificate is not trusted", {}, "other.qel.example"}};
   for (const auto& [result, text, server, host, user] : trials) {

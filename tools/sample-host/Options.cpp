@@ -39,11 +39,6 @@ std::string complaintAboutUser(const std::string& name) {
   return name.find(':') == std::string::npos ? "" : "a name with a colon cannot be sent";
 }
 
-std::string complaintAboutServerName(const std::string& name) {
-  return log::analytics::serverconnection::isHostName(name) ? ""
-                                                            : '"' + name + "\" is not a host name";
-}
-
 /// The content of the file without its byte order mark and its final line break.
 std::string secretFrom(const std::string& file) {
   auto secret = contentOf("--secret-file", file);
@@ -99,7 +94,7 @@ bool readTexts(const tools::Arguments& arguments, Options& options, Texts& texts
   add("--session", "FILE", options.session, "session script, - for standard input");
   add("--server", "HOST:PORT", options.server, "address to use for the analytics server");
   add("--server-name", "NAME", options.serverName, "host name of the server, as in its certificate")
-      ->check(complaintAboutServerName);
+      ->check(log::analytics::serverconnection::complaintAboutHostName);
   program.add_flag("--check-connection", options.onlyChecksConnection,
                    "report whether server, certificate and user are right, and exit");
   add("--ca", "FILE", options.caBundle, "trusted certificates (PEM) instead of the system's");

@@ -1,5 +1,6 @@
 #include "Application/Log/Analytics/Client/Client.h"
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 #include <string>
@@ -77,12 +78,7 @@ Client::Client(std::unique_ptr<CipDatabases> databases)
 
 Client::~Client() {
   releaseDeadline_.arm(longestRelease);
-  unregisterListeners();
-}
-
-/// Also releases the observer, which the application's listener shares.
-void Client::unregisterListeners() {
-  memoryUsageObserver_.reset();
+  memoryUsageObserver_.reset();  // the application's listener shares it
   unregister<ActionBroadcaster>(actionListener_);
   unregister<ApplicationBroadcaster>(applicationListener_);
   unregister<CommandBroadcaster>(commandListener_);
@@ -94,7 +90,10 @@ void Client::unregisterListeners() {
 }
 
 void Client::activate(const parameters::ActivateParameter& parameter) {
-  if (active_ || sendingState_->hasEnded()) {
+  if (sendingState_->hasEnded()) {
+    throw qel::exception("Customer involvement client has ended.");
+  }
+  if (active_) {
     throw qel::exception("Customer involvement client is already running.");
   }
   serverconnection::requireHostName(parameter.serverHost);
@@ -147,21 +146,24 @@ void Client::stopSendingItems() {
   }
 }
 
+void Client::endSending() { sendingState_->end(); }
+
+/// Keeps the listeners registered, because other threads may be calling them. The closed databases
+/// drop what they record.
 std::vector<RemovedFile> Client::withdraw(const HostFileFilter& isHostFile) {
-  if (directory_.empty()) {
+  if (!directory_) {
     throw qel::exception("Customer involvement client was never activated.");
   }
-  if (sendingState_->hasEnded()) {
+  if (isRemoved_) {
     return {};
   }
-  sendingState_->end();
-  unregisterListeners();
-  const auto release = [](auto&... listeners) { (listeners.reset(), ...); };
-  release(generalListener_, saveListener_, issueListUserActionListener_, issueListStorageListener_,
-          projectListener_, commandListener_, applicationListener_, actionListener_);
+  endSending();
+  memoryUsageObserver_->stop();
   sendingLoop_.stopAndJoin();
   databases_->close();
-  return removeRecordings(utilities::pathFromUtf8(directory_), isHostFile);
+  auto removed = removeRecordings(utilities::pathFromUtf8(*directory_), isHostFile);
+  isRemoved_ = std::ranges::none_of(removed, [](const auto& file) { return bool(file.error); });
+  return removed;
 }
 
 SendingStatus Client::sendingStatus() const {
@@ -196,6 +198,9 @@ void Client::insertEnvironmentItem() {
 std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
     auto& state = *sendingState_;
+    if (state.hasEnded()) {
+      return true;
+    }
     const utilities::Patience patience(utilities::Patience::unlimited, state.stopTime());
     try {
       details::SendingPass pass(databases_->getCipDatabase(), *serverConnection_, *logger, state,

@@ -3,6 +3,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,22 +22,19 @@ namespace qel::log::analytics {
 /// **Work.** `activate` starts recording the host's broadcasts and memory usage. Stored rows are
 /// sent when sending starts, then every ten minutes, and once more when sending stops.
 ///
-/// **Destruction** unregisters the listeners of `activate` and waits for the last sending pass,
-/// until the host's exit deadline (`utilities::setExitDeadline`) or for at most 30 seconds. Only a
-/// disk that hangs takes longer. Queued items are lost unless the host calls `CipDatabases::join`
-/// first.
+/// **Destruction** unregisters the listeners and waits for the last sending pass, until the host's
+/// exit deadline (`utilities::setExitDeadline`) or for at most 30 seconds, unless a disk hangs.
+/// Queued items are lost unless the host calls `CipDatabases::join` first.
 ///
-/// **Threads.** All operations except `sendingStatus` must be called on the thread on which the
-/// host registers listeners.
+/// **Threads.** `sendingStatus` and `endSending` are thread-safe. All other operations must be
+/// called on the thread on which the host registers listeners.
 class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
  public:
   /// Throws `std::invalid_argument` if `databases` is null.
   explicit Client(std::unique_ptr<CipDatabases> databases);
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
   ~Client() override;
 
-  /// Throws `qel::exception` if the client is already active, or if `serverHost` is not a host
+  /// Throws `qel::exception` if the client is active or has ended, or if `serverHost` is not a host
   /// name. Nothing has changed then. Passes on exceptions from opening the databases. Throws
   /// `std::bad_function_call` if `isSendingAllowed` is empty. The client is then active, but the
   /// next batch ends storage for good.
@@ -47,20 +45,21 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
       std::unique_ptr<IssueListInformationInterface> information) override;
   void startSendingItems() override;
   void stopSendingItems() override;
-
-  /// Withdrawal of the consent: ends recording and sending for good, also a transfer in flight, and
-  /// removes the recordings. Returns the list of `removeRecordings`, or passes on its exception.
-  /// Waits for the permission functions. Throws `qel::exception` before `activate`. Afterwards
-  /// sending cannot be started, items are dropped, and a second call returns an empty list.
+  /// Ends sending for good, also a transfer in flight. The rows stay stored.
+  void endSending();
+  /// Withdrawal of the consent: ends recording and sending for good, and removes the recordings.
+  /// Waits for the permission functions. Destroys the two database clients. Other threads may
+  /// broadcast meanwhile and afterwards; the items are dropped. Returns the list of
+  /// `removeRecordings`, or passes on its exception. If a file remains, the next call tries again;
+  /// otherwise it returns an empty list. Throws `qel::exception` before `activate`.
   std::vector<RemovedFile> withdraw(const HostFileFilter& isHostFile = {});
-  /// How sending goes. Empty before `activate`. Thread-safe.
+  /// How sending goes. Empty before `activate`.
   SendingStatus sendingStatus() const;
 
  private:
   void initInstances(const parameters::ActivateParameter& parameter);
   void initAndRegisterActionListener();
   void insertEnvironmentItem();
-  void unregisterListeners();
   std::function<bool()> sendItemsFunc();
 
   // Each member may use the members before it. Members are destroyed in reverse order.
@@ -71,7 +70,8 @@ class QEL_ANALYTICS_EXPORT Client : public ClientInterface {
   std::function<std::unique_ptr<items::EnvironmentItem>()> createEnvironmentItem_;
   std::unique_ptr<CipDatabases> databases_;
   std::shared_ptr<serverconnection::DbToServerConnection> serverConnection_;
-  std::string directory_;  ///< of the databases; empty before `activate`
+  std::optional<std::string> directory_;  ///< of the databases; empty before `activate`
+  bool isRemoved_ = false;                ///< all files, by `withdraw`
   const std::unique_ptr<details::SendingState> sendingState_;
   qel::util::ThreadedLoop sendingLoop_;
   std::shared_ptr<listeners::ActionListener> actionListener_;

@@ -24,8 +24,8 @@ namespace qel::log::analytics {
 ///
 /// **Destruction** discards queued items. To write them, call `join` first.
 ///
-/// **Threads.** `add` and `hasFailed` are thread-safe. `start`, `join` and the destructor must not
-/// be called concurrently.
+/// **Threads.** `add` and `hasFailed` are thread-safe. `start`, `join`, `close` and the
+/// destructor may be called on any thread, but not concurrently.
 class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
  public:
   /// An item, which is never null, and its table.
@@ -56,8 +56,7 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   void join();
 
   /// Discards queued items and drops later ones, for good and without a failure. Interrupts a write
-  /// in progress, and waits until the worker has ended. Must not be called concurrently with
-  /// `start`, `join` or the destructor.
+  /// in progress, and waits until the worker has ended.
   void close();
 
   /// Whether the dispatcher has failed for good and drops all items. Thread-safe.

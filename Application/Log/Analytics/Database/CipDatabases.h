@@ -41,7 +41,7 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   void insert(std::unique_ptr<qel::json::ToJsonInterface> item,
               CipDatabaseClientInterface::Table table);
 
-  /// The sending database.
+  /// The sending database. `close`, and so `Client::withdraw`, destroys it.
   CipDatabaseClientInterface& getCipDatabase() { return *cipDatabase_; }
 
   /// Asks the host whether items may be written to the sending database. Throws
@@ -51,13 +51,15 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   /// Whether storage has ended for good. Thread-safe.
   bool errorOccurred() const;
 
-  /// Waits until all queued items are written, or lost after a failure (see `errorOccurred`). Must
-  /// be called on the thread that initializes and destroys the object.
+  /// Waits until all queued items are written, or lost after a failure (see `errorOccurred`). May
+  /// be called on any thread of the host, also to record a crash, but not concurrently with `join`,
+  /// `close` or the destructor.
   void join();
 
   /// For a customer who withdraws the consent. Discards queued items, drops later ones silently and
-  /// closes both databases. `join` then does nothing. The sending database must not be in use on
-  /// another thread. Must be called on the thread that initializes and destroys the object.
+  /// closes both databases, which destroys the two clients. `join` then does nothing. The sending
+  /// database must not be in use on another thread. Must not be called concurrently with
+  /// `initialize`, `join`, `close` or the destructor.
   void close();
 
  private:

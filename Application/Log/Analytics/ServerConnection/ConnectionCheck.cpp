@@ -24,7 +24,7 @@ ConnectionCheck checkOfStatus(const std::string& host, int status) {
   }
   if (status >= 300) {
     return {Result::Refused, status,
-            host + " was reached, but did not accept the request (status " + number + ")."};
+            host + " was reached, but answered with status " + number + '.'};
   }
   return {Result::Accepted, status,
           host + " was reached and accepted the credentials (status " + number + ")."};
@@ -53,7 +53,7 @@ ConnectionCheck tryConnection(const parameters::ActivateParameter& parameter) {
     }
     return {Result::NotReached, 0,
             Patience::mustStop() ? connection.host() + " did not answer in time."
-                                 : "The server was not reached: " + reason};
+                                 : "There was no answer: " + reason};
   }
 }
 

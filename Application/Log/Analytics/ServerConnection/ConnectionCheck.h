@@ -18,7 +18,7 @@ struct ConnectionCheck {
     CredentialsRefused,     ///< the server answered with status 401
     CertificateNotTrusted,  ///< or the certificate is for another name, or has expired
     NotReached,             ///< no answer in time, or no request could be made
-    Refused                 ///< the server answered with another status than 2xx
+    Refused                 ///< the server answered with another status from 300 on
   };
 
   Result result = Result::NotReached;  ///< for programs

@@ -19,7 +19,7 @@ bool accepts(int statusCode) { return static_cast<unsigned int>(statusCode) < 40
 
 void requireHostName(const std::string& serverHost) {
   if (!serverHost.empty() && !isHostName(serverHost)) {
-    throw qel::exception("serverHost: \"" + serverHost + "\" is not a host name");
+    throw qel::exception("serverHost: " + complaintAboutHostName(serverHost));
   }
 }
 

@@ -38,6 +38,11 @@ constexpr bool isHostName(std::string_view name) {
   }
 }
 
+/// An error message, which contains the name; empty if it is a host name.
+inline std::string complaintAboutHostName(const std::string& name) {
+  return isHostName(name) ? "" : '"' + name + "\" is not a host name";
+}
+
 /// Throws `qel::exception`, which contains the name, if the name is neither empty nor a host name.
 QEL_ANALYTICS_EXPORT void requireHostName(const std::string& serverHost);
 
