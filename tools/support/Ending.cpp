@@ -168,7 +168,7 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
     const auto code = crashCodeText(crash.detail("Exception Code"));
     add("Crash text", crash.event.empty() ? "no text" : crash.event);
     add("Code", code.empty() ? notRecorded : code);
-    if (const auto crashes = std::count_if(events.begin(), events.end(), isCrash); crashes > 1) {
+    if (const auto crashes = countIf(events, isCrash); crashes > 1) {
       add("Crashes", grouped(crashes) + "; this page describes the last one");
     }
   }
