@@ -49,9 +49,9 @@ class EventReader {
  public:
   explicit EventReader(std::string session) : session_(std::move(session)) {}
 
-  /// The session's records that no earlier call has returned, equal ones of a store once, in the order in which they were
-  /// written. Environment records, which have a separate table, are inserted by time. Each call may
-  /// use another object for the same file.
+  /// The session's records that no earlier call has returned, equal ones of a store once, in the
+  /// order in which they were written. Environment records, which have a separate table, are
+  /// inserted by time. Each call may use another object for the same file.
   std::vector<Event> next(RecordFile& file);
 
  private:

@@ -22,7 +22,7 @@ struct Session {
   std::int64_t environments = 0;
   std::int64_t crashes = 0;
   End end = End::Unknown;
-  bool wentOn = false;  ///< the program started again in the session after its last crash
+  bool wentOn = false;           ///< the program started again in the session after its last crash
   RecordFile* source = nullptr;  ///< its records are read from this file
 
   std::int64_t lengthInMs() const;

@@ -111,8 +111,9 @@ std::string afterwardsOf(const Events& events, const Ending& ending) {
     if (event.category != "Application") {
       continue;
     }
-    if (started == nullptr && event.subcategory == "Started") {
-      started = &event;
+    if (event.subcategory == "Started") {
+      started = started == nullptr ? &event : started;
+      stopped = nullptr;
     } else if (started != nullptr && event.subcategory == "Stopped") {
       stopped = &event;
     }
@@ -127,10 +128,13 @@ std::string afterwardsOf(const Events& events, const Ending& ending) {
 
 /// "1 h 05 min, 2026-11-21 09:30:05 to 2026-11-21 10:35:07 UTC".
 std::string lengthOf(const Session& session) {
-  return session.first.empty()
-             ? notRecorded
-             : readableLength(session.lengthInMs()) + ", " + readableTime(session.first) + " to " +
-                   readableTime(session.last) + " UTC";
+  if (session.first.empty()) {
+    return notRecorded;
+  }
+  const auto first = readableTime(session.first);
+  const auto last = readableTime(session.last);
+  return readableLength(session.lengthInMs()) + ", " + first +
+         (first == last ? "" : " to " + last) + " UTC";
 }
 
 /// A section of the template that is left out if there is no text.
@@ -172,7 +176,8 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
       add("Crashes", grouped(crashes) + "; this page describes the last one");
     }
   }
-  add(crashed ? "Last command before the crash" : "Last command", textOrNot(lastOf(events, ending, "Command")));
+  add(crashed ? "Last command before the crash" : "Last command",
+      textOrNot(lastOf(events, ending, "Command")));
   if (const auto unfinished = unfinishedCommands(events, ending); !unfinished.empty()) {
     add("Commands not ended", unfinished);
   }

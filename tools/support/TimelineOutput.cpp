@@ -50,8 +50,8 @@ void printHeading(const records::Session& session, std::ostream& output, const T
          << (session.first.empty() ? "at no known time" : start) << ", "
          << readableLength(session.lengthInMs()) << ", "
          << terminal.styled(endOf(session), session.end == records::Session::End::Crashed
-                                                     ? Style::Bad
-                                                     : Style::Plain)
+                                                ? Style::Bad
+                                                : Style::Plain)
          << '\n';
 }
 
