@@ -1,7 +1,6 @@
 #include "tools/records/Event.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <optional>
 
@@ -92,11 +91,13 @@ std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
     if (row.session != session_) {
       return true;
     }
-    const auto event = parse(table, row.text);
-    if (event) {
-      events.insert(events.end(), static_cast<std::size_t>(row.count), *event);
+    auto event = parse(table, row.text);
+    if (!event) {
+      return false;
     }
-    return event.has_value();
+    event->count = row.count;
+    events.push_back(std::move(*event));
+    return true;
   };
   if (isFirst_) {
     file.forEachRecord(session_, table, add);

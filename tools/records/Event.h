@@ -22,7 +22,8 @@ struct Event {
   std::string subcategory;
   std::string event;
   std::vector<std::pair<std::string, std::string>> details;
-  std::string text;  ///< the stored JSON object
+  std::string text;        ///< the stored JSON object
+  std::int64_t count = 1;  ///< how often the client recorded the same text
 
   /// The value of a detail; empty if there is none.
   std::string_view detail(std::string_view key) const;
@@ -33,14 +34,24 @@ std::string titleOf(const Event& event);
 /// The details as "key = value; key = value".
 std::string detailsOf(const Event& event);
 
+/// How many records the predicate selects; equal ones count as often as they were recorded.
+template <typename Predicate>
+std::int64_t countIf(const std::vector<Event>& events, const Predicate& isCounted) {
+  std::int64_t count = 0;
+  for (const auto& event : events) {
+    count += isCounted(event) ? event.count : 0;
+  }
+  return count;
+}
+
 /// Reads a session's records, and later those that were added.
 class EventReader {
  public:
   explicit EventReader(std::string session) : session_(std::move(session)) {}
 
-  /// The session's records that no earlier call has returned, in the order in which they were
-  /// written. Environment records, which have a separate table, are inserted by time. Each call may
-  /// use another object for the same file.
+  /// The session's records that no earlier call has returned, equal ones of a store once, in the
+  /// order in which they were written. Environment records, which have a separate table, are
+  /// inserted by time. Each call may use another object for the same file.
   std::vector<Event> next(RecordFile& file);
 
  private:

@@ -21,7 +21,7 @@ std::vector<std::filesystem::path> filesIn(const std::filesystem::path& place) {
   }
   const auto name = utilities::utf8FromPath(place);
   if (!std::filesystem::is_directory(place, error)) {
-    throw tools::InputError("there is no file or directory " + name);
+    throw tools::InputError("there is no file or directory \"" + name + '"');
   }
   std::vector<std::filesystem::path> files;
   for (const char* const fileName : {supportDatabaseName, sendingDatabaseName}) {

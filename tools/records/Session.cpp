@@ -22,6 +22,9 @@ void addEvent(Session& session, const Row& row) {
   if (row.subcategory == "Crashed") {
     session.crashes += row.count;
     session.end = Session::End::Crashed;
+    session.wentOn = false;
+  } else if (row.subcategory == "Started" && session.crashes > 0) {
+    session.wentOn = true;
   } else if (row.subcategory == "Stopped" && session.crashes == 0) {
     session.end = Session::End::Stopped;
   }
@@ -103,6 +106,10 @@ const char* nameOf(Session::End end) {
       break;
   }
   return "unknown";
+}
+
+std::string endOf(const Session& session) {
+  return std::string(nameOf(session.end)) + (session.wentOn ? ", went on" : "");
 }
 
 std::vector<Session> listSessions(Recordings& recordings) {

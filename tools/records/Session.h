@@ -22,12 +22,15 @@ struct Session {
   std::int64_t environments = 0;
   std::int64_t crashes = 0;
   End end = End::Unknown;
+  bool wentOn = false;           ///< the program started again in the session after its last crash
   RecordFile* source = nullptr;  ///< its records are read from this file
 
   std::int64_t lengthInMs() const;
 };
 
 const char* nameOf(Session::End end);
+/// The name of the session's end, followed by "went on" if it went on after a crash.
+std::string endOf(const Session& session);
 
 /// All sessions, ordered by the times of their first records. A session is read from the file
 /// that has more of its records, or from the support database if both have the same number. The

@@ -25,7 +25,7 @@ std::map<std::string, Lane> lanesOf(const std::vector<Event>& events, const Time
   std::map<std::string, Lane> lanes;
   for (const auto& event : events) {
     auto& lane = lanes[event.category];
-    ++lane.events;
+    lane.events += event.count;
     if (const auto time = records::millisecondsOf(event.time)) {
       lane.strokes.emplace(oneDecimal(axis.x(*time)),
                            readableTime(event.time) + ' ' + titleOf(event));

@@ -95,6 +95,7 @@ int follow(const Arguments& arguments, const records::SessionChoice& choice,
   if (!arguments.json) {
     printHeading(session, std::cout, arguments.terminal());
   }
+  std::cerr << programName << ": following session " << printable(session.id) << "; Ctrl-C ends\n";
   TimelinePrinter printer(std::cout, arguments.terminal());
   const auto print = [&](const std::vector<records::Event>& events) {
     arguments.json ? printJsonLines(filter.select(events), std::cout)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <optional>
 
 #include "tools/common/InputError.h"
 #include "tools/records/Moment.h"
@@ -35,6 +36,29 @@ std::int64_t localOffset(std::int64_t milliseconds) {
 std::string nameOf(std::int64_t offset) {
   const auto minutes = std::abs(offset) / minuteInMs;
   return (offset < 0 ? "-" : "+") + twoDigits(minutes / 60) + ':' + twoDigits(minutes % 60);
+}
+
+/// Removes the zone at the end of a shown time. Returns its offset; `std::nullopt` if there is
+/// none.
+std::optional<std::int64_t> takeOffset(std::string& time) {
+  constexpr std::string_view utc = " UTC";
+  constexpr std::string_view local = " +00:00";
+  if (time.ends_with(utc)) {
+    time.resize(time.size() - utc.size());
+    return 0;
+  }
+  const auto place = time.rfind(' ');
+  if (place == std::string::npos || place + local.size() != time.size() ||
+      (time[place + 1] != '+' && time[place + 1] != '-')) {
+    return std::nullopt;
+  }
+  const auto offset = records::millisecondsOf("1970-01-01T" + time.substr(place + 2));
+  if (!offset) {
+    return std::nullopt;
+  }
+  const bool isWest = time[place + 1] == '-';
+  time.resize(place);
+  return isWest ? -*offset : *offset;
 }
 
 /// The time in the zone, and the offset if it is a local one.
@@ -74,6 +98,7 @@ ClockTime clockTime(std::string_view text, Zone zone) {
 
 Period readPeriod(const std::string& option, const std::string& text, Zone zone) {
   std::string time = text;
+  auto offset = takeOffset(time);
   if (time.size() > dayLength && time[dayLength] == ' ') {
     time[dayLength] = 'T';
   }
@@ -84,6 +109,7 @@ Period readPeriod(const std::string& option, const std::string& text, Zone zone)
   }
   if (time.ends_with('Z')) {
     time.pop_back();
+    offset = 0;
   }
   constexpr std::int64_t dayInMs = 1440 * minuteInMs;
   const std::int64_t length = time.size() == 10   ? dayInMs
@@ -92,6 +118,9 @@ Period readPeriod(const std::string& option, const std::string& text, Zone zone)
                                                   : 1;
   // The offset may differ between the two times, because clocks are set forward and back.
   const auto utc = [&](std::int64_t local) {
+    if (offset) {
+      return local - *offset;
+    }
     return zone == Zone::Local ? local - localOffset(local - localOffset(local)) : local;
   };
   return {records::textOfTime(utc(*shown)), records::textOfTime(utc(*shown + length) - 1)};

@@ -27,7 +27,8 @@ struct ClockTime {
 ClockTime clockTime(std::string_view text, Zone zone);
 
 /// The first and the last record's time of a period in the zone, such as "2026-11-21" (a day),
-/// "2026-11-21 09:30" (a minute) or "2026-11-21 09:30:05".
+/// "2026-11-21 09:30" (a minute) or "2026-11-21 09:30:05". The text may end with its own zone, as a
+/// time that is shown: " UTC" or " +01:00".
 struct Period {
   std::string first;
   std::string last;

@@ -102,13 +102,43 @@ std::string whenOf(const Session& session, const Events& events, const Ending& e
   return time.empty() ? "" : (isKnown ? "" : "Last record: ") + time + " UTC";
 }
 
+/// How a session went on after its crash; empty if it did not.
+std::string afterwardsOf(const Events& events, const Ending& ending) {
+  const Event* started = nullptr;
+  const Event* stopped = nullptr;
+  for (auto place = ending.place; place < events.size(); ++place) {
+    const auto& event = events[place];
+    if (event.category != "Application") {
+      continue;
+    }
+    if (event.subcategory == "Started") {
+      started = started == nullptr ? &event : started;
+      stopped = nullptr;
+    } else if (started != nullptr && event.subcategory == "Stopped") {
+      stopped = &event;
+    }
+  }
+  if (ending.kind != Session::End::Crashed || started == nullptr) {
+    return "";
+  }
+  return "Started again " + readableTime(started->time) +
+         (stopped == nullptr ? " UTC, how it ended then is unknown"
+                             : ", stopped normally " + readableTime(stopped->time) + " UTC");
+}
+
 /// "1 h 05 min, 2026-11-21 09:30:05 to 2026-11-21 10:35:07 UTC".
 std::string lengthOf(const Session& session) {
-  return session.first.empty()
-             ? notRecorded
-             : readableLength(session.lengthInMs()) + ", " + readableTime(session.first) + " to " +
-                   readableTime(session.last) + " UTC";
+  if (session.first.empty()) {
+    return notRecorded;
+  }
+  const auto first = readableTime(session.first);
+  const auto last = readableTime(session.last);
+  return readableLength(session.lengthInMs()) + ", " + first +
+         (first == last ? "" : " to " + last) + " UTC";
 }
+
+/// A section of the template that is left out if there is no text.
+data optional(const std::string& text) { return text.empty() ? data(false) : data(text); }
 
 }  // namespace
 
@@ -136,16 +166,18 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
     facts << object{{"name", name}, {"value", value}};
   };
   const auto textOrNot = [](const Event* event) { return event ? textOf(*event) : notRecorded; };
-  if (ending.kind == Session::End::Crashed) {
+  const bool crashed = ending.kind == Session::End::Crashed;
+  if (crashed) {
     const auto& crash = events[ending.place];
     const auto code = crashCodeText(crash.detail("Exception Code"));
     add("Crash text", crash.event.empty() ? "no text" : crash.event);
     add("Code", code.empty() ? notRecorded : code);
-    if (const auto crashes = std::count_if(events.begin(), events.end(), isCrash); crashes > 1) {
+    if (const auto crashes = countIf(events, isCrash); crashes > 1) {
       add("Crashes", grouped(crashes) + "; this page describes the last one");
     }
   }
-  add("Last command", textOrNot(lastOf(events, ending, "Command")));
+  add(crashed ? "Last command before the crash" : "Last command",
+      textOrNot(lastOf(events, ending, "Command")));
   if (const auto unfinished = unfinishedCommands(events, ending); !unfinished.empty()) {
     add("Commands not ended", unfinished);
   }
@@ -158,8 +190,9 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
   add("Events", grouped(session.events));
   add("Read from", utilities::utf8FromPath(session.source->path().filename()));
   data verdict(object{{"heading", headingOf(ending.kind)},
-                      {"when", whenOf(session, events, ending)},
-                      {"crashed", ending.kind == Session::End::Crashed},
+                      {"when", optional(whenOf(session, events, ending))},
+                      {"afterwards", optional(afterwardsOf(events, ending))},
+                      {"crashed", crashed},
                       {"unknown", ending.kind == Session::End::Unknown}});
   verdict["facts"] = std::move(facts);
   return verdict;

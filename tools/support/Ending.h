@@ -21,9 +21,10 @@ bool isCrash(const records::Event& event);
 /// The last crash; without a crash, the last stop.
 Ending endingOf(const std::vector<records::Event>& events);
 
-/// Template data of the report's verdict: "heading", "when" (empty if no record has a time),
-/// whether the program "crashed" or its end is "unknown", and the "facts" that support asks for
-/// first, each with "name" and "value".
+/// Template data of the report's verdict: "heading", "when" (false if no record has a time),
+/// "afterwards" (false unless the program started again after the crash), whether the program
+/// "crashed" or its end is "unknown", and the "facts" that support asks for first, each with "name"
+/// and "value".
 kainjow::mustache::data verdictOf(const records::Session& session,
                                   const std::vector<records::Event>& events, const Ending& ending);
 

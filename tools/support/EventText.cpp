@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <utf8proc.h>
 
+#include "tools/support/CrashCode.h"
 #include "tools/support/DisplayText.h"
 
 namespace qel::support {
@@ -52,6 +53,25 @@ std::optional<EventText> memoryText(const Event& event) {
                                      : "")};
 }
 
+/// The details, with the crash code as people quote it. The code 0 of other events is left out.
+std::string applicationDetails(Event event) {
+  constexpr std::string_view codeName = "Exception Code";
+  const auto code = crashCodeText(event.detail(codeName));
+  if (code.empty()) {
+    std::erase_if(event.details, [&](const auto& detail) { return detail.first == codeName; });
+    return detailsOf(event);
+  }
+  return detailsOf(event) + "; " + code;
+}
+
+/// The text of any event.
+EventText plainText(const Event& event) {
+  const auto title = titleOf(event);
+  const bool isMachine = event.category == records::environmentCategory && title.empty();
+  return {isMachine ? "Machine" : title,
+          event.category == "Application" ? applicationDetails(event) : detailsOf(event)};
+}
+
 /// The text with every letter in the form in which upper and lower case are equal.
 std::string folded(const std::string& text) {
   utf8proc_uint8_t* result = nullptr;
@@ -80,7 +100,12 @@ void appendTexts(std::string& texts, const nlohmann::json& value) {
 }  // namespace
 
 EventText textOf(const Event& event) {
-  return memoryText(event).value_or(EventText{titleOf(event), detailsOf(event)});
+  const auto memory = memoryText(event);
+  auto text = memory ? *memory : plainText(event);
+  if (event.count > 1) {
+    text.what += " (" + grouped(event.count) + " times)";
+  }
+  return text;
 }
 
 TextSearch::TextSearch(const std::string& text) : folded_(folded(text)) {}

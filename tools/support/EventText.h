@@ -12,7 +12,9 @@ struct EventText {
   std::string details;
 };
 
-/// The title and the details of an event. The amounts of memory get a unit.
+/// The title and the details of an event, with the number of times if it was recorded several
+/// times. The amounts of memory get a unit. A crash code is also in hexadecimal with its common
+/// name, and is left out if it is 0.
 EventText textOf(const records::Event& event);
 
 /// Searches events for a text.

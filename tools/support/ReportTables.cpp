@@ -7,7 +7,6 @@
 #include <string>
 #include <utility>
 
-#include "tools/support/CrashCode.h"
 #include "tools/support/DisplayText.h"
 #include "tools/support/DisplayTime.h"
 #include "tools/support/EventText.h"
@@ -64,11 +63,10 @@ std::string preciseTime(const Event& event) {
 
 object rowOf(const Event& event) {
   const auto [what, details] = textOf(event);
-  const auto code = isCrash(event) ? crashCodeText(event.detail("Exception Code")) : "";
   return object{{"time", preciseTime(event)},
                 {"category", event.category},
                 {"what", what},
-                {"details", details + (code.empty() ? "" : "; " + code)},
+                {"details", details},
                 {"isCrash", isCrash(event)}};
 }
 
@@ -110,7 +108,7 @@ std::vector<Issue> issuesOf(const std::vector<Event>& events) {
 }
 
 std::string countOf(const std::vector<Event>& events, const char* name) {
-  return grouped(std::count_if(events.begin(), events.end(), [&](const Event& event) {
+  return grouped(countIf(events, [&](const Event& event) {
     return event.category == "IssueListStorage" && event.event == name;
   }));
 }
@@ -141,9 +139,9 @@ data commandTable(const std::vector<Event>& events) {
   for (const auto& event : events) {
     if (event.category == "Command") {
       auto& use = uses[{event.event, std::string(event.detail("ID"))}];
-      use.started += event.subcategory == "Started" ? 1 : 0;
-      use.accepted += event.subcategory == "Accepted" ? 1 : 0;
-      use.cancelled += event.subcategory == "Cancelled" ? 1 : 0;
+      use.started += event.subcategory == "Started" ? event.count : 0;
+      use.accepted += event.subcategory == "Accepted" ? event.count : 0;
+      use.cancelled += event.subcategory == "Cancelled" ? event.count : 0;
     }
   }
   std::vector<std::pair<std::pair<std::string, std::string>, CommandUse>> sorted(uses.begin(),

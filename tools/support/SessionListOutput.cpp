@@ -47,7 +47,7 @@ TextTable wideTable(const Sessions& sessions, Zone zone) {
                readableTime(session.last, zone),
                readableLength(session.lengthInMs()),
                grouped(session.events),
-               {nameOf(session.end), styleOf(session.end)},
+               {endOf(session), styleOf(session.end)},
                fileOf(session)});
   }
   return table;
@@ -100,7 +100,7 @@ TextTable narrowTable(const Sessions& sessions, Zone zone, bool hasAmounts) {
       row.emplace_back(readableLength(session.lengthInMs()));
       row.emplace_back(grouped(session.events));
     }
-    row.emplace_back(nameOf(session.end), styleOf(session.end));
+    row.emplace_back(endOf(session), styleOf(session.end));
     if (hasFiles && hasAmounts) {
       row.emplace_back(fileOf(session));
     }
@@ -141,6 +141,7 @@ void printJson(const Sessions& sessions, std::ostream& output) {
                    {"environments", session.environments},
                    {"crashes", session.crashes},
                    {"end", nameOf(session.end)},
+                   {"wentOn", session.wentOn},
                    {"file", fileOf(session)}});
   }
   output << all.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';

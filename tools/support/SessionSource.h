@@ -5,7 +5,9 @@
 
 namespace qel::support {
 
-/// Provides the rows of one session to the exporter. Write operations do nothing.
+/// Provides the rows of one session to the exporter. A store's row with a count is provided that
+/// often; reading throws `qel::exception` if a table has over a million such copies. Write
+/// operations do nothing.
 class SessionSource : public log::analytics::CipDatabaseClientInterface {
  public:
   /// The session and its database must outlive this object.

@@ -39,7 +39,9 @@ void printFiles(const Statistics& statistics, std::ostream& output, const Termin
   }
   for (const auto& file : statistics.files) {
     printLine(printable(file.name) + ", " + readableSize(file.bytes) + ": " +
-                  grouped(file.environments) + " environments, " + grouped(file.events) + " items",
+                  grouped(file.environments) +
+                  (file.environments == 1 ? " environment, " : " environments, ") +
+                  grouped(file.events) + (file.events == 1 ? " item" : " items"),
               output, terminal);
     if (!file.oldest.empty()) {
       output << "  from " << readableTime(file.oldest, terminal.zone) << "\n  to   "

@@ -49,9 +49,9 @@ void printHeading(const records::Session& session, std::ostream& output, const T
   output << "Session " << terminal.styled(printable(session.id), Style::Heading) << ", "
          << (session.first.empty() ? "at no known time" : start) << ", "
          << readableLength(session.lengthInMs()) << ", "
-         << terminal.styled(nameOf(session.end), session.end == records::Session::End::Crashed
-                                                     ? Style::Bad
-                                                     : Style::Plain)
+         << terminal.styled(endOf(session), session.end == records::Session::End::Crashed
+                                                ? Style::Bad
+                                                : Style::Plain)
          << '\n';
 }
 
