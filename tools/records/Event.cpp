@@ -86,7 +86,13 @@ std::string detailsOf(const Event& event) {
 std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
   std::vector<Event> events;
   auto& position = positions_[table];
+  const auto known = position;
+  bool isKnownThere = known == 0;
   const auto add = [&](const Row& row) {
+    if (known != 0 && row.id == known) {
+      isKnownThere = true;
+      return true;
+    }
     position = std::max(position, row.id);
     if (row.session != session_) {
       return true;
@@ -101,8 +107,13 @@ std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
   };
   if (isFirst_) {
     file.forEachRecord(session_, table, add);
-  } else {
-    file.forEachRowAfter(position, table, add);
+    return events;
+  }
+  file.forEachRowAfter(known == 0 ? 0 : known - 1, table, add);
+  if (!isKnownThere) {  // It was sent or purged with all earlier rows, and IDs may start anew.
+    events.clear();
+    position = 0;
+    file.forEachRow(table, add);
   }
   return events;
 }

@@ -51,7 +51,8 @@ class EventReader {
 
   /// The session's records that no earlier call has returned, equal ones of a store once, in the
   /// order in which they were written. Environment records, which have a separate table, are
-  /// inserted by time. Each call may use another object for the same file.
+  /// inserted by time. Each call may use another object for the same file, also if it was emptied
+  /// or replaced meanwhile.
   std::vector<Event> next(RecordFile& file);
 
  private:
