@@ -140,10 +140,13 @@ data linesOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
   data lines(data::type::list);
   for (const auto& line : memory.lines) {
     data readings(data::type::list);
+    const bool isSingle = line.size() == 1;
     for (const auto& [time, amount] : line) {
       readings << object{{"x", oneDecimal(axis.x(time))},
                          {"y", oneDecimal(scale.y(amount))},
-                         {"amount", scale.text(amount)}};
+                         {"amount", scale.text(amount)},
+                         {"isSingle", isSingle},
+                         {"isRight", axis.x(time) > TimeAxis::right / 2}};
     }
     lines << data("readings", readings);
   }

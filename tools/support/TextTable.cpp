@@ -108,7 +108,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   }
 }
 
-/// Prints a cell on the same line as its title, or on the next line if it fits only there.
+/// Prints a cell on the same line as its title, or indented on the next line if it fits only there.
 void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
   std::size_t titleWidth = 0;
   for (const auto& column : columns_) {
@@ -124,12 +124,13 @@ void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) cons
       }
       const auto& title = columns_[column].title;
       const auto taken = displayWidth(text);
-      const bool alone = indent == 0 || (taken > width - indent && taken <= width);
+      const bool alone = indent == 0 || (taken > width - indent && taken + gap <= width);
       output << terminal.styled(title, Style::Heading) << (alone ? "\n" : padding(indent, title));
-      std::string blanks;
-      for (const auto& line : wrapped(text, alone ? width : width - indent)) {
+      const auto left = alone ? std::min(gap, width - 1) : indent;
+      std::string blanks(alone ? left : 0, ' ');
+      for (const auto& line : wrapped(text, width - left)) {
         output << blanks << terminal.styled(line, style) << '\n';
-        blanks.assign(alone ? 0 : indent, ' ');
+        blanks.assign(left, ' ');
       }
     }
     output << '\n';
