@@ -84,10 +84,13 @@ std::string textOfCurrentException() {
 /// While it exists, an exception that nobody handles is recorded before the process ends.
 class TerminateRecorder {
  public:
-  explicit TerminateRecorder(CipDatabases& databases) { active = &databases; }
+  explicit TerminateRecorder(CipDatabases& databases) {
+    active = &databases;
+    previous = std::set_terminate(onTerminate);
+  }
   ~TerminateRecorder() {
     active = nullptr;
-    std::set_terminate(previous_);
+    std::set_terminate(previous);
   }
   TerminateRecorder(const TerminateRecorder&) = delete;
   TerminateRecorder& operator=(const TerminateRecorder&) = delete;
@@ -104,12 +107,14 @@ class TerminateRecorder {
     } else {
       std::this_thread::sleep_for(3s);  // another thread records, or recording has crashed
     }
+    if (const auto handler = previous.load()) {
+      handler();  // the system's handler prints the exception, and aborts
+    }
     std::abort();
   }
 
   static inline std::atomic<CipDatabases*> active{nullptr};
-
-  const std::terminate_handler previous_ = std::set_terminate(onTerminate);
+  static inline std::atomic<std::terminate_handler> previous{nullptr};
 };
 
 std::string firstLineOf(const char* file) {

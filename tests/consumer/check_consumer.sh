@@ -2,7 +2,7 @@
 # Lets the consumer play two sessions: one without a server, whose event must be kept, and one with a collector, which
 # must receive both events. Takes the consumer, the collector, the server's name and a text that the consumer's standard
 # error must hold. With "crash" as the fifth argument, the consumer also aborts in the middle of a session, whose event
-# and crash record must be received, too.
+# and crash record must be received, too. The system's message about the exception must stay.
 set -eu
 consumer=$1 collector=$2 name=$3 said=$4 crash=${5-}
 work=$(mktemp -d)
@@ -22,6 +22,7 @@ if [ "$crash" ]; then
   if timeout 60 "$consumer" data "$name" 127.0.0.1:1 certificate secret crash 2>>errors; then
     echo "the consumer was not aborted" && exit 1
   fi
+  grep "terminate called" errors
 fi
 "$collector" --listen 127.0.0.1:0 --certificate certificate --key key --credentials credentials --store received.db \
   >address &
