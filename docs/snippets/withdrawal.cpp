@@ -1,8 +1,10 @@
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/ServerConnection/ConnectionCheck.h"
+#include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Exception.h"
 #include "host/QelUtilities/PathText.h"
 
@@ -18,6 +20,11 @@ void withdraw(Client& client) {
   } catch (const qel::exception& failure) {
     std::cerr << "nothing was removed: " << failure.what() << '\n';
   }
+}
+
+void withdrawWithLog(Client& client) {
+  qel::log::LogManager::instance().configure({});  // standard error only: closes the log file
+  client.withdraw([](std::string_view name) { return name == "consumer.log"; });
 }
 
 bool canSend(const parameters::ActivateParameter& parameter) {

@@ -166,10 +166,11 @@ QEL_ANALYTICS_API int32_t qel_analytics_create(const qel_analytics_parameters* p
 QEL_ANALYTICS_API int32_t qel_analytics_release(qel_analytics_handle handle);
 
 /// For a customer who withdraws the consent. Ends sending at once, also an upload in progress, then
-/// ends the client and removes the databases of its directory. After `QEL_ANALYTICS_BUSY`, the
-/// client still records, but sends nothing more: call this function again. After
-/// `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`, the client has ended, and
-/// `qel_analytics_remove_recordings` may be tried until it succeeds. The log file stays.
+/// ends the client and removes the databases of its directory. The handle is then invalid; do not
+/// release it. After `QEL_ANALYTICS_BUSY`, the client still records, but sends nothing more: call
+/// this function again. After `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`, the
+/// client has ended, and `qel_analytics_remove_recordings` may be tried until it succeeds. The log
+/// file stays.
 QEL_ANALYTICS_API int32_t qel_analytics_withdraw(qel_analytics_handle handle);
 
 /// Removes the databases of a directory. Fails if a client uses the directory, also for a short
