@@ -80,6 +80,8 @@ TEST_F(ReadingTest, SkipsDamage) {
   EXPECT_THAT(listed.errors, ContainsRegex("^qel-support: warning: SupportDatabase.db: the file is "
                                            "damaged: up to [0-9]+ rows of Items are skipped\n$"));
   EXPECT_THAT(eventsIn(listed), AllOf(Gt(rows * 9 / 10), Lt(rows)));
+  EXPECT_THAT(run("qel-support report $DIR --session last --output -").output,
+              AllOf(HasSubstr("This page may be incomplete"), HasSubstr("the file is damaged")));
 
   std::filesystem::resize_file(support_, size / 2);
   EXPECT_GT(eventsIn(list()), rows * 4 / 10);
