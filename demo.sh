@@ -1,16 +1,25 @@
 #!/usr/bin/env bash
 # Demonstrates the client with a real server: installs missing packages, builds, starts a collector as the analytics
-# server, plays a working day of a CAD program with the sample host, and shows the received items.
+# server, plays a working day of a CAD program with the sample host, and shows the received items. Writes a report of the
+# session into a new temporary directory, or into the directory after --keep, beside copies of the databases.
 # With --windows, plays it through Wine with the sample hosts for Windows, one with shared and one with static
-# libraries, and once more with a wrong certificate authority. Leaves nothing behind except files in build.
+# libraries, and once more with a wrong certificate authority. Leaves nothing behind then except files in build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 windows_presets=()
+keep=''
 if [[ $# -eq 1 && $1 == --windows ]]; then
   windows_presets=(windows windows-static)
+elif [[ $# -eq 2 && $1 == --keep ]]; then
+  keep=$2
+  if [[ -e $keep && -n $(ls -A "$keep") ]]; then
+    echo "demo.sh: $keep is not an empty directory" >&2
+    exit 2
+  fi
+  mkdir -p "$keep"
 elif [[ $# -gt 0 ]]; then
-  echo "usage: demo.sh [--windows]" >&2
+  echo "usage: demo.sh [--windows | --keep DIR]" >&2
   exit 2
 fi
 
@@ -77,7 +86,7 @@ build() {
   run cmake --preset "$preset" >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
   run cmake --build --preset "$preset" --target "$@"
 }
-build release qel-sample-host qel-collector
+build release qel-sample-host qel-collector qel-support
 for preset in "${windows_presets[@]}"; do
   build "$preset" qel-sample-host
 done
@@ -105,6 +114,7 @@ mkfifo "$work/collector.out"
 set -m
 "$bin/qel-collector" --listen 127.0.0.1:0 --certificate "$work/server.pem" --key "$work/server.key" \
   --credentials "$work/credentials" --store "$work/received.db" >"$work/collector.out" 2>"$work/collector.log" &
+collector=$!
 set +m
 exec {collector_output}<"$work/collector.out"
 read -r -t 20 -u "$collector_output" listening
@@ -167,6 +177,18 @@ compare() {
   fi
 }
 
+# Keeps a report of the received session, and the databases.
+write_report() {
+  announce "Writing a report of this session from the collector's store"
+  keep=$(realpath "${keep:-$(mktemp --directory)}")
+  run "$bin/qel-support" report "$work/received.db" --session last --output "$keep/report.html"
+  kill "$collector" && wait "$collector" # moves everything into the file
+  cp "$work/received.db" "$keep"
+  cp -r "$work"/data.* "$keep/data"
+  echo "Try qel-support with the client's databases in $keep/data, or with $keep/received.db."
+  echo "Open the report in a browser: $keep/report.html"
+}
+
 # Runs a Windows program. Wine must not use the terminal, which belongs to another process group.
 by_wine() { cmake/run-by-wine "$@" </dev/null 2> >(cat >&2); }
 
@@ -175,6 +197,7 @@ if [[ ${#windows_presets[@]} -eq 0 ]]; then
   play ca "$bin/qel-sample-host"
   show_items
   compare
+  write_report
   exit
 fi
 

@@ -4,6 +4,7 @@
 
 #include "Application/Log/Analytics/Client/PackageBatch.h"
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "Application/Log/Analytics/Items/ItemWrapper.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
 #include "benchmarks/FilledDatabase.h"
@@ -20,6 +21,7 @@ namespace {
 using log::analytics::CipDatabaseClient;
 using log::analytics::details::PackageBatch;
 using log::analytics::details::SendingPass;
+using log::analytics::details::SendingState;
 using log::analytics::items::ItemWrapper;
 using log::analytics::serverconnection::DbToServerConnection;
 using RowMap = CipDatabaseClient::RowMap;
@@ -116,7 +118,9 @@ void pass(benchmark::State& state, int rows) {
   for (auto _ : state) {
     FilledDatabase database(rows);
     DbToServerConnection connection;
-    measure(state, [&] { SendingPass(database.client, connection, *logger, packageSize).run(); });
+    SendingState results;
+    measure(state,
+            [&] { SendingPass(database.client, connection, *logger, results, packageSize).run(); });
     expect(state, database.client.getAllItems().empty(), "rows are left");
   }
 }

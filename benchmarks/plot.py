@@ -11,11 +11,12 @@ LEFT, RIGHT, TOP, BOTTOM = 76, 124, 56, 56
 # All colours are visible on white and on black. Each series has its own mark.
 SERIES = {"store": "#2f81c7", "pass": "#c9601f", "delete": "#2f9e62"}
 STYLE = """
-  text { font: 13px sans-serif; fill: #737b84; }
+  text { font: 13px sans-serif; fill: #59636e; }
   .title { font-size: 15px; font-weight: bold; }
   .grid { stroke: #8a9199; stroke-opacity: 0.3; }
   .axis { stroke: #737b84; }
   .linear { stroke: #8a9199; stroke-dasharray: 3 4; }
+  @media (prefers-color-scheme: dark) { text { fill: #a5afba; } }
 """
 
 

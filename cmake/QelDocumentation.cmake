@@ -2,14 +2,26 @@
 # of docs/ and the reference of all public headers. It fails if a public class or operation has no comment.
 
 find_package(Doxygen 1.9.4 REQUIRED)
+find_path(DOXYGEN_AWESOME doxygen-awesome.css PATH_SUFFIXES share/doxygen-awesome-css REQUIRED)
+mark_as_advanced(DOXYGEN_AWESOME)
 
 set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/documentation)
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
 set(DOXYGEN_WARN_NO_PARAMDOC NO) # comments describe only parameters that need it
 set(DOXYGEN_QUIET YES)
 
-set(DOXYGEN_USE_MDFILE_AS_MAINPAGE docs/index.md)
-set(DOXYGEN_HTML_EXTRA_FILES ${PROJECT_SOURCE_DIR}/docs/growth.svg)
+# The style sheet is light or dark, as the reader's system is.
+set(DOXYGEN_HTML_EXTRA_STYLESHEET ${DOXYGEN_AWESOME}/doxygen-awesome.css
+                                  ${DOXYGEN_AWESOME}/doxygen-awesome-sidebar-only.css
+                                  ${PROJECT_SOURCE_DIR}/cmake/documentation/site.css)
+
+# filter-page also copies pictures and other linked files into the site.
+string(CONFIGURE
+       [["*.md=\"@PROJECT_SOURCE_DIR@/cmake/documentation/filter-page\" \"@DOXYGEN_OUTPUT_DIRECTORY@/html\""]]
+       DOXYGEN_FILTER_PATTERNS @ONLY)
+set(DOXYGEN_VERBATIM_VARS DOXYGEN_FILTER_PATTERNS)
+
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE ${PROJECT_SOURCE_DIR}/README.md)
 set(DOXYGEN_TOC_INCLUDE_HEADINGS 0)
 
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES) # the first sentence is the brief description
@@ -37,10 +49,12 @@ set(DOXYGEN_HAVE_DOT NO)
 # The pages, in the order of the site's menu.
 doxygen_add_docs(
   QelDocumentation
+  README.md
   docs/index.md
   docs/embed-it.md
   docs/windows.md
   docs/c-interface.md
+  docs/session-script.md
   docs/own-host-framework.md
   docs/settings.md
   docs/events.md
@@ -57,6 +71,7 @@ doxygen_add_docs(
   docs/namespaces.dox
   CONTRIBUTING.md
   CHANGELOG.md
+  THIRD-PARTY-NOTICES.md
   ${QEL_PUBLIC_HEADERS}
   host/QelC/qel_analytics.h
   COMMENT "Generating the documentation site")

@@ -75,6 +75,14 @@ install(
   DESTINATION ${configDirectory}
   COMPONENT development)
 
+# The examples of the guides, and the notices.
+set(documentationDirectory ${CMAKE_INSTALL_DATADIR}/doc/qel-analytics)
+install(FILES THIRD-PARTY-NOTICES.md DESTINATION ${documentationDirectory} COMPONENT library)
+install(
+  DIRECTORY samples/c samples/cpp docs/snippets
+  DESTINATION ${documentationDirectory}/examples
+  COMPONENT development)
+
 foreach(header IN LISTS QEL_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${includeDirectory}/${folder} COMPONENT development)

@@ -4,6 +4,7 @@
 set(privateHeaders
     Application/Log/Analytics/Client/PackageBatch.h
     Application/Log/Analytics/Client/SendingPass.h
+    Application/Log/Analytics/Client/SendingState.h
     Application/Log/Analytics/Items/CatalogueText.h
     Application/Log/Analytics/Listeners/InsertItem.h
     host/QelAssert/HandlerOfThread.h

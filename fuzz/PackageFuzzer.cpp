@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "fuzz/Check.h"
 #include "host/QelLog/LoggerInterface.h"
 #include "tests/support/FakeConnection.h"
@@ -96,7 +97,8 @@ void checkPass(Table table, const Texts& rows, std::size_t limit, std::size_t ac
   test::FakeConnection server;
   server.accepted = static_cast<int>(accepted);
   SilentLogger logger;
-  details::SendingPass(database, server, logger, limit).run();
+  details::SendingState state;
+  details::SendingPass(database, server, logger, state, limit).run();
 
   const auto batches = batchesOf(rows, limit);
   const std::string list = table == Table::Items ? "events" : "environments";

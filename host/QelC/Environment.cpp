@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "Application/Log/Analytics/SystemEnvironment/ThisMachine.h"
 #include "host/QelC/CallError.h"
 #include "host/QelC/qel_analytics.h"
 #include "host/QelNotification/Fields.h"
@@ -126,6 +127,19 @@ std::unique_ptr<items::EnvironmentItem> readEnvironment(const std::string& json)
   } catch (const notification::NotificationError& fault) {
     throw CallError(QEL_ANALYTICS_INVALID_JSON, std::string("environment: ") + fault.what());
   }
+}
+
+std::string describeMachine(const std::string& program, const std::string& version) {
+  ApplicationInfo running;
+  running.name = program;
+  running.version = version;
+  const auto machine = log::analytics::systemenvironment::describeThisMachine(std::move(running));
+  return json::JsonObject()
+      .addJsonObject("CurrentActiveApplication",
+                     machine->getQelEnvironmentInfo().front().application().asJsonObject())
+      .addJsonObject("OS", machine->getOsEnvironmentInfo().asJsonObject())
+      .addJsonObject("Hardware", machine->getHardwareEnvironmentInfo().asJsonObject())
+      .toString();
 }
 
 }  // namespace qel::c

@@ -13,4 +13,7 @@ namespace qel::c {
 /// if the text is invalid.
 std::unique_ptr<log::analytics::items::EnvironmentItem> readEnvironment(const std::string& json);
 
+/// A description of this machine and of the program, in the form that `readEnvironment` reads.
+std::string describeMachine(const std::string& program, const std::string& version);
+
 }  // namespace qel::c

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/QelC/CallError.h"
+#include "host/QelC/Environment.h"
 #include "host/QelC/Parameters.h"
 #include "host/QelC/Recordings.h"
 #include "host/QelC/Registry.h"
@@ -206,6 +207,15 @@ std::int32_t qel_analytics_application_crashed(qel_analytics_handle handle, cons
                         {"code", code}}
                        .dump());
   });
+}
+
+const char* qel_analytics_this_machine(const char* program, const char* version) {
+  static thread_local std::string description;
+  const auto status = call([&] {
+    description =
+        describeMachine(requiredText(program, "program"), requiredText(version, "version"));
+  });
+  return status == QEL_ANALYTICS_OK ? description.c_str() : nullptr;
 }
 
 const char* qel_analytics_last_error() { return lastError.data(); }

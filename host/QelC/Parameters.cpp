@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "Application/Log/Analytics/ServerConnection/HostName.h"
 #include "host/QelC/CallError.h"
 #include "host/QelC/Texts.h"
 #include "host/QelUtilities/PathText.h"
@@ -24,7 +25,8 @@ static_assert(sizeof(void*) != 8 ||
               (smallestSize == 136 && offsetof(qel_analytics_parameters, session_id) == 24 &&
                offsetof(qel_analytics_parameters, retention_seconds) == 72 &&
                offsetof(qel_analytics_parameters, context) == 96 &&
-               offsetof(qel_analytics_parameters, environment) == 128));
+               offsetof(qel_analytics_parameters, environment) == 128 &&
+               offsetof(qel_analytics_parameters, server_host) == 136));
 
 [[noreturn]] void refuse(const std::string& text) {
   throw CallError(QEL_ANALYTICS_INVALID_ARGUMENT, text);
@@ -81,7 +83,10 @@ log::LogSettings logSettings(const qel_analytics_parameters& given,
 protocol::https::Settings httpsSettings(const qel_analytics_parameters& given) {
   protocol::https::Settings settings;
   settings.caBundle = optionalText(given.ca_file, "ca_file");
-  settings.connectFor = QEL_ANALYTICS_SERVER_HOST;
+  settings.connectFor = optionalText(given.server_host, "server_host");
+  if (settings.connectFor.empty()) {
+    settings.connectFor = QEL_ANALYTICS_SERVER_HOST;
+  }
   settings.connectTo = optionalText(given.connect_to, "connect_to");
   settings.proxy = optionalText(given.proxy, "proxy");
   return settings;
@@ -90,6 +95,7 @@ protocol::https::Settings httpsSettings(const qel_analytics_parameters& given) {
 }  // namespace
 
 Parameters readParameters(const qel_analytics_parameters* given) {
+  using namespace log::analytics::serverconnection;
   if (given == nullptr) {
     refuse("parameters is null");
   }
@@ -105,6 +111,10 @@ Parameters readParameters(const qel_analytics_parameters* given) {
   }
   if (parameters.serverUser.find(':') != std::string::npos) {
     refuse("server_user contains a colon");
+  }
+  parameters.serverHost = optionalText(known.server_host, "server_host");
+  if (!parameters.serverHost.empty() && !isHostName(parameters.serverHost)) {
+    refuse("server_host " + complaintAboutHostName(parameters.serverHost));
   }
   if (known.retention_seconds > secondsOfHundredYears || known.reserved != 0) {
     refuse("retention_seconds is more than a hundred years, or reserved is not 0");

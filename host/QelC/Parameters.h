@@ -20,6 +20,7 @@ struct Parameters {
   Guid sessionId;  ///< null if the caller has set none
   std::string serverUser;
   std::string serverSecret;
+  std::string serverHost;  ///< empty if the caller has set none
   std::optional<std::chrono::seconds> retention;
   std::chrono::milliseconds releaseLimit{0};
   protocol::https::Settings https;

@@ -6,7 +6,6 @@
 
 #include "host/QelC/CallError.h"
 #include "host/QelC/Environment.h"
-#include "host/QelC/Recordings.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelSql/DirectoryClaim.h"
 #include "host/QelUtilities/ExitDeadline.h"
@@ -174,13 +173,17 @@ void Registry::expectLive(qel_analytics_handle handle) const {
 }
 
 /// From now on the handle is invalid. Most of the limit is for the client, and the rest for its
-/// last log messages and the callbacks that run. Returns the time of the limit.
+/// last log messages and the callbacks that run. Returns the time of the limit. A removal ends
+/// sending here, because other threads may keep it waiting.
 Registry::TimePoint Registry::beginEnd(qel_analytics_handle handle, Ending ending) {
   const MutexLock lock(mutex_);
   expectLive(handle);
+  if (ending == Ending::Remove) {
+    live_->endSending();
+  }
   const auto limit = live_->releaseLimit();
   live_ = nullptr;
-  utilities::setExitDeadline(ending == Ending::Send ? limit * 4 / 5 : 0ms);
+  utilities::setExitDeadline(limit * 4 / 5);
   return steady_clock::now() + limit;
 }
 
@@ -197,7 +200,6 @@ void Registry::waitForBroadcast(TimePoint deadline) {
 /// because the host must know that the callback still uses the context.
 void Registry::destroySession(Ending ending, TimePoint deadline) {
   const auto callbacks = session_->callbacks();
-  const auto directory = session_->takeDirectory();
   std::exception_ptr failure;
   if (ending == Ending::Send) {
     failure = failureOf([&session = *session_] { session.waitUntilStored(); });
@@ -205,10 +207,10 @@ void Registry::destroySession(Ending ending, TimePoint deadline) {
   // Otherwise rows that the client adds while it is destroyed would be stored after the last
   // sending pass.
   callbacks->denyEverything();
-  session_.reset();
   if (ending == Ending::Remove) {
-    failure = failureOf([&] { removeAllRecordings(directory); });
+    failure = failureOf([&session = *session_] { session.withdraw(); });
   }
+  session_.reset();
   endLog(deadline);
   if (!callbacks->close(deadline)) {
     throw CallError(QEL_ANALYTICS_CALLBACK_RUNNING, "the client has ended, but a callback runs");

@@ -10,6 +10,7 @@
 #include "Core/Utilities/Template/Singleton.h"
 #include "host/QelC/CallError.h"
 #include "host/QelC/Environment.h"
+#include "host/QelC/Recordings.h"
 #include "host/QelNotification/IssueStorageBroadcaster.h"
 
 namespace qel::c {
@@ -29,9 +30,7 @@ class NoWebUpdates : public reports::WebUpdateReporterInterface {
 }  // namespace
 
 Session::Session(const Parameters& parameters, const std::string& environment)
-    : directory_(parameters.directory),
-      releaseLimit_(parameters.releaseLimit),
-      callbacks_(parameters.callbacks) {
+    : releaseLimit_(parameters.releaseLimit), callbacks_(parameters.callbacks) {
   protocol::https::setSettings(parameters.https);
   auto databases = std::make_unique<CipDatabases>(
       std::make_unique<LossCountingDatabaseClient<CipDatabaseClient>>(lost_.forSending),
@@ -56,6 +55,8 @@ void Session::waitUntilStored() {
   }
 }
 
+void Session::withdraw() { expectRemoved(client_->withdraw()); }
+
 void Session::expectStorage() const {
   if (databases_->errorOccurred()) {
     throw CallError(QEL_ANALYTICS_STORAGE_ENDED, "recording has ended; the log has the reason");
@@ -72,7 +73,8 @@ parameters::ActivateParameter Session::activation(const Parameters& parameters,
           .serverUser = parameters.serverUser,
           .createEnvironmentItem = [environment] { return readEnvironment(environment); },
           .isSendingAllowed = [callbacks = callbacks_] { return callbacks->isSendingAllowed(); },
-          .databaseCallback = [callbacks = callbacks_] { return callbacks->isSupportAllowed(); }};
+          .databaseCallback = [callbacks = callbacks_] { return callbacks->isSupportAllowed(); },
+          .serverHost = parameters.serverHost};
 }
 
 }  // namespace qel::c

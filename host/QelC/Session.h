@@ -3,7 +3,6 @@
 #include <chrono>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "host/QelC/LossCountingDatabaseClient.h"
@@ -26,22 +25,23 @@ class Session {
 
   void startSending() { client_->startSendingItems(); }
   void stopSending() { client_->stopSendingItems(); }
+  /// Ends sending for good, also an upload in progress. Thread-safe.
+  void endSending() const { client_->endSending(); }
   /// Waits until everything is stored or lost. Throws `CallError` if nothing more is recorded, or
   /// if rows were lost since the last call.
   void waitUntilStored();
+  /// Ends without sending and removes what was recorded. Throws `qel::exception` if a file remains.
+  void withdraw();
 
   /// Throws `CallError` if nothing more is recorded. Thread-safe.
   void expectStorage() const;
   std::chrono::milliseconds releaseLimit() const { return releaseLimit_; }
-  /// Moves the directory (UTF-8) out.
-  std::string takeDirectory() { return std::move(directory_); }
   const std::shared_ptr<Callbacks>& callbacks() const { return callbacks_; }
 
  private:
   log::analytics::parameters::ActivateParameter activation(const Parameters& parameters,
                                                            const std::string& environment) const;
 
-  std::string directory_;
   const std::chrono::milliseconds releaseLimit_;
   const std::shared_ptr<Callbacks> callbacks_;
   LostRows lost_;                            ///< outlives the databases, which count there

@@ -149,6 +149,9 @@ typedef struct qel_analytics_parameters {
   qel_analytics_log log;
   /// Describes the machine. Called once, by `qel_analytics_create`. Default: no description.
   qel_analytics_environment environment;
+  /// The host name of the server, as in its certificate; not an address. Default: the name that was
+  /// compiled in. Added after the first version.
+  const char* server_host;
 } qel_analytics_parameters;
 
 /// Creates a client, which records and sends until it is released. Stores its handle in `handle`,
@@ -162,10 +165,12 @@ QEL_ANALYTICS_API int32_t qel_analytics_create(const qel_analytics_parameters* p
 /// `QEL_ANALYTICS_NOT_STORED` if records were lost and `qel_analytics_join` has not reported them.
 QEL_ANALYTICS_API int32_t qel_analytics_release(qel_analytics_handle handle);
 
-/// For a customer who withdraws the consent. Ends the client without sending, and removes the
-/// databases of its directory. After `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`,
-/// the client has ended, and `qel_analytics_remove_recordings` may be tried until it succeeds. The
-/// log file stays.
+/// For a customer who withdraws the consent. Ends sending at once, also an upload in progress, then
+/// ends the client and removes the databases of its directory. The handle is then invalid; do not
+/// release it. After `QEL_ANALYTICS_BUSY`, the client still records, but sends nothing more: call
+/// this function again. After `QEL_ANALYTICS_FAILED` or `QEL_ANALYTICS_CALLBACK_RUNNING`, the
+/// client has ended, and `qel_analytics_remove_recordings` may be tried until it succeeds. The log
+/// file stays.
 QEL_ANALYTICS_API int32_t qel_analytics_withdraw(qel_analytics_handle handle);
 
 /// Removes the databases of a directory. Fails if a client uses the directory, also for a short
@@ -221,6 +226,12 @@ QEL_ANALYTICS_API int32_t qel_analytics_application_stopped(qel_analytics_handle
 QEL_ANALYTICS_API int32_t qel_analytics_application_crashed(qel_analytics_handle handle,
                                                             const char* text, int32_t code);
 /// @}
+
+/// A description of this machine and of the program, for the callback `environment`: system,
+/// language, screen, graphics card, processor and memory, but no name of a user or a machine.
+/// Unknown facts are empty. Returns null if a text is null or not UTF-8. Valid until the thread
+/// calls this function again or ends. A callback may call it.
+QEL_ANALYTICS_API const char* qel_analytics_this_machine(const char* program, const char* version);
 
 /// The text of the last failure on the calling thread, at most 511 bytes; empty if there was none.
 /// Never null. Valid until the thread calls the library again or ends.

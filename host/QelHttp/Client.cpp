@@ -69,7 +69,8 @@ http::Response Client::post(const Message& message) {
   const auto settings = settingsInForce();
   const Outcome outcome = ConnectionPool::instance().exchange(message, settings);
   if (const std::string refusal = refusalOf(outcome); !refusal.empty()) {
-    throw Error("posting to " + nameOfServer(message, *settings) + " failed: " + refusal);
+    throw Error("posting to " + nameOfServer(message, *settings) + " failed: " + refusal,
+                outcome.isCertificateRejected ? Error::Cause::Certificate : Error::Cause::Other);
   }
   if (outcome.status >= 400) {
     log::LogManager::instance()

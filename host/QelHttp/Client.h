@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "host/QelHttp/Message.h"
 #include "host/QelHttp/Response.h"
 #include "host/QelUtilities/Exception.h"
@@ -10,7 +12,18 @@ namespace qel::protocol::https {
 /// names the server if the exchange started. It contains no secret.
 class Error : public qel::exception {
  public:
-  using qel::exception::exception;
+  /// The kinds of failures that a caller may need to tell apart.
+  enum class Cause { Other, Certificate };
+
+  /// The cause is `Certificate` if the server's certificate or name was not trusted.
+  explicit Error(const std::string& message, Cause cause = Cause::Other)
+      : qel::exception(message), cause_(cause) {}
+
+  /// The kind of the failure.
+  Cause cause() const { return cause_; }
+
+ private:
+  Cause cause_;
 };
 
 /// Posts messages over HTTPS with TLS 1.2 or newer. Always verifies the peer's certificate and
@@ -39,7 +52,8 @@ class Client {
   /// - a name that cannot be resolved,
   /// - a connection that is lost, or refused by the server or a proxy,
   /// - an untrusted certificate,
-  /// - an exceeded time limit or exit deadline, even if the deadline is set during the exchange,
+  /// - an exceeded time limit, exit deadline, or stop time of the thread (`utilities::Patience`),
+  ///   even if the deadline or the stop time is set during the exchange,
   /// - a response that is too large,
   /// - a field of the message with an invalid value (see `Message`) or with CR, LF or NUL.
   ///

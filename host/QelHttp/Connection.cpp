@@ -15,6 +15,7 @@
 #include "host/QelHttp/Client.h"
 #include "host/QelHttp/SettingsInForce.h"
 #include "host/QelUtilities/ExitDeadline.h"
+#include "host/QelUtilities/Patience.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "host/QelUtilities/SystemError.h"
 
@@ -221,33 +222,38 @@ class Connection::Implementation {
       return {0, false, curl_multi_strerror(result)};
     }
     const ScopeGuard removing([&] { curl_multi_remove_handle(multi_.get(), transfer.handle()); });
-    return transfer.outcome(run(transfer));
+    return run(transfer);
   }
 
  private:
-  /// Runs the transfer until it ends. Returns the reason why it was not completed, or an empty
-  /// string.
-  std::string run(const Transfer& transfer) {
+  /// Runs the transfer until it ends.
+  Outcome run(const Transfer& transfer) {
     int running = 1;
     while (running > 0) {
       const auto left = utilities::exitDeadline() - steady_clock::now();
       if (left <= steady_clock::duration::zero()) {
-        return "the exit deadline has passed";
+        return transfer.outcome("the exit deadline has passed");
+      }
+      if (utilities::Patience::mustStop()) {
+        return transfer.outcome("this thread must stop");
       }
       CURLMcode result = curl_multi_perform(multi_.get(), &running);
       if (result == CURLM_OK && running > 0) {
         result = curl_multi_poll(multi_.get(), nullptr, 0, pauseWithin(left), nullptr);
       }
       if (result != CURLM_OK) {
-        return curl_multi_strerror(result);
+        return transfer.outcome(curl_multi_strerror(result));
       }
     }
     int others = 0;
-    return transfer.reasonOf(curl_multi_info_read(multi_.get(), &others)->data.result);
+    const CURLcode result = curl_multi_info_read(multi_.get(), &others)->data.result;
+    Outcome outcome = transfer.outcome(transfer.reasonOf(result));
+    outcome.isCertificateRejected = result == CURLE_PEER_FAILED_VERIFICATION;
+    return outcome;
   }
 
-  /// How many milliseconds to wait for the network. The wait is short, because an exit deadline may
-  /// be set during the wait.
+  /// How many milliseconds to wait for the network. The wait is short, because an exit deadline or
+  /// a stop time may be set during the wait.
   static int pauseWithin(steady_clock::duration left) {
     constexpr milliseconds longest{100};
     const auto pause = std::min<steady_clock::duration>(left, longest);

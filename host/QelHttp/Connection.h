@@ -16,6 +16,8 @@ struct Outcome {
   bool wholeBodySent = false;
   /// The reason why the exchange was not completed; empty if it was completed.
   std::string failure;
+  /// Whether that reason is that the server's certificate or name was not trusted.
+  bool isCertificateRejected = false;
 };
 
 /// A connection for several exchanges. For the next exchange it keeps the open socket, the trusted
@@ -32,8 +34,8 @@ class Connection {
   const std::shared_ptr<const Settings>& settings() const { return settings_; }
 
   /// Posts a message whose fields the caller has checked. Blocks until the exchange ends, at most
-  /// slightly longer than the time limits and the exit deadline allow. This includes a deadline
-  /// that is set during the exchange.
+  /// slightly longer than the time limits, the exit deadline and the thread's stop time
+  /// (`utilities::Patience`) allow. The last two may be set during the exchange.
   Outcome exchange(const Message& message);
 
   /// Frees the TLS library's thread-local state for the calling thread. Otherwise the library frees

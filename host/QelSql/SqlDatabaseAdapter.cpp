@@ -97,7 +97,7 @@ Result SqlDatabaseAdapter::Implementation::execute(const std::string& statement)
 /// Logs a statement that was abandoned because the thread's patience ended, but only the first such
 /// statement in a call.
 Outcome SqlDatabaseAdapter::Implementation::logged(Outcome outcome, bool hadGivenUp) const {
-  if (outcome.status == Status::Busy && !hadGivenUp) {
+  if (outcome.status == Status::Busy && !hadGivenUp && !Patience::mustStop()) {
     log_.warn(": a statement was given up: " + outcome.reason);
   }
   return outcome;
@@ -202,6 +202,9 @@ void SqlDatabaseAdapter::Implementation::fail(const char* what, const Outcome& o
 
 void SqlDatabaseAdapter::Implementation::logFailure(const char* what,
                                                     const std::string& reason) const noexcept {
+  if (Patience::mustStop()) {
+    return;  // an interruption on purpose
+  }
   log_.error([&] {
     return std::string(": ") + what + " failed, so nothing of its transaction is stored: " + reason;
   });

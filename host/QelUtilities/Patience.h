@@ -8,8 +8,9 @@ namespace qel::utilities {
 /// A thread's patience: how long the thread may wait for resources that others use, such as a
 /// database file. The limit applies to the sum of all waits while the object exists.
 ///
-/// Another thread may end a worker's patience early, at a stop time. The worker's waits then end,
-/// and its running SQL statement is interrupted, which means that it fails and is rolled back.
+/// Another thread may end a worker's patience early, at a stop time. The worker's waits and its
+/// HTTPS exchange then end, and its running SQL statement is interrupted, which means that it fails
+/// and is rolled back. None of this is logged as a failure of the database.
 ///
 /// A thread without an object never waits, so a worker must declare its patience when it starts. A
 /// nested object can only shorten the remaining time of the outer object. Objects must be destroyed

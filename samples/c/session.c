@@ -10,7 +10,7 @@ static int32_t always_allowed(void* context) {
 
 static const char* describe_machine(void* context) {
   (void)context;
-  return "{\"CurrentActiveApplication\": {\"Name\": \"Sample\", \"Version\": \"1.0\"}}";
+  return qel_analytics_this_machine("Sample", "1.0");
 }
 
 static void print_message(void* context, int32_t level, const char* logger, const char* message) {
@@ -60,6 +60,7 @@ int main(int count, char** values) {
   parameters.struct_size = sizeof(parameters);
   parameters.directory = values[1];
   parameters.installation_id = "consumer";
+  parameters.server_host = values[2];
   parameters.connect_to = values[3]; /* for a trial only */
   parameters.ca_file = values[4];    /* for a trial only */
   parameters.server_user = "consumer";

@@ -19,7 +19,8 @@ class Parameters(ctypes.Structure):
                 ("server_secret", c_char_p), ("ca_file", c_char_p), ("connect_to", c_char_p), ("proxy", c_char_p),
                 ("retention_seconds", c_uint64), ("log_file", c_char_p), ("log_level", c_int32),
                 ("reserved", c_int32), ("context", c_void_p), ("is_sending_allowed", PERMISSION),
-                ("is_support_allowed", PERMISSION), ("log", LOG), ("environment", ENVIRONMENT)]
+                ("is_support_allowed", PERMISSION), ("log", LOG), ("environment", ENVIRONMENT),
+                ("server_host", c_char_p)]
 
 
 class Detail(ctypes.Structure):
@@ -31,6 +32,7 @@ library.qel_analytics_last_error.restype = c_char_p
 library.qel_analytics_notify.argtypes = [c_uint64, c_char_p]
 library.qel_analytics_general_event.argtypes = [c_uint64, c_char_p, c_char_p, c_char_p, ctypes.POINTER(Detail),
                                                 c_uint32]
+library.qel_analytics_this_machine.restype = c_void_p
 library.qel_analytics_release.argtypes = [c_uint64]
 
 
@@ -39,15 +41,15 @@ def check(status):
         raise RuntimeError(library.qel_analytics_last_error().decode())
 
 
-directory, _, address, authority, secret_file = sys.argv[1:]
-environment = ctypes.create_string_buffer(b'{"CurrentActiveApplication": {"Name": "Sample", "Version": "1.0"}}')
+directory, server, address, authority, secret_file = sys.argv[1:]
 parameters = Parameters(
     struct_size=ctypes.sizeof(Parameters), directory=directory.encode(), installation_id=b"consumer",
+    server_host=server.encode(),
     connect_to=address.encode(), ca_file=authority.encode(),  # both for a trial only
     server_user=b"consumer", server_secret=pathlib.Path(secret_file).read_bytes().splitlines()[0],
     is_sending_allowed=PERMISSION(lambda context: 1), is_support_allowed=PERMISSION(lambda context: 1),
     log=LOG(lambda context, level, logger, message: print(level, message.decode(), file=sys.stderr)),
-    environment=ENVIRONMENT(lambda context: ctypes.addressof(environment)))
+    environment=ENVIRONMENT(lambda context: library.qel_analytics_this_machine(b"Sample", b"1.0")))
 
 client = c_uint64()
 check(library.qel_analytics_create(ctypes.byref(parameters), ctypes.byref(client)))

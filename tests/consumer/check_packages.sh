@@ -34,7 +34,8 @@ for script in postinst prerm postrm; do
   sh -n "$work/scripts/$script"
 done
 for file in lib/systemd/system/qel-collector.service share/man/man1/qel-collector.1 \
-  share/bash-completion/completions/qel-collector.bash share/doc/qel-collector/examples/haproxy.cfg; do
+  share/bash-completion/completions/qel-collector.bash share/doc/qel-collector/examples/haproxy.cfg \
+  share/doc/qel-analytics/THIRD-PARTY-NOTICES.md share/doc/qel-analytics/examples/cpp/main.cpp; do
   [ -f "$work/root/usr/$file" ]
 done
 "$tests/check_collector_service.sh" "$work/root"

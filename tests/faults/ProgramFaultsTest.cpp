@@ -16,6 +16,8 @@ using namespace testing;
 using std::chrono::system_clock;
 
 constexpr const char* countRows = "SELECT count(*) FROM Items";
+constexpr const char* countStored =
+    "SELECT (SELECT sum(count) FROM events), (SELECT count(*) FROM refused)";
 
 /// Rows of a category, numbered from 1.
 std::string scriptOf(const std::string& category, int rows, const std::string& wait = "") {
@@ -220,6 +222,16 @@ TEST_F(ProgramFaultsTest, TheSecretStaysOutOfFilesOutputAndEnvironment) {
     EXPECT_THAT(contentOf(output), ContainsRegex("broadcast +1 "));
     EXPECT_EQ(betrayersAmong(searched), "");
   }
+  const auto check = [&](const std::string& user) {
+    return Process(hostFor(site_, address, authority.caFile()) + " --check-connection --user " +
+                   user + " --secret-file " + secret.string())
+        .readUntil(EOF);
+  };
+  const auto stored = [&] { return query(site_.directory() + "/store.db", countStored); };
+  const auto before = stored();
+  EXPECT_THAT(check("ada"), HasSubstr("accepted the credentials (status 204)"));
+  EXPECT_THAT(check("bob"), HasSubstr("refused the user or the secret"));
+  EXPECT_EQ(stored(), before) << "a check of the connection stores nothing";
   EXPECT_THAT(Process("find " + site_.directory() + " -type f -printf '%m '").readUntil(EOF),
               MatchesRegex("(600 ){6,}"));
   EXPECT_THAT(betrayersAmong(given.text()), AllOf(HasSubstr("/secret"), HasSubstr("/users")));

@@ -1,4 +1,5 @@
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "tests/faults/DatabaseDirectory.h"
 #include "tests/support/FakeConnection.h"
 
@@ -43,7 +44,8 @@ TEST_F(StorageFaultsTest, KeepsLaterRowsWhenTheFileIsReplacedInTheMiddleOfAPass)
     client.insertMultiple(batchOf(std::to_string(connection.packages.size()) + "new"));
   };
   const auto logger = log::LogManager::instance().getLogger("pass");
-  details::SendingPass(client, connection, *logger, 1).run();
+  details::SendingState state;
+  details::SendingPass(client, connection, *logger, state, 1).run();
   EXPECT_THAT(textsIn(sendingFile_),
               ElementsAre("1new1", "1new2", "1new3", "2new1", "2new2", "2new3"));
 }

@@ -1,3 +1,5 @@
+#include <atomic>
+
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "tests/support/Logged.h"
 #include "tests/support/Site.h"
@@ -86,6 +88,32 @@ TEST(EndToEndTest, TakesARedirectionForAnAcceptanceAndDoesNotFollowIt) {
   { const Session session(site.directory()); }
   EXPECT_THAT(rows(site.sendingFile()), IsEmpty());
   EXPECT_THAT(site.server().requests(), Each(Field(&Request::head, Not(HasSubstr("elsewhere")))));
+}
+
+TEST(EndToEndTest, SendsFromTheConsentOnIfItIsGivenLater) {
+  const Site site;
+  std::atomic<bool> hasConsented{false};
+  Activation activation{site.directory()};
+  activation.parameter.isSendingAllowed = [&] { return hasConsented.load(); };
+  auto pair = filePair();
+  CipDatabases& databases = *pair;
+  Client client(std::move(pair));
+  client.activate(activation.parameter);
+  graphicAction("before", "v");
+  databases.join();
+  EXPECT_FALSE(client.sendingStatus().isLoopRunning);
+  hasConsented = true;
+  client.startSendingItems();
+  graphicAction("after", "v");
+  databases.join();
+  client.startSendingItems();
+  EXPECT_TRUE(waitUntil([&] { return client.sendingStatus().rowsAccepted >= 2; }));
+  std::string received;
+  for (const auto& request : site.server().requests()) {
+    received += request.body;
+  }
+  EXPECT_THAT(received, AllOf(HasSubstr("environments"), HasSubstr("\"after\""),
+                              Not(HasSubstr("\"before\""))));
 }
 
 }  // namespace qel::test

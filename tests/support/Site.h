@@ -37,10 +37,11 @@ inline ServerOptions stalledServer(Protocol protocol = Protocol::Tls) {
 /// A directory for databases, and a trusted server that the process sends to.
 class Site {
  public:
-  explicit Site(ServerOptions options = {}) : server_(identified(std::move(options))) {
+  explicit Site(ServerOptions options = {}, const std::string& name = "analytics.qel.example")
+      : server_(identified(std::move(options), name)) {
     protocol::https::setSettings({.caBundle = certificates_.caFile(),
                                   .connectTo = server_.address(),
-                                  .connectFor = serverName,
+                                  .connectFor = name,
                                   .proxy = {}});
   }
 
@@ -73,10 +74,8 @@ class Site {
   }
 
  private:
-  static constexpr const char* serverName = "analytics.qel.example";
-
-  ServerOptions identified(ServerOptions options) {
-    options.identity = certificates_.issue(serverName);
+  ServerOptions identified(ServerOptions options, const std::string& name) {
+    options.identity = certificates_.issue(name);
     return options;
   }
 

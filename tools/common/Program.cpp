@@ -44,6 +44,13 @@ void refuseEmptyValue(const std::string& argument) {
   }
 }
 
+/// CLI11's message, without the placeholder that it has for a missing value.
+std::string withoutPlaceholder(const std::string& message) {
+  const auto place = message.find(": 1 required ");
+  const bool isMissing = place != std::string::npos && message.ends_with(" missing");
+  return isMissing ? message.substr(0, place) + ": a value is missing" : message;
+}
+
 /// The first unknown argument, without its value because the value may be secret.
 std::optional<std::string> firstUnexpected(const CLI::App& program) {
   for (const std::string& argument : program.remaining(true)) {
@@ -71,7 +78,7 @@ bool readCommandLine(CLI::App& program, const Arguments& arguments) {
     const auto unexpected = firstUnexpected(program);
     throw InputError(unexpected ? "unexpected argument \"" + *unexpected +
                                       "\" (--help lists what there is)"
-                                : error.what());
+                                : withoutPlaceholder(error.what()));
   }
 }
 

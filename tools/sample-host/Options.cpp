@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Application/Log/Analytics/ServerConnection/HostName.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/common/ByteOrderMark.h"
 #include "tools/common/Endpoint.h"
@@ -92,6 +93,10 @@ bool readTexts(const tools::Arguments& arguments, Options& options, Texts& texts
       ->required();
   add("--session", "FILE", options.session, "session script, - for standard input");
   add("--server", "HOST:PORT", options.server, "address to use for the analytics server");
+  add("--server-name", "NAME", options.serverName, "host name of the server, as in its certificate")
+      ->check(log::analytics::serverconnection::complaintAboutHostName);
+  program.add_flag("--check-connection", options.onlyChecksConnection,
+                   "report whether server, certificate and user are right, and exit");
   add("--ca", "FILE", options.caBundle, "trusted certificates (PEM) instead of the system's");
   auto* user =
       add("--user", "NAME", options.user, "user name for the server")->check(complaintAboutUser);

@@ -14,6 +14,7 @@ namespace qel::samplehost {
 struct Options {
   std::filesystem::path directory;  ///< existing directory of the databases
   std::string session = "-";        ///< script file (UTF-8); "-": standard input
+  std::string serverName;           ///< host name in the certificate; empty: the one compiled in
   std::string server;               ///< "host:port" to connect to; empty: the server's own
   std::string caBundle;             ///< file of trusted certificates; empty: the system's
   std::string user;
@@ -22,6 +23,7 @@ struct Options {
   qel::Guid sessionId;
   bool sendingAllowed = true;
   bool supportAllowed = true;
+  bool onlyChecksConnection = false;              ///< plays no session
   std::optional<std::chrono::seconds> retention;  ///< of support rows; empty: unlimited
   double speed = 1;                               ///< the script's waits are divided by it
   std::chrono::milliseconds exitDeadline{0};

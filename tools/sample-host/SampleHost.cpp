@@ -9,6 +9,7 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Database/SupportDatabaseClient.h"
 #include "Application/Log/Analytics/Listeners/PlainIssueInformation.h"
+#include "Application/Log/Analytics/SystemEnvironment/ThisMachine.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelHttp/Settings.h"
 #include "host/QelLog/LogManager.h"
@@ -17,7 +18,6 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/common/SampleHostFileNames.h"
-#include "tools/sample-host/EnvironmentFacts.h"
 #include "tools/sample-host/InstallationId.h"
 #include "tools/sample-host/Interruption.h"
 
@@ -52,9 +52,22 @@ void setUpLog(const std::filesystem::path& directory) {
 void setUpHttps(const Options& options) {
   protocol::https::Settings settings;
   settings.caBundle = options.caBundle;
-  settings.connectFor = QEL_ANALYTICS_SERVER_HOST;
+  settings.connectFor = options.serverName.empty() ? QEL_ANALYTICS_SERVER_HOST : options.serverName;
   settings.connectTo = options.server;
   protocol::https::setSettings(settings);
+}
+
+std::unique_ptr<log::analytics::items::EnvironmentItem> describeMachine() {
+  log::analytics::items::details::ApplicationInfo program;
+  program.name = "qel-sample-host";
+  program.version = QEL_VERSION;
+  program.exeVersion = QEL_VERSION;
+#ifdef NDEBUG
+  program.exeConfig = "Release";
+#else
+  program.exeConfig = "Debug";
+#endif
+  return log::analytics::systemenvironment::describeThisMachine(std::move(program));
 }
 
 }  // namespace
@@ -72,6 +85,12 @@ SessionSummary SampleHost::play(const std::vector<Step>& script) {
   summary.handedForSupport = supportTraffic_.handedIn;
   summary.sent = sendingTraffic_.deletedById;
   return summary;
+}
+
+log::analytics::serverconnection::ConnectionCheck SampleHost::checkConnection() {
+  LogManager::instance().configure({.standardError = false, .file = {}});
+  setUpHttps(options_);
+  return log::analytics::serverconnection::tryConnection(activateParameter());
 }
 
 void SampleHost::playWithClient(const std::vector<Step>& script, SessionSummary& summary) {
@@ -95,7 +114,11 @@ void SampleHost::activateAndPlay(const std::vector<Step>& script, Client& client
                                  CipDatabases& databases, SessionSummary& summary) {
   const ScopeGuard armExitDeadline(
       [this] { setExitDeadlineUnlessInterrupted(options_.exitDeadline); });
-  client.activate(activateParameter());
+  auto parameter = activateParameter();
+  if (parameter.installationId.empty()) {
+    parameter.installationId = installationIdOf(options_.directory);
+  }
+  client.activate(parameter);
   client.registerIssueListStorageListener(
       notification::IssueStorageBroadcaster::getInstance(),
       std::make_unique<log::analytics::PlainIssueInformation>());
@@ -131,14 +154,14 @@ log::analytics::parameters::ActivateParameter SampleHost::activateParameter() {
   return {
       .webUpdateReporter = webUpdates_,
       .databasePath = utilities::utf8FromPath(options_.directory),
-      .installationId = options_.installationId.empty() ? installationIdOf(options_.directory)
-                                                        : options_.installationId,
+      .installationId = options_.installationId,
       .sessionId = options_.sessionId,
       .serverSecret = options_.secret,
       .serverUser = options_.user,
-      .createEnvironmentItem = createEnvironmentItem,
+      .createEnvironmentItem = describeMachine,
       .isSendingAllowed = [this] { return storing_ && options_.sendingAllowed; },
       .databaseCallback = [this] { return storing_ && options_.supportAllowed; },
+      .serverHost = options_.serverName,
   };
 }
 

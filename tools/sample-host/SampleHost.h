@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Application/Log/Analytics/ServerConnection/ConnectionCheck.h"
 #include "tools/sample-host/CountingDatabaseClient.h"
 #include "tools/sample-host/Options.h"
 #include "tools/sample-host/ScriptedWebUpdates.h"
@@ -31,6 +32,9 @@ class SampleHost {
   /// Throws `qel::exception` if the directory cannot be used. Also throws it if a step fails; the
   /// message then names the line of the script.
   SessionSummary play(const std::vector<Step>& script);
+
+  /// Finds out whether rows could be sent. Does not use the directory.
+  log::analytics::serverconnection::ConnectionCheck checkConnection();
 
  private:
   void playWithClient(const std::vector<Step>& script, SessionSummary& summary);

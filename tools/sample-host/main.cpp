@@ -35,6 +35,11 @@ int run(const tools::Arguments& arguments) {
   if (!options) {
     return 0;
   }
+  if (options->onlyChecksConnection) {
+    const auto check = SampleHost(*options).checkConnection();
+    std::cout << check.text << '\n';
+    return check.result == decltype(check)::Result::Accepted ? 0 : 1;
+  }
   const auto script = readScript(options->session);
   catchInterruptions(options->exitDeadline);
   const auto summary = SampleHost(*options).play(script);

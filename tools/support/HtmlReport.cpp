@@ -2,15 +2,15 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 
 #include <kainjow/mustache.hpp>
 
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/PathText.h"
+#include "tools/records/Moment.h"
 #include "tools/support/CategoryLanes.h"
-#include "tools/support/DisplayText.h"
+#include "tools/support/Ending.h"
 #include "tools/support/MemoryPlot.h"
-#include "tools/support/Moment.h"
 #include "tools/support/ReportTables.h"
 #include "tools/support/report/ReportTexts.h"
 
@@ -19,10 +19,22 @@ namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
+using records::Session;
 
-/// Whether HTML and SVG forbid the character.
-bool isForbidden(char character) {
-  return static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t';
+/// The length of a character at the start of the text that HTML forbids, or that would reverse the
+/// text after it (U+202A to U+202E, U+2066 to U+2069); 0 if there is none.
+std::size_t lengthOfForbidden(std::string_view text) {
+  const auto byte = [&](std::size_t place) {
+    return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+  };
+  if (byte(0) < 0x20 && byte(0) != '\n' && byte(0) != '\t') {
+    return 1;
+  }
+  const bool isReversing =
+      byte(0) == 0xE2 && ((byte(1) == 0x80 && byte(2) >= 0xAA && byte(2) <= 0xAE) ||
+                          (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9));
+  return isReversing ? 3 : 0;
 }
 
 /// Escapes a text for an element or a quoted attribute. A text of more than 2000 bytes would make
@@ -37,8 +49,10 @@ std::string escaped(const std::string& text) {
     --end;
   }
   std::string shown;
-  for (std::size_t place = 0; place < end; ++place) {
-    shown += isForbidden(text[place]) ? "\uFFFD" : std::string(1, text[place]);
+  for (std::size_t place = 0; place < end;) {
+    const auto forbidden = lengthOfForbidden(std::string_view(text).substr(place));
+    forbidden > 0 ? shown += "\uFFFD" : shown += text[place];
+    place += std::max<std::size_t>(forbidden, 1);
   }
   return kainjow::mustache::html_escape(shown) + (end < text.size() ? "…" : "");
 }
@@ -47,7 +61,7 @@ std::string escaped(const std::string& text) {
 data environmentOf(const std::vector<Event>& events) {
   data facts(data::type::list);
   const auto environment = std::find_if(events.begin(), events.end(), [](const Event& event) {
-    return event.category == environmentCategory;
+    return event.category == records::environmentCategory;
   });
   if (environment != events.end()) {
     for (const auto& [name, value] : environment->details) {
@@ -57,11 +71,19 @@ data environmentOf(const std::vector<Event>& events) {
   return facts;
 }
 
+data listOf(const std::vector<std::string>& texts) {
+  data list(data::type::list);
+  for (const auto& text : texts) {
+    list << data("text", text);
+  }
+  return list;
+}
+
 /// A time axis from the earliest to the latest valid time of the events.
 TimeAxis axisOf(const std::vector<Event>& events) {
   std::vector<std::int64_t> times;
   for (const auto& event : events) {
-    if (const auto time = millisecondsOf(event.time)) {
+    if (const auto time = records::millisecondsOf(event.time)) {
       times.push_back(*time);
     }
   }
@@ -71,22 +93,18 @@ TimeAxis axisOf(const std::vector<Event>& events) {
 
 }  // namespace
 
-std::string htmlReport(const Session& session, const std::vector<Event>& events) {
+std::string htmlReport(const Session& session, const std::vector<Event>& events,
+                       const std::vector<std::string>& remarks) {
   const auto axis = axisOf(events);
-  data report(object{{"style", reportStyle},
-                     {"plot", plotTemplate},
-                     {"session", session.id},
-                     {"from", readableTime(session.first)},
-                     {"to", readableTime(session.last)},
-                     {"length", readableLength(session.lengthInMs())},
-                     {"end", nameOf(session.end)},
-                     {"crashed", session.end == Session::End::Crashed},
-                     {"events", grouped(session.events)},
-                     {"file", utilities::utf8FromPath(session.database->file().filename())},
-                     {"left", oneDecimal(TimeAxis::left)},
-                     {"right", oneDecimal(TimeAxis::right)},
-                     {"width", oneDecimal(TimeAxis::width)}});
+  const auto ending = endingOf(events);
+  data report(object{{"style", reportStyle}, {"plot", plotTemplate}, {"session", session.id}});
+  report["verdict"] = verdictOf(session, events, ending);
+  report["isIncomplete"] = !remarks.empty();
+  report["remarks"] = listOf(remarks);
+  report["end"] = endTable(events, ending);
   report["environment"] = environmentOf(events);
+  report["marks"] = axis.marks();
+  report["crashes"] = crashMarks(events, axis);
   report["timeline"] = categoryLanes(events, axis);
   report["memory"] = memoryPlots(events, axis);
   report["commands"] = commandTable(events);

@@ -3,11 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/support/Event.h"
+#include "tools/records/Event.h"
 
 namespace qel::support {
 
-/// The session as one HTML page without scripts or external resources.
-std::string htmlReport(const Session& session, const std::vector<Event>& events);
+/// The session as one HTML page without scripts or external resources. The page has the remarks
+/// about what could not be read.
+std::string htmlReport(const records::Session& session, const std::vector<records::Event>& events,
+                       const std::vector<std::string>& remarks);
 
 }  // namespace qel::support

@@ -10,16 +10,17 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/records/Moment.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
 
 namespace qel::support {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
 
-constexpr double top = 12;
+constexpr double top = 12;  ///< pixels
 constexpr double bottom = 190;
 constexpr double kilobytesOfMegabyte = 1024;
 
@@ -32,7 +33,6 @@ struct Memory {
   std::vector<Band> bands;
   /// For each crash the readings before it, by their time in milliseconds.
   std::vector<std::map<std::int64_t, double>> lines;
-  std::vector<std::int64_t> crashes;
   double highest = 0;
 };
 
@@ -64,14 +64,11 @@ Memory memoryOf(const std::vector<Event>& events, std::string_view scope) {
   Memory memory;
   std::optional<std::int64_t> reported;  // the start of the next report's interval
   for (const auto& event : events) {
-    const auto time = millisecondsOf(event.time);
+    const auto time = records::millisecondsOf(event.time);
     if (!time) {
       continue;
     }
     reported = reported.value_or(*time);
-    if (event.category == "Application" && event.subcategory == "Crashed") {
-      memory.crashes.push_back(*time);
-    }
     if (event.category != "MemoryUsage" || event.subcategory != scope) {
       continue;
     }
@@ -128,16 +125,12 @@ class Scale {
 };
 
 data bandsOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
-  constexpr double leastSize = 1.5;
   data bands(data::type::list);
   for (const auto& band : memory.bands) {
-    const double left = std::min(axis.x(band.from), TimeAxis::right - leastSize);
-    const double width = std::max(axis.x(band.to) - left, leastSize);
-    const double size = std::max(scale.y(band.low) - scale.y(band.high), leastSize);
-    bands << object{{"x", oneDecimal(left)},
+    bands << object{{"x", oneDecimal(axis.x(band.from))},
                     {"y", oneDecimal(scale.y(band.high))},
-                    {"width", oneDecimal(width)},
-                    {"height", oneDecimal(size)},
+                    {"width", oneDecimal(axis.x(band.to) - axis.x(band.from))},
+                    {"height", oneDecimal(scale.y(band.low) - scale.y(band.high))},
                     {"amounts", scale.text(band.low) + " to " + scale.text(band.high)}};
   }
   return bands;
@@ -147,32 +140,17 @@ data linesOf(const Memory& memory, const TimeAxis& axis, const Scale& scale) {
   data lines(data::type::list);
   for (const auto& line : memory.lines) {
     data readings(data::type::list);
+    const bool isSingle = line.size() == 1;
     for (const auto& [time, amount] : line) {
       readings << object{{"x", oneDecimal(axis.x(time))},
                          {"y", oneDecimal(scale.y(amount))},
-                         {"amount", scale.text(amount)}};
+                         {"amount", scale.text(amount)},
+                         {"isSingle", isSingle},
+                         {"isRight", axis.x(time) > TimeAxis::right / 2}};
     }
     lines << data("readings", readings);
   }
   return lines;
-}
-
-/// If several crashes are close together, only the first of them gets a label.
-data crashesOf(const Memory& memory, const TimeAxis& axis) {
-  constexpr double labelWidth = 50;
-  double labelled = -labelWidth;
-  data crashes(data::type::list);
-  for (const auto time : memory.crashes) {
-    const double x = axis.x(time);
-    data label = false;
-    if (x - labelled >= labelWidth) {
-      const bool atEnd = x > TimeAxis::right - labelWidth;
-      label = object{{"style", atEnd ? "crash before" : "crash"}, {"gap", atEnd ? "-5" : "5"}};
-      labelled = x;
-    }
-    crashes << object{{"x", oneDecimal(x)}, {"label", label}};
-  }
-  return crashes;
 }
 
 data plotOf(const std::vector<Event>& events, std::string_view scope, const TimeAxis& axis) {
@@ -183,10 +161,8 @@ data plotOf(const std::vector<Event>& events, std::string_view scope, const Time
   const Scale scale(std::max(memory.highest, 1.0));
   data plot(object{{"top", oneDecimal(top)}, {"bottom", oneDecimal(bottom)}});
   plot["amounts"] = scale.grid();
-  plot["marks"] = axis.marks();
   plot["bands"] = bandsOf(memory, axis, scale);
   plot["lines"] = linesOf(memory, axis, scale);
-  plot["crashes"] = crashesOf(memory, axis);
   return plot;
 }
 

@@ -7,8 +7,8 @@
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
+#include "tools/common/DelayedInterruption.h"
 #include "tools/common/InputError.h"
-#include "tools/support/DelayedInterruption.h"
 
 namespace qel::support {
 namespace {
@@ -27,7 +27,7 @@ std::error_code overwrite(const std::filesystem::path& file, const std::string& 
 
 void writeNewFile(const std::filesystem::path& file, const std::string& content) {
   const auto name = utilities::utf8FromPath(file);
-  const DelayedInterruption untilComplete;
+  const tools::DelayedInterruption untilComplete;
   std::error_code error;
   const bool isNew = utilities::createForOwnerAlone(file, error);
   if (!isNew && !error) {

@@ -61,6 +61,11 @@ bool report(const std::vector<RemovedFile>& removed, const std::string& place,
 bool purge(const std::filesystem::path& directory, bool asked, std::ostream& output) {
   const auto place = printable(utilities::utf8FromPath(directory));
   std::error_code error;
+  if (std::filesystem::is_regular_file(directory, error)) {
+    throw tools::InputError(place +
+                            " is a file: purge removes all recordings in a directory, and " +
+                            "qel-collector erase removes records from a collector's store");
+  }
   if (!std::filesystem::is_directory(directory, error)) {
     throw tools::InputError("there is no directory " + place);
   }

@@ -8,13 +8,15 @@
 #include <utility>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
+#include "tools/support/EventText.h"
 
 namespace qel::support {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::object;
+using records::Event;
 
 struct CommandUse {
   std::int64_t started = 0;
@@ -30,23 +32,42 @@ struct Issue {
   std::string removed;
 };
 
-/// Template data of the first rows, each converted by `toData`; false if there are no rows.
+constexpr std::size_t mostRows = 2000;
+
+data countOrFalse(std::size_t count) {
+  return count > 0 ? data(grouped(static_cast<std::int64_t>(count))) : data(false);
+}
+
+/// Template data of the last rows, each converted by `toData`; false if there are no rows.
 template <typename Row, typename ToData>
-data tableOf(const std::vector<Row>& rows, const ToData& toData) {
-  constexpr std::size_t mostRows = 2000;
+data tableOf(std::span<const Row> rows, const ToData& toData, std::size_t most = mostRows) {
   if (rows.empty()) {
     return false;
   }
-  const auto shown = std::span(rows).first(std::min(rows.size(), mostRows));
-  const auto leftOut = static_cast<std::int64_t>(rows.size() - shown.size());
+  const auto shown = rows.last(std::min(rows.size(), most));
   data list(data::type::list);
   for (const auto& row : shown) {
     list << toData(row);
   }
   data table;
   table["rows"] = std::move(list);
-  table["leftOut"] = leftOut > 0 ? data(grouped(leftOut)) : data(false);
+  table["leftOut"] = countOrFalse(rows.size() - shown.size());
   return table;
+}
+
+/// The time with milliseconds, as far as the record has them.
+std::string preciseTime(const Event& event) {
+  const auto [day, clock] = clockTime(event.time, Zone::Utc);
+  return clock == event.time ? clock : day + ' ' + clock;
+}
+
+object rowOf(const Event& event) {
+  const auto [what, details] = textOf(event);
+  return object{{"time", preciseTime(event)},
+                {"category", event.category},
+                {"what", what},
+                {"details", details},
+                {"isCrash", isCrash(event)}};
 }
 
 std::vector<Issue> issuesOf(const std::vector<Event>& events) {
@@ -87,21 +108,40 @@ std::vector<Issue> issuesOf(const std::vector<Event>& events) {
 }
 
 std::string countOf(const std::vector<Event>& events, const char* name) {
-  return grouped(std::count_if(events.begin(), events.end(), [&](const Event& event) {
+  return grouped(countIf(events, [&](const Event& event) {
     return event.category == "IssueListStorage" && event.event == name;
   }));
 }
 
 }  // namespace
 
+data endTable(const std::vector<Event>& events, const Ending& ending) {
+  constexpr std::size_t mostBefore = 200;
+  constexpr std::size_t mostAfter = 200;
+  const std::size_t upToEnd = std::min(ending.place + 1, events.size());
+  const std::size_t shownAfter = std::min(events.size() - upToEnd, mostAfter);
+  const std::size_t itself = ending.place < events.size() ? 1 : 0;
+  const auto toData = [&](const Event& event) {
+    auto row = rowOf(event);
+    row["isLast"] = &event == events.data() + ending.place;
+    return row;
+  };
+  auto table = tableOf(std::span(events).first(upToEnd + shownAfter), toData,
+                       mostBefore + itself + shownAfter);
+  if (table.is_object()) {
+    table.set("leftOutAfter", countOrFalse(events.size() - upToEnd - shownAfter));
+  }
+  return table;
+}
+
 data commandTable(const std::vector<Event>& events) {
   std::map<std::pair<std::string, std::string>, CommandUse> uses;
   for (const auto& event : events) {
     if (event.category == "Command") {
       auto& use = uses[{event.event, std::string(event.detail("ID"))}];
-      use.started += event.subcategory == "Started" ? 1 : 0;
-      use.accepted += event.subcategory == "Accepted" ? 1 : 0;
-      use.cancelled += event.subcategory == "Cancelled" ? 1 : 0;
+      use.started += event.subcategory == "Started" ? event.count : 0;
+      use.accepted += event.subcategory == "Accepted" ? event.count : 0;
+      use.cancelled += event.subcategory == "Cancelled" ? event.count : 0;
     }
   }
   std::vector<std::pair<std::pair<std::string, std::string>, CommandUse>> sorted(uses.begin(),
@@ -109,7 +149,9 @@ data commandTable(const std::vector<Event>& events) {
   std::stable_sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
     return left.second.started > right.second.started;
   });
-  return tableOf(sorted, [](const auto& row) {
+  const auto used = std::span(std::as_const(sorted));
+  const auto shown = used.first(std::min(used.size(), mostRows));
+  auto table = tableOf(shown, [](const auto& row) {
     const auto& [command, use] = row;
     return object{{"name", command.first},
                   {"id", command.second},
@@ -117,10 +159,15 @@ data commandTable(const std::vector<Event>& events) {
                   {"accepted", grouped(use.accepted)},
                   {"cancelled", grouped(use.cancelled)}};
   });
+  if (table.is_object()) {
+    table.set("leftOut", countOrFalse(used.size() - shown.size()));
+  }
+  return table;
 }
 
 data issueTable(const std::vector<Event>& events) {
-  auto table = tableOf(issuesOf(events), [](const Issue& issue) {
+  const auto issues = issuesOf(events);
+  auto table = tableOf(std::span(issues), [](const Issue& issue) {
     return object{{"id", issue.id},
                   {"description", issue.description},
                   {"priority", issue.priority},
@@ -140,11 +187,8 @@ data eventTables(const std::vector<Event>& events) {
   }
   data tables(data::type::list);
   for (const auto& [category, members] : byCategory) {
-    auto table = tableOf(members, [](const Event* event) {
-      return object{{"time", readableTime(event->time)},
-                    {"what", titleOf(*event)},
-                    {"details", detailsOf(*event)}};
-    });
+    auto table = tableOf(std::span(std::as_const(members)),
+                         [](const Event* event) { return rowOf(*event); });
     table.set("name", category.empty() ? "(none)" : category);
     tables << table;
   }

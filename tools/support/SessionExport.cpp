@@ -12,15 +12,18 @@
 #include "host/QelUtilities/OwnerOnly.h"
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
+#include "tools/common/DelayedInterruption.h"
 #include "tools/common/InputError.h"
-#include "tools/support/DelayedInterruption.h"
-#include "tools/support/PrivateCopy.h"
+#include "tools/records/ClientDatabase.h"
+#include "tools/records/PrivateCopy.h"
 #include "tools/support/SessionSource.h"
 
 namespace qel::support {
 namespace {
 
 namespace analytics = log::analytics;
+using records::Session;
+using records::supportDatabaseName;
 
 /// A database that stores each list of rows in one transaction and counts the rows.
 class ExportTarget : public analytics::SupportDatabaseClient {
@@ -76,7 +79,7 @@ class TargetDirectory {
 };
 
 void refuseToOverwrite(const std::filesystem::path& directory) {
-  for (const char* const name : {supportDatabaseName, sendingDatabaseName}) {
+  for (const char* const name : {supportDatabaseName, records::sendingDatabaseName}) {
     for (const char* const suffix : {"", db::sql::journalSuffix, db::sql::walSuffix}) {
       std::error_code unknown;
       const auto file = directory / (std::string(name) + suffix);
@@ -89,9 +92,9 @@ void refuseToOverwrite(const std::filesystem::path& directory) {
 
 std::int64_t countRows(const std::filesystem::path& file) {
   std::int64_t rows = 0;
-  ReadOnlyDatabase database(file);
-  for (const char* const table : {environmentsTable, itemsTable}) {
-    database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view /*text*/) {
+  records::ClientDatabase database(std::make_unique<records::ReadOnlyDatabase>(file));
+  for (const auto table : {records::Table::Environments, records::Table::Events}) {
+    database.forEachRow(table, [&](const records::Row& /*row*/) {
       ++rows;
       return true;
     });
@@ -122,9 +125,9 @@ std::int64_t writeInto(const std::filesystem::path& directory, const Session& se
 
 std::int64_t exportSession(const Session& session, const std::filesystem::path& directory) {
   refuseToOverwrite(directory);
-  const DelayedInterruption untilComplete;
+  const tools::DelayedInterruption untilComplete;
   const TargetDirectory target(directory);
-  const PrivateDirectory unfinished(directory);
+  const records::PrivateDirectory unfinished(directory);
   const auto rows = writeInto(unfinished.path(), session);
   refuseToOverwrite(directory);
   const auto file = directory / supportDatabaseName;

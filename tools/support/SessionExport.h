@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "tools/support/SessionList.h"
+#include "tools/records/Session.h"
 
 namespace qel::support {
 
@@ -11,6 +11,6 @@ namespace qel::support {
 /// it does not exist. The file appears only when it is complete. Returns the number of rows. Throws
 /// `tools::InputError` if the directory already has a database, and `qel::exception` if the copy
 /// cannot be written.
-std::int64_t exportSession(const Session& session, const std::filesystem::path& directory);
+std::int64_t exportSession(const records::Session& session, const std::filesystem::path& directory);
 
 }  // namespace qel::support

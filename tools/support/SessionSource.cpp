@@ -1,8 +1,8 @@
 #include "tools/support/SessionSource.h"
 
 #include <cstdint>
-#include <limits>
-#include <string_view>
+
+#include "host/QelUtilities/Exception.h"
 
 namespace qel::support {
 
@@ -15,15 +15,21 @@ std::map<SessionSource::Table, SessionSource::RowMap> SessionSource::getAllFromS
 }
 
 SessionSource::RowMap SessionSource::rowsOf(Table table) const {
+  constexpr std::int64_t mostCopies = 1'000'000;
   RowMap rows;
-  forEachRecord(session_, table == Items ? itemsTable : environmentsTable,
-                [&](std::int64_t id, std::string_view row) {
-                  const bool fits = id <= std::numeric_limits<int>::max();
-                  if (fits) {
-                    rows.emplace_hint(rows.end(), static_cast<int>(id), row);
-                  }
-                  return fits;
-                });
+  std::int64_t copies = 0;
+  const auto source = table == Items ? records::Table::Events : records::Table::Environments;
+  int number = 0;  // A store has one row for equal texts, so that its IDs are not enough.
+  session_.source->forEachRecord(session_.id, source, [&](const records::Row& row) {
+    copies += row.count - 1;
+    if (copies > mostCopies) {
+      throw qel::exception("the session has more than 1,000,000 copies of equal records");
+    }
+    for (std::int64_t copy = 0; copy < row.count; ++copy) {
+      rows.emplace_hint(rows.end(), ++number, row.text);
+    }
+    return true;
+  });
   return rows;
 }
 

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "Application/Log/Analytics/Database/CipDatabaseClientInterface.h"
-#include "tools/support/SessionList.h"
+#include "tools/records/Session.h"
 
 namespace qel::support {
 
-/// Provides the rows of one session to the exporter. Write operations do nothing.
+/// Provides the rows of one session to the exporter. A store's row with a count is provided that
+/// often; reading throws `qel::exception` if a table has over a million such copies. Write
+/// operations do nothing.
 class SessionSource : public log::analytics::CipDatabaseClientInterface {
  public:
   /// The session and its database must outlive this object.
-  explicit SessionSource(const Session& session) : session_(session) {}
+  explicit SessionSource(const records::Session& session) : session_(session) {}
 
   std::map<Table, RowMap> getAllFromSession(std::string sessionId) override;
   std::pair<Table, RowMap> getAll(Table table) override { return {table, rowsOf(table)}; }
@@ -26,7 +28,7 @@ class SessionSource : public log::analytics::CipDatabaseClientInterface {
  private:
   RowMap rowsOf(Table table) const;
 
-  const Session& session_;
+  const records::Session& session_;
 };
 
 }  // namespace qel::support

@@ -11,13 +11,15 @@
 #include "Application/Log/Analytics/Items/PackageFormat.h"
 #include "host/QelSql/FileNames.h"
 #include "host/QelUtilities/PathText.h"
-#include "tools/common/RowReader.h"
-#include "tools/support/Moment.h"
+#include "tools/records/Moment.h"
 
 namespace qel::support {
 namespace {
 
 using log::analytics::format::packageSizeLimit;
+using records::RecordFile;
+using records::Row;
+using records::Table;
 
 std::string messageOf(std::string_view text) {
   const auto record = nlohmann::json::parse(text);
@@ -26,6 +28,10 @@ std::string messageOf(std::string_view text) {
 }
 
 std::vector<std::filesystem::path> filesSetAside(const std::filesystem::path& directory) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(directory, error)) {
+    return {};
+  }
   auto files = log::analytics::recordedFiles(directory);
   std::erase_if(files, [](const std::filesystem::path& file) {
     return utilities::utf8FromPath(file.filename()).find(db::sql::setAsideMark) ==
@@ -39,20 +45,21 @@ class Counter {
  public:
   explicit Counter(std::map<std::string, Marker>& markers) : markers_(markers) {}
 
-  FileStatistics read(ReadOnlyDatabase& database, WaitingRows* waiting) {
+  FileStatistics read(RecordFile& source, WaitingRows* waiting) {
     FileStatistics file;
     std::error_code ignored;
-    file.name = utilities::utf8FromPath(database.file().filename());
-    file.bytes = std::filesystem::file_size(database.file(), ignored);
-    for (const char* const table : {environmentsTable, itemsTable}) {
-      auto& rows = file.rowsByTable[table];
+    file.name = utilities::utf8FromPath(source.path().filename());
+    file.bytes = std::filesystem::file_size(source.path(), ignored);
+    file.refused = source.refused();
+    for (const auto table : {Table::Environments, Table::Events}) {
+      auto& rows = table == Table::Events ? file.events : file.environments;
       std::size_t package = packageSizeLimit;  // bytes in the current package
-      database.forEachRow(table, [&](std::int64_t /*id*/, std::string_view text) {
-        ++rows;
+      source.forEachRow(table, [&](const Row& row) {
+        rows += row.count;
         if (waiting != nullptr) {
-          countPending(*waiting, package, text.size());
+          countPending(*waiting, package, row.text.size());
         }
-        return readInto(file, table, text);
+        return row.isRecord && readInto(file, table, row);
       });
     }
     return file;
@@ -70,21 +77,16 @@ class Counter {
     package += size;
   }
 
-  bool readInto(FileStatistics& file, std::string_view table, std::string_view text) {
-    const auto [verdict, columns] = tools::readRow(text);
-    if (verdict != tools::RowVerdict::Sound) {
-      return false;
+  bool readInto(FileStatistics& file, Table table, const Row& row) {
+    records::widen(file.oldest, file.newest, row.time);
+    if (table == Table::Events) {
+      file.eventsByCategory[std::string(row.category)] += row.count;
     }
-    const auto& [session, installation, time, category, subcategory, event] = columns;
-    widen(file.oldest, file.newest, time.value_or(""));
-    if (table == itemsTable) {
-      ++file.eventsByCategory[category.value_or("")];
-    }
-    if (category == "CIP" && seen_.emplace(text).second) {
-      Marker& marker = markers_[subcategory.value_or("") + " / " + event.value_or("")];
-      ++marker.count;
-      widen(marker.first, marker.last, time.value_or(""));
-      marker.message = messageOf(text);
+    if (row.category == "CIP" && seen_.emplace(row.text).second) {
+      Marker& marker = markers_[std::string(row.subcategory).append(" / ").append(row.event)];
+      marker.count += row.count;
+      records::widen(marker.first, marker.last, row.time);
+      marker.message = messageOf(row.text);
     }
     return true;
   }
@@ -112,20 +114,19 @@ std::string_view meaningOf(const std::string& marker) {
   return "Trouble of the client itself that this program does not know.";
 }
 
-Statistics gatherStatistics(Recordings& recordings) {
+Statistics gatherStatistics(records::Recordings& recordings) {
   Statistics statistics;
   Counter counter(statistics.markers);
-  for (auto* const database : recordings.databases()) {
-    const bool sends = recordings.sending && database == &*recordings.sending;
-    const bool isReadable = database->whyUnreadable().empty();
+  for (const auto& file : recordings.files) {
+    const bool waits = file.get() == recordings.sending && file->whyUnreadable().empty();
     statistics.files.push_back(
-        counter.read(*database, sends && isReadable ? &statistics.waiting.emplace() : nullptr));
+        counter.read(*file, waits ? &statistics.waiting.emplace() : nullptr));
   }
   if (statistics.waiting) {
     statistics.waiting->complete = recordings.sending->isReadWholly();
   }
   statistics.warnings = recordings.remarks();
-  statistics.aside = filesSetAside(recordings.directory);
+  statistics.aside = filesSetAside(recordings.place);
   return statistics;
 }
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/support/Recordings.h"
+#include "tools/records/Recordings.h"
 
 namespace qel::support {
 
@@ -16,7 +16,9 @@ namespace qel::support {
 struct FileStatistics {
   std::string name;
   std::uintmax_t bytes = 0;
-  std::map<std::string, std::int64_t> rowsByTable;
+  std::int64_t environments = 0;        ///< rows
+  std::int64_t events = 0;              ///< rows
+  std::optional<std::int64_t> refused;  ///< texts that a collector refused
   std::map<std::string, std::int64_t> eventsByCategory;
   std::string oldest;
   std::string newest;
@@ -49,6 +51,6 @@ struct Statistics {
 /// Explains whether a marker means that events were lost.
 std::string_view meaningOf(const std::string& marker);
 
-Statistics gatherStatistics(Recordings& recordings);
+Statistics gatherStatistics(records::Recordings& recordings);
 
 }  // namespace qel::support

@@ -6,7 +6,7 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
@@ -15,31 +15,48 @@ namespace {
 using Kind = TextTable::Column::Kind;
 using Json = nlohmann::ordered_json;
 
+void printLine(const std::string& text, std::ostream& output, const Terminal& terminal) {
+  for (const auto& line : wrapped(text, terminal.width.value_or(text.size()))) {
+    output << line << '\n';
+  }
+}
+
 void printFiles(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
   TextTable table({{"File"},
                    {"Size", Kind::Right},
                    {"Environments", Kind::Right},
                    {"Items", Kind::Right},
-                   {"Oldest (UTC)", Kind::Wrapped},
-                   {"Newest (UTC)", Kind::Wrapped}});
+                   {timeTitle("Oldest", terminal.zone), Kind::Wrapped},
+                   {timeTitle("Newest", terminal.zone), Kind::Wrapped}});
   for (const auto& file : statistics.files) {
-    table.add({file.name, readableSize(file.bytes), grouped(file.rowsByTable.at(environmentsTable)),
-               grouped(file.rowsByTable.at(itemsTable)), readableTime(file.oldest),
-               readableTime(file.newest)});
+    table.add({file.name, readableSize(file.bytes), grouped(file.environments),
+               grouped(file.events), readableTime(file.oldest, terminal.zone),
+               readableTime(file.newest, terminal.zone)});
   }
-  table.print(output, terminal);
+  if (table.fits(terminal)) {
+    table.print(output, terminal);
+    return;
+  }
+  for (const auto& file : statistics.files) {
+    printLine(printable(file.name) + ", " + readableSize(file.bytes) + ": " +
+                  grouped(file.environments) +
+                  (file.environments == 1 ? " environment, " : " environments, ") +
+                  grouped(file.events) + (file.events == 1 ? " item" : " items"),
+              output, terminal);
+    if (!file.oldest.empty()) {
+      output << "  from " << readableTime(file.oldest, terminal.zone) << "\n  to   "
+             << readableTime(file.newest, terminal.zone)
+             << (terminal.zone == Zone::Utc ? " UTC\n" : "\n");
+    }
+  }
 }
 
-void printCategories(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
-  std::map<std::string, std::vector<std::int64_t>> counts;
+using Counts = std::map<std::string, std::vector<std::int64_t>>;
+
+TextTable tableOf(const Counts& counts, const std::vector<std::string>& titles) {
   std::vector<TextTable::Column> columns{{"Category"}};
-  for (const auto& file : statistics.files) {
-    for (const auto& [category, count] : file.eventsByCategory) {
-      auto& row = counts[category];
-      row.resize(statistics.files.size());
-      row[columns.size() - 1] = count;
-    }
-    columns.push_back({"In " + file.name, Kind::Right});
+  for (const auto& title : titles) {
+    columns.push_back({title, Kind::Right});
   }
   TextTable table(columns);
   for (const auto& [category, row] : counts) {
@@ -50,12 +67,40 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
     }
     table.add(cells);
   }
-  table.print(output, terminal);
+  return table;
 }
 
-std::string summaryOf(const std::optional<WaitingRows>& waiting) {
+void printCategories(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
+  Counts counts;
+  std::vector<std::string> titles;
+  std::vector<std::string> shortTitles;
+  for (const auto& file : statistics.files) {
+    for (const auto& [category, count] : file.eventsByCategory) {
+      auto& row = counts[category];
+      row.resize(statistics.files.size());
+      row[titles.size()] = count;
+    }
+    titles.push_back("In " + file.name);
+    shortTitles.emplace_back(file.name == records::sendingDatabaseName   ? "Sending"
+                             : file.name == records::supportDatabaseName ? "Support"
+                                                                         : "Items");
+  }
+  auto table = tableOf(counts, titles);
+  if (table.fits(terminal)) {
+    table.print(output, terminal);
+  } else {
+    tableOf(counts, shortTitles).print(output, terminal);
+  }
+}
+
+std::string summaryOf(const Statistics& statistics) {
+  if (const auto refused = statistics.files.front().refused) {
+    return *refused == 0 ? "The collector refused nothing."
+                         : "Texts that the collector refused: " + grouped(*refused) + '.';
+  }
+  const auto& waiting = statistics.waiting;
   if (!waiting || (waiting->rows == 0 && !waiting->complete)) {
-    return std::string("What waits to be sent is not known: no ") + sendingDatabaseName +
+    return std::string("What waits to be sent is not known: no ") + records::sendingDatabaseName +
            " can be read whole.";
   }
   if (waiting->rows == 0) {
@@ -69,7 +114,8 @@ std::string summaryOf(const std::optional<WaitingRows>& waiting) {
 
 void printMarkers(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
   if (statistics.markers.empty() && statistics.aside.empty()) {
-    const bool complete = statistics.waiting && statistics.warnings.empty();
+    const bool complete =
+        (statistics.waiting || statistics.files.front().refused) && statistics.warnings.empty();
     output << (complete ? terminal.styled("No markers of loss.", Style::Good)
                         : "No markers of loss in what could be read.")
            << '\n';
@@ -77,12 +123,12 @@ void printMarkers(const Statistics& statistics, std::ostream& output, const Term
   }
   TextTable table({{"Marker"},
                    {"Count", Kind::Right},
-                   {"Last (UTC)", Kind::Wrapped},
+                   {timeTitle("Last", terminal.zone), Kind::Wrapped},
                    {"Meaning", Kind::Wrapped}});
   for (const auto& [name, marker] : statistics.markers) {
     table.add({{name, Style::Bad},
                grouped(marker.count),
-               readableTime(marker.last),
+               readableTime(marker.last, terminal.zone),
                std::string(meaningOf(name)) +
                    (marker.message.empty() ? "" : " It says: " + marker.message)});
   }
@@ -103,11 +149,8 @@ void print(const Statistics& statistics, std::ostream& output, const Terminal& t
   printFiles(statistics, output, terminal);
   output << '\n';
   printCategories(statistics, output, terminal);
-  const auto summary = summaryOf(statistics.waiting);
   output << '\n';
-  for (const auto& line : wrapped(summary, terminal.width.value_or(summary.size()))) {
-    output << line << '\n';
-  }
+  printLine(summaryOf(statistics), output, terminal);
   output << '\n';
   printMarkers(statistics, output, terminal);
 }
@@ -115,9 +158,13 @@ void print(const Statistics& statistics, std::ostream& output, const Terminal& t
 void printJson(const Statistics& statistics, std::ostream& output) {
   Json files = Json::array();
   for (const auto& file : statistics.files) {
+    Json rows{{"Environments", file.environments}, {"Items", file.events}};
+    if (file.refused) {
+      rows["Refused"] = *file.refused;
+    }
     files.push_back({{"file", file.name},
                      {"bytes", file.bytes},
-                     {"rows", file.rowsByTable},
+                     {"rows", rows},
                      {"categories", file.eventsByCategory},
                      {"oldest", file.oldest},
                      {"newest", file.newest}});

@@ -5,12 +5,14 @@
 #include <optional>
 #include <string>
 
+#include "tools/support/DisplayTime.h"
+
 namespace qel::support {
 
 /// `Terminal::styled` lists the terminal codes in this order.
 enum class Style { Plain, Heading, Faint, Good, Bad };
 
-/// The properties of standard output that matter for printing.
+/// How results are printed on standard output.
 struct Terminal {
   /// Also reads the environment: COLUMNS sets the width, and NO_COLOR switches colours off.
   static Terminal ofStandardOutput();
@@ -19,6 +21,7 @@ struct Terminal {
 
   std::optional<std::size_t> width;  ///< empty: lines may have any length
   bool colours = false;
+  Zone zone = Zone::Utc;
 };
 
 /// A progress bar on standard error. It appears only on a terminal with escape sequences, and only

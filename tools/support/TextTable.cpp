@@ -25,35 +25,41 @@ std::string padding(std::size_t width, const std::string& text) {
 TextTable::Cell::Cell(const std::string& content, Style look)
     : text(printable(content)), style(look) {}
 
-TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
-
-void TextTable::print(std::ostream& output, const Terminal& terminal) const {
-  auto widths = naturalWidths();
-  if (terminal.width && !fit(widths, *terminal.width)) {
-    printBlocks(output, terminal);
-    return;
-  }
-  std::vector<Cell> titles;
-  titles.reserve(columns_.size());
+TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {
   for (const auto& column : columns_) {
-    titles.emplace_back(column.title, Style::Heading);
-  }
-  printRow(output, terminal, titles, widths);
-  for (const auto& row : rows_) {
-    printRow(output, terminal, row, widths);
+    naturalWidths_.push_back(displayWidth(column.title));
   }
 }
 
-std::vector<std::size_t> TextTable::naturalWidths() const {
-  std::vector<std::size_t> widths;
-  for (std::size_t column = 0; column < columns_.size(); ++column) {
-    auto width = displayWidth(columns_[column].title);
-    for (const auto& row : rows_) {
-      width = std::max(width, displayWidth(row[column].text));
-    }
-    widths.push_back(width);
+void TextTable::add(std::vector<Cell> row) {
+  for (std::size_t column = 0; column < row.size(); ++column) {
+    naturalWidths_[column] = std::max(naturalWidths_[column], displayWidth(row[column].text));
   }
-  return widths;
+  rows_.push_back(std::move(row));
+}
+
+bool TextTable::fits(const Terminal& terminal) const {
+  auto widths = naturalWidths_;
+  return !terminal.width || fit(widths, *terminal.width);
+}
+
+void TextTable::print(std::ostream& output, const Terminal& terminal) {
+  auto widths = naturalWidths_;
+  if (terminal.width && !fit(widths, *terminal.width)) {
+    printBlocks(output, terminal);
+  } else {
+    std::vector<Cell> titles;
+    for (const auto& column : columns_) {
+      titles.emplace_back(column.title, Style::Heading);
+    }
+    if (!std::exchange(hasTitles_, true)) {
+      printRow(output, terminal, titles, widths);
+    }
+    for (const auto& row : rows_) {
+      printRow(output, terminal, row, widths);
+    }
+  }
+  rows_.clear();
 }
 
 /// Narrows the wrapped columns as far as necessary, the widest first. Returns false if the table
@@ -102,7 +108,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   }
 }
 
-/// Prints a cell on the same line as its title, or on the next line if it fits only there.
+/// Prints a cell on the same line as its title, or indented on the next line if it fits only there.
 void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
   std::size_t titleWidth = 0;
   for (const auto& column : columns_) {
@@ -118,12 +124,13 @@ void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) cons
       }
       const auto& title = columns_[column].title;
       const auto taken = displayWidth(text);
-      const bool alone = indent == 0 || (taken > width - indent && taken <= width);
+      const bool alone = indent == 0 || (taken > width - indent && taken + gap <= width);
       output << terminal.styled(title, Style::Heading) << (alone ? "\n" : padding(indent, title));
-      std::string blanks;
-      for (const auto& line : wrapped(text, alone ? width : width - indent)) {
+      const auto left = alone ? std::min(gap, width - 1) : indent;
+      std::string blanks(alone ? left : 0, ' ');
+      for (const auto& line : wrapped(text, width - left)) {
         output << blanks << terminal.styled(line, style) << '\n';
-        blanks.assign(alone ? 0 : indent, ' ');
+        blanks.assign(left, ' ');
       }
     }
     output << '\n';

@@ -31,18 +31,24 @@ class TextTable {
   explicit TextTable(std::vector<Column> columns);
 
   /// The row must have a cell for each column.
-  void add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
-  void print(std::ostream& output, const Terminal& terminal) const;
+  void add(std::vector<Cell> row);
+
+  /// Whether the table can be printed as a table.
+  bool fits(const Terminal& terminal) const;
+
+  /// Prints the rows that were added since the last call. The first call also prints the titles.
+  void print(std::ostream& output, const Terminal& terminal);
 
  private:
-  std::vector<std::size_t> naturalWidths() const;
   bool fit(std::vector<std::size_t>& widths, std::size_t available) const;
   void printRow(std::ostream& output, const Terminal& terminal, const std::vector<Cell>& row,
                 const std::vector<std::size_t>& widths) const;
   void printBlocks(std::ostream& output, const Terminal& terminal) const;
 
   const std::vector<Column> columns_;
-  std::vector<std::vector<Cell>> rows_;
+  std::vector<std::size_t> naturalWidths_;  ///< of all rows that were added
+  std::vector<std::vector<Cell>> rows_;     ///< not printed yet
+  bool hasTitles_ = false;                  ///< whether the titles are printed
 };
 
 }  // namespace qel::support

@@ -50,7 +50,7 @@ TimeAxis::TimeAxis(std::int64_t firstMs, std::int64_t lastMs)
 
 double TimeAxis::x(std::int64_t ms) const {
   const auto part = static_cast<double>(ms - first_) / static_cast<double>(last_ - first_);
-  return left + std::clamp(part, 0.0, 1.0) * (right - left);
+  return std::clamp(part, 0.0, 1.0) * right;
 }
 
 kainjow::mustache::data TimeAxis::marks() const {

@@ -6,12 +6,11 @@
 
 namespace qel::support {
 
-/// The horizontal time axis, which all drawings of a page share.
+/// The horizontal time axis, which all drawings of a page share. A position is a percentage of a
+/// drawing's width, so that drawings fit into every page without shrinking their texts.
 class TimeAxis {
  public:
-  static constexpr double width = 960;  ///< width of a drawing in SVG units
-  static constexpr double left = 180;   ///< position of the session's start
-  static constexpr double right = width - 36;
+  static constexpr double right = 100;
 
   TimeAxis(std::int64_t firstMs, std::int64_t lastMs);
 

@@ -1,42 +1,17 @@
 #include "tools/support/Timeline.h"
 
-#include <vector>
-
 #include <strings.h>
 
-#include "tools/common/InputError.h"
-#include "tools/support/Moment.h"
-
 namespace qel::support {
-namespace {
 
-bool admits(const TimelineFilter& filter, const Event& event) {
-  return (filter.category.empty() ||
-          strcasecmp(event.category.c_str(), filter.category.c_str()) == 0) &&
-         event.time >= filter.since;
+bool TimelineFilter::admits(const records::Event& event) const {
+  return (category.empty() || strcasecmp(event.category.c_str(), category.c_str()) == 0) &&
+         event.time >= since && (until.empty() || event.time <= until) && search.finds(event);
 }
 
-}  // namespace
-
-std::string readSince(const std::string& text) {
-  std::string time = text;
-  if (time.size() > 10 && time[10] == ' ') {
-    time[10] = 'T';
-  }
-  if (!time.empty() && !millisecondsOf(time)) {
-    throw tools::InputError("--since: " + text +
-                            R"( is no time in UTC such as 2026-11-21 or "2026-11-21 09:30:05")");
-  }
-  if (time.ends_with('Z') && time.size() < 24) {
-    time.pop_back();
-  }
-  return time;
-}
-
-Timeline timelineOf(const Session& session, const TimelineFilter& filter) {
-  Timeline timeline{session, eventsOf(session)};
-  std::erase_if(timeline.events, [&](const Event& event) { return !admits(filter, event); });
-  return timeline;
+std::vector<records::Event> TimelineFilter::select(std::vector<records::Event> events) const {
+  std::erase_if(events, [this](const records::Event& event) { return !admits(event); });
+  return events;
 }
 
 }  // namespace qel::support

@@ -3,11 +3,12 @@
 #include <ostream>
 
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
-#include "tools/support/TextTable.h"
+#include "tools/support/DisplayTime.h"
 
 namespace qel::support {
 namespace {
+
+using records::Event;
 
 Style styleOf(const Event& event) {
   const bool failure = event.category == "Application" &&
@@ -15,41 +16,56 @@ Style styleOf(const Event& event) {
   return failure || event.category == "CIP" ? Style::Bad : Style::Plain;
 }
 
-std::string dayOf(const Event& event) { return event.time.substr(0, 10); }
-
-/// The time of day only; the date is in the heading.
-std::string clockOf(const Event& event) {
-  constexpr std::size_t day = 11;
-  return event.time.size() > day && millisecondsOf(event.time) ? event.time.substr(day, 12)
-                                                               : event.time;
-}
-
 }  // namespace
 
-void print(const Timeline& timeline, std::ostream& output, const Terminal& terminal) {
-  const auto& [session, events] = timeline;
+void TimelinePrinter::begin(const std::string& day) {
+  if (table_) {
+    table_->print(output_, terminal_);
+  }
+  day_ = day;
+  output_ << '\n' << terminal_.styled(printable(day), Style::Heading) << '\n';
+  using Kind = TextTable::Column::Kind;
+  table_.emplace(std::vector<TextTable::Column>{
+      {"Time"}, {"Category"}, {"What", Kind::Wrapped}, {"Details", Kind::Wrapped}});
+}
+
+void TimelinePrinter::print(const std::vector<Event>& events) {
+  for (const auto& event : events) {
+    const auto [day, clock] = clockTime(event.time, terminal_.zone);
+    if (!table_ || day != day_) {
+      begin(day);
+    }
+    const auto [what, details] = textOf(event);
+    table_->add({{clock, Style::Faint}, event.category, {what, styleOf(event)}, details});
+  }
+  if (table_) {
+    table_->print(output_, terminal_);
+  }
+}
+
+void printHeading(const records::Session& session, std::ostream& output, const Terminal& terminal) {
+  const auto start = printable(readableTime(session.first, terminal.zone)) +
+                     (terminal.zone == Zone::Utc ? " UTC" : "");
   output << "Session " << terminal.styled(printable(session.id), Style::Heading) << ", "
-         << (session.first.empty() ? "at no known time"
-                                   : readableTime(printable(session.first)) + " UTC")
-         << ", " << readableLength(session.lengthInMs()) << ", "
-         << terminal.styled(nameOf(session.end),
-                            session.end == Session::End::Crashed ? Style::Bad : Style::Plain)
+         << (session.first.empty() ? "at no known time" : start) << ", "
+         << readableLength(session.lengthInMs()) << ", "
+         << terminal.styled(endOf(session), session.end == records::Session::End::Crashed
+                                                ? Style::Bad
+                                                : Style::Plain)
          << '\n';
-  if (events.empty()) {
+}
+
+void print(const Timeline& timeline, std::ostream& output, const Terminal& terminal) {
+  printHeading(timeline.session, output, terminal);
+  if (timeline.events.empty()) {
     output << "\nno such records\n";
   }
-  using Kind = TextTable::Column::Kind;
-  for (auto event = events.begin(); event != events.end();) {
-    const auto day = dayOf(*event);
-    output << '\n' << terminal.styled(printable(day), Style::Heading) << '\n';
-    TextTable table({{"Time"}, {"Category"}, {"What", Kind::Wrapped}, {"Details", Kind::Wrapped}});
-    for (; event != events.end() && dayOf(*event) == day; ++event) {
-      table.add({{clockOf(*event), Style::Faint},
-                 event->category,
-                 {titleOf(*event), styleOf(*event)},
-                 detailsOf(*event)});
-    }
-    table.print(output, terminal);
+  TimelinePrinter(output, terminal).print(timeline.events);
+}
+
+void printJsonLines(const std::vector<Event>& events, std::ostream& output) {
+  for (const auto& event : events) {
+    output << event.text << '\n';
   }
 }
 

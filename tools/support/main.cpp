@@ -1,121 +1,15 @@
-#include <filesystem>
 #include <iostream>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/PathText.h"
 #include "tools/common/Program.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/HtmlReport.h"
-#include "tools/support/NewFile.h"
-#include "tools/support/Purge.h"
-#include "tools/support/Recordings.h"
-#include "tools/support/SessionExport.h"
-#include "tools/support/SessionListOutput.h"
-#include "tools/support/StatisticsOutput.h"
-#include "tools/support/Terminal.h"
-#include "tools/support/TimelineOutput.h"
+#include "tools/support/Commands.h"
 
 namespace qel::support {
 namespace {
-
-constexpr const char* programName = "qel-support";
-
-/// The arguments of the command. Those that the user did not give are empty or false.
-struct Arguments {
-  std::string directory;
-  std::string session;
-  std::string category;
-  std::string since;
-  std::string to;
-  std::string output;
-  bool json = false;
-  bool yes = false;
-};
-
-std::filesystem::path directoryOf(const Arguments& arguments) {
-  return utilities::pathFromUtf8(arguments.directory);
-}
-
-/// The databases of a directory. Shows a progress bar while they are read.
-struct Reading {
-  explicit Reading(const Arguments& arguments)
-      : recordings(directoryOf(arguments), [this](double part) { bar->show(part); }) {}
-
-  ~Reading() { end(); }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
-  /// Removes the bar and prints warnings about what could not be read.
-  void end() {
-    if (!bar) {
-      return;
-    }
-    bar.reset();
-    for (const auto& remark : recordings.remarks()) {
-      std::cerr << programName << ": warning: " + remark + '\n';
-    }
-  }
-
-  std::optional<ProgressBar> bar{"reading"};
-  Recordings recordings;
-};
-
-/// Prints the result of `read`.
-template <typename Read>
-int show(const Arguments& arguments, const Read& read) {
-  Reading reading(arguments);
-  const auto found = read(reading.recordings);
-  reading.end();
-  if (arguments.json) {
-    printJson(found, std::cout);
-  } else {
-    print(found, std::cout, Terminal::ofStandardOutput());
-  }
-  return 0;
-}
-
-int showSessions(const Arguments& arguments) { return show(arguments, listSessions); }
-
-int showStatistics(const Arguments& arguments) { return show(arguments, gatherStatistics); }
-
-int showSession(const Arguments& arguments) {
-  const TimelineFilter filter{arguments.category, readSince(arguments.since)};
-  return show(arguments, [&](Recordings& recordings) {
-    return timelineOf(findSession(recordings, arguments.session), filter);
-  });
-}
-
-int exportOne(const Arguments& arguments) {
-  const auto target = utilities::pathFromUtf8(arguments.to);
-  Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.session);
-  const auto rows = exportSession(session, target);
-  reading.end();
-  std::cout << "exported " << rows << " rows of session " << printable(session.id) << " to "
-            << utilities::utf8FromPath(target / supportDatabaseName) << '\n';
-  return 0;
-}
-
-int report(const Arguments& arguments) {
-  const auto file = utilities::pathFromUtf8(arguments.output);
-  Reading reading(arguments);
-  const auto session = findSession(reading.recordings, arguments.session);
-  const auto events = eventsOf(session);
-  reading.end();
-  writeNewFile(file, htmlReport(session, events));
-  std::cout << "wrote " << utilities::utf8FromPath(file) << '\n';
-  return 0;
-}
-
-int removeAll(const Arguments& arguments) {
-  return purge(directoryOf(arguments), arguments.yes, std::cout) ? 0 : 1;
-}
 
 /// Defines the program's commands with their options, and runs the given command.
 class CommandLine {
@@ -138,14 +32,20 @@ class CommandLine {
   using Action = int (*)(const Arguments&);
 
   void addReadingCommands() {
-    addJson(add("sessions", "Lists the sessions in a directory's databases.", showSessions));
+    addFormat(add("sessions", "Lists the sessions.", showSessions));
     auto* const showing = add("show", "Shows what happened in a session.", showSession);
     addSession(showing, "session to show");
     addOption(showing, "--category", arguments_.category, "only records of this category", "NAME");
     addOption(showing, "--since", arguments_.since,
-              "only records at or after TIME, such as \"2026-11-21 09:30\" (UTC)", "TIME");
-    addJson(showing);
-    addJson(
+              "only records at or after TIME, such as \"2026-11-21 09:30\"", "TIME");
+    addOption(showing, "--until", arguments_.until,
+              "only records at or before TIME, including all of its day, minute or second", "TIME");
+    addOption(showing, "--search", arguments_.search,
+              "only records that contain TEXT, in upper or lower case", "TEXT");
+    showing->add_flag("--follow", arguments_.follow,
+                      "then show new records as they are written, until Ctrl-C");
+    addFormat(showing);
+    addFormat(
         add("stats",
             "Shows the content of the databases, the pending rows and whether events were lost.",
             showStatistics));
@@ -158,7 +58,9 @@ class CommandLine {
         ->required();
     auto* const reporting = add("report", "Writes an HTML page about a session.", report);
     addSession(reporting, "session to report on");
-    addOption(reporting, "--output", arguments_.output, "file to create", "FILE")->required();
+    addOption(reporting, "--output", arguments_.output, "file to create, or - for standard output",
+              "FILE")
+        ->required();
     add("purge",
         "Removes all recordings: databases, journals, corrupt files that were set aside, logs of "
         "qel-sample-host.",
@@ -170,17 +72,25 @@ class CommandLine {
     auto* const command = program_.add_subcommand(name, summary);
     command->group("Commands");
     command->callback([this, action] { chosen_ = action; });
-    addOption(command, "DIR", arguments_.directory, "directory of the databases", "")->required();
+    addOption(command, "DIR", arguments_.place,
+              action == removeAll
+                  ? "directory of the databases"
+                  : "directory of the databases, a single .db file, or a collector's store",
+              "")
+        ->required();
     return command;
   }
 
   void addSession(CLI::App* command, const std::string& purpose) {
-    addOption(command, "--session", arguments_.session, purpose + " (ID or last)", "ID|last")
+    addOption(command, "--session", arguments_.session,
+              purpose + " (its ID, the beginning of its ID, or last)", "ID|last")
         ->required();
   }
 
-  void addJson(CLI::App* command) {
+  void addFormat(CLI::App* command) {
     command->add_flag("--json", arguments_.json, "print JSON, for scripts");
+    command->add_flag("--local-time", arguments_.localTime,
+                      "show and read times in the local time zone instead of UTC");
   }
 
   static CLI::Option* addOption(CLI::App* command, const char* name, std::string& value,

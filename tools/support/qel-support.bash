@@ -25,11 +25,11 @@ _qel_support() {
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       return
       ;;
-    --category | --since) return ;;
+    --category | --since | --until | --search) return ;;
   esac
   case $command in
-    sessions | stats) options='--json' ;;
-    show) options='--session --category --since --json' ;;
+    sessions | stats) options='--json --local-time' ;;
+    show) options='--session --category --since --until --search --follow --json --local-time' ;;
     export) options='--session --to' ;;
     report) options='--session --output' ;;
     purge) options='--yes' ;;
@@ -37,8 +37,10 @@ _qel_support() {
   esac
   if [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$options --help" -- "$current")
-  else
+  elif [[ $command == purge ]]; then
     mapfile -t COMPREPLY < <(compgen -d -- "$current")
+  else
+    mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.db' -- "$current")
   fi
 }
 complete -o filenames -F _qel_support qel-support

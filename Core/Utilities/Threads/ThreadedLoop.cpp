@@ -65,7 +65,16 @@ void ThreadedLoop::start(Work work) {
     const utilities::MutexLock lock(sleeperMutex_);
     sleeper_ = std::move(sleeper);
   }
-  thread_ = std::thread([&sleeperOfWorker, work = std::move(work)] { run(work, sleeperOfWorker); });
+  isRunning_ = true;
+  try {
+    thread_ = std::thread([this, &sleeperOfWorker, work = std::move(work)] {
+      run(work, sleeperOfWorker);
+      isRunning_ = false;
+    });
+  } catch (...) {
+    isRunning_ = false;
+    throw;
+  }
 }
 
 void ThreadedLoop::stopAndJoin() {

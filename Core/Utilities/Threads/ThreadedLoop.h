@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -35,8 +36,8 @@ struct RunPolicy {
 /// Their messages are written to standard error. Writing them blocks only on Windows.
 ///
 /// **Threads.** `stop` is thread-safe and may also be called inside the callable and during
-/// `perform`. `perform` and the destructor must not be called concurrently, and never on the
-/// worker.
+/// `perform`. `perform`, `stopAndJoin` and the destructor must not be called concurrently, and
+/// never on the worker.
 class ThreadedLoop {
  public:
   ThreadedLoop() = default;
@@ -60,6 +61,12 @@ class ThreadedLoop {
   /// was ever started.
   void stop();
 
+  /// Does what the destructor does. The loop can be started again.
+  void stopAndJoin();
+
+  /// Whether a worker was started and has not ended. Thread-safe.
+  bool isRunning() const { return isRunning_; }
+
  private:
   struct Work {
     std::function<void()> setup;
@@ -69,7 +76,6 @@ class ThreadedLoop {
   };
 
   void start(Work work);
-  void stopAndJoin();
   static void run(const Work& work, Sleeper& sleeper);
   static bool invoke(const std::type_info& type, const std::function<bool()>& function);
   static void debuggerBreak();
@@ -77,7 +83,8 @@ class ThreadedLoop {
   utilities::Mutex sleeperMutex_;
   /// The sleeper outlives the worker that uses it.
   std::unique_ptr<Sleeper> sleeper_ QEL_GUARDED_BY(sleeperMutex_);
-  std::thread thread_;  ///< used only by `perform` and the destructor
+  std::atomic<bool> isRunning_{false};
+  std::thread thread_;  ///< used only by `perform`, `stopAndJoin` and the destructor
 };
 
 }  // namespace qel::util

@@ -21,7 +21,7 @@ static qel_analytics_handle client;
 static atomic_int notified_in_permission = -1, joined_in_permission = -1;
 static atomic_int released_in_permission = -1, notified_in_log = -1;
 static int created_in_environment = -1;
-static atomic_int is_overflown, may_log_return;
+static atomic_int is_overflown, may_log_return, may_send, sending_errors;
 static _Thread_local int fills_queue;
 static const char* environment_text;
 
@@ -51,6 +51,7 @@ static int32_t allow_and_call_back(void* context) {
 static void log_and_call_back(void* context, int32_t level, const char* logger,
                               const char* message) {
   (void)context;
+  sending_errors += strcmp(logger, "qel.log.analytics.Client") == 0;
   if (level == QEL_ANALYTICS_LOG_ERROR && strcmp(logger, "qel.assert") == 0 &&
       strstr(message, "Was stop called before perform?") != NULL) {
     notified_in_log = qel_analytics_application_stopped(current, "in the log");
@@ -109,6 +110,8 @@ static void show_refused_parameters(void) {
   REFUSED(server_user = "a:b");
   REFUSED(retention_seconds = UINT64_MAX);
   REFUSED(log_level = 5);
+  REFUSED(server_host = "analytics.qel.example:443");
+  show("this machine", qel_analytics_this_machine("CAD", "\xFF") == NULL);
   environment_text = "{\"Os\": {}}";
   REFUSED(environment = describe);
   environment_text = "{\"InstalledApplications\": [{\"UserFiles\": [\"a\", 1]}]}";
@@ -230,12 +233,21 @@ static void show_session(const char* server) {
   SHOW(qel_analytics_release(client));
 }
 
-static void show_withdrawal(void) {
+static int32_t allow_later(void* context) {
+  (void)context;
+  return may_send;
+}
+
+/* The server never answers, so the withdrawal finds an upload in progress. */
+static void show_withdrawal(const char* server) {
   qel_analytics_handle first = client;
   qel_analytics_parameters parameters = sound_parameters("withdrawn");
   FILE* database;
   time_t end = time(NULL) + 10;
   parameters.log = log_and_call_back;
+  parameters.is_sending_allowed = allow_later;
+  parameters.server_host = "staging.qel.example";
+  parameters.connect_to = server;
   SHOW(qel_analytics_create(&parameters, &client));
   current = client;
   printf("handle %s\n", client != first ? "new" : "used before");
@@ -246,8 +258,13 @@ static void show_withdrawal(void) {
     qel_analytics_join(client);
   }
   printf("in the log: notify %d\n", notified_in_log);
+  may_send = 1;
+  SHOW(qel_analytics_application_started(client, "1.0"));
+  SHOW(qel_analytics_join(client));
   SHOW(qel_analytics_start_sending(client));
+  usleep(300000);
   SHOW(qel_analytics_withdraw(client));
+  printf("errors of sending: %d\n", sending_errors);
   database = fopen("withdrawn/SupportDatabase.db", "rb");
   printf("database %s\n", database == NULL ? "removed" : "left");
   SHOW(qel_analytics_remove_recordings("withdrawn"));
@@ -306,7 +323,7 @@ int main(int count, char** values) {
   show_refused_parameters();
   show_other_sizes();
   show_session(values[1]);
-  show_withdrawal();
+  show_withdrawal(values[1]);
   show_losses();
   printf("statuses: %s, %s, %s\n", qel_analytics_status_text(QEL_ANALYTICS_OK),
          qel_analytics_status_text(QEL_ANALYTICS_CALLBACK_RUNNING), qel_analytics_status_text(-1));

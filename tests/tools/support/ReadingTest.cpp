@@ -4,6 +4,7 @@
 
 #include "tests/support/Query.h"
 #include "tests/tools/support/Recorded.h"
+#include "tools/collector/SqliteStore.h"
 
 namespace qel::support {
 
@@ -79,6 +80,8 @@ TEST_F(ReadingTest, SkipsDamage) {
   EXPECT_THAT(listed.errors, ContainsRegex("^qel-support: warning: SupportDatabase.db: the file is "
                                            "damaged: up to [0-9]+ rows of Items are skipped\n$"));
   EXPECT_THAT(eventsIn(listed), AllOf(Gt(rows * 9 / 10), Lt(rows)));
+  EXPECT_THAT(run("qel-support report $DIR --session last --output -").output,
+              AllOf(HasSubstr("This page may be incomplete"), HasSubstr("the file is damaged")));
 
   std::filesystem::resize_file(support_, size / 2);
   EXPECT_GT(eventsIn(list()), rows * 4 / 10);
@@ -113,6 +116,44 @@ TEST_F(ReadingTest, ReadsACopyAfterAnUnfinishedWriteAndRemovesIt) {
   EXPECT_EQ(eventsIn(listed), 500);
   EXPECT_THAT(listed.errors, HasSubstr("a private copy of it was read"));
   expectTranscript("support/ending.txt");
+}
+
+TEST_F(ReadingTest, SelectsRecordsAndFollowsThem) {
+  setenv("TZ", "XYZ-05:30", 1);
+  recordForSupport({event(firstSession, "20:00:01.000", {"Command", "Started", "Größe [a-z]*"}),
+                    event(firstSession, "20:00:02.000", {"Graphic", "Action", "Fit"},
+                          R"({"View": {"Name": ["\u00c9tage \"1\""]}})"),
+                    event(firstSession, "20:01:00.000", {"MemoryUsage", "Total", "Runtime"},
+                          R"({"Max": "8283750", "Min": "524288"})"),
+                    help(secondSession, "21:00:00.000")});
+  expectTranscript("support/selecting.txt");
+  unsetenv("TZ");
+}
+
+TEST_F(ReadingTest, ReadsTheStoreOfACollector) {
+  const auto second = help(secondSession);
+  {
+    collector::SqliteStore store(file("store.db"));
+    const auto upload = [&](const std::string& environment, const std::string& events) {
+      store.add({std::make_shared<collector::Upload>(R"({"version": "3.1", "environments": [)" +
+                                                         environment + R"(], "events": [)" +
+                                                         events + "]}",
+                                                     "demo")},
+                std::chrono::steady_clock::now() + std::chrono::minutes(1));
+    };
+    upload(help(firstSession, "09:00:00.000"), second + ',' + second + ",7");
+    if (test::windowsPrograms() == nullptr) {  // Wine does not share memory with this process.
+      const auto before = stateOfFiles();
+      EXPECT_THAT(run("qel-support show $DIR/store.db --session last --json").output,
+                  "[\n" + second + "\n]\n");
+      EXPECT_EQ(stateOfFiles(), before);
+    }
+    upload("", help(firstSession, "12:00:00.000") + ',' +
+                   event(firstSession, "12:00:01.000", {"Application", "Crashed", "boom"}));
+  }
+  const auto before = stateOfFiles();
+  expectTranscript("support/store.txt");
+  EXPECT_EQ(stateOfFiles(), before);
 }
 
 TEST_F(ReadingTest, LeavesFilesAloneThatAreInWriteAheadModeOrKeptLocked) {

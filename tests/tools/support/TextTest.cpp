@@ -1,11 +1,14 @@
 #include <gmock/gmock.h>
 
+#include "tools/records/Moment.h"
+#include "tools/support/CrashCode.h"
 #include "tools/support/DisplayText.h"
-#include "tools/support/Moment.h"
+#include "tools/support/DisplayTime.h"
 #include "tools/support/TimeAxis.h"
 
 namespace qel::support {
 
+using records::millisecondsOf;
 using testing::ElementsAre;
 
 TEST(DisplayTextTest, MakesStoredTextsHarmlessToTerminals) {
@@ -32,6 +35,17 @@ TEST(MomentTest, ReadsTimesOfRecordsAndTheirBeginnings) {
   }
   EXPECT_EQ(readableLength(59'999), "59.9 s");
   EXPECT_EQ(readableLength(90'000'000), "1 d 01 h");
+}
+
+TEST(CrashCodeTest, NamesTheCodesOfWindowsAndOfSignals) {
+  EXPECT_EQ(crashCodeText("3221225477"), "0xC0000005, access violation");
+  EXPECT_EQ(crashCodeText("3765269347"), "0xE06D7363, C++ exception");
+  EXPECT_EQ(crashCodeText("11"), "0xB (11), signal SIGSEGV, invalid memory access");
+  EXPECT_EQ(crashCodeText("305419896"), "0x12345678");
+  EXPECT_EQ(crashCodeText("0"), "");
+  for (const char* const text : {"", "-1", "11x", "4294967296"}) {
+    EXPECT_EQ(crashCodeText(text), text);
+  }
 }
 
 TEST(TimeAxisTest, LabelsMidnightWithItsDate) {

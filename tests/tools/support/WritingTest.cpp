@@ -21,10 +21,13 @@ class WritingTest : public Recorded {
          event(firstSession, "09:36:20.000", {"IssueListStorage", "Issue", "Removed"},
                R"({"Id": "8"})"),
          event(firstSession, "09:37:00.000", {"IssueListStorage", "Issue", "RemovedAll"}),
-         event(firstSession, "09:38:00.000", {"Application", "Crashed", "boom"}),
+         event(firstSession, "09:38:00.000", {"Application", "Crashed", "boom"},
+               R"({"Exception Code": "3221225477"})"),
          event(firstSession, "09:38:00.000", {"MemoryUsage", "Application", "Crashed"},
                R"({"1795253870": "1100000", "1795253880": "1200000"})"),
-         help(secondSession, "09:29:00.000")});
+         help(secondSession, "09:29:00.000"),
+         event(secondSession, "09:29:30.000", {"Application", "Stopped", "Menu"}),
+         help("0A1B2C3D-0000-4000-8000-000000000003", "09:20:00.000")});
   }
 };
 

@@ -49,6 +49,10 @@ struct QEL_ANALYTICS_EXPORT ActivateParameter {
   std::function<bool()> isSendingAllowed;
   /// Whether items may be copied to the support database. Called for every batch. Must be set.
   std::function<bool()> databaseCallback;
+  /// The host name of the server, as in its certificate, such as "analytics.example.org". If empty,
+  /// the name that was compiled in. Not an address, because not every system can check a
+  /// certificate against one.
+  std::string serverHost = {};
 };
 
 }  // namespace parameters

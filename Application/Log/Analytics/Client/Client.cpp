@@ -1,11 +1,13 @@
 #include "Application/Log/Analytics/Client/Client.h"
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 #include "Application/Log/Analytics/Items/BaseItem.h"
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
@@ -20,9 +22,11 @@
 #include "Application/Log/Analytics/Listeners/SaveListener.h"
 #include "Application/Log/Analytics/Reports/MemoryUsageObserver.h"
 #include "Application/Log/Analytics/ServerConnection/DbToServerConnection.h"
+#include "Application/Log/Analytics/ServerConnection/HostName.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
@@ -49,8 +53,9 @@ void unregister(const std::shared_ptr<Listener>& listener) {
   }
 }
 
-void reportFailedPass(CipDatabases& databases, LoggerInterface& logger,
-                      const std::string& message) {
+void reportFailedPass(CipDatabases& databases, details::SendingState& state,
+                      LoggerInterface& logger, const std::string& message) {
+  state.recordFailure(message);
   logger.log(Level::Error, "sending CIP data has failed: " + message);
   databases.insert(
       std::make_unique<items::CipInfoItem>(items::CipInfoItem::Area::SendingItems,
@@ -61,7 +66,8 @@ void reportFailedPass(CipDatabases& databases, LoggerInterface& logger,
 
 }  // namespace
 
-Client::Client(std::unique_ptr<CipDatabases> databases) : databases_(std::move(databases)) {
+Client::Client(std::unique_ptr<CipDatabases> databases)
+    : databases_(std::move(databases)), sendingState_(std::make_unique<details::SendingState>()) {
   if (!databases_) {
     throw std::invalid_argument("databases can not be assigned nullptr");
   }
@@ -72,7 +78,7 @@ Client::Client(std::unique_ptr<CipDatabases> databases) : databases_(std::move(d
 
 Client::~Client() {
   releaseDeadline_.arm(longestRelease);
-  memoryUsageObserver_.reset();
+  memoryUsageObserver_.reset();  // the application's listener shares it
   unregister<ActionBroadcaster>(actionListener_);
   unregister<ApplicationBroadcaster>(applicationListener_);
   unregister<CommandBroadcaster>(commandListener_);
@@ -84,9 +90,13 @@ Client::~Client() {
 }
 
 void Client::activate(const parameters::ActivateParameter& parameter) {
+  if (sendingState_->hasEnded()) {
+    throw qel::exception("Customer involvement client has ended.");
+  }
   if (active_) {
     throw qel::exception("Customer involvement client is already running.");
   }
+  serverconnection::requireHostName(parameter.serverHost);
   createEnvironmentItem_ = parameter.createEnvironmentItem;
   initInstances(parameter);
   initAndRegisterActionListener();
@@ -116,6 +126,9 @@ void Client::registerIssueListStorageListener(
 }
 
 void Client::startSendingItems() {
+  if (sendingState_->hasEnded()) {
+    return;
+  }
   if (!sendingStarted_) {
     sendingStarted_ = true;
     if (startupTask_.valid()) {
@@ -127,11 +140,42 @@ void Client::startSendingItems() {
                        RunPolicy{RunPolicy::AtStartAndStop, true});
 }
 
-void Client::stopSendingItems() { sendingLoop_.stop(); }
+void Client::stopSendingItems() {
+  if (!sendingState_->hasEnded()) {
+    sendingLoop_.stop();
+  }
+}
+
+void Client::endSending() { sendingState_->end(); }
+
+/// Keeps the listeners registered, because other threads may be calling them. The closed databases
+/// drop what they record.
+std::vector<RemovedFile> Client::withdraw(const HostFileFilter& isHostFile) {
+  if (!directory_) {
+    throw qel::exception("Customer involvement client was never activated.");
+  }
+  if (isRemoved_) {
+    return {};
+  }
+  endSending();
+  memoryUsageObserver_->stop();
+  sendingLoop_.stopAndJoin();
+  databases_->close();
+  auto removed = removeRecordings(utilities::pathFromUtf8(*directory_), isHostFile);
+  isRemoved_ = std::ranges::none_of(removed, [](const auto& file) { return bool(file.error); });
+  return removed;
+}
+
+SendingStatus Client::sendingStatus() const {
+  auto status = sendingState_->status();
+  status.isLoopRunning = sendingLoop_.isRunning();
+  return status;
+}
 
 void Client::initInstances(const parameters::ActivateParameter& parameter) {
   items::BaseItem::setSessionId(parameter.sessionId);
   items::BaseItem::setInstallationId(parameter.installationId);
+  directory_ = parameter.databasePath;
   databases_->initialize(parameter);
   serverConnection_->initalize(parameter);
 }
@@ -153,17 +197,30 @@ void Client::insertEnvironmentItem() {
 /// reference before the last pass.
 std::function<bool()> Client::sendItemsFunc() {
   return [this, logger = logger_] {
-    const utilities::Patience patience(utilities::Patience::unlimited);
+    auto& state = *sendingState_;
+    if (state.hasEnded()) {
+      return true;
+    }
+    const utilities::Patience patience(utilities::Patience::unlimited, state.stopTime());
     try {
-      details::SendingPass(databases_->getCipDatabase(), *serverConnection_, *logger,
-                           packageSizeLimit_)
-          .run();
+      details::SendingPass pass(databases_->getCipDatabase(), *serverConnection_, *logger, state,
+                                packageSizeLimit_);
+      if (!pass.run()) {
+        state.recordFailure("the server answered with status " +
+                            std::to_string(serverConnection_->lastStatus()));
+      }
       return true;
     } catch (const std::exception& failure) {
-      reportFailedPass(*databases_, *logger, failure.what());
+      if (state.hasEnded()) {
+        return true;
+      }
+      reportFailedPass(*databases_, state, *logger, failure.what());
       throw std::runtime_error(failure.what());
     } catch (...) {
-      reportFailedPass(*databases_, *logger, "Unknown Exception");
+      if (state.hasEnded()) {
+        return true;
+      }
+      reportFailedPass(*databases_, state, *logger, "Unknown Exception");
       throw;
     }
   };

@@ -21,6 +21,8 @@ class PackageBatch {
   /// Whether the total size of the texts has reached the limit, so that the batch must be sent. The
   /// row that reached the limit is part of the batch.
   bool isFull() const { return size_ >= sizeLimit_; }
+  /// The total size of the texts in bytes.
+  std::size_t size() const { return size_; }
   void clear() {
     texts_.clear();
     ids_.clear();

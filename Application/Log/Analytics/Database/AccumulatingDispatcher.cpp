@@ -38,11 +38,11 @@ void AccumulatingDispatcher::start() {
 
 void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
                                  CipDatabaseClientInterface::Table table) {
-  if (failed_ || !item) {
+  if (state_ != State::Open || !item) {
     return;
   }
   const utilities::MutexLock lock(mutex_);
-  if (failed_) {
+  if (state_ != State::Open) {
     return;
   }
   if (pending_.size() >= capacity_) {
@@ -53,6 +53,9 @@ void AccumulatingDispatcher::add(std::unique_ptr<ToJsonInterface> item,
 }
 
 void AccumulatingDispatcher::join() {
+  if (state_ == State::Closed) {
+    return;
+  }
   if (hasNoWorker_) {
     start();
   }
@@ -62,21 +65,33 @@ void AccumulatingDispatcher::join() {
   hasNoWorker_ = false;
 }
 
+void AccumulatingDispatcher::close() {
+  stopTime_ = std::chrono::steady_clock::now();
+  std::vector<Entry> discarded;  // destroyed after the mutex is unlocked, as in the destructor
+  {
+    const utilities::MutexLock lock(mutex_);
+    auto open = State::Open;
+    state_.compare_exchange_strong(open, State::Closed);
+    discarded.swap(pending_);
+  }
+  loop_.stopAndJoin();
+}
+
 bool AccumulatingDispatcher::drain() {
-  const Patience patience(Patience::unlimited);
+  const Patience patience(Patience::unlimited, stopTime_);
   for (;;) {
     working_.clear();
-    if (!failed_) {
+    if (state_ == State::Open) {
       const utilities::MutexLock lock(mutex_);
       pending_.swap(working_);
     }
     if (working_.empty()) {
-      return !failed_;
+      return state_ != State::Failed;
     }
     try {
       callback_(working_);
     } catch (...) {
-      failed_ = true;
+      state_ = State::Failed;
       return false;
     }
   }
@@ -87,7 +102,7 @@ bool AccumulatingDispatcher::drain() {
 /// the loop here cannot deadlock.
 void AccumulatingDispatcher::fail() {
   const Patience patience(Patience::ofHost);
-  failed_ = true;
+  state_ = State::Failed;
   pending_.clear();
   loop_.stop();
   try {

@@ -11,6 +11,7 @@
 #include "Core/Utilities/Threads/ThreadedLoop.h"
 #include "host/QelJson/ToJsonInterface.h"
 #include "host/QelUtilities/Mutex.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 
@@ -23,8 +24,8 @@ namespace qel::log::analytics {
 ///
 /// **Destruction** discards queued items. To write them, call `join` first.
 ///
-/// **Threads.** `add` and `hasFailed` are thread-safe. `start`, `join` and the destructor must not
-/// be called concurrently.
+/// **Threads.** `add` and `hasFailed` are thread-safe. `start`, `join`, `close` and the
+/// destructor may be called on any thread, but not concurrently.
 class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
  public:
   /// An item, which is never null, and its table.
@@ -54,10 +55,16 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   /// `std::system_error` if no thread can be created for it; a later call then starts it again.
   void join();
 
+  /// Discards queued items and drops later ones, for good and without a failure. Interrupts a write
+  /// in progress, and waits until the worker has ended.
+  void close();
+
   /// Whether the dispatcher has failed for good and drops all items. Thread-safe.
-  bool hasFailed() const { return failed_; }
+  bool hasFailed() const { return state_ == State::Failed; }
 
  private:
+  enum class State { Open, Closed, Failed };
+
   bool drain();
   void fail() QEL_REQUIRES(mutex_);
 
@@ -66,7 +73,8 @@ class QEL_ANALYTICS_EXPORT AccumulatingDispatcher {
   std::vector<Entry> working_;  ///< used only by the worker
   const Callback callback_;
   const std::chrono::duration<double> period_;
-  std::atomic<bool> failed_{false};
+  std::atomic<State> state_{State::Open};
+  utilities::Patience::StopTime stopTime_{utilities::Patience::neverStop};  ///< of the worker
   qel::util::ThreadedLoop loop_;
   bool hasNoWorker_ = false;  ///< `join` could not start it again
   const unsigned int capacity_;

@@ -1,9 +1,13 @@
 #include "Application/Log/Analytics/Database/CipDatabases.h"
 
+#include <chrono>
+
 #include "Application/Log/Analytics/Client/ActivateParameter.h"
+#include "Application/Log/Analytics/Database/CipDatabaseClient.h"
 #include "Application/Log/Analytics/Items/CipInfoItem.h"
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/Debugger.h"
+#include "host/QelUtilities/Patience.h"
 
 namespace qel::log::analytics {
 
@@ -46,6 +50,15 @@ bool CipDatabases::getWriteToCipDatabaseFunc() const { return isAllowed(permissi
 bool CipDatabases::errorOccurred() const { return dispatcher_.hasFailed(); }
 
 void CipDatabases::join() { dispatcher_.join(); }
+
+/// A database client that is not initialized does nothing.
+void CipDatabases::close() {
+  dispatcher_.close();
+  const utilities::Patience::StopTime now(std::chrono::steady_clock::now());
+  const utilities::Patience patience(utilities::Patience::none, now);  // retention ends at once
+  cipDatabase_ = std::make_unique<CipDatabaseClient>();
+  supportDatabase_ = std::make_unique<CipDatabaseClient>();
+}
 
 void CipDatabases::write(const std::vector<AccumulatingDispatcher::Entry>& batch) {
   try {

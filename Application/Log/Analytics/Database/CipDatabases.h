@@ -41,7 +41,7 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   void insert(std::unique_ptr<qel::json::ToJsonInterface> item,
               CipDatabaseClientInterface::Table table);
 
-  /// The sending database.
+  /// The sending database. `close`, and so `Client::withdraw`, destroys it.
   CipDatabaseClientInterface& getCipDatabase() { return *cipDatabase_; }
 
   /// Asks the host whether items may be written to the sending database. Throws
@@ -51,9 +51,16 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   /// Whether storage has ended for good. Thread-safe.
   bool errorOccurred() const;
 
-  /// Waits until all queued items are written, or lost after a failure (see `errorOccurred`). Must
-  /// be called on the thread that initializes and destroys the object.
+  /// Waits until all queued items are written, or lost after a failure (see `errorOccurred`). May
+  /// be called on any thread of the host, also to record a crash, but not concurrently with `join`,
+  /// `close` or the destructor.
   void join();
+
+  /// For a customer who withdraws the consent. Discards queued items, drops later ones silently and
+  /// closes both databases, which destroys the two clients. `join` then does nothing. The sending
+  /// database must not be in use on another thread. Must not be called concurrently with
+  /// `initialize`, `join`, `close` or the destructor.
+  void close();
 
  private:
   /// All threads share one function object, because the host's function may have state.
@@ -68,8 +75,8 @@ class QEL_ANALYTICS_EXPORT CipDatabases {
   Permissions permissions() const;
   static bool isAllowed(const Permission& permission);
 
-  const std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;
-  const std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;
+  std::unique_ptr<CipDatabaseClientInterface> cipDatabase_;      ///< replaced only by `close`
+  std::unique_ptr<CipDatabaseClientInterface> supportDatabase_;  ///< replaced only by `close`
   mutable utilities::Mutex permissionMutex_;
   Permissions permissions_ QEL_GUARDED_BY(permissionMutex_);
   AccumulatingDispatcher dispatcher_;  ///< destroyed first, because its worker uses the rest

@@ -12,6 +12,7 @@
 #include "Core/Utilities/Assertions/FailedCheck.h"
 #include "host/QelAssert/Assert.h"
 #include "host/QelLog/LogManager.h"
+#include "host/QelUtilities/Patience.h"
 #include "host/QelUtilities/TypeName.h"
 
 namespace qel::log::analytics::details {
@@ -135,6 +136,9 @@ std::map<int, std::string> DatabaseAdapter::getAllFromSession(const std::string&
 void DatabaseAdapter::deleteByIds(const std::vector<int>& ids, const std::string& table) {
   const Result result = db_->deleteIds(table, joined(ids));
   if (!result.boSuccess()) {
+    if (utilities::Patience::mustStop()) {
+      return;
+    }
     LogManager::instance()
         .getLogger("qel.log.analytics.details.DatabaseAdapter")
         ->log(Level::Error, "Could not delete all entries by id from " + table +

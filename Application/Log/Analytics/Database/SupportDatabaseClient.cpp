@@ -20,7 +20,8 @@ namespace {
 using details::DatabaseAdapterTimestampDecorator;
 using utilities::Patience;
 
-/// How long the deletion of old rows may go on after the client is released.
+/// How long the deletion of old rows may go on after the client is released. It ends at once if the
+/// releasing thread must stop.
 constexpr std::chrono::seconds timeAfterRelease{1};
 
 /// Examines each row once, because a long table takes seconds to read.
@@ -69,8 +70,9 @@ SupportDatabaseClient::SupportDatabaseClient(std::optional<std::chrono::seconds>
       retentionStop_(std::make_shared<Patience::StopTime>(Patience::neverStop)) {}
 
 SupportDatabaseClient::~SupportDatabaseClient() {
+  const auto now = std::chrono::steady_clock::now();
   *retentionStop_ =
-      std::min(std::chrono::steady_clock::now() + timeAfterRelease, utilities::exitDeadline());
+      Patience::mustStop() ? now : std::min(now + timeAfterRelease, utilities::exitDeadline());
 }
 
 void SupportDatabaseClient::initialize(const std::string& directory) {

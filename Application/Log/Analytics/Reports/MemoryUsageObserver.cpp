@@ -63,6 +63,11 @@ void MemoryUsageObserver::start() {
       options_.reportingInterval, RunPolicy{RunPolicy::AtStop, true});
 }
 
+void MemoryUsageObserver::stop() {
+  samplingLoop_.stopAndJoin();
+  reportingLoop_.stopAndJoin();
+}
+
 void MemoryUsageObserver::observeMemoryUsage() {
   addSample(options_.usedBySystemInKB(), systemSamples_, systemForCrash_);
   addSample(options_.usedByProcessInKB(), processSamples_, processForCrash_);

@@ -39,8 +39,8 @@ struct MemoryUsageOptions {
 /// interval, and once more during destruction, the observer reports the smallest and the largest
 /// sample of the process and of the system. It stops by itself once the databases have failed.
 ///
-/// Each interval has its own worker. `start` and the destructor must be called on the host's
-/// thread. The operations that report a crash are thread-safe.
+/// Each interval has its own worker. `start`, `stop` and the destructor must be called on the
+/// host's thread. The operations that report a crash are thread-safe.
 class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInterface {
  public:
   /// The databases must outlive the observer. Does not start the workers.
@@ -49,6 +49,8 @@ class QEL_ANALYTICS_EXPORT MemoryUsageObserver : public MemoryUsageReporterInter
   /// Discards earlier samples and starts the workers. The first sample is taken at once, on the
   /// sampling worker.
   void start();
+  /// Ends both workers, after a last report. `start` starts them again.
+  void stop();
 
   void reportDetailedMemoryUsageOfCurrentProcessForCrash() const override;
   void reportDetailedMemoryUsageOfSystemForCrash() const override;

@@ -2,6 +2,7 @@
 
 #include "Application/Log/Analytics/Client/Client.h"
 #include "Application/Log/Analytics/Client/SendingPass.h"
+#include "Application/Log/Analytics/Client/SendingState.h"
 #include "host/QelBroadcaster/ActionBroadcaster.h"
 #include "host/QelBroadcaster/ApplicationBroadcaster.h"
 #include "host/QelUtilities/Debugger.h"
@@ -102,6 +103,8 @@ TEST_F(ClientTest, AFailedPassIsRecordedAndDoesNotReachTheHost) {
   client_->activate(storage_.parameter);
   EXPECT_TRUE(breaks.reaches(2));  // one for the pass, one for the loop that the pass ends
   EXPECT_THAT(storage_.recorded(), ElementsAre("CIP|SendingItems|Exception|Message=no row"));
+  EXPECT_EQ(client_->sendingStatus().lastFailure->reason, "no row");
+  EXPECT_TRUE(test::waitUntil([&] { return !client_->sendingStatus().isLoopRunning; }));
   EXPECT_THAT(log.text(),
               HasSubstr("error qel.log.analytics.Client: sending CIP data has failed: no row\n"));
 }
@@ -111,7 +114,8 @@ TEST(SendingPassTest, ARefusedPackageEndsThePassAndKeepsItsRowsAndAllAfterThem) 
   test::FakeConnection connection;
   const auto logger = LogManager::instance().getLogger("pass");
   constexpr std::size_t sizeOfTwoRows = 14;
-  details::SendingPass pass(database, connection, *logger, sizeOfTwoRows);
+  details::SendingState state;
+  details::SendingPass pass(database, connection, *logger, state, sizeOfTwoRows);
   database.insertMultiple({R"({"a":1})", R"({"b":2})", R"({"c":3})"}, Items);
   database.insertMultiple({R"({"e":1})"}, Environments);
   connection.accepted = 1;

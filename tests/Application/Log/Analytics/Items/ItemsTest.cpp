@@ -8,6 +8,7 @@
 #include "Application/Log/Analytics/Items/MemoryUsageItem.h"
 #include "Application/Log/Analytics/Items/ProjectItem.h"
 #include "Application/Log/Analytics/Items/UserItems.h"
+#include "Application/Log/Analytics/SystemEnvironment/ThisMachine.h"
 #include "host/QelPlatformWindows/SystemInformation.h"
 #include "tests/support/Files.h"
 #include "tests/support/StoredEvent.h"
@@ -82,6 +83,15 @@ TEST(EnvironmentItemTest, RendersAllMembersInFixedOrderAndTheFirstCurrentApplica
   const std::string time = R"("Timestamp": ")";
   expected.replace(expected.find(time) + time.size(), 1, item.getDateTimeAsString());
   EXPECT_EQ(item.toJson() + '\n', expected);
+}
+
+TEST(ThisMachineTest, FillsOnlyTheEmptyMembersOfTheProgram) {
+  details::ApplicationInfo given{"CAD", "6.1", "", "", "", "xx", ""};
+  const auto machine = systemenvironment::describeThisMachine(given);
+  const auto& program = machine->getQelEnvironmentInfo().at(0).application();
+  EXPECT_EQ(program.name + program.version + program.exeVersion + program.language, "CAD6.1xx");
+  EXPECT_EQ(program.bitness, machine->getOsEnvironmentInfo().getBitness());
+  EXPECT_EQ(program.exeDate.back(), 'Z');
 }
 
 TEST(ItemWrapperTest, JoinsTheRowsOfATable) {
