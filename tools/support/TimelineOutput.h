@@ -16,7 +16,7 @@ class TimelinePrinter {
  public:
   /// The output must outlive this object.
   TimelinePrinter(std::ostream& output, Terminal terminal)
-      : output_(output), terminal_(std::move(terminal)) {}
+      : output_(output), terminal_(terminal) {}
 
   void print(const std::vector<records::Event>& events);
 
