@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -92,8 +93,8 @@ void SessionSummary::addEnvironment(const SummedRow& row) {
   records::widen(first, last, row.time);
   std::string name = memberOf(row.text, "CurrentActiveApplication", "Version");
   const std::string_view date = dateOrNone(row.time);
-  if (!name.empty() &&
-      std::tie(date, name) > std::tuple<std::string_view, std::string_view>(versionTime, version)) {
+  using View = std::pair<std::string_view, std::string_view>;
+  if (!name.empty() && View(date, name) > View(versionTime, version)) {
     version = std::move(name);
     versionTime = date;
   }
