@@ -4,7 +4,7 @@
 
 #include <kainjow/mustache.hpp>
 
-namespace qel::support {
+namespace qel::report {
 
 /// The horizontal time axis, which all drawings of a page share. A position is a percentage of a
 /// drawing's width, so that drawings fit into every page without shrinking their texts.
@@ -24,4 +24,4 @@ class TimeAxis {
   const std::int64_t last_;
 };
 
-}  // namespace qel::support
+}  // namespace qel::report

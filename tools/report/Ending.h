@@ -7,7 +7,7 @@
 
 #include "tools/records/Event.h"
 
-namespace qel::support {
+namespace qel::report {
 
 /// How a session ended.
 struct Ending {
@@ -28,4 +28,4 @@ Ending endingOf(const std::vector<records::Event>& events);
 kainjow::mustache::data verdictOf(const records::Session& session,
                                   const std::vector<records::Event>& events, const Ending& ending);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,4 +1,4 @@
-#include "tools/support/HtmlReport.h"
+#include "tools/report/HtmlReport.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,13 +8,13 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "tools/records/Moment.h"
-#include "tools/support/CategoryLanes.h"
-#include "tools/support/Ending.h"
-#include "tools/support/MemoryPlot.h"
-#include "tools/support/ReportTables.h"
-#include "tools/support/report/ReportTexts.h"
+#include "tools/report/CategoryLanes.h"
+#include "tools/report/Ending.h"
+#include "tools/report/MemoryPlot.h"
+#include "tools/report/ReportTables.h"
+#include "tools/report/ReportTexts.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using kainjow::mustache::data;
@@ -120,4 +120,4 @@ std::string htmlReport(const Session& session, const std::vector<Event>& events,
   return html;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

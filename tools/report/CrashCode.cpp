@@ -1,4 +1,4 @@
-#include "tools/support/CrashCode.h"
+#include "tools/report/CrashCode.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 struct CodeName {
@@ -70,4 +70,4 @@ std::string crashCodeText(std::string_view code) {
          (found == names.end() ? "" : found->name);
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,13 +1,13 @@
-#include "tools/support/TimeAxis.h"
+#include "tools/report/TimeAxis.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 /// The possible distances between two marks, in seconds, which make the axis easy to read.
@@ -64,4 +64,4 @@ kainjow::mustache::data TimeAxis::marks() const {
   return marks;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

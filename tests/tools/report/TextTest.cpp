@@ -1,12 +1,12 @@
 #include <gmock/gmock.h>
 
 #include "tools/records/Moment.h"
-#include "tools/support/CrashCode.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
-#include "tools/support/TimeAxis.h"
+#include "tools/report/CrashCode.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
+#include "tools/report/TimeAxis.h"
 
-namespace qel::support {
+namespace qel::report {
 
 using records::millisecondsOf;
 using testing::ElementsAre;
@@ -54,4 +54,4 @@ TEST(TimeAxisTest, LabelsMidnightWithItsDate) {
   EXPECT_EQ(texts.render(axis.marks()), "20:00 22:00 2026-11-21 02:00 04:00 06:00 08:00 10:00 ");
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

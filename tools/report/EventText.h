@@ -4,7 +4,7 @@
 
 #include "tools/records/Event.h"
 
-namespace qel::support {
+namespace qel::report {
 
 /// An event in words for people.
 struct EventText {
@@ -31,4 +31,4 @@ class TextSearch {
   std::string folded_;
 };
 
-}  // namespace qel::support
+}  // namespace qel::report

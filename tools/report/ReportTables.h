@@ -5,9 +5,9 @@
 #include <kainjow/mustache.hpp>
 
 #include "tools/records/Event.h"
-#include "tools/support/Ending.h"
+#include "tools/report/Ending.h"
 
-namespace qel::support {
+namespace qel::report {
 
 /// Template data of the report's tables. A table has at most 2000 "rows". If there are more,
 /// "leftOut" is the number of omitted rows. Tables in the order of time omit the first rows.
@@ -26,4 +26,4 @@ kainjow::mustache::data issueTable(const std::vector<records::Event>& events);
 /// `events`.
 kainjow::mustache::data eventTables(const std::vector<records::Event>& events);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace qel::support {
+namespace qel::report {
 
 /// The zone in which times are shown and read.
 enum class Zone { Utc, Local };
@@ -39,4 +39,4 @@ Period readPeriod(const std::string& option, const std::string& text, Zone zone)
 /// A duration in its two largest units: "1 h 05 min", "3 min 20 s", "12.5 s".
 std::string readableLength(std::int64_t milliseconds);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -5,9 +5,9 @@
 #include <kainjow/mustache.hpp>
 
 #include "tools/records/Event.h"
-#include "tools/support/TimeAxis.h"
+#include "tools/report/TimeAxis.h"
 
-namespace qel::support {
+namespace qel::report {
 
 /// Template data of the memory plots, "program" and "machine". A plot is absent if it has no
 /// reports; the result is false if both plots are absent. A plot has a band for each report, from
@@ -15,4 +15,4 @@ namespace qel::support {
 kainjow::mustache::data memoryPlots(const std::vector<records::Event>& events,
                                     const TimeAxis& axis);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qel::support {
+namespace qel::report {
 
 /// Makes a stored text safe to print on a terminal: control characters, and characters that change
 /// the writing direction, become escapes such as "\u001b".
@@ -27,4 +27,4 @@ std::string oneDecimal(double number);
 /// A number of bytes in human-readable form: "29.3 MB".
 std::string readableSize(std::uintmax_t bytes);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,4 +1,4 @@
-#include "tools/support/ReportTables.h"
+#include "tools/report/ReportTables.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,11 +7,11 @@
 #include <string>
 #include <utility>
 
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
-#include "tools/support/EventText.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
+#include "tools/report/EventText.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using kainjow::mustache::data;
@@ -195,4 +195,4 @@ data eventTables(const std::vector<Event>& events) {
   return tables;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,4 +1,4 @@
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 
 #include <array>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include <utf8proc.h>
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 struct Character {
@@ -140,4 +140,4 @@ std::string readableSize(std::uintmax_t bytes) {
   return text.data();
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

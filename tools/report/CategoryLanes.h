@@ -5,9 +5,9 @@
 #include <kainjow/mustache.hpp>
 
 #include "tools/records/Event.h"
-#include "tools/support/TimeAxis.h"
+#include "tools/report/TimeAxis.h"
 
-namespace qel::support {
+namespace qel::report {
 
 /// Template data of the timeline: a list of lanes, one for each category, with a mark for each
 /// event.
@@ -18,4 +18,4 @@ kainjow::mustache::data categoryLanes(const std::vector<records::Event>& events,
 /// crashes are close together, only the first of them gets a label.
 kainjow::mustache::data crashMarks(const std::vector<records::Event>& events, const TimeAxis& axis);
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,15 +1,15 @@
-#include "tools/support/CategoryLanes.h"
+#include "tools/report/CategoryLanes.h"
 
 #include <cstdint>
 #include <map>
 #include <string>
 
 #include "tools/records/Moment.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
-#include "tools/support/Ending.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
+#include "tools/report/Ending.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using kainjow::mustache::data;
@@ -72,4 +72,4 @@ data crashMarks(const std::vector<Event>& events, const TimeAxis& axis) {
   return crashes;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

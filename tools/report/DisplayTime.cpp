@@ -1,4 +1,4 @@
-#include "tools/support/DisplayTime.h"
+#include "tools/report/DisplayTime.h"
 
 #include <chrono>
 #include <ctime>
@@ -7,7 +7,7 @@
 #include "tools/common/InputError.h"
 #include "tools/records/Moment.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 constexpr std::size_t dayLength = 10;
@@ -142,4 +142,4 @@ std::string readableLength(std::int64_t milliseconds) {
   return std::to_string(minutes / minutesOfDay) + " d " + twoDigits(minutes / 60 % 24) + " h";
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

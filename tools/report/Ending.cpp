@@ -1,4 +1,4 @@
-#include "tools/support/Ending.h"
+#include "tools/report/Ending.h"
 
 #include <algorithm>
 #include <map>
@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "host/QelUtilities/PathText.h"
-#include "tools/support/CrashCode.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
+#include "tools/report/CrashCode.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using kainjow::mustache::data;
@@ -198,4 +198,4 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
   return verdict;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

@@ -1,4 +1,4 @@
-#include "tools/support/MemoryPlot.h"
+#include "tools/report/MemoryPlot.h"
 
 #include <algorithm>
 #include <charconv>
@@ -11,9 +11,9 @@
 #include <utility>
 
 #include "tools/records/Moment.h"
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using kainjow::mustache::data;
@@ -175,4 +175,4 @@ data memoryPlots(const std::vector<Event>& events, const TimeAxis& axis) {
   return plots.is_empty_object() ? data(false) : std::move(plots);
 }
 
-}  // namespace qel::support
+}  // namespace qel::report

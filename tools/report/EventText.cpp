@@ -1,4 +1,4 @@
-#include "tools/support/EventText.h"
+#include "tools/report/EventText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -10,10 +10,10 @@
 #include <nlohmann/json.hpp>
 #include <utf8proc.h>
 
-#include "tools/support/CrashCode.h"
-#include "tools/support/DisplayText.h"
+#include "tools/report/CrashCode.h"
+#include "tools/report/DisplayText.h"
 
-namespace qel::support {
+namespace qel::report {
 namespace {
 
 using records::Event;
@@ -121,4 +121,4 @@ bool TextSearch::finds(const Event& event) const {
   return folded(texts).find(folded_) != std::string::npos;
 }
 
-}  // namespace qel::support
+}  // namespace qel::report
