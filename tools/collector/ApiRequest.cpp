@@ -60,7 +60,7 @@ constexpr std::array textParameters{
 };
 
 [[noreturn]] void reject(const std::string& name, const std::string& reason) {
-  throw ApiError(400, name + ": " + reason);
+  throw ApiError(400, name + ' ' + reason);
 }
 
 /// The value of a text that is a number as a whole; -1 for any other text.
