@@ -16,6 +16,7 @@
 #include "tools/collector/Page.h"
 #include "tools/collector/Reload.h"
 #include "tools/collector/Server.h"
+#include "tools/collector/SqliteReader.h"
 #include "tools/collector/SqliteStore.h"
 #include "tools/collector/Stopping.h"
 #include "tools/common/InputError.h"
@@ -30,8 +31,8 @@ void logLine(const std::string& message) {
   log::LogManager::instance().getLogger("qel.collector")->log(log::Level::Info, message);
 }
 
-std::unique_ptr<StoreReader> openReader(const CollectorOptions&) {
-  throw StoreError("this store cannot be read yet");
+std::unique_ptr<StoreReader> openReader(const CollectorOptions& options) {
+  return std::make_unique<SqliteReader>(pathFromUtf8(options.store));
 }
 
 void print(const std::string& line) { std::cout << line << '\n' << std::flush; }

@@ -1,6 +1,7 @@
 #include "tools/collector/Page.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "tools/collector/ApiRequest.h"
@@ -21,7 +22,11 @@ AdminPage tablePage(const ApiRequest& request, const ResultTable& table) {
 
 AdminPage answerFrom(StoreReader& reader, const ApiRequest& request, Deadline deadline) {
   if (request.id.empty()) {
-    return tablePage(request, reader.read(request.figure, request.filter, deadline));
+    try {
+      return tablePage(request, reader.read(request.figure, request.filter, deadline));
+    } catch (const std::invalid_argument& error) {
+      return errorPage(400, error.what());
+    }
   }
   const auto records = reader.session(request.id, deadline);
   return records.empty() ? errorPage(404, noSession(request.id))
