@@ -8,6 +8,7 @@
 
 #include "host/QelUtilities/PathText.h"
 #include "tools/collector/SqliteExecution.h"
+#include "tools/collector/SqliteRemoval.h"
 #include "tools/collector/SqliteSchema.h"
 #include "tools/common/InputError.h"
 
@@ -19,13 +20,14 @@ constexpr const char* rowsOfTransaction = "500";
 /// Deletes the rows of one table that meet a condition with one parameter.
 class Erasure {
  public:
-  Erasure(SqliteConnection& connection, const std::string& table, const std::string& condition,
-          std::string value)
+  Erasure(SqliteConnection& connection, SqliteSummaries& summaries, const std::string& table,
+          const std::string& condition, std::string value)
       : connection_(connection),
+        summaries_(summaries),
         count_(connection.prepare("SELECT count(*) FROM " + table + " WHERE " + condition)),
         next_(connection.prepare("SELECT id FROM " + table + " WHERE " + condition +
                                  " AND id > ? ORDER BY id LIMIT " + rowsOfTransaction)),
-        removal_(connection.prepare("DELETE FROM " + table + " WHERE id = ?")),
+        removal_(connection, summaries, table),
         value_(std::move(value)) {}
 
   std::int64_t count() {
@@ -37,12 +39,12 @@ class Erasure {
 
   std::int64_t run() {
     std::int64_t removed = 0;
-    for (auto ids = idsAfter(0); !ids.empty(); ids = idsAfter(ids.back())) {
-      SqliteTransaction transaction(connection_);
-      for (const std::int64_t id : ids) {
-        SqliteExecution(connection_, removal_).bindNumber(id).step();
-      }
-      transaction.commit();
+    std::vector<std::int64_t> ids{0};
+    while (!ids.empty()) {
+      summaries_.change([&] {
+        ids = idsAfter(ids.back());
+        removal_.remove(ids);
+      });
       removed += static_cast<std::int64_t>(ids.size());
     }
     return removed;
@@ -50,19 +52,15 @@ class Erasure {
 
  private:
   std::vector<std::int64_t> idsAfter(std::int64_t id) {
-    std::vector<std::int64_t> ids;
     SqliteExecution execution(connection_, next_);
-    execution.bindText(value_).bindNumber(id);
-    while (execution.step()) {
-      ids.push_back(execution.number(0));
-    }
-    return ids;
+    return execution.bindText(value_).bindNumber(id).numbers();
   }
 
   SqliteConnection& connection_;
+  SqliteSummaries& summaries_;
   const SqliteStatement count_;
   const SqliteStatement next_;
-  const SqliteStatement removal_;
+  SqliteRemoval removal_;
   const std::string value_;
 };
 
@@ -101,9 +99,10 @@ int erase(const EraseOptions& options) {
   prepareSchema(connection);
   const std::string value = isUser ? options.user : options.installation;
   const std::string condition = isUser ? "user = ?" : "installation = ?";
-  Erasure events(connection, "events", condition, value);
-  Erasure environments(connection, "environments", condition, value);
-  Erasure refused(connection, "refused",
+  SqliteSummaries summaries(connection);
+  Erasure events(connection, summaries, "events", condition, value);
+  Erasure environments(connection, summaries, "environments", condition, value);
+  Erasure refused(connection, summaries, "refused",
                   isUser ? condition : "instr(text, CAST('\"' || ? || '\"' AS BLOB)) > 0", value);
   std::cout << "events " << events.count() << ", environments " << environments.count()
             << ", refused texts " << refused.count() << '\n';

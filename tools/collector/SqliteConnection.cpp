@@ -37,7 +37,8 @@ void SqliteClose::operator()(sqlite3* connection) const { sqlite3_close(connecti
 
 void SqliteClose::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
-SqliteConnection::SqliteConnection(const std::filesystem::path& file, Missing missing)
+SqliteConnection::SqliteConnection(const std::filesystem::path& file, Missing missing,
+                                   Access access)
     : name_(utilities::utf8FromPath(file)), deadline_(std::chrono::steady_clock::now() + patience) {
   if (missing == Missing::Create) {
     std::error_code error;  // SQLite finds a better text.
@@ -46,7 +47,9 @@ SqliteConnection::SqliteConnection(const std::filesystem::path& file, Missing mi
   // SQLite cannot mistake an absolute path for a URI or a special name.
   const std::string path = utilities::utf8FromPath(std::filesystem::absolute(file));
   sqlite3* connection = nullptr;
-  const int opened = sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, nullptr);
+  const int opened = sqlite3_open_v2(
+      path.c_str(), &connection,
+      access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
   connection_.reset(connection);
   if (opened != SQLITE_OK) {
     failAsReported();

@@ -24,11 +24,13 @@ using SqliteStatement = std::unique_ptr<sqlite3_stmt, SqliteClose>;
 class SqliteConnection {
  public:
   enum class Missing { Create, Fail };
+  enum class Access { Write, Read };
 
   /// How long opening and other short operations may wait.
   static constexpr std::chrono::seconds patience{5};
 
-  SqliteConnection(const std::filesystem::path& file, Missing missing);
+  SqliteConnection(const std::filesystem::path& file, Missing missing,
+                   Access access = Access::Write);
   SqliteConnection(const SqliteConnection&) = delete;
   SqliteConnection& operator=(const SqliteConnection&) = delete;
 

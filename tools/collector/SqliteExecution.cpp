@@ -57,6 +57,20 @@ std::int64_t SqliteExecution::number(int column) const {
   return sqlite3_column_int64(statement_, column);
 }
 
+std::vector<std::int64_t> SqliteExecution::numbers() {
+  std::vector<std::int64_t> values;
+  while (step()) {
+    values.push_back(number(0));
+  }
+  return values;
+}
+
+std::string_view SqliteExecution::text(int column) const {
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+  return text == nullptr ? std::string_view() : std::string_view(text, size);
+}
+
 SqliteExecution& SqliteExecution::check(int result) {
   if (result != SQLITE_OK) {
     connection_.failAsReported();

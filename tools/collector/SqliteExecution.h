@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "tools/collector/SqliteConnection.h"
 
@@ -39,6 +40,10 @@ class SqliteExecution {
   /// Returns whether there is a row.
   bool step();
   std::int64_t number(int column) const;
+  /// The first values of the remaining rows.
+  std::vector<std::int64_t> numbers();
+  /// Empty for NULL. Valid until the next step.
+  std::string_view text(int column) const;
 
  private:
   SqliteExecution& check(int result);

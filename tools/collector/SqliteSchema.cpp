@@ -8,13 +8,14 @@
 
 #include "host/QelLog/LogManager.h"
 #include "tools/collector/SqliteExecution.h"
+#include "tools/collector/SqliteSummaries.h"
 
 namespace qel::collector {
 namespace {
 
 /// "qelc": distinguishes a store from other SQLite files.
 constexpr std::int64_t applicationId = 0x71656c63;
-constexpr std::int64_t currentVersion = 1;
+constexpr std::int64_t currentVersion = 2;
 constexpr std::size_t sessionBytes = 8;
 
 /// The key's column was called `digest` in version 0. Statements of a program that knows only
@@ -63,8 +64,8 @@ void moveFromOld(const SqliteConnection& connection, const SqliteTable& table) {
   connection.execute("DROP TABLE old_" + name);
 }
 
-/// Copies the tables of version 0, because their unique index cannot be dropped.
-void upgrade(const SqliteConnection& connection) {
+/// Copies the tables, because their unique index cannot be dropped.
+void upgradeVersion0(const SqliteConnection& connection) {
   sqlite3_create_function_v2(connection.handle(), "store_key", 2, SQLITE_UTF8, nullptr, keyFunction,
                              nullptr, nullptr, nullptr);
   for (const auto& table : sqliteTables) {
@@ -76,36 +77,54 @@ void upgrade(const SqliteConnection& connection) {
   }
 }
 
+bool isStore(SqliteConnection& connection) {
+  return connection.number("PRAGMA application_id") == applicationId;
+}
+
 bool hasTablesOfVersion0(SqliteConnection& connection) {
-  return connection.number(
+  return connection.number("PRAGMA user_version") == 0 &&
+         connection.number(
              "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND sql LIKE '%digest%'"
              " AND name IN ('events', 'environments', 'refused')") == 3;
+}
+
+void createSummaries(SqliteConnection& connection) {
+  connection.execute(SqliteSummaries::schema);
+  SqliteSummaries summaries(connection);
+  while (summaries.addNext()) {
+  }
 }
 
 void createOrUpgrade(SqliteConnection& connection) {
   if (connection.number("SELECT count(*) FROM sqlite_schema") == 0) {
     connection.execute(schema);
-  } else if (connection.number("PRAGMA user_version") == 0 && hasTablesOfVersion0(connection)) {
+  } else {
+    const bool isVersion0 = !isStore(connection);
+    if (isVersion0 && !hasTablesOfVersion0(connection)) {
+      connection.fail("it is another program's file");
+    }
     log::LogManager::instance()
         .getLogger("qel.collector")
         ->log(log::Level::Info, "upgrading the store, which takes a while");
-    upgrade(connection);
-  } else {
-    connection.fail("it is another program's file");
+    if (isVersion0) {
+      upgradeVersion0(connection);
+    }
   }
+  createSummaries(connection);
   connection.execute("PRAGMA application_id = " + std::to_string(applicationId));
   rewriteVersion(connection);
 }
 
 /// Whether the file is a store of the current version.
 bool isCurrent(SqliteConnection& connection) {
-  if (connection.number("PRAGMA application_id") != applicationId) {
+  if (!isStore(connection)) {
     return false;
   }
-  if (connection.number("PRAGMA user_version") > currentVersion) {
+  const std::int64_t version = connection.number("PRAGMA user_version");
+  if (version > currentVersion) {
     connection.fail("a newer version of the collector made it");
   }
-  return true;
+  return version == currentVersion;
 }
 
 }  // namespace
@@ -117,6 +136,19 @@ Sha256 keyOf(std::optional<std::string_view> session, const Sha256& digest) {
   Sha256 key = sha256(*session);
   std::copy(digest.begin(), digest.end() - sessionBytes, key.begin() + sessionBytes);
   return key;
+}
+
+KeyRange keysOf(std::string_view session) {
+  KeyRange keys{sha256(session), sha256(session)};
+  std::fill(keys.first.begin() + sessionBytes, keys.first.end(), std::uint8_t{0});
+  std::fill(keys.last.begin() + sessionBytes, keys.last.end(), std::uint8_t{0xff});
+  return keys;
+}
+
+void requireCurrentVersion(SqliteConnection& connection) {
+  if (!isCurrent(connection)) {
+    connection.fail("it is no store, or one that has not been upgraded");
+  }
 }
 
 void prepareSchema(SqliteConnection& connection) {

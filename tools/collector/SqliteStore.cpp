@@ -32,7 +32,7 @@ constexpr const char* settings = R"(
 
 /// How many rows `removeSome` examines, and how long it may take.
 constexpr const char* rowsOfRemoval = "1000";
-constexpr std::chrono::seconds longestRemoval{1};
+constexpr std::chrono::seconds longestRemoval{3};
 
 /// The number of column members that an environment has. An event has all of them.
 constexpr std::size_t environmentColumns = 3;
@@ -44,8 +44,7 @@ std::string insertion(const SqliteTable& table) {
     parameters += letter == ',' ? ", ?" : "";
   }
   return std::string("INSERT INTO ") + table.name + " (received, key, count, user, text, " +
-         table.columns + ") VALUES (" + parameters +
-         ") ON CONFLICT (key) DO UPDATE SET count = excluded.count WHERE excluded.count > count";
+         table.columns + ") VALUES (" + parameters + ") ON CONFLICT (key) DO NOTHING";
 }
 
 /// In the format of the column `received`.
@@ -62,8 +61,11 @@ std::string utcText(system_clock::time_point time) {
          'Z';
 }
 
-std::string_view bytesOf(const Sha256& key) {
-  return {reinterpret_cast<const char*>(key.data()), key.size()};
+SummedRow summedRow(const Row& row, std::int64_t id, std::int64_t count) {
+  const auto column = [&](std::size_t index) {
+    return row.columns[index] ? std::string_view(*row.columns[index]) : std::string_view();
+  };
+  return {id, count, column(0), column(1), column(2), column(3), column(4), column(5), row.text};
 }
 
 std::uint64_t sizeOf(const std::filesystem::path& file) {
@@ -78,18 +80,25 @@ SqliteStore::SqliteStore(const std::filesystem::path& file)
     : file_(std::filesystem::absolute(file)), connection_(file, SqliteConnection::Missing::Create) {
   prepareSchema(connection_);
   connection_.execute(settings);
+  summaries_.emplace(connection_);
   for (std::size_t index = 0; index < tables_.size(); ++index) {
-    const std::string name = sqliteTables[index].name;
-    Table& table = tables_[index];
-    table.insertion = connection_.prepare(insertion(sqliteTables[index]));
-    // The last id of the next rows, whether one of them is old, and whether one is from the future.
-    table.oldest = connection_.prepare(
-        "SELECT ifnull(max(id), 0), ifnull(min(received) < ?, 0), ifnull(max(received) > ?, 0)"
-        " FROM (SELECT id, received FROM " +
-        name + " WHERE id > ? ORDER BY id LIMIT " + rowsOfRemoval + ")");
-    table.removal =
-        connection_.prepare("DELETE FROM " + name + " WHERE id > ? AND id <= ? AND received < ?");
+    prepare(tables_[index], sqliteTables[index]);
   }
+}
+
+void SqliteStore::prepare(Table& table, const SqliteTable& description) {
+  const std::string name = description.name;
+  table.insertion = connection_.prepare(insertion(description));
+  table.stored = connection_.prepare("SELECT id, count FROM " + name + " WHERE key = ?");
+  table.raising = connection_.prepare("UPDATE " + name + " SET count = ? WHERE id = ?");
+  // The last id of the next rows, whether one of them is old, and whether one is from the future.
+  table.oldest = connection_.prepare(
+      "SELECT ifnull(max(id), 0), ifnull(min(received) < ?, 0), ifnull(max(received) > ?, 0)"
+      " FROM (SELECT id, received FROM " +
+      name + " WHERE id > ? ORDER BY id LIMIT " + rowsOfRemoval + ")");
+  table.old =
+      connection_.prepare("SELECT id FROM " + name + " WHERE id > ? AND id <= ? AND received < ?");
+  table.removal.emplace(connection_, *summaries_, name);
 }
 
 SqliteStore::~SqliteStore() {
@@ -100,59 +109,89 @@ SqliteStore::~SqliteStore() {
 
 void SqliteStore::add(const Uploads& uploads, steady_clock::time_point deadline) {
   connection_.setDeadline(deadline);
-  SqliteTransaction transaction(connection_);
-  const std::string received = utcText(system_clock::now());
-  for (const auto& upload : uploads) {
-    add(*upload, received);
-  }
-  if (uploads.empty()) {
-    rewriteVersion(connection_);
-  }
-  transaction.commit();
+  summaries_->change([&] {
+    const std::string received = utcText(system_clock::now());
+    for (const auto& upload : uploads) {
+      add(*upload, received);
+    }
+    if (uploads.empty()) {
+      rewriteVersion(connection_);
+    }
+  });
   limitLog();
 }
 
 void SqliteStore::add(const Upload& upload, std::string_view received) {
   const Origin origin{received, upload.user};
   for (const Row& row : upload.package.environments) {
-    addRow(tables_[Environments], origin, row, environmentColumns);
+    const Change change = addRow(tables_[Environments], origin, row, environmentColumns);
+    if (change.count > 0) {
+      const SummedRow summed = summedRow(row, change.id, change.count);
+      summaries_->of(summed).addEnvironment(summed);
+    }
   }
   for (const Row& row : upload.package.events) {
-    addRow(tables_[Events], origin, row, tools::columnMembers.size());
+    const Change change = addRow(tables_[Events], origin, row, tools::columnMembers.size());
+    if (change.count > 0) {
+      const SummedRow summed = summedRow(row, change.id, change.count);
+      auto& summary = summaries_->of(summed);
+      change.isNew ? summary.addEvent(summed) : summary.raiseEvent(summed);
+    }
   }
   for (const RefusedText& refused : upload.package.refused) {
     addRefused(origin, refused);
   }
 }
 
-void SqliteStore::addRow(const Table& table, const Origin& origin, const Row& row,
-                         std::size_t columns) {
+SqliteStore::Change SqliteStore::addRow(const Table& table, const Origin& origin, const Row& row,
+                                        std::size_t columns) {
   const auto& session = row.columns.front();
   const Sha256 key =
       keyOf(session ? std::optional<std::string_view>(*session) : std::nullopt, sha256(row.text));
+  const auto count = static_cast<std::int64_t>(row.count);
   SqliteExecution execution(connection_, table.insertion);
   execution.bindText(origin.received)
       .bindBlob(bytesOf(key))
-      .bindNumber(static_cast<std::int64_t>(row.count))
+      .bindNumber(count)
       .bindText(origin.user)
       .bindText(row.text);
   for (std::size_t column = 0; column < columns; ++column) {
     const auto& value = row.columns[column];
     value ? execution.bindText(*value) : execution.bindNull();
   }
-  execution.step();
+  return insertOrRaise(table, execution, key, count);
 }
 
 void SqliteStore::addRefused(const Origin& origin, const RefusedText& refused) {
   const Sha256 key = sha256(refused.text);
+  const auto count = static_cast<std::int64_t>(refused.count);
   SqliteExecution execution(connection_, tables_[Refused].insertion);
   execution.bindText(origin.received)
       .bindBlob(bytesOf(key))
-      .bindNumber(static_cast<std::int64_t>(refused.count))
+      .bindNumber(count)
       .bindText(origin.user)
       .bindBlob(refused.text)
-      .bindText(refused.reason)
-      .step();
+      .bindText(refused.reason);
+  insertOrRaise(tables_[Refused], execution, key, count);
+}
+
+/// Inserts the row, or raises the count of the one that has its key.
+SqliteStore::Change SqliteStore::insertOrRaise(const Table& table, SqliteExecution& insertion,
+                                               const Sha256& key, std::int64_t count) {
+  insertion.step();
+  if (sqlite3_changes(connection_.handle()) > 0) {
+    return {sqlite3_last_insert_rowid(connection_.handle()), count, true};
+  }
+  Change change;
+  {
+    SqliteExecution stored(connection_, table.stored);
+    stored.bindBlob(bytesOf(key)).step();
+    change = {stored.number(0), count - stored.number(1), false};
+  }
+  if (change.count > 0) {
+    SqliteExecution(connection_, table.raising).bindNumber(count).bindNumber(change.id).step();
+  }
+  return change;
 }
 
 bool SqliteStore::removeSome(system_clock::time_point before) {
@@ -181,13 +220,11 @@ bool SqliteStore::removeSome(Table& table, std::string_view before, std::string_
     isMore = hasOld || execution.number(2) != 0;
   }
   if (hasOld) {
-    SqliteTransaction transaction(connection_);
-    SqliteExecution(connection_, table.removal)
-        .bindNumber(table.checked)
-        .bindNumber(last)
-        .bindText(before)
-        .step();
-    transaction.commit();
+    summaries_->change([&] {
+      SqliteExecution execution(connection_, table.old);
+      execution.bindNumber(table.checked).bindNumber(last).bindText(before);
+      table.removal->remove(execution.numbers());
+    });
   }
   table.checked = isMore ? last : 0;
   return isMore;

@@ -13,7 +13,8 @@ namespace {
 
 /// "qelc", the application ID of a store.
 constexpr std::int64_t applicationId = 0x71656c63;
-constexpr std::int64_t currentVersion = 1;
+constexpr std::int64_t oldestVersion = 1;
+constexpr std::int64_t currentVersion = 2;
 constexpr std::size_t sessionBytes = 8;
 constexpr std::size_t keyBytes = 32;
 
@@ -72,7 +73,7 @@ bool CollectorStore::isStore(const ReadOnlyDatabase& database) {
 CollectorStore::CollectorStore(std::unique_ptr<ReadOnlyDatabase> database)
     : RecordFile(std::move(database)) {
   const auto version = numberOf(RecordFile::database(), "PRAGMA user_version");
-  if (version != currentVersion) {
+  if (version < oldestVersion || version > currentVersion) {
     throw tools::InputError(
         utilities::utf8FromPath(path()) +
         (version > currentVersion

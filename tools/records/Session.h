@@ -28,6 +28,9 @@ struct Session {
   std::int64_t lengthInMs() const;
 };
 
+/// Counts a record of the session. An environment record has no names.
+void addTo(Session& session, Table table, const Row& row);
+
 const char* nameOf(Session::End end);
 /// The name of the session's end, followed by "went on" if it went on after a crash.
 std::string endOf(const Session& session);

@@ -165,7 +165,7 @@ TEST_F(StoreTest, LeavesFilesAloneThatAreNoStoreOrANewerOne) {
     EXPECT_EQ(test::contentOf(file_), before);
   };
   { const SqliteStore store(file_); }
-  SqliteConnection(file_, SqliteConnection::Missing::Fail).execute("PRAGMA user_version = 2");
+  SqliteConnection(file_, SqliteConnection::Missing::Fail).execute("PRAGMA user_version = 3");
   expectRefusal("a newer version of the collector made it");
   std::filesystem::remove(file_);
   SqliteConnection(file_, SqliteConnection::Missing::Create).execute("CREATE TABLE events (a)");

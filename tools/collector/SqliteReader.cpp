@@ -1,0 +1,82 @@
+#include "tools/collector/SqliteReader.h"
+
+#include <sqlite3.h>
+
+#include "tools/collector/SqliteExecution.h"
+#include "tools/collector/SqliteFigures.h"
+#include "tools/collector/SqliteSchema.h"
+
+namespace qel::collector {
+namespace {
+
+/// In kilobytes. The summaries of some million rows fit.
+constexpr const char* settings = "PRAGMA cache_size = -32000; PRAGMA temp_store = MEMORY";
+
+Cell cellOf(sqlite3_stmt* statement, const SqliteExecution& execution, int column) {
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+      return std::monostate();
+    case SQLITE_INTEGER:
+      return execution.number(column);
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement, column);
+    default:
+      return std::string(execution.text(column));
+  }
+}
+
+std::vector<std::string> columnsOf(sqlite3_stmt* statement) {
+  std::vector<std::string> names;
+  for (int column = 0; column < sqlite3_column_count(statement); ++column) {
+    names.emplace_back(sqlite3_column_name(statement, column));
+  }
+  return names;
+}
+
+}  // namespace
+
+SqliteReader::SqliteReader(const std::filesystem::path& file)
+    : connection_(file, SqliteConnection::Missing::Fail, SqliteConnection::Access::Read) {
+  connection_.execute(settings);
+  requireCurrentVersion(connection_);
+}
+
+ResultTable SqliteReader::read(std::string_view figure, const Filter& filter,
+                               std::chrono::steady_clock::time_point deadline) {
+  connection_.setDeadline(deadline);
+  const SqliteQuery query = queryOf(figure, filter);
+  const SqliteStatement statement = connection_.prepare(query.sql());
+  SqliteExecution execution(connection_, statement);
+  for (const std::string& value : query.values()) {
+    execution.bindText(value);
+  }
+  ResultTable table{columnsOf(statement.get()), {}};
+  while (execution.step()) {
+    auto& row = table.rows.emplace_back();
+    for (int column = 0; column < static_cast<int>(table.columns.size()); ++column) {
+      row.push_back(cellOf(statement.get(), execution, column));
+    }
+  }
+  return table;
+}
+
+std::vector<StoredRecord> SqliteReader::session(const std::string& id,
+                                                std::chrono::steady_clock::time_point deadline) {
+  connection_.setDeadline(deadline);
+  const SqliteTransaction transaction(connection_, "DEFERRED");
+  const KeyRange keys = keysOf(id);
+  std::vector<StoredRecord> records;
+  for (const bool isEnvironment : {true, false}) {
+    const SqliteStatement statement = connection_.prepare(
+        std::string("SELECT count, text FROM ") + (isEnvironment ? "environments" : "events") +
+        " WHERE key BETWEEN ? AND ? AND session = ? ORDER BY id");
+    SqliteExecution execution(connection_, statement);
+    execution.bindBlob(bytesOf(keys.first)).bindBlob(bytesOf(keys.last)).bindText(id);
+    while (execution.step()) {
+      records.push_back({isEnvironment, std::string(execution.text(1)), execution.number(0)});
+    }
+  }
+  return records;
+}
+
+}  // namespace qel::collector

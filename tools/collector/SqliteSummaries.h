@@ -1,0 +1,97 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <tuple>
+
+#include "tools/collector/SessionSummary.h"
+#include "tools/collector/SqliteExecution.h"
+
+namespace qel::collector {
+
+/// The summaries of a store, from which the figures of the page are read. They always agree with
+/// the rows, because one transaction changes both.
+///
+/// - `summary_sessions`: one row for each pair of session and installation
+/// - `summary_daily`: kind, day, session's ID in `summary_sessions`, name, value; the kinds are
+///   those of `SessionSummary`
+/// - `summary_crashes`: one row for each crash event
+/// - `summary_state`: the ID of the last row of a table that is summed up
+///
+/// **Rows of other programs.** Rows that another program has inserted have larger IDs than the last
+/// summed one. `change` sums them up first. Rows that another program has deleted stay in the
+/// summaries, until the store's version is set back and the store is upgraded again.
+class SqliteSummaries {
+ public:
+  static constexpr const char* schema = R"(
+    DROP TABLE IF EXISTS summary_sessions;
+    DROP TABLE IF EXISTS summary_daily;
+    DROP TABLE IF EXISTS summary_crashes;
+    DROP TABLE IF EXISTS summary_state;
+    CREATE TABLE summary_sessions (id INTEGER PRIMARY KEY, session TEXT NOT NULL,
+      installation TEXT NOT NULL, version TEXT NOT NULL, version_time TEXT NOT NULL, first TEXT,
+      last TEXT, events INTEGER NOT NULL, environments INTEGER NOT NULL, crashed INTEGER NOT NULL,
+      stopped INTEGER NOT NULL, last_command TEXT, UNIQUE (session, installation));
+    CREATE TABLE summary_daily (kind TEXT NOT NULL, day TEXT NOT NULL, session INTEGER NOT NULL,
+      name TEXT NOT NULL, value INTEGER NOT NULL, PRIMARY KEY (kind, day, session, name))
+      WITHOUT ROWID;
+    CREATE TABLE summary_crashes (session INTEGER NOT NULL, event INTEGER NOT NULL, time TEXT,
+      code TEXT NOT NULL, command TEXT NOT NULL, count INTEGER NOT NULL,
+      PRIMARY KEY (session, event)) WITHOUT ROWID;
+    CREATE TABLE summary_state (name TEXT PRIMARY KEY, last INTEGER NOT NULL) WITHOUT ROWID;
+    INSERT INTO summary_state VALUES ('events', 0), ('environments', 0);
+  )";
+
+  /// The columns of a table that `rowOf` reads.
+  static std::string columnsOf(std::string_view table);
+  static SummedRow rowOf(const SqliteExecution& execution);
+
+  /// The store must have the summaries. `connection` must outlive this object.
+  explicit SqliteSummaries(SqliteConnection& connection);
+
+  /// Runs `work` in a transaction in which all rows are summed up. `work` must pass each row that
+  /// it changes to `of`.
+  void change(const std::function<void()>& work);
+
+  /// Sums up some rows that are not yet. Returns whether there were any. Needs a transaction.
+  bool addNext();
+
+  /// What the present transaction adds to the summary of a row's session.
+  SessionSummary& of(const SummedRow& row);
+
+ private:
+  using Key = std::tuple<std::string, std::string>;  ///< session, installation
+
+  struct Table {
+    SqliteStatement next;
+    SqliteStatement state;
+    SqliteStatement setState;
+    void (SessionSummary::*add)(const SummedRow& row);
+  };
+
+  Table prepareTable(const std::string& name, void (SessionSummary::*add)(const SummedRow& row));
+  bool addNext(const Table& table);
+  void write();
+  void write(const Key& key, const SessionSummary& summary);
+  std::string inheritedCommand(const Key& key);
+  std::int64_t writeSession(const Key& key, const SessionSummary& summary);
+  void writeDaily(std::int64_t session, const SessionSummary::DailyKey& key, std::int64_t value);
+  void writeCrash(std::int64_t session, const SessionSummary::Crash& crash,
+                  const std::string& inherited);
+
+  SqliteConnection& connection_;
+  const std::array<Table, 2> tables_;
+  const SqliteStatement command_;
+  const SqliteStatement session_;
+  const SqliteStatement emptySession_;
+  const SqliteStatement daily_;
+  const SqliteStatement emptyDaily_;
+  const SqliteStatement crash_;
+  const SqliteStatement emptyCrash_;
+  std::map<Key, SessionSummary, std::less<>> pending_;  ///< of the present transaction
+};
+
+}  // namespace qel::collector
