@@ -1,5 +1,5 @@
 /* Chart.js is loaded before this module, as the global `Chart`. */
-import { make, makeButton } from "./dom.js";
+import { foreign, make, makeButton } from "./dom.js";
 import { shortNumber } from "./format.js";
 
 const DASHES = [[], [7, 4], [2, 3]];
@@ -90,7 +90,7 @@ export function makeLegend(chart, notes = []) {
       chart.update();
       button.setAttribute("aria-pressed", String(isShown));
     }, { "aria-pressed": "true" });
-    button.append(makeSwatch(chart.config.type, dataset), dataset.label, make("span", {}, notes[i] ?? ""));
+    button.append(makeSwatch(chart.config.type, dataset), foreign(dataset.label, 60), make("span", {}, notes[i] ?? ""));
     return make("li", {}, button);
   });
   return make("ul", { class: "legend", "aria-label": "Series" }, ...items);

@@ -1,7 +1,7 @@
 import { drawBars, drawLines, makeLegend, seriesCount } from "./charts.js";
 import { make } from "./dom.js";
 import { axisOf, longDay, number, percent, shortDay } from "./format.js";
-import { codeText } from "./names.js";
+import { codeText, sessionAddress } from "./names.js";
 import { makeTable } from "./table.js";
 
 const sum = (values) => values.reduce((total, value) => total + value, 0);
@@ -92,7 +92,7 @@ export function drawCrashes(sessionsOf) {
       { title: "Crashes", kind: "number", value: (row) => row.crashes, most: most(rows, "crashes"), isWarm: true },
       { title: "Installations", kind: "number", value: (row) => row.installations },
       { title: "Latest session", kind: "code", value: (row) => row.latest_session?.slice(0, 8),
-        link: (row) => row.latest_session && `/session/${encodeURIComponent(row.latest_session)}` },
+        link: (row) => row.latest_session && sessionAddress(row.latest_session) },
     ], rows));
   };
 }

@@ -2,6 +2,7 @@ import { ApiError, read } from "./api.js";
 import { foreign, make, makeButton, payload } from "./dom.js";
 import { Filters } from "./filters.js";
 import { clock, number } from "./format.js";
+import { sessionAddress } from "./names.js";
 import { makeRow } from "./table.js";
 
 const KEPT = 500;
@@ -27,7 +28,7 @@ const columns = [
   { title: "Event", cell: (row) => makeOpener(row) },
   { title: "Category", value: (row) => [row.category, row.subcategory].filter(Boolean).join(" · ") },
   { title: "Installation", value: (row) => row.installation },
-  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8), link: (row) => row.session && `/session/${encodeURIComponent(row.session)}` },
+  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8), link: (row) => row.session && sessionAddress(row.session) },
   { title: "User", value: (row) => row.user },
 ];
 

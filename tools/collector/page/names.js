@@ -8,3 +8,8 @@ export function codeText(code) {
 
 /** How a session ended. */
 export const ENDS = { crashed: "✕ Crashed", stopped: "Stopped", unknown: "? Unknown" };
+
+/** The address of a session's report. */
+export function sessionAddress(id) {
+  return `/session/${encodeURIComponent(id.replace(/\p{Surrogate}/gu, "\ufffd"))}`;
+}

@@ -80,7 +80,8 @@ async function load() {
   let failed = 0;
   let days = {};
   const tasks = [...figures.values()].map((figure) => async () => {
-    failed += await loadFigure(figure, signal) ? 0 : 1;
+    const isRead = await loadFigure(figure, signal);
+    failed += isRead ? 0 : 1;
   });
   tasks.splice(1, 0, async () => {
     days = await filters.offerVersions(signal).catch(orNothing);

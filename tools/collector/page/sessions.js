@@ -1,10 +1,10 @@
 import { make } from "./dom.js";
 import { duration } from "./format.js";
 import { showList } from "./list.js";
-import { ENDS } from "./names.js";
+import { ENDS, sessionAddress } from "./names.js";
 
 showList("Sessions, newest first", [
-  { title: "Session", kind: "code", value: (row) => row.session, link: (row) => `/session/${encodeURIComponent(row.session)}` },
+  { title: "Session", kind: "code", value: (row) => row.session, link: (row) => sessionAddress(row.session) },
   { title: "Installation", value: (row) => row.installation,
     link: (row) => row.installation && `/sessions?${new URLSearchParams({ installation: row.installation })}` },
   { title: "Version", value: (row) => row.version },

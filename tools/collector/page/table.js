@@ -2,7 +2,7 @@ import { foreign, make } from "./dom.js";
 import { number, percent, time } from "./format.js";
 
 /** Longer texts may be broken anywhere. */
-const LONG = 24;
+const LONG = 36;
 
 /**
  * A table with a caption, in a region that scrolls.
@@ -50,10 +50,14 @@ function shown({ kind }, value) {
     case "share":
       return percent(value);
     case "time":
-      return foreign(time(value));
+      return textOf(time(value));
     default:
-      return make("span", { class: String(value).length > LONG ? "text long" : "text" }, foreign(value));
+      return textOf(value);
   }
+}
+
+function textOf(value) {
+  return make("span", { class: String(value).length > LONG ? "text long" : "text" }, foreign(value));
 }
 
 function withBar(content, part, isWarm = false) {
