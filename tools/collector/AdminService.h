@@ -35,7 +35,8 @@ struct ReaderAccess {
   Replaceable<TlsContext> tls;
 };
 
-/// What all connections of the admin server share. Used only on the server's thread.
+/// What all connections of the admin server share. Used only on the server's thread, except the
+/// thread-safe members of `readers`.
 struct AdminService {
   const AdminLimits limits = {};
   const AdminPages pages;

@@ -47,7 +47,8 @@ std::string fieldOf(const Cell& cell) {
     // JSON has replaced invalid UTF-8.
     return quoted(Json::parse(textOf(*text)).get<std::string>());
   }
-  return std::holds_alternative<std::monostate>(cell) ? "" : textOf(jsonOf(cell));
+  const std::string value = textOf(jsonOf(cell));
+  return value == "null" ? "" : value;
 }
 
 }  // namespace

@@ -152,7 +152,7 @@ SqliteQuery live(const Filter& filter) {
     query.then(" AND id > " + std::to_string(idOf(filter.after)));
   }
   if (!filter.from.empty() || !filter.until.empty()) {
-    query.then(" AND date(time) = substr(time, 1, 10)")
+    query.then(" AND date(time, '+0 days') = substr(time, 1, 10)")
         .andIf("substr(time, 1, 10) >= ?", filter.from)
         .andIf("substr(time, 1, 10) <= ?", filter.until);
   }

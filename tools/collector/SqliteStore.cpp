@@ -81,6 +81,9 @@ SqliteStore::SqliteStore(const std::filesystem::path& file)
   prepareSchema(connection_);
   connection_.execute(settings);
   summaries_.emplace(connection_);
+  connection_.setDeadline(steady_clock::time_point::max());
+  summaries_->change([] {});  // Another program may have inserted many rows.
+  connection_.setDeadline(steady_clock::now() + SqliteConnection::patience);
   for (std::size_t index = 0; index < tables_.size(); ++index) {
     prepare(tables_[index], sqliteTables[index]);
   }

@@ -23,7 +23,7 @@ struct Session {
   std::int64_t crashes = 0;
   End end = End::Unknown;
   bool wentOn = false;           ///< the program started again in the session after its last crash
-  RecordFile* source = nullptr;  ///< its records are read from this file
+  RecordFile* source = nullptr;  ///< its records are read from this file, if from any
 
   std::int64_t lengthInMs() const;
 };

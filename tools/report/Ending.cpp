@@ -188,7 +188,9 @@ data verdictOf(const Session& session, const Events& events, const Ending& endin
                           : events.front().installation);
   add("Length", lengthOf(session));
   add("Events", grouped(session.events));
-  add("Read from", utilities::utf8FromPath(session.source->path().filename()));
+  if (session.source != nullptr) {
+    add("Read from", utilities::utf8FromPath(session.source->path().filename()));
+  }
   data verdict(object{{"heading", headingOf(ending.kind)},
                       {"when", optional(whenOf(session, events, ending))},
                       {"afterwards", optional(afterwardsOf(events, ending))},

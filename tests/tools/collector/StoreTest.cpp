@@ -2,6 +2,7 @@
 
 #include "tests/support/Query.h"
 #include "tests/tools/CommandTest.h"
+#include "tests/tools/collector/Uploads.h"
 #include "tools/collector/SqliteExecution.h"
 #include "tools/collector/SqliteStore.h"
 
@@ -14,16 +15,6 @@ using namespace testing;
 
 std::string nested(std::size_t depth) {
   return R"({"a":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + '}';
-}
-
-std::string withEvents(const std::string& rows) {
-  return R"({"version": "3.1", "events": [)" + rows + "]}";
-}
-
-std::chrono::steady_clock::time_point soon() { return std::chrono::steady_clock::now() + 10s; }
-
-Uploads uploadsOf(const std::string& body, const std::string& user = "ada") {
-  return {std::make_shared<const Upload>(body, user)};
 }
 
 class StoreTest : public test::CommandTest {
