@@ -23,7 +23,7 @@ def log_in(user, secret):
 
 
 SENDER = log_in("customers", "sender-secret")
-READER = log_in("reader", "reader-secret")
+SECRET = "reader-secret"
 
 
 class Site:
@@ -36,7 +36,7 @@ class Site:
         subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
                         "-days", "2", "-subj", "/CN=localhost", "-keyout", "key.pem", "-out", "certificate.pem"],
                        check=True, stderr=subprocess.DEVNULL, cwd=directory)
-        for name, text in {"users": "customers:sender-secret\n", "readers": "reader:reader-secret\n"}.items():
+        for name, text in {"users": "customers:sender-secret\n", "readers": f"reader:{SECRET}\n"}.items():
             (directory / name).touch(mode=0o600)
             (directory / name).write_text(text)
         with open(directory / "collector.log", "w") as log:
@@ -80,17 +80,15 @@ class Site:
 class Browser:
     """Chromium without a window."""
 
-    def __init__(self, site):
+    def __init__(self, site, secret=SECRET):
         options = webdriver.ChromeOptions()
         for argument in ("--headless=new", "--no-sandbox", "--ignore-certificate-errors", "--disable-gpu"):
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
         self.origin = f"https://{site.admin}"
-        self.log_in("reader", "reader-secret")
-
-    def log_in(self, user, secret):
-        self.driver.get(self.origin.replace("//", f"//{user}:{secret}@") + "/static/page.css")
+        # Chromium keeps the secret for the later pages.
+        self.driver.get(f"https://reader:{secret}@{site.admin}/static/page.css")
 
     def open(self, path):
         self.driver.get(self.origin + path)

@@ -8,12 +8,14 @@ import datetime
 import json
 import time
 import unittest
+import urllib.parse
 
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select
 
 import rows
-from page_site import READER, SENDER, Browser, Site, log_in
+from page_site import SENDER, Browser, Site, log_in
 
 ROWS = 1_000_000
 PAGES = ["/", "/live", "/sessions", "/refused", "/system"]
@@ -42,9 +44,9 @@ def hostile_packages():
         events += [event(session, text, **common, Details={text: text}),
                    event(session, text, **common, Category=text, Subcategory=text),
                    event(session, text, **common, Category="Application", Subcategory="Crashed", Details={"Exception Code": text})]
-    refused = ["{broken " + text for text in HOSTILE] + [b"{\xff\xfe\x80".decode("latin-1")]
+    refused = [f"no package {text}".encode() for text in HOSTILE] + [b"no package \xff\xfe\x80"]
     return [rows.package_of("environments", map(json.dumps, environments)),
-            rows.package_of("events", [*map(json.dumps, events), *refused])]
+            rows.package_of("events", map(json.dumps, events)), *refused]
 
 
 def setUpModule():
@@ -59,7 +61,6 @@ def setUpModule():
 class PageTest(unittest.TestCase):
     def setUp(self):
         browser.emulate(1280)
-        browser.open("about:blank") if False else None
         browser.complaints()
 
     def assert_quiet(self, of):
@@ -115,12 +116,13 @@ class Figures(PageTest):
         paint = browser.run("return performance.getEntriesByName('first-contentful-paint')[0].startTime")
         self.assertLess(paint, 1000)
 
-    def test_values_of_charts_as_tables(self):
-        self.open("/?days=90")
-        for figure, sql in {"installations-by-day": "SELECT count(DISTINCT substr(time, 1, 10)) FROM events"}.items():
-            browser.run(f"document.querySelector('[data-figure={figure}] details').open = true")
-            browser.wait(lambda: browser.texts(f"[data-figure={figure}] tbody tr"), "the table")
-            self.assertEqual(len(browser.texts(f"[data-figure={figure}] tbody tr")), site.query(sql)[0][0])
+    def test_values_of_a_chart_as_a_table(self):
+        self.open("/?days=7")
+        browser.run("document.querySelector('[data-figure=installations-by-day] details').open = true")
+        browser.wait(lambda: browser.texts("[data-figure=installations-by-day] tbody tr"), "the table")
+        expected = site.query("SELECT substr(time, 1, 10), count(DISTINCT installation) FROM events WHERE time >= ?"
+                              " GROUP BY 1 ORDER BY 1", day(6))
+        self.assertEqual(browser.texts("[data-figure=installations-by-day] tbody td"), [str(number) for _, number in expected])
 
     def test_version_with_most_crashes_leads_to_a_session(self):
         self.open("/?days=90")
@@ -136,29 +138,29 @@ class Figures(PageTest):
 
 class Lists(PageTest):
     def test_search_for_sessions(self):
+        installation, count = site.query("SELECT installation, count(DISTINCT session) FROM events GROUP BY 1"
+                                         " HAVING count(DISTINCT session) < 200 ORDER BY 2 DESC LIMIT 1")[0]
         self.open("/sessions")
         self.assertEqual(len(browser.texts("tbody tr")), 200)
-        browser.driver.find_element(By.NAME, "installation").send_keys("QEL-20000", Keys.ENTER)
-        browser.wait(lambda: "installation=QEL-20000" in browser.driver.current_url, "the address")
-        browser.wait_until_loaded()
-        expected = site.query("SELECT count(DISTINCT session) FROM events WHERE installation = 'QEL-20000'")[0][0]
-        self.assertEqual(browser.texts("#status"), [f"{expected} rows"])
-        browser.run("const end = document.querySelector('[name=end]'); end.value = 'crashed';"
-                    "end.dispatchEvent(new Event('change'))")
-        browser.wait(lambda: "end=crashed" in browser.driver.current_url, "the address")
-        browser.wait_until_loaded()
-        self.assertEqual(set(browser.texts("tbody td:last-child")) - {"✕ Crashed"}, set())
+        browser.driver.find_element(By.NAME, "installation").send_keys(installation, Keys.ENTER)
+        browser.wait(lambda: browser.texts("#status") == [f"{count} rows"], "the sessions of the installation")
+        self.assertIn(f"installation={installation}", browser.driver.current_url)
+        crashed = site.query("SELECT count(*) FROM events WHERE subcategory = 'Crashed' AND category = 'Application'"
+                             " AND installation = ?", installation)[0][0]
+        Select(browser.driver.find_element(By.NAME, "end")).select_by_value("crashed")
+        browser.wait(lambda: browser.texts("#status")[0].split()[0] == str(crashed), "the crashed ones")
+        self.assertEqual(browser.texts("tbody td:last-child"), ["✕ Crashed"] * crashed)
         browser.driver.back()
-        browser.wait_until_loaded()
-        browser.wait(lambda: browser.texts("#status") == [f"{expected} rows"], "the earlier filters")
+        browser.wait(lambda: browser.texts("#status") == [f"{count} rows"], "the earlier filters")
         self.assert_quiet("sessions")
 
     def test_refused_texts_show_their_bytes(self):
         self.open("/refused")
         texts = browser.texts("pre.refused")
         self.assertEqual(len(texts), len(HOSTILE) + 1)
-        self.assertIn("{broken bell U+0007 escape U+001B[31m null U+0000", [text.replace(" U", " U") for text in texts])
-        self.assertIn("{broken " + HOSTILE[0], texts)
+        for text in (HOSTILE[0], "bell U+0007 escape U+001B[31m null U+0000", "U+202Egnp.exeU+202C", "\ufffd" * 3):
+            self.assertIn("no package " + text, texts)
+        self.assert_quiet("refused")
 
 
 class Live(PageTest):
@@ -183,7 +185,7 @@ class Live(PageTest):
 class AllPages(PageTest):
     def test_layout_and_console(self):
         """The hostile texts are on every page, because they arrived last."""
-        report = "/session/" + site.query("SELECT session FROM events WHERE session LIKE '00000001<%' LIMIT 1")[0][0].replace("<", "%3C").replace(" ", "%20")
+        report = "/session/" + urllib.parse.quote(f"00000001{HOSTILE[1]}", safe="")
         for path in [*PAGES, "/?days=all", report]:
             for width, scheme in [(360, "light"), (2560, "dark")]:
                 with self.subTest(path=path, width=width):
@@ -240,18 +242,24 @@ class States(PageTest):
         browser.wait(lambda: browser.texts("[data-figure=crashes] tbody tr"), "the crashes")
 
 
-class LogIn(PageTest):
+class WrongLogIn(PageTest):
+    """Runs last, because the collector limits the failed log-ins of an address."""
+
     def test_only_readers_get_data(self):
+        statuses = set()
         for path in [*PAGES, "/api/events-by-day", "/api/crashes.csv", "/static/page.css", "/session/1"]:
             for name, headers in {"nobody": {}, "a wrong secret": log_in("reader", "wrong"), "a sender": SENDER}.items():
                 with self.subTest(path=path, who=name):
                     status, body = site.answer(path, headers)
-                    self.assertIn(status, (401, 429))
+                    statuses.add(status)
                     self.assertLess(len(body), 500)
+        self.assertEqual(statuses, {401, 429})
 
-    def test_browser_without_the_secret_shows_nothing(self):
-        other = Browser.__new__(Browser)
-        del other
+    def test_with_a_wrong_secret_the_browser_shows_no_page(self):
+        other = Browser(site, "wrong")
+        self.addCleanup(other.close)
+        other.open("/")
+        self.assertEqual(other.texts("main"), [])
 
 
 if __name__ == "__main__":
