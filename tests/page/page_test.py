@@ -143,7 +143,7 @@ class Lists(PageTest):
         self.open("/sessions")
         self.assertEqual(len(browser.texts("tbody tr")), 200)
         browser.driver.find_element(By.NAME, "installation").send_keys(installation, Keys.ENTER)
-        browser.wait(lambda: browser.texts("#status") == [f"{count} rows"], "the sessions of the installation")
+        browser.wait(lambda: browser.texts("#status") == [f"{count} sessions"], "the sessions of the installation")
         self.assertIn(f"installation={installation}", browser.driver.current_url)
         crashed = site.query("SELECT count(*) FROM events WHERE subcategory = 'Crashed' AND category = 'Application'"
                              " AND installation = ?", installation)[0][0]
@@ -151,7 +151,7 @@ class Lists(PageTest):
         browser.wait(lambda: browser.texts("#status")[0].split()[0] == str(crashed), "the crashed ones")
         self.assertEqual(browser.texts("tbody td:last-child"), ["✕ Crashed"] * crashed)
         browser.driver.back()
-        browser.wait(lambda: browser.texts("#status") == [f"{count} rows"], "the earlier filters")
+        browser.wait(lambda: browser.texts("#status") == [f"{count} sessions"], "the earlier filters")
         self.assert_quiet("sessions")
 
     def test_refused_texts_show_their_bytes(self):
