@@ -18,7 +18,7 @@ namespace qel::collector {
 /// The limits of the admin server's connections. Sizes are in bytes.
 struct AdminLimits {
   std::size_t strangers = 64;  ///< connections without accepted credentials
-  std::size_t readers = 64;    ///< further connections, of readers
+  std::size_t readers = 256;   ///< further connections, of readers
   std::uint32_t head = 8 * 1024;
   std::chrono::seconds headTime{5};     ///< from the start to the end of the first head
   std::chrono::seconds idleTime{30};    ///< from a reader's answer to the end of the next head

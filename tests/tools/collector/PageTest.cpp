@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <future>
 
 #include <gmock/gmock.h>
@@ -140,6 +141,21 @@ TEST_F(PageTest, IsForReadersAlone) {
   server_.use(users("other:x"));
   EXPECT_EQ(get("/api/system")->status, 401);
   EXPECT_EQ(get("/api/system", "other", "x")->status, 200);
+}
+
+TEST_F(PageTest, ServesTheFilesOfItsFolder) {
+  const std::filesystem::path folder = QEL_TOOLS_TESTS "/../../tools/collector/page";
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const auto name = entry.path().filename();
+    const std::string page = name == "overview.html" ? "" : name.stem().string();
+    const bool isPage = name.extension() == ".html";
+    const auto file = get(isPage ? '/' + page : "/static/" + name.string());
+    if (name.extension() != ".mustache") {
+      EXPECT_EQ(file->body, test::contentOf(entry.path())) << name;
+    }
+  }
+  EXPECT_EQ(get("/static/api.js")->get_header_value("Content-Type"),
+            "text/javascript; charset=utf-8");
 }
 
 TEST_F(PageTest, LimitsTheFailedLogInsOfOneAddress) {
