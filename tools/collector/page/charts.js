@@ -1,6 +1,6 @@
 /* Chart.js is loaded before this module, as the global `Chart`. */
 import { foreign, make, makeButton } from "./dom.js";
-import { shortNumber } from "./format.js";
+import { number, shortNumber } from "./format.js";
 
 const DASHES = [[], [7, 4], [2, 3]];
 const POINTS = ["circle", "rectRot", "triangle"];
@@ -36,7 +36,7 @@ const PATTERNS = [[], RISING, [[0, 2, 8, 2]], FALLING, [[2, 0, 2, 8]], [[1, 2, 3
 /** How many series have a fill of their own. The last one is for the rest. */
 export const seriesCount = PATTERNS.length;
 
-function optionsOf(titles, isStacked) {
+function optionsOf(titles, isStacked, shown) {
   const text = { color: colour("faint") };
   const grid = { color: colour("line"), borderColor: colour("field"), drawTicks: false };
   return {
@@ -49,17 +49,17 @@ function optionsOf(titles, isStacked) {
     },
     scales: {
       x: { stacked: isStacked, grid: { ...grid, display: false }, ticks: { ...text, maxRotation: 0, autoSkipPadding: 14 } },
-      y: { stacked: isStacked, beginAtZero: true, grid, ticks: { ...text, padding: 6, maxTicksLimit: 6, precision: 0, callback: shortNumber } },
+      y: { stacked: isStacked, beginAtZero: true, grid, ticks: { ...text, padding: 6, maxTicksLimit: 6, precision: 0, callback: shown } },
     },
   };
 }
 
-function draw(body, description, type, labels, titles, datasets) {
+function draw(body, description, type, labels, titles, datasets, shown) {
   window.Chart.defaults.font.family = getComputedStyle(document.body).fontFamily;
   const canvas = make("canvas", { role: "img", "aria-label": description });
   body.append(make("div", { class: "chart" }, canvas));
   const isStacked = type === "bar" && datasets.length > 1;
-  return new window.Chart(canvas, { type, data: { labels, datasets }, options: optionsOf(titles, isStacked) });
+  return new window.Chart(canvas, { type, data: { labels, datasets }, options: optionsOf(titles, isStacked, shown) });
 }
 
 /** Bars, one on another if there are several series: `{name, values}`. Returns the chart. */
@@ -69,7 +69,7 @@ export function drawBars(body, description, labels, titles, series) {
     label: name, data: values, backgroundColor: fillOf(fill ?? i), borderColor: panel,
     borderWidth: { top: series.length > 1 ? 1 : 0 }, categoryPercentage: 0.92, barPercentage: 0.94, maxBarThickness: 48,
   }));
-  return draw(body, description, "bar", labels, titles, datasets);
+  return draw(body, description, "bar", labels, titles, datasets, shortNumber);
 }
 
 /** Lines, which differ in dashes and points, too. Missing values are null. Returns the chart. */
@@ -78,7 +78,7 @@ export function drawLines(body, description, labels, titles, series) {
     label: name, data: values, borderColor: colour(`series-${i}`), backgroundColor: colour(`series-${i}`),
     borderDash: DASHES[i], pointStyle: POINTS[i], borderWidth: 2, pointRadius: 3.5, pointHoverRadius: 5,
   }));
-  return draw(body, description, "line", labels, titles, datasets);
+  return draw(body, description, "line", labels, titles, datasets, number);
 }
 
 /** Buttons that name the chart's series, and hide and show them. `notes` are shown after the names. */

@@ -19,7 +19,9 @@ export class Figure {
   constructor(section, draw) {
     this.#section = section;
     this.#draw = draw;
-    section.querySelector("h2").after(this.#links);
+    const heading = section.querySelector("h2");
+    heading.tabIndex = -1;  // so that a script can move the focus there
+    heading.after(this.#links);
     section.append(this.#body);
     matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.redraw());
   }

@@ -73,5 +73,5 @@ export const GAUGES = [
   level("Size of the store", "store_bytes", bytes),
   level("Size of the store's log", "store_log_bytes", bytes),
   { ...level("Dropped log messages", "log_messages_dropped_total"), isBad: (value) => value > 0 },
-  { title: "Certificate ends in", shown: (value) => `${number(Math.floor(value))} days`, value: certificateDays, isStill: true, isBad: (value) => value < 14 },
+  { title: "Certificate ends in", shown: (value) => (Math.floor(value) === 1 ? "1 day" : `${number(Math.floor(value))} days`), value: certificateDays, isStill: true, isBad: (value) => value < 14 },
 ];

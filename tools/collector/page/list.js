@@ -8,8 +8,11 @@ import { makeTable } from "./table.js";
 const USUAL = 200;
 const LARGEST = 1000;
 
-/** A page with a filter bar and one long table of a figure. `columns` are those of `makeTable`. */
-export function showList(caption, columns) {
+/**
+ * A page with a filter bar and one long table of a figure. `columns` are those of `makeTable`,
+ * `nouns` the words for one and for more rows.
+ */
+export function showList(caption, columns, nouns) {
   const status = document.getElementById("status");
   const filters = new Filters(document.getElementById("filters"), load);
   const figure = new Figure(document.querySelector("[data-figure]"), draw);
@@ -33,7 +36,7 @@ export function showList(caption, columns) {
     try {
       filters.offerVersions(signal).catch((error) => error instanceof ApiError || signal.aborted || Promise.reject(error));
       await figure.load(filters.parameters, signal);
-      status.textContent = figure.rows ? `${number(figure.rows.length)} ${figure.rows.length === 1 ? "row" : "rows"}` : "";
+      status.textContent = figure.rows ? `${number(figure.rows.length)} ${nouns[figure.rows.length === 1 ? 0 : 1]}` : "";
     } catch (error) {
       if (!signal.aborted) {
         throw error;

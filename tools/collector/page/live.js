@@ -77,7 +77,7 @@ async function poll() {
     const rows = await read("live", { ...filters.parameters, after: cursor, limit: String(limit) }, signal);
     add(rows);
     delay = cursor !== "" && rows.length === limit && limit === KEPT ? 0 : INTERVAL;
-    show("Live.");
+    show("Receiving.");
     clockText.textContent = `${number(received)} events, last answer at ${clock()} UTC`;
   } catch (error) {
     if (signal.aborted) {

@@ -7,4 +7,4 @@ showList("Refused texts, newest first", [
   { title: "Reason", kind: "reason", value: (row) => row.reason },
   { title: "Times", kind: "number", value: (row) => row.count },
   { title: "Text", cell: (row) => make("pre", { class: "refused", tabindex: "0" }, foreign(row.text, 20_000)) },
-]);
+], ["text", "texts"]);

@@ -13,4 +13,4 @@ showList("Sessions, newest first", [
   { title: "Length", kind: "number", cell: (row) => duration(Date.parse(row.last) - Date.parse(row.first) || 0) },
   { title: "Events", kind: "number", value: (row) => row.events },
   { title: "Ended", cell: (row) => make("span", { class: `end ${row.end === "crashed" ? "crashed" : ""}` }, ENDS[row.end] ?? row.end) },
-]);
+], ["session", "sessions"]);
