@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Demonstrates the client with a real server: installs missing packages, builds, starts a collector as the analytics
 # server, plays a working day of a CAD program with the sample host, and shows the received items. Writes a report of the
-# session into a new temporary directory, or into the directory after --keep, beside copies of the databases.
+# session into a new temporary directory, beside copies of the databases.
+# With --keep DIR, writes all this into DIR, and leaves the collector running with its page for readers.
 # With --windows, plays it through Wine with the sample hosts for Windows, one with shared and one with static
 # libraries, and once more with a wrong certificate authority. Leaves nothing behind then except files in build.
 set -euo pipefail
@@ -40,6 +41,10 @@ announce() {
 
 umask 077
 work=$(mktemp --directory)
+home=$work # of the collector
+if [[ -n $keep ]]; then
+  home=$(realpath "$keep")
+fi
 
 # Stops the jobs that are still running, however this script ends.
 clean_up() {
@@ -53,9 +58,9 @@ clean_up() {
   if [[ $status -gt 128 ]]; then
     echo "demo.sh: interrupted at this step: $step" >&2
   elif [[ $status -ne 0 ]]; then
-    if [[ -s $work/collector.log ]]; then
+    if [[ -s $home/collector.log ]]; then
       echo "Last messages of the collector:" >&2
-      tail -n 5 "$work/collector.log" >&2
+      tail -n 5 "$home/collector.log" >&2
     fi
     echo "demo.sh: failed at this step: $step" >&2
   fi
@@ -103,23 +108,34 @@ new_authority() {
 }
 new_authority ca
 openssl req -x509 -CA "$work/ca.pem" -CAkey "$work/ca.key" "${new_key[@]}" -subj "/CN=$server_name" \
-  -addext "subjectAltName=DNS:$server_name" -addext "basicConstraints=critical,CA:FALSE" \
-  -keyout "$work/server.key" -out "$work/server.pem" 2>/dev/null
+  -addext "subjectAltName=DNS:$server_name,DNS:localhost" -addext "basicConstraints=critical,CA:FALSE" \
+  -keyout "$home/server.key" -out "$home/server.pem" 2>/dev/null
 openssl rand -hex 24 >"$work/secret"
-printf 'demo:%s\n' "$(<"$work/secret")" >"$work/credentials"
-openssl x509 -in "$work/server.pem" -noout -issuer -subject
+printf 'demo:%s\n' "$(<"$work/secret")" >"$home/credentials"
+openssl x509 -in "$home/server.pem" -noout -issuer -subject
 
 announce "Starting the collector on a free port"
+page=()
+if [[ -n $keep ]]; then
+  cp "$work/ca.pem" "$home"
+  openssl rand -hex 12 >"$home/reader-secret"
+  printf 'reader:%s\n' "$(<"$home/reader-secret")" >"$home/readers"
+  page=(--admin 127.0.0.1:0 --readers "$home/readers")
+fi
 mkfifo "$work/collector.out"
 set -m
-"$bin/qel-collector" --listen 127.0.0.1:0 --certificate "$work/server.pem" --key "$work/server.key" \
-  --credentials "$work/credentials" --store "$work/received.db" >"$work/collector.out" 2>"$work/collector.log" &
+"$bin/qel-collector" --listen 127.0.0.1:0 --certificate "$home/server.pem" --key "$home/server.key" \
+  --credentials "$home/credentials" --store "$home/received.db" "${page[@]}" \
+  >"$work/collector.out" 2>"$home/collector.log" &
 collector=$!
 set +m
 exec {collector_output}<"$work/collector.out"
 read -r -t 20 -u "$collector_output" listening
 echo "qel-collector: $listening"
 address=${listening##* }
+if [[ -n $keep ]]; then
+  read -r -t 20 -u "$collector_output" admin
+fi
 
 received() { sqlite3 -readonly "$@"; }
 
@@ -135,7 +151,7 @@ play() {
 
 show_items() {
   announce "Items that the collector received, by category"
-  received -box "$work/received.db" "
+  received -box "$home/received.db" "
     SELECT category, subcategory, SUM(count) AS items, COUNT(DISTINCT session) AS sessions,
            substr(group_concat(DISTINCT event), 1, 60) AS 'events (cut)'
     FROM events GROUP BY category, subcategory
@@ -143,7 +159,7 @@ show_items() {
     SELECT '(environment)', '', SUM(count), COUNT(DISTINCT session), '' FROM environments"
 
   announce "Some of the items in full"
-  received "$work/received.db" "
+  received "$home/received.db" "
     SELECT text FROM environments LIMIT 1;
     SELECT text FROM events WHERE subcategory = 'Asserted' LIMIT 1;
     SELECT text FROM events WHERE event = 'SearchPerformed' LIMIT 1;
@@ -152,7 +168,7 @@ show_items() {
 }
 
 count_arrived() {
-  received "$work/received.db" "SELECT (SELECT total(count) FROM events) + (SELECT total(count) FROM environments)" |
+  received "$home/received.db" "SELECT (SELECT total(count) FROM events) + (SELECT total(count) FROM environments)" |
     cut -d . -f 1
 }
 
@@ -180,13 +196,29 @@ compare() {
 # Keeps a report of the received session, and the databases.
 write_report() {
   announce "Writing a report of this session from the collector's store"
-  keep=$(realpath "${keep:-$(mktemp --directory)}")
-  run "$bin/qel-support" report "$work/received.db" --session last --output "$keep/report.html"
-  kill "$collector" && wait "$collector" # moves everything into the file
-  cp "$work/received.db" "$keep"
-  cp -r "$work"/data.* "$keep/data"
-  echo "Try qel-support with the client's databases in $keep/data, or with $keep/received.db."
-  echo "Open the report in a browser: $keep/report.html"
+  local target=$home
+  if [[ -z $keep ]]; then
+    target=$(mktemp --directory)
+  fi
+  run "$bin/qel-support" report "$home/received.db" --session last --output "$target/report.html"
+  if [[ -z $keep ]]; then
+    kill "$collector" && wait "$collector" # moves everything into the file
+    cp "$home/received.db" "$target"
+  fi
+  cp -r "$work"/data.* "$target/data"
+  echo "Try qel-support with the client's databases in $target/data, or with $target/received.db."
+  echo "Open the report in a browser: $target/report.html"
+}
+
+# Leaves the collector running.
+leave_page() {
+  announce "The collector goes on with its page"
+  disown "$collector"
+  echo "Page:    https://localhost:${admin##*:}/ (the browser does not know the authority, $home/ca.pem)"
+  echo "User:    reader"
+  echo "Secret:  in $home/reader-secret"
+  echo "Log:     $home/collector.log"
+  echo "To stop: kill $collector"
 }
 
 # Runs a Windows program. Wine must not use the terminal, which belongs to another process group.
@@ -198,6 +230,9 @@ if [[ ${#windows_presets[@]} -eq 0 ]]; then
   show_items
   compare
   write_report
+  if [[ -n $keep ]]; then
+    leave_page
+  fi
   exit
 fi
 

@@ -11,7 +11,7 @@ used=(
   # libraries
   libsqlite3-dev libcurl4-openssl-dev libssl-dev nlohmann-json3-dev libspdlog-dev libboost-dev
   # libraries of the programs
-  libcrypt-dev libcli11-dev libkainjow-mustache-dev libutf8proc-dev
+  libcrypt-dev libcli11-dev libkainjow-mustache-dev libutf8proc-dev libjs-chart.js
   # certificates, and the programs of a trial
   ca-certificates openssl sqlite3
 )

@@ -12,6 +12,7 @@ root = pathlib.Path(sys.argv[1])
 NAMES = {
     "benchmark": ("libbenchmark-dev", "benchmark"),
     "Boost": ("libboost-dev", "boost-asio boost-beast boost-uuid"),
+    "chart.min.js": ("libjs-chart.js", None),
     "CLI11": ("libcli11-dev", "cli11"),
     "cpp-httplib": ("libcpp-httplib-dev", "cpp-httplib"),
     "CURL": ("libcurl4-openssl-dev", "curl"),
@@ -31,7 +32,7 @@ NAMES = {
 }
 # What the libraries and programs need in addition: to be built, and to be tried.
 PROGRAMS = {"g++", "cmake", "ninja-build", "make", "git", "ca-certificates", "openssl", "sqlite3"}
-NAMES_OF_LIBRARIES = re.compile("lib(?!clang).*-dev|nlohmann.*|doxygen-.*")
+NAMES_OF_LIBRARIES = re.compile("lib(?!clang).*-dev|libjs-.*|nlohmann.*|doxygen-.*")
 
 
 def names_in_manifest(manifest):

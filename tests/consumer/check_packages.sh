@@ -25,7 +25,7 @@ expect_dependencies libqelanalytics-dev_*.deb libqelanalytics
 expect_dependencies libqelanalytics-c_*.deb libqelanalytics libstdc++6
 expect_dependencies qel-analytics-tools_*.deb libqelanalytics libsqlite3-0 libutf8proc
 dpkg-deb --control qel-collector_*.deb "$work/scripts"
-expect_dependencies qel-collector_*.deb adduser libcrypt1 libqelanalytics libsqlite3-0 libssl3
+expect_dependencies qel-collector_*.deb adduser libcrypt1 libqelanalytics libsqlite3-0 libssl3 libutf8proc
 if ls *.deb 2>/dev/null; then
   echo "is no package that is expected" && exit 1
 fi

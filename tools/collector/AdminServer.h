@@ -1,50 +1,45 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <map>
 #include <memory>
-#include <string>
 
+#include "tools/collector/AdminService.h"
 #include "tools/common/Endpoint.h"
 
 namespace qel::collector {
 
-/// A page of the admin server.
-struct AdminPage {
-  std::string text;
-  int status = 200;
-  std::string type = "text/plain; charset=utf-8";
-};
-
-/// Functions that make the pages, by path. They are called on the server's thread.
-using AdminPages = std::map<std::string, std::function<AdminPage()>, std::less<>>;
-
-/// The pages of a collector:
-/// - `/health`: 200 while the process can answer.
-/// - `/ready`: 200, or 503 with the word that `obstacle` returns. An empty word means ready.
-/// - `/metrics`: what `metrics` returns, for Prometheus.
-AdminPages adminPages(std::function<std::string()> obstacle, std::function<std::string()> metrics);
-
-/// Serves pages over plain HTTP to those who operate the collector. Every connection has one
-/// request, and ends with the answer. Answers 404 to another path and 405 to another method than
-/// GET.
+/// Serves pages to those who operate the collector, and the page for readers.
 ///
-/// **Limits.** 64 connections, 8 KiB for a head, 5 s for a connection. Beyond them, connections are
-/// closed without an answer.
+/// **Plain HTTP** serves only `pages`. Every connection has one request, and ends with the answer.
+/// Answers 404 to another path (403 if there are readers), and 405 to another method than GET.
 ///
-/// **Log.** Requests are not logged.
+/// **HTTPS** is served on the same port if there are readers. `pages` are served to everybody, the
+/// rest to readers: 401 without their credentials, 429 after ten failed log-ins of an address in a
+/// minute, 413 to a request with a body.
 ///
-/// **Threads.** A thread of the server serves all connections. The destructor ends it, and waits
-/// only for the page that is being made.
+/// **Limits** are those of `AdminLimits`. Beyond them, connections are closed without an answer, or
+/// readers get 503.
+///
+/// **Log.** Requests are not logged, failed log-ins are.
+///
+/// **Threads.** A thread of the server serves all connections. It never waits for the store. The
+/// destructor ends it, and waits only for the page that is being made, and for a question to the
+/// store.
 class AdminServer {
  public:
-  /// Listens and serves. Throws `qel::exception` if it cannot listen.
-  AdminServer(const tools::Endpoint& listen, AdminPages pages);
+  /// Listens and serves. `readers` may be null. Throws `qel::exception` if it cannot listen.
+  AdminServer(const tools::Endpoint& listen, AdminPages pages,
+              std::unique_ptr<ReaderAccess> readers = nullptr);
   ~AdminServer();
 
   /// Where it listens.
   tools::Endpoint endpoint() const;
+
+  /// Replaces what later requests or connections use. Without readers, they have no effect.
+  /// Thread-safe.
+  /// @{
+  void use(std::shared_ptr<Users> readers);
+  void use(TlsContext tls);
+  /// @}
 
  private:
   class Implementation;

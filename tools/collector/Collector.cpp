@@ -12,10 +12,14 @@
 #include "host/QelLog/LogManager.h"
 #include "host/QelUtilities/PathText.h"
 #include "tools/collector/AdminServer.h"
+#include "tools/collector/Metrics.h"
+#include "tools/collector/Page.h"
 #include "tools/collector/Reload.h"
 #include "tools/collector/Server.h"
+#include "tools/collector/SqliteReader.h"
 #include "tools/collector/SqliteStore.h"
 #include "tools/collector/Stopping.h"
+#include "tools/common/InputError.h"
 
 namespace qel::collector {
 namespace {
@@ -25,6 +29,10 @@ using utilities::pathFromUtf8;
 
 void logLine(const std::string& message) {
   log::LogManager::instance().getLogger("qel.collector")->log(log::Level::Info, message);
+}
+
+std::unique_ptr<StoreReader> openReader(const CollectorOptions& options) {
+  return std::make_unique<SqliteReader>(pathFromUtf8(options.store));
 }
 
 void print(const std::string& line) { std::cout << line << '\n' << std::flush; }
@@ -43,14 +51,17 @@ class Collector {
   Collector(const CollectorOptions& options, SqliteStore& store)
       : options_(options),
         listen_(tools::parseEndpoint("--listen", options.listen, 0)),
-        users_(readUsers()),
+        users_(readUsers(options.credentials)),
+        readers_(options.readers.empty() ? nullptr : readUsers(options.readers)),
         store_(store),
         tls_(readTls()),
         writer_(store_, writerSettings(options)),
         server_({listen_, options.behind}, users_, tls_, writer_, metrics_) {
     if (!options.admin.empty()) {
-      admin_.emplace(tools::parseEndpoint("--admin", options.admin, 0),
-                     adminPages([this] { return obstacle(); }, [this] { return figures(); }));
+      admin_.emplace(
+          tools::parseEndpoint("--admin", options.admin, 0),
+          adminPages([this] { return obstacle(); }, [this] { return toText(metrics()); }),
+          readerAccess());
     }
     listen_.port = server_.port();
     print("listening on " + toText(listen_));
@@ -68,8 +79,17 @@ class Collector {
   }
 
  private:
-  std::shared_ptr<Users> readUsers() const {
-    return Users::fromFile(pathFromUtf8(options_.credentials), options_.userLimits);
+  std::shared_ptr<Users> readUsers(const std::string& file) const {
+    return Users::fromFile(pathFromUtf8(file), options_.userLimits);
+  }
+
+  std::unique_ptr<ReaderAccess> readerAccess() {
+    if (!readers_) {
+      return nullptr;
+    }
+    auto page = std::make_unique<Page>([this] { return openReader(options_); },
+                                       [this] { return toTable(metrics()); });
+    return std::make_unique<ReaderAccess>(std::move(page), readers_, tls_);
   }
 
   TlsContext readTls() {
@@ -78,11 +98,37 @@ class Collector {
     return context;
   }
 
-  void loadUsers() {
-    auto fresh = readUsers();
-    fresh->continueFrom(*users_);
-    users_ = fresh;
-    server_.use(std::move(fresh));
+  void loadTls() {
+    const auto context = readTls();
+    server_.use(context);
+    if (admin_) {
+      admin_->use(context);
+    }
+  }
+
+  /// Reads a file of users again, and hands them to the server. Keeps what is remembered of them.
+  template <typename Listener>
+  void loadUsers(const std::string& file, std::shared_ptr<Users>& users, Listener& server) {
+    const auto fresh = readUsers(file);
+    fresh->continueFrom(*users);
+    users = fresh;
+    server.use(fresh);
+  }
+
+  std::vector<ReloadedFiles> reloadedFiles() {
+    std::vector<ReloadedFiles> files{
+        {"certificate and key",
+         {pathFromUtf8(options_.certificate), pathFromUtf8(options_.key)},
+         [this] { loadTls(); }},
+        {"users", {pathFromUtf8(options_.credentials)}, [this] {
+           loadUsers(options_.credentials, users_, server_);
+         }}};
+    if (readers_) {
+      files.push_back({"readers", {pathFromUtf8(options_.readers)}, [this] {
+                         loadUsers(options_.readers, readers_, *admin_);
+                       }});
+    }
+    return files;
   }
 
   /// Why the collector cannot take packages, in one word; empty if it can.
@@ -90,35 +136,39 @@ class Collector {
     return isStopping_ ? "stopping" : writer_.isReady() ? "" : "store";
   }
 
-  std::string figures() const {
-    return metrics_.text({.connections = server_.connections(),
-                          .queuedPackages = writer_.queued(),
-                          .bytesInFlight = server_.bytesInFlight(),
-                          .store = store_.size(),
-                          .certificateEnd = certificateEnd_,
-                          .droppedLogMessages = log::LogManager::instance().dropped()});
+  std::vector<Metric> metrics() const {
+    return metrics_.all({.connections = server_.connections(),
+                         .queuedPackages = writer_.queued(),
+                         .bytesInFlight = server_.bytesInFlight(),
+                         .store = store_.size(),
+                         .certificateEnd = certificateEnd_,
+                         .droppedLogMessages = log::LogManager::instance().dropped()});
   }
 
   const CollectorOptions& options_;
   tools::Endpoint listen_;
   std::atomic<std::chrono::system_clock::time_point> certificateEnd_{};
   std::atomic<bool> isStopping_ = false;
-  std::shared_ptr<Users> users_;  ///< after construction used only by the thread of `reload_`
+  /// @{
+  /// After construction used only by the thread of `reload_`.
+  std::shared_ptr<Users> users_;
+  std::shared_ptr<Users> readers_;  ///< null: no page
+  /// @}
   SqliteStore& store_;
   const TlsContext tls_;
   Metrics metrics_;
   StoreWriter writer_;
   Server server_;
   std::optional<AdminServer> admin_;
-  Reload reload_{{{"certificate and key",
-                   {pathFromUtf8(options_.certificate), pathFromUtf8(options_.key)},
-                   [this] { server_.use(readTls()); }},
-                  {"users", {pathFromUtf8(options_.credentials)}, [this] { loadUsers(); }}}};
+  Reload reload_{reloadedFiles()};
 };
 
 }  // namespace
 
 void collect(const CollectorOptions& options) {
+  if (!options.readers.empty() && options.admin.empty()) {
+    throw tools::InputError("--readers needs --admin");
+  }
   // Only the owner may read what customers send.
   ::umask(S_IRWXG | S_IRWXO);
   log::LogSettings logging;

@@ -10,7 +10,8 @@ namespace qel::collector {
 
 struct CollectorOptions {
   std::string listen = "127.0.0.1:8443";
-  std::string admin;  ///< empty: none
+  std::string admin;    ///< empty: none
+  std::string readers;  ///< users file of those who may read the page; empty: no page
   std::vector<std::string> behind;
   std::string certificate;
   std::string key;
@@ -20,10 +21,10 @@ struct CollectorOptions {
   UserLimits userLimits;
 };
 
-/// Receives packages until SIGINT or SIGTERM. Reads the certificate and the users again after
-/// SIGHUP or when their files have changed. Prints where it listens. Throws `tools::InputError` for
-/// options or files that cannot be used, and `qel::exception` if the store or an address cannot be
-/// used.
+/// Receives packages until SIGINT or SIGTERM. Reads the certificate, the users and the readers
+/// again after SIGHUP or when their files have changed. Prints where it listens. Throws
+/// `tools::InputError` for options or files that cannot be used, and `qel::exception` if the store
+/// or an address cannot be used.
 void collect(const CollectorOptions& options);
 
 }  // namespace qel::collector

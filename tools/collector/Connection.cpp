@@ -4,7 +4,6 @@
 #include <array>
 #include <exception>
 #include <string_view>
-#include <thread>
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
@@ -33,15 +32,6 @@ constexpr std::size_t readSize = std::size_t{16} << 10;  ///< the largest record
 
 Answer tooManyBytes() { return {503, "too many bytes at once"}; }
 
-/// Takes twice the time of the check, so that checks use at most half a processor.
-asio::awaitable<Users::Identity> checkHash(std::shared_ptr<Users> users,
-                                           std::string authorization) {
-  const auto begin = steady_clock::now();
-  auto identity = users->checkHash(authorization);
-  std::this_thread::sleep_for(steady_clock::now() - begin);
-  co_return identity;
-}
-
 asio::awaitable<std::shared_ptr<const Upload>> parse(std::string body, std::string user) {
   co_return std::make_shared<const Upload>(std::move(body), std::move(user));
 }
@@ -67,7 +57,7 @@ Connection::Connection(Service& service, asio::ip::tcp::socket socket, std::stri
                        bool isBehindProxy)
     : service_(service),
       isBehindProxy_(isBehindProxy),
-      tls_(service.tls()),
+      tls_(service.tls.get()),
       peer_(std::move(peer)),
       tcp_(std::move(socket)),
       work_(tcp_.get_executor()) {}
@@ -180,7 +170,7 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
   if (refusal) {
     co_return *refusal;
   }
-  const auto wait = service_.users()->admit(user_, steady_clock::now());
+  const auto wait = service_.logIn.users.get()->admit(user_, steady_clock::now());
   if (wait > wait.zero()) {
     co_return Answer{429, "too many requests of this user", wait};
   }
@@ -190,7 +180,7 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
   const ScopeGuard release([&] { service_.release(*head.length); });
   std::string body;
   const bool isWhole = co_await readBody(head, body);
-  service_.users()->charge(user_, body.size(), steady_clock::now());
+  service_.logIn.users.get()->charge(user_, body.size(), steady_clock::now());
   if (!isWhole) {
     co_return Answer{400, "the body broke off"};
   }
@@ -199,16 +189,10 @@ asio::awaitable<Answer> Connection::answerTo(RequestHead head) {
 
 /// Sets the user, or returns the refusal.
 asio::awaitable<std::optional<Answer>> Connection::identify(const std::string& authorization) {
-  const auto users = service_.users();
-  auto identity = users->checkAtOnce(authorization);
+  std::string address = peer_.substr(0, peer_.rfind(':'));
+  const auto identity = co_await service_.logIn.check(authorization, std::move(address));
   if (!identity) {
-    const std::string address = peer_.substr(0, peer_.rfind(':'));
-    if (!service_.hashChecks.begin(address)) {
-      co_return Answer{503, "too many secrets to check"};
-    }
-    const ScopeGuard end([&] { service_.hashChecks.end(address); });
-    identity = co_await asio::co_spawn(service_.hashChecker.get_executor(),
-                                       checkHash(users, authorization), use_awaitable);
+    co_return Answer{503, "too many secrets to check"};
   }
   if (!*identity) {
     co_return Answer{401, "unknown user or wrong secret"};

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <sstream>
 #include <string_view>
+#include <type_traits>
 
 namespace qel::collector {
 namespace {
+
+std::string fullNameOf(const Metric& metric) { return "qel_collector_" + metric.name; }
 
 /// Adds without an order among counters, which is the cheapest way.
 void add(std::atomic<std::uint64_t>& counter, std::uint64_t amount) {
@@ -21,59 +24,46 @@ std::size_t total(const Texts& texts) {
   return sum;
 }
 
-class Writer {
- public:
-  Writer() { text_.precision(15); }
-
-  /// Begins a metric. The samples follow.
-  void begin(std::string_view name, std::string_view type, std::string_view help) {
-    name_ = "qel_collector_" + std::string(name);
-    text_ << "# HELP " << name_ << ' ' << help << "\n# TYPE " << name_ << ' ' << type << '\n';
+template <typename Value>
+std::variant<std::int64_t, double> valueOf(Value value) {
+  if constexpr (std::is_floating_point_v<Value>) {
+    return value;
+  } else {
+    return static_cast<std::int64_t>(value);
   }
+}
 
-  template <typename Value>
-  void sample(std::string_view labels, const Value& value) {
-    text_ << name_ << labels << ' ' << value << '\n';
-  }
+template <typename Value>
+Metric::Sample labelled(const char* suffix, std::string_view name, const Value& label,
+                        std::uint64_t value) {
+  std::ostringstream labels;
+  labels << name << "=\"" << label << '"';
+  return {suffix, labels.str(), valueOf(value)};
+}
 
-  /// A metric with one sample.
-  template <typename Value>
-  void single(std::string_view name, std::string_view type, std::string_view help,
-              const Value& value) {
-    begin(name, type, help);
-    sample("", value);
-  }
+/// A metric with one sample.
+template <typename Value>
+Metric single(const char* name, const char* type, const char* help, Value value) {
+  return {name, type, help, {{"", "", valueOf(value)}}};
+}
 
-  /// A sample that has this label, too.
-  template <typename Label, typename Value>
-  void labelled(std::string_view suffix, std::string_view name, const Label& label,
-                const Value& value) {
-    text_ << name_ << suffix << '{' << name << "=\"" << label << "\"} " << value << '\n';
-  }
-
-  std::string text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  std::string name_;
-};
-
-void writeGauges(Writer& out, const Gauges& gauges) {
-  out.single("connections", "gauge", "Open connections.", gauges.connections);
-  out.single("queued_packages", "gauge", "Packages that wait for the store.",
-             gauges.queuedPackages);
-  out.single("in_flight_bytes", "gauge", "Memory of bodies that are received or stored.",
-             gauges.bytesInFlight);
-  out.single("store_bytes", "gauge", "Size of the store without its log.", gauges.store.file);
-  out.single("store_log_bytes", "gauge", "Size of the store's write-ahead log.", gauges.store.log);
-  out.single(
-      "certificate_end_timestamp_seconds", "gauge",
-      "When the certificate expires, in seconds since 1970.",
-      std::chrono::duration_cast<std::chrono::seconds>(gauges.certificateEnd.time_since_epoch())
-          .count());
-  out.single("log_messages_dropped_total", "counter",
+std::vector<Metric> metricsOf(const Gauges& gauges) {
+  const auto certificateEnd =
+      std::chrono::duration_cast<std::chrono::seconds>(gauges.certificateEnd.time_since_epoch());
+  return {
+      single("connections", "gauge", "Open connections.", gauges.connections),
+      single("queued_packages", "gauge", "Packages that wait for the store.",
+             gauges.queuedPackages),
+      single("in_flight_bytes", "gauge", "Memory of bodies that are received or stored.",
+             gauges.bytesInFlight),
+      single("store_bytes", "gauge", "Size of the store without its log.", gauges.store.file),
+      single("store_log_bytes", "gauge", "Size of the store's write-ahead log.", gauges.store.log),
+      single("certificate_end_timestamp_seconds", "gauge",
+             "When the certificate expires, in seconds since 1970.", certificateEnd.count()),
+      single("log_messages_dropped_total", "counter",
              "Log messages that were dropped because the log was not written fast enough.",
-             gauges.droppedLogMessages);
+             gauges.droppedLogMessages),
+  };
 }
 
 }  // namespace
@@ -95,30 +85,72 @@ void Metrics::countStored(const Package& package, std::size_t bytes) {
   add(bytes_, bytes);
 }
 
-std::string Metrics::text(const Gauges& gauges) const {
-  Writer out;
-  out.single("packages_total", "counter", "Stored packages.", packages_);
-  out.begin("rows_total", "counter", "Rows of stored packages, repeated ones included.");
-  out.labelled("", "kind", "event", events_);
-  out.labelled("", "kind", "environment", environments_);
-  out.single("refused_texts_total", "counter", "Stored texts that could not be parsed.", refused_);
-  out.single("package_bytes_total", "counter", "Size of the bodies of stored packages.", bytes_);
-  out.begin("answers_total", "counter", "Answered requests.");
+std::vector<Metric> Metrics::all(const Gauges& gauges) const {
+  std::vector<Metric> metrics{
+      single("packages_total", "counter", "Stored packages.", packages_.load()),
+      {"rows_total",
+       "counter",
+       "Rows of stored packages, repeated ones included.",
+       {labelled("", "kind", "event", events_),
+        labelled("", "kind", "environment", environments_)}},
+      single("refused_texts_total", "counter", "Stored texts that could not be parsed.",
+             refused_.load()),
+      single("package_bytes_total", "counter", "Size of the bodies of stored packages.",
+             bytes_.load()),
+      answers(),
+      times()};
+  const auto others = metricsOf(gauges);
+  metrics.insert(metrics.end(), others.begin(), others.end());
+  return metrics;
+}
+
+Metric Metrics::answers() const {
+  Metric metric{"answers_total", "counter", "Answered requests.", {}};
   for (std::size_t i = 0; i < statuses.size(); ++i) {
-    out.labelled("", "status", statuses[i], answers_[i]);
+    metric.samples.push_back(labelled("", "status", statuses[i], answers_[i]));
   }
-  out.labelled("", "status", "other", answers_.back());
-  out.begin("answer_seconds", "histogram", "Time from the head of a request to its answer.");
+  metric.samples.push_back(labelled("", "status", "other", answers_.back()));
+  return metric;
+}
+
+Metric Metrics::times() const {
+  Metric metric{
+      "answer_seconds", "histogram", "Time from the head of a request to its answer.", {}};
   std::uint64_t count = 0;
   for (std::size_t i = 0; i < limits.size(); ++i) {
-    out.labelled("_bucket", "le", limits[i], count += times_[i]);
+    metric.samples.push_back(labelled("_bucket", "le", limits[i], count += times_[i]));
   }
   count += times_.back();
-  out.labelled("_bucket", "le", "+Inf", count);
-  out.sample("_sum", static_cast<double>(nanoseconds_) / 1e9);
-  out.sample("_count", count);
-  writeGauges(out, gauges);
-  return out.text();
+  metric.samples.push_back(labelled("_bucket", "le", "+Inf", count));
+  metric.samples.push_back({"_sum", "", static_cast<double>(nanoseconds_) / 1e9});
+  metric.samples.push_back({"_count", "", valueOf(count)});
+  return metric;
+}
+
+std::string toText(const std::vector<Metric>& metrics) {
+  std::ostringstream text;
+  text.precision(15);
+  for (const Metric& metric : metrics) {
+    const std::string name = fullNameOf(metric);
+    text << "# HELP " << name << ' ' << metric.help << "\n# TYPE " << name << ' ' << metric.type
+         << '\n';
+    for (const auto& [suffix, labels, value] : metric.samples) {
+      text << name << suffix << (labels.empty() ? "" : '{' + labels + '}') << ' ';
+      std::visit([&](auto number) { text << number << '\n'; }, value);
+    }
+  }
+  return text.str();
+}
+
+ResultTable toTable(const std::vector<Metric>& metrics) {
+  ResultTable table{{"name", "labels", "value"}, {}};
+  for (const Metric& metric : metrics) {
+    for (const auto& [suffix, labels, value] : metric.samples) {
+      const Cell cell = std::visit([](auto number) { return Cell(number); }, value);
+      table.rows.push_back({fullNameOf(metric) + suffix, labels, cell});
+    }
+  }
+  return table;
 }
 
 }  // namespace qel::collector

@@ -248,9 +248,11 @@ Server::~Server() { stop(); }
 
 std::uint16_t Server::port() const { return implementation_->port(); }
 
-void Server::use(std::shared_ptr<Users> users) { implementation_->service.use(std::move(users)); }
+void Server::use(std::shared_ptr<Users> users) {
+  implementation_->service.logIn.users.replace(std::move(users));
+}
 
-void Server::use(TlsContext tls) { implementation_->service.use(std::move(tls)); }
+void Server::use(TlsContext tls) { implementation_->service.tls.replace(std::move(tls)); }
 
 std::size_t Server::connections() const { return implementation_->service.connections; }
 

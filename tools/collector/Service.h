@@ -7,13 +7,12 @@
 
 #include <boost/asio/thread_pool.hpp>
 
-#include "host/QelUtilities/Mutex.h"
-#include "tools/collector/HashChecks.h"
 #include "tools/collector/Limits.h"
+#include "tools/collector/LogIn.h"
 #include "tools/collector/Metrics.h"
+#include "tools/collector/Replaceable.h"
 #include "tools/collector/StoreWriter.h"
 #include "tools/collector/TlsSettings.h"
-#include "tools/collector/Users.h"
 
 namespace qel::collector {
 
@@ -21,29 +20,12 @@ namespace qel::collector {
 class Service {
  public:
   Service(const Limits& settings, StoreWriter& storeWriter, Metrics& counters,
-          std::shared_ptr<Users> users, TlsContext tls)
+          std::shared_ptr<Users> users, TlsContext context)
       : limits(settings),
         writer(storeWriter),
         metrics(counters),
-        users_(std::move(users)),
-        tls_(std::move(tls)) {}
-
-  std::shared_ptr<Users> users() const {
-    const utilities::MutexLock lock(mutex_);
-    return users_;
-  }
-  TlsContext tls() const {
-    const utilities::MutexLock lock(mutex_);
-    return tls_;
-  }
-  void use(std::shared_ptr<Users> users) {
-    const utilities::MutexLock lock(mutex_);
-    users_.swap(users);
-  }
-  void use(TlsContext tls) {
-    const utilities::MutexLock lock(mutex_);
-    tls_.swap(tls);
-  }
+        logIn(std::move(users)),
+        tls(std::move(context)) {}
 
   /// Reserves memory for a body. Returns false if too much is reserved. Large bodies can reserve
   /// only half of the memory, so that they never keep small ones out.
@@ -60,18 +42,13 @@ class Service {
   const Limits limits;
   StoreWriter& writer;
   Metrics& metrics;
+  LogIn logIn;
+  Replaceable<TlsContext> tls;
   std::atomic<std::size_t> connections = 0;
   std::atomic<std::size_t> bytesInFlight = 0;
-  HashChecks hashChecks;
   std::atomic<bool> isStopping = false;
   boost::asio::thread_pool parsers{2};
   boost::asio::thread_pool largeParser{1};
-  boost::asio::thread_pool hashChecker{1};
-
- private:
-  mutable utilities::Mutex mutex_;
-  std::shared_ptr<Users> users_ QEL_GUARDED_BY(mutex_);
-  TlsContext tls_ QEL_GUARDED_BY(mutex_);
 };
 
 }  // namespace qel::collector

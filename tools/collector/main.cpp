@@ -28,8 +28,12 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
       ->type_name("ADDRESS:PORT");
   program
       .add_option("--admin", options.admin,
-                  "address for /health, /ready and /metrics over plain HTTP")
+                  "address for /health, /ready and /metrics over plain HTTP, and for the page")
       ->type_name("ADDRESS:PORT");
+  program
+      .add_option("--readers", options.readers,
+                  "who may read the page over HTTPS, one user:secret per line; needs --admin")
+      ->type_name("FILE");
   program
       .add_option("--behind", options.behind,
                   "address of a load balancer, which sends a PROXY header (version 2); repeatable")

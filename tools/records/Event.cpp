@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
 
 #include <nlohmann/json.hpp>
 
@@ -39,8 +38,9 @@ void addEnvironment(Event& event, const Json& record) {
   }
 }
 
-/// Parses a stored text; returns `std::nullopt` if it is not a record.
-std::optional<Event> parse(Table table, std::string_view text) {
+}  // namespace
+
+std::optional<Event> parseEvent(Table table, std::string_view text) {
   const auto [verdict, columns] = tools::readRow(text);
   if (verdict != tools::RowVerdict::Sound) {
     return std::nullopt;
@@ -62,7 +62,21 @@ std::optional<Event> parse(Table table, std::string_view text) {
   return event;
 }
 
-}  // namespace
+std::vector<Event> merged(std::vector<Event> environments, std::vector<Event> events) {
+  std::stable_sort(environments.begin(), environments.end(),
+                   [](const Event& left, const Event& right) { return left.time < right.time; });
+  std::vector<Event> all;
+  all.reserve(environments.size() + events.size());
+  auto environment = environments.begin();
+  for (auto& event : events) {
+    for (; environment != environments.end() && environment->time < event.time; ++environment) {
+      all.push_back(std::move(*environment));
+    }
+    all.push_back(std::move(event));
+  }
+  std::move(environment, environments.end(), std::back_inserter(all));
+  return all;
+}
 
 std::string_view Event::detail(std::string_view key) const {
   const auto found = std::find_if(details.begin(), details.end(),
@@ -97,7 +111,7 @@ std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
     if (row.session != session_) {
       return true;
     }
-    auto event = parse(table, row.text);
+    auto event = parseEvent(table, row.text);
     if (!event) {
       return false;
     }
@@ -120,17 +134,7 @@ std::vector<Event> EventReader::rowsOf(RecordFile& file, Table table) {
 
 std::vector<Event> EventReader::next(RecordFile& file) {
   auto environments = rowsOf(file, Table::Environments);
-  std::stable_sort(environments.begin(), environments.end(),
-                   [](const Event& left, const Event& right) { return left.time < right.time; });
-  std::vector<Event> events;
-  auto environment = environments.begin();
-  for (auto& event : rowsOf(file, Table::Events)) {
-    for (; environment != environments.end() && environment->time < event.time; ++environment) {
-      events.push_back(std::move(*environment));
-    }
-    events.push_back(std::move(event));
-  }
-  std::move(environment, environments.end(), std::back_inserter(events));
+  auto events = merged(std::move(environments), rowsOf(file, Table::Events));
   isFirst_ = false;
   return events;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,6 +34,11 @@ struct Event {
 std::string titleOf(const Event& event);
 /// The details as "key = value; key = value".
 std::string detailsOf(const Event& event);
+
+/// Parses a stored text; returns `std::nullopt` if it is not a record.
+std::optional<Event> parseEvent(Table table, std::string_view text);
+/// The events with the environment records inserted by time.
+std::vector<Event> merged(std::vector<Event> environments, std::vector<Event> events);
 
 /// How many records the predicate selects; equal ones count as often as they were recorded.
 template <typename Predicate>

@@ -34,13 +34,7 @@ bool addRow(SessionsById& sessions, Table table, const Row& row) {
   if (row.session.empty()) {
     return false;
   }
-  Session& session = sessions[std::string(row.session)];
-  widen(session.first, session.last, row.time);
-  if (table == Table::Events) {
-    addEvent(session, row);
-  } else {
-    session.environments += row.count;
-  }
+  addTo(sessions[std::string(row.session)], table, row);
   return true;
 }
 
@@ -94,6 +88,15 @@ std::int64_t Session::lengthInMs() const {
   const auto from = millisecondsOf(first);
   const auto to = millisecondsOf(last);
   return from && to ? *to - *from : 0;
+}
+
+void addTo(Session& session, Table table, const Row& row) {
+  widen(session.first, session.last, row.time);
+  if (table == Table::Events) {
+    addEvent(session, row);
+  } else {
+    session.environments += row.count;
+  }
 }
 
 const char* nameOf(Session::End end) {

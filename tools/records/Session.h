@@ -23,10 +23,13 @@ struct Session {
   std::int64_t crashes = 0;
   End end = End::Unknown;
   bool wentOn = false;           ///< the program started again in the session after its last crash
-  RecordFile* source = nullptr;  ///< its records are read from this file
+  RecordFile* source = nullptr;  ///< its records are read from this file, if from any
 
   std::int64_t lengthInMs() const;
 };
+
+/// Counts a record of the session. An environment record has no names.
+void addTo(Session& session, Table table, const Row& row);
 
 const char* nameOf(Session::End end);
 /// The name of the session's end, followed by "went on" if it went on after a crash.

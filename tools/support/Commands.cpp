@@ -9,9 +9,9 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "tools/records/Recordings.h"
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/HtmlReport.h"
 #include "tools/support/Following.h"
-#include "tools/support/HtmlReport.h"
 #include "tools/support/NewFile.h"
 #include "tools/support/Purge.h"
 #include "tools/support/SessionExport.h"
@@ -77,10 +77,10 @@ int show(const Arguments& arguments, const Read& read) {
 
 TimelineFilter filterOf(const Arguments& arguments) {
   const auto period = [&](const char* option, const std::string& text) {
-    return text.empty() ? Period() : readPeriod(option, text, arguments.zone());
+    return text.empty() ? report::Period() : report::readPeriod(option, text, arguments.zone());
   };
   return {arguments.category, period("--since", arguments.since).first,
-          period("--until", arguments.until).last, TextSearch(arguments.search)};
+          period("--until", arguments.until).last, report::TextSearch(arguments.search)};
 }
 
 /// Prints JSON as one record per line.
@@ -95,7 +95,8 @@ int follow(const Arguments& arguments, const records::SessionChoice& choice,
   if (!arguments.json) {
     printHeading(session, std::cout, arguments.terminal());
   }
-  std::cerr << programName << ": following session " << printable(session.id) << "; Ctrl-C ends\n";
+  std::cerr << programName << ": following session " << report::printable(session.id)
+            << "; Ctrl-C ends\n";
   TimelinePrinter printer(std::cout, arguments.terminal());
   const auto print = [&](const std::vector<records::Event>& events) {
     arguments.json ? printJsonLines(filter.select(events), std::cout)
@@ -138,7 +139,7 @@ int exportOne(const Arguments& arguments) {
   const auto session = reading.session(choice);
   const auto rows = exportSession(session, target);
   reading.end();
-  std::cout << "exported " << rows << " rows of session " << printable(session.id) << " to "
+  std::cout << "exported " << rows << " rows of session " << report::printable(session.id) << " to "
             << utilities::utf8FromPath(target / records::supportDatabaseName) << '\n';
   return 0;
 }
@@ -150,7 +151,7 @@ int report(const Arguments& arguments) {
   const auto session = reading.session(choice);
   const auto events = eventsOf(session);
   reading.end();
-  const auto page = htmlReport(session, events, reading.recordings.remarks());
+  const auto page = report::htmlReport(session, events, reading.recordings.remarks());
   if (arguments.output == "-") {
     std::cout << page;
     return 0;

@@ -26,7 +26,7 @@ struct Arguments {
   bool yes = false;
 
   std::filesystem::path path() const { return utilities::pathFromUtf8(place); }
-  Zone zone() const { return localTime ? Zone::Local : Zone::Utc; }
+  report::Zone zone() const { return localTime ? report::Zone::Local : report::Zone::Utc; }
   Terminal terminal() const {
     auto terminal = Terminal::ofStandardOutput();
     terminal.zone = zone();

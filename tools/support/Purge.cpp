@@ -11,7 +11,7 @@
 #include "host/QelUtilities/PathText.h"
 #include "host/QelUtilities/SystemError.h"
 #include "tools/common/InputError.h"
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 #include "tools/support/SampleHostFiles.h"
 #include "tools/support/Terminal.h"
 
@@ -21,7 +21,8 @@ namespace {
 using log::analytics::RemovedFile;
 
 std::string amount(std::size_t files, std::uintmax_t bytes) {
-  return std::to_string(files) + (files == 1 ? " file, " : " files, ") + readableSize(bytes);
+  return std::to_string(files) + (files == 1 ? " file, " : " files, ") +
+         report::readableSize(bytes);
 }
 
 std::string amount(const std::vector<std::filesystem::path>& files) {
@@ -39,13 +40,13 @@ bool report(const std::vector<RemovedFile>& removed, const std::string& place,
   bool isComplete = true;
   std::uintmax_t bytes = 0;
   for (const auto& [file, size, error] : removed) {
-    const auto name = printable(utilities::utf8FromPath(file.filename()));
+    const auto name = report::printable(utilities::utf8FromPath(file.filename()));
     if (error) {
       std::cerr << "qel-support: cannot remove " << name << ": " << utilities::systemMessage(error)
                 << '\n';
       isComplete = false;
     } else {
-      output << "removed " << name << " (" << readableSize(size) << ")\n";
+      output << "removed " << name << " (" << report::readableSize(size) << ")\n";
     }
     bytes += size;
   }
@@ -59,7 +60,7 @@ bool report(const std::vector<RemovedFile>& removed, const std::string& place,
 }  // namespace
 
 bool purge(const std::filesystem::path& directory, bool asked, std::ostream& output) {
-  const auto place = printable(utilities::utf8FromPath(directory));
+  const auto place = report::printable(utilities::utf8FromPath(directory));
   std::error_code error;
   if (std::filesystem::is_regular_file(directory, error)) {
     throw tools::InputError(place +

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/QelUtilities/PathText.h"
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
@@ -33,20 +33,20 @@ std::string fileOf(const Session& session) {
   return utilities::utf8FromPath(session.source->path().filename());
 }
 
-TextTable wideTable(const Sessions& sessions, Zone zone) {
+TextTable wideTable(const Sessions& sessions, report::Zone zone) {
   TextTable table({{"Session"},
-                   {timeTitle("First", zone)},
-                   {timeTitle("Last", zone)},
+                   {report::timeTitle("First", zone)},
+                   {report::timeTitle("Last", zone)},
                    {"Length", Kind::Right},
                    {"Events", Kind::Right},
                    {"End"},
                    {"From", Kind::Wrapped}});
   for (const auto& session : sessions) {
     table.add({session.id,
-               readableTime(session.first, zone),
-               readableTime(session.last, zone),
-               readableLength(session.lengthInMs()),
-               grouped(session.events),
+               report::readableTime(session.first, zone),
+               report::readableTime(session.last, zone),
+               report::readableLength(session.lengthInMs()),
+               report::grouped(session.events),
                {endOf(session), styleOf(session.end)},
                fileOf(session)});
   }
@@ -79,11 +79,11 @@ std::map<std::string, std::string> shortIds(const Sessions& sessions) {
 
 /// A table with shortened IDs and without the times of the last records. Names the file only if
 /// there are several.
-TextTable narrowTable(const Sessions& sessions, Zone zone, bool hasAmounts) {
+TextTable narrowTable(const Sessions& sessions, report::Zone zone, bool hasAmounts) {
   const auto file = fileOf(sessions.front());
   const bool hasFiles = std::any_of(sessions.begin(), sessions.end(),
                                     [&](const auto& session) { return fileOf(session) != file; });
-  std::vector<TextTable::Column> columns{{"Session"}, {timeTitle("First", zone)}};
+  std::vector<TextTable::Column> columns{{"Session"}, {report::timeTitle("First", zone)}};
   if (hasAmounts) {
     columns.push_back({"Length", Kind::Right});
     columns.push_back({"Events", Kind::Right});
@@ -95,10 +95,10 @@ TextTable narrowTable(const Sessions& sessions, Zone zone, bool hasAmounts) {
   TextTable table(columns);
   const auto ids = shortIds(sessions);
   for (const auto& session : sessions) {
-    std::vector<TextTable::Cell> row{ids.at(session.id), readableTime(session.first, zone)};
+    std::vector<TextTable::Cell> row{ids.at(session.id), report::readableTime(session.first, zone)};
     if (hasAmounts) {
-      row.emplace_back(readableLength(session.lengthInMs()));
-      row.emplace_back(grouped(session.events));
+      row.emplace_back(report::readableLength(session.lengthInMs()));
+      row.emplace_back(report::grouped(session.events));
     }
     row.emplace_back(endOf(session), styleOf(session.end));
     if (hasFiles && hasAmounts) {

@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include "host/QelUtilities/PathText.h"
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
 #include "tools/support/TextTable.h"
 
 namespace qel::support {
@@ -16,7 +16,7 @@ using Kind = TextTable::Column::Kind;
 using Json = nlohmann::ordered_json;
 
 void printLine(const std::string& text, std::ostream& output, const Terminal& terminal) {
-  for (const auto& line : wrapped(text, terminal.width.value_or(text.size()))) {
+  for (const auto& line : report::wrapped(text, terminal.width.value_or(text.size()))) {
     output << line << '\n';
   }
 }
@@ -26,27 +26,27 @@ void printFiles(const Statistics& statistics, std::ostream& output, const Termin
                    {"Size", Kind::Right},
                    {"Environments", Kind::Right},
                    {"Items", Kind::Right},
-                   {timeTitle("Oldest", terminal.zone), Kind::Wrapped},
-                   {timeTitle("Newest", terminal.zone), Kind::Wrapped}});
+                   {report::timeTitle("Oldest", terminal.zone), Kind::Wrapped},
+                   {report::timeTitle("Newest", terminal.zone), Kind::Wrapped}});
   for (const auto& file : statistics.files) {
-    table.add({file.name, readableSize(file.bytes), grouped(file.environments),
-               grouped(file.events), readableTime(file.oldest, terminal.zone),
-               readableTime(file.newest, terminal.zone)});
+    table.add({file.name, report::readableSize(file.bytes), report::grouped(file.environments),
+               report::grouped(file.events), report::readableTime(file.oldest, terminal.zone),
+               report::readableTime(file.newest, terminal.zone)});
   }
   if (table.fits(terminal)) {
     table.print(output, terminal);
     return;
   }
   for (const auto& file : statistics.files) {
-    printLine(printable(file.name) + ", " + readableSize(file.bytes) + ": " +
-                  grouped(file.environments) +
+    printLine(report::printable(file.name) + ", " + report::readableSize(file.bytes) + ": " +
+                  report::grouped(file.environments) +
                   (file.environments == 1 ? " environment, " : " environments, ") +
-                  grouped(file.events) + (file.events == 1 ? " item" : " items"),
+                  report::grouped(file.events) + (file.events == 1 ? " item" : " items"),
               output, terminal);
     if (!file.oldest.empty()) {
-      output << "  from " << readableTime(file.oldest, terminal.zone) << "\n  to   "
-             << readableTime(file.newest, terminal.zone)
-             << (terminal.zone == Zone::Utc ? " UTC\n" : "\n");
+      output << "  from " << report::readableTime(file.oldest, terminal.zone) << "\n  to   "
+             << report::readableTime(file.newest, terminal.zone)
+             << (terminal.zone == report::Zone::Utc ? " UTC\n" : "\n");
     }
   }
 }
@@ -63,7 +63,7 @@ TextTable tableOf(const Counts& counts, const std::vector<std::string>& titles) 
     std::vector<TextTable::Cell> cells;
     cells.emplace_back(category.empty() ? "(none)" : category);
     for (const auto count : row) {
-      cells.emplace_back(grouped(count));
+      cells.emplace_back(report::grouped(count));
     }
     table.add(cells);
   }
@@ -96,7 +96,7 @@ void printCategories(const Statistics& statistics, std::ostream& output, const T
 std::string summaryOf(const Statistics& statistics) {
   if (const auto refused = statistics.files.front().refused) {
     return *refused == 0 ? "The collector refused nothing."
-                         : "Texts that the collector refused: " + grouped(*refused) + '.';
+                         : "Texts that the collector refused: " + report::grouped(*refused) + '.';
   }
   const auto& waiting = statistics.waiting;
   if (!waiting || (waiting->rows == 0 && !waiting->complete)) {
@@ -106,10 +106,10 @@ std::string summaryOf(const Statistics& statistics) {
   if (waiting->rows == 0) {
     return "Nothing waits to be sent.";
   }
-  return (waiting->complete ? "" : "At least ") + grouped(waiting->rows) +
+  return (waiting->complete ? "" : "At least ") + report::grouped(waiting->rows) +
          (waiting->rows == 1 ? " row waits" : " rows wait") + " to be sent, " +
-         readableSize(static_cast<std::uintmax_t>(waiting->bytes)) + " in " +
-         grouped(waiting->packages) + (waiting->packages == 1 ? " package." : " packages.");
+         report::readableSize(static_cast<std::uintmax_t>(waiting->bytes)) + " in " +
+         report::grouped(waiting->packages) + (waiting->packages == 1 ? " package." : " packages.");
 }
 
 void printMarkers(const Statistics& statistics, std::ostream& output, const Terminal& terminal) {
@@ -123,12 +123,12 @@ void printMarkers(const Statistics& statistics, std::ostream& output, const Term
   }
   TextTable table({{"Marker"},
                    {"Count", Kind::Right},
-                   {timeTitle("Last", terminal.zone), Kind::Wrapped},
+                   {report::timeTitle("Last", terminal.zone), Kind::Wrapped},
                    {"Meaning", Kind::Wrapped}});
   for (const auto& [name, marker] : statistics.markers) {
     table.add({{name, Style::Bad},
-               grouped(marker.count),
-               readableTime(marker.last, terminal.zone),
+               report::grouped(marker.count),
+               report::readableTime(marker.last, terminal.zone),
                std::string(meaningOf(name)) +
                    (marker.message.empty() ? "" : " It says: " + marker.message)});
   }

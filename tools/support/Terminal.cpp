@@ -26,7 +26,7 @@ std::optional<std::size_t> widthOf(Stream stream) {
 
 Terminal Terminal::ofStandardOutput() {
   return {widthOf(Stream::Output),
-          environment("NO_COLOR").empty() && understandsEscapes(Stream::Output), Zone::Utc};
+          environment("NO_COLOR").empty() && understandsEscapes(Stream::Output), report::Zone::Utc};
 }
 
 std::string Terminal::styled(const std::string& text, Style style) const {

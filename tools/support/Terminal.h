@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/support/DisplayTime.h"
+#include "tools/report/DisplayTime.h"
 
 namespace qel::support {
 
@@ -21,7 +21,7 @@ struct Terminal {
 
   std::optional<std::size_t> width;  ///< empty: lines may have any length
   bool colours = false;
-  Zone zone = Zone::Utc;
+  report::Zone zone = report::Zone::Utc;
 };
 
 /// A progress bar on standard error. It appears only on a terminal with escape sequences, and only

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <utility>
 
-#include "tools/support/DisplayText.h"
+#include "tools/report/DisplayText.h"
 
 namespace qel::support {
 namespace {
@@ -14,7 +14,7 @@ constexpr std::size_t gap = 2;
 constexpr std::size_t narrowestWrapped = 16;
 
 std::string padding(std::size_t width, const std::string& text) {
-  const auto taken = displayWidth(text);
+  const auto taken = report::displayWidth(text);
   std::string blanks;
   blanks.assign(width > taken ? width - taken : 0, ' ');
   return blanks;
@@ -23,17 +23,18 @@ std::string padding(std::size_t width, const std::string& text) {
 }  // namespace
 
 TextTable::Cell::Cell(const std::string& content, Style look)
-    : text(printable(content)), style(look) {}
+    : text(report::printable(content)), style(look) {}
 
 TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {
   for (const auto& column : columns_) {
-    naturalWidths_.push_back(displayWidth(column.title));
+    naturalWidths_.push_back(report::displayWidth(column.title));
   }
 }
 
 void TextTable::add(std::vector<Cell> row) {
   for (std::size_t column = 0; column < row.size(); ++column) {
-    naturalWidths_[column] = std::max(naturalWidths_[column], displayWidth(row[column].text));
+    naturalWidths_[column] =
+        std::max(naturalWidths_[column], report::displayWidth(row[column].text));
   }
   rows_.push_back(std::move(row));
 }
@@ -88,7 +89,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
   std::vector<std::vector<std::string>> cells;
   std::size_t height = 1;
   for (std::size_t column = 0; column < row.size(); ++column) {
-    cells.push_back(wrapped(row[column].text, std::max<std::size_t>(widths[column], 1)));
+    cells.push_back(report::wrapped(row[column].text, std::max<std::size_t>(widths[column], 1)));
     height = std::max(height, cells.back().size());
   }
   for (std::size_t line = 0; line < height; ++line) {
@@ -112,7 +113,7 @@ void TextTable::printRow(std::ostream& output, const Terminal& terminal,
 void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) const {
   std::size_t titleWidth = 0;
   for (const auto& column : columns_) {
-    titleWidth = std::max(titleWidth, displayWidth(column.title));
+    titleWidth = std::max(titleWidth, report::displayWidth(column.title));
   }
   const auto width = *terminal.width;
   const auto indent = titleWidth + gap < width / 2 ? titleWidth + gap : 0;
@@ -123,12 +124,12 @@ void TextTable::printBlocks(std::ostream& output, const Terminal& terminal) cons
         continue;
       }
       const auto& title = columns_[column].title;
-      const auto taken = displayWidth(text);
+      const auto taken = report::displayWidth(text);
       const bool alone = indent == 0 || (taken > width - indent && taken + gap <= width);
       output << terminal.styled(title, Style::Heading) << (alone ? "\n" : padding(indent, title));
       const auto left = alone ? std::min(gap, width - 1) : indent;
       std::string blanks(alone ? left : 0, ' ');
-      for (const auto& line : wrapped(text, width - left)) {
+      for (const auto& line : report::wrapped(text, width - left)) {
         output << blanks << terminal.styled(line, style) << '\n';
         blanks.assign(left, ' ');
       }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tools/records/Event.h"
-#include "tools/support/EventText.h"
+#include "tools/report/EventText.h"
 
 namespace qel::support {
 
@@ -13,7 +13,7 @@ struct TimelineFilter {
   std::string category;  ///< case-insensitive; empty: all categories
   std::string since;     ///< a record's time; empty: no limit
   std::string until;     ///< a record's time; empty: no limit
-  TextSearch search;
+  report::TextSearch search;
 
   bool admits(const records::Event& event) const;
   std::vector<records::Event> select(std::vector<records::Event> events) const;

@@ -2,8 +2,8 @@
 
 #include <ostream>
 
-#include "tools/support/DisplayText.h"
-#include "tools/support/DisplayTime.h"
+#include "tools/report/DisplayText.h"
+#include "tools/report/DisplayTime.h"
 
 namespace qel::support {
 namespace {
@@ -23,7 +23,7 @@ void TimelinePrinter::begin(const std::string& day) {
     table_->print(output_, terminal_);
   }
   day_ = day;
-  output_ << '\n' << terminal_.styled(printable(day), Style::Heading) << '\n';
+  output_ << '\n' << terminal_.styled(report::printable(day), Style::Heading) << '\n';
   using Kind = TextTable::Column::Kind;
   table_.emplace(std::vector<TextTable::Column>{
       {"Time"}, {"Category"}, {"What", Kind::Wrapped}, {"Details", Kind::Wrapped}});
@@ -31,11 +31,11 @@ void TimelinePrinter::begin(const std::string& day) {
 
 void TimelinePrinter::print(const std::vector<Event>& events) {
   for (const auto& event : events) {
-    const auto [day, clock] = clockTime(event.time, terminal_.zone);
+    const auto [day, clock] = report::clockTime(event.time, terminal_.zone);
     if (!table_ || day != day_) {
       begin(day);
     }
-    const auto [what, details] = textOf(event);
+    const auto [what, details] = report::textOf(event);
     table_->add({{clock, Style::Faint}, event.category, {what, styleOf(event)}, details});
   }
   if (table_) {
@@ -44,11 +44,11 @@ void TimelinePrinter::print(const std::vector<Event>& events) {
 }
 
 void printHeading(const records::Session& session, std::ostream& output, const Terminal& terminal) {
-  const auto start = printable(readableTime(session.first, terminal.zone)) +
-                     (terminal.zone == Zone::Utc ? " UTC" : "");
-  output << "Session " << terminal.styled(printable(session.id), Style::Heading) << ", "
+  const auto start = report::printable(report::readableTime(session.first, terminal.zone)) +
+                     (terminal.zone == report::Zone::Utc ? " UTC" : "");
+  output << "Session " << terminal.styled(report::printable(session.id), Style::Heading) << ", "
          << (session.first.empty() ? "at no known time" : start) << ", "
-         << readableLength(session.lengthInMs()) << ", "
+         << report::readableLength(session.lengthInMs()) << ", "
          << terminal.styled(endOf(session), session.end == records::Session::End::Crashed
                                                 ? Style::Bad
                                                 : Style::Plain)

@@ -52,6 +52,16 @@ TEST_F(CollectorTest, SaysWhyItCannotBegin) { expectTranscript("collector/option
 
 TEST_F(CollectorTest, AcceptsOnlyUsersWithTheirSecrets) { expectTranscript("collector/users.txt"); }
 
+TEST_F(CollectorTest, ShowsItsStoreToReaders) {
+  forOwnerAlone(test::write(file("readers"), "rita:open\n"));
+  test::Process collector(command_ + " --admin=127.0.0.1:0 --readers=$DIR/readers");
+  setenv("SERVER", ("localhost:" + std::to_string(portOf(collector))).c_str(), 1);
+  setenv("PAGE",
+         ("localhost" + collector.readUntil('\n').substr(strlen("admin on 127.0.0.1"))).c_str(), 1);
+  setenv("COLLECTOR", std::to_string(collector.id()).c_str(), 1);
+  expectTranscript("collector/page.txt");
+}
+
 TEST_F(CollectorTest, ErasesWhatAnInstallationOrAUserSent) {
   expectTranscript("collector/erase.txt");
 }

@@ -1,0 +1,95 @@
+#include "tools/collector/Page.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "tools/collector/ApiRequest.h"
+#include "tools/collector/ApiText.h"
+#include "tools/collector/PageFiles.h"
+#include "tools/collector/SessionPage.h"
+
+namespace qel::collector {
+namespace {
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+std::string noSession(const std::string& id) { return "The store has no session " + id + '.'; }
+
+AdminPage tablePage(const ApiRequest& request, const ResultTable& table) {
+  return request.isCsv ? csvPage(request.figure, table) : jsonPage(request.figure, table);
+}
+
+AdminPage answerFrom(StoreReader& reader, const ApiRequest& request, Deadline deadline) {
+  if (request.id.empty()) {
+    try {
+      return tablePage(request, reader.read(request.figure, request.filter, deadline));
+    } catch (const std::invalid_argument& error) {
+      return errorPage(400, error.what());
+    }
+  }
+  const auto records = reader.session(request.id, deadline);
+  return records.empty() ? errorPage(404, noSession(request.id))
+                         : tablePage(request, sessionTable(request.id, records));
+}
+
+AdminPage reportFrom(StoreReader& reader, const std::string& id, Deadline deadline) {
+  const auto records = reader.session(id, deadline);
+  return records.empty() ? messagePage(404, noSession(id)) : sessionPage(id, records);
+}
+
+}  // namespace
+
+Page::Page(OpenReader open, std::function<ResultTable()> system, std::chrono::milliseconds limit)
+    : system_(std::move(system)), queries_(std::move(open), limit) {}
+
+void Page::get(std::string_view target, Done done) {
+  constexpr std::string_view api = "/api/";
+  constexpr std::string_view session = "/session/";
+  const auto mark = std::min(target.find('?'), target.size());
+  const auto path = target.substr(0, mark);
+  const auto query = target.substr(std::min(mark + 1, target.size()));
+  if (path.starts_with(api)) {
+    answerApi(path.substr(api.size()), query, std::move(done));
+  } else if (path.starts_with(session)) {
+    answerSession(path.substr(session.size()), std::move(done));
+  } else {
+    auto file = pageFile(path);
+    done(file ? *std::move(file) : messagePage(404, "There is no such page."));
+  }
+}
+
+void Page::answerApi(std::string_view figure, std::string_view query, Done done) {
+  try {
+    const ApiRequest request = parseApiRequest(figure, query);
+    if (request.figure == "system") {
+      done(tablePage(request, system_()));
+      return;
+    }
+    queries_.add({[request](StoreReader& reader, Deadline deadline) {
+                    return answerFrom(reader, request, deadline);
+                  },
+                  [](const std::string& reason) { return errorPage(503, reason); },
+                  std::move(done)});
+  } catch (const ApiError& error) {
+    done(errorPage(error.status, error.what()));
+  } catch (const std::exception& error) {
+    done(errorPage(500, error.what()));
+  }
+}
+
+void Page::answerSession(std::string_view part, Done done) {
+  try {
+    queries_.add({[id = decodedPart(part)](StoreReader& reader, Deadline deadline) {
+                    return reportFrom(reader, id, deadline);
+                  },
+                  [](const std::string& reason) {
+                    return messagePage(503, "The store cannot be read: " + reason + '.');
+                  },
+                  std::move(done)});
+  } catch (const ApiError& error) {
+    done(messagePage(error.status, std::string("No session: ") + error.what() + '.'));
+  }
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,93 @@
+import { addressOf, ApiError, read } from "./api.js";
+import { make, makeButton } from "./dom.js";
+
+/**
+ * A panel that shows a figure of the API: loading, empty, failed or drawn.
+ *
+ * The section's `data-figure` is the figure's name, `data-empty` what is said if there are no rows. `draw(body, rows,
+ * parameters)` appends what is shown. It may return a function that releases it.
+ */
+export class Figure {
+  rows = null;
+  #parameters = {};
+  #section;
+  #body = make("div", { class: "body" }, make("div", { class: "skeleton" }));
+  #links = make("div", { class: "links" });
+  #draw;
+  #release = null;
+
+  constructor(section, draw) {
+    this.#section = section;
+    this.#draw = draw;
+    const heading = section.querySelector("h2");
+    heading.tabIndex = -1;  // so that a script can move the focus there
+    heading.after(this.#links);
+    section.append(this.#body);
+    matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.redraw());
+  }
+
+  get name() {
+    return this.#section.dataset.figure;
+  }
+
+  /** Returns whether the figure could be read. What was shown before stays until the answer is there. */
+  async load(parameters, signal) {
+    this.#section.setAttribute("aria-busy", "true");
+    this.#showLinks(parameters);
+    try {
+      this.rows = await read(this.name, parameters, signal);
+      this.#parameters = parameters;
+      this.redraw();
+      return true;
+    } catch (error) {
+      signal?.throwIfAborted();
+      this.rows = null;
+      this.#showFailure(error, () => this.load(parameters, signal));
+      return false;
+    } finally {
+      if (!signal?.aborted) {
+        this.#section.removeAttribute("aria-busy");
+      }
+    }
+  }
+
+  /** Draws the rows again, for example in other colours. */
+  redraw() {
+    if (this.rows === null) {
+      return;
+    }
+    this.#clear();
+    if (this.rows.length === 0) {
+      this.#body.append(make("p", { class: "state" }, this.#section.dataset.empty));
+    } else {
+      this.#release = this.#draw(this.#body, this.rows, this.#parameters) ?? null;
+    }
+  }
+
+  #showFailure(error, again) {
+    if (!(error instanceof ApiError)) {
+      throw error;
+    }
+    const hadFocus = this.#body.contains(document.activeElement);
+    this.#clear();
+    const button = makeButton("Try again", () => again().then(() => this.#section.querySelector("h2").focus()));
+    this.#body.append(make("div", { class: "state bad" }, make("p", {}, error.message),
+      make("p", { class: "detail" }, error.detail), button));
+    if (hadFocus) {
+      button.focus();
+    }
+  }
+
+  #showLinks(parameters) {
+    const title = this.#section.querySelector("h2").textContent;
+    this.#links.replaceChildren(
+      make("a", { href: addressOf(this.name, parameters, ".csv"), download: `${this.name}.csv`, "aria-label": `${title} as CSV` }, "CSV"),
+      make("a", { href: addressOf(this.name, parameters), "aria-label": `${title} as JSON` }, "JSON"));
+  }
+
+  #clear() {
+    this.#release?.();
+    this.#release = null;
+    this.#body.replaceChildren();
+  }
+}

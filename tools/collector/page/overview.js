@@ -1,0 +1,114 @@
+import { ApiError, runAll } from "./api.js";
+import { makeButton } from "./dom.js";
+import { drawCommands, drawCrashes, drawDays, drawEvents, drawMemory, drawVersions, drawWeeks, rateOf } from "./drawings.js";
+import { Figure } from "./figure.js";
+import { Filters } from "./filters.js";
+import { clock, number } from "./format.js";
+
+const status = document.getElementById("status");
+const notice = document.getElementById("notice");
+const filters = new Filters(document.getElementById("filters"), load);
+let loading = new AbortController();
+
+const draws = {
+  "events-by-day": drawEvents,
+  versions: drawVersions(crashesOf),
+  "installations-by-day": drawDays,
+  "installations-by-week": drawWeeks,
+  memory: drawMemory,
+  crashes: drawCrashes(crashedSessions),
+  commands: drawCommands,
+};
+const figures = new Map([...document.querySelectorAll("[data-figure]")].map((section) => {
+  const figure = new Figure(section, draws[section.dataset.figure]);
+  return [figure.name, figure];
+}));
+
+const rowsOf = (figure) => figures.get(figure).rows;
+const sumOf = (figure, column) => rowsOf(figure)?.reduce((total, row) => total + row[column], 0) ?? null;
+
+function crashesOf(version) {
+  const rows = rowsOf("crashes");
+  return rows && rows.filter((row) => row.version === version).reduce((total, row) => total + row.crashes, 0);
+}
+
+function crashedSessions(version) {
+  const { from, until, installation = "" } = filters.parameters;
+  const query = Object.entries({ from, until, installation, version, end: "crashed" }).filter(([, value]) => value !== "");
+  return `/sessions?${new URLSearchParams(query)}`;
+}
+
+/** Shows the sums of what has been read. */
+function showTotals() {
+  const [crashes, sessions] = [sumOf("crashes", "crashes"), sumOf("versions", "sessions")];
+  const days = rowsOf("installations-by-day");
+  const totals = {
+    events: sumOf("events-by-day", "events"),
+    sessions,
+    installations: days && Math.max(0, ...days.map((row) => row.installations)),
+    crashes,
+    rate: rateOf(crashes, sessions),
+  };
+  for (const [name, value] of Object.entries(totals)) {
+    document.querySelector(`[data-total="${name}"]`).textContent = value === null ? "–" : number(value);
+  }
+}
+
+async function loadFigure(figure, signal) {
+  const isRead = await figure.load(filters.parameters, signal);
+  if (figure.name === "crashes") {
+    figures.get("versions").redraw();
+  }
+  showTotals();
+  return isRead;
+}
+
+/** Offers the days that the store has if the chosen ones are empty. */
+function showNotice({ first, last }) {
+  notice.hidden = rowsOf("events-by-day")?.length !== 0 || !first;
+  notice.replaceChildren(`These filters match no events. The store has events from ${first} until ${last}. `,
+    makeButton("Show these days", () => filters.setRange(first, last)));
+}
+
+async function load() {
+  loading.abort();
+  loading = new AbortController();
+  const { signal } = loading;
+  const begin = performance.now();
+  status.className = "";
+  status.textContent = "Loading …";
+  let failed = 0;
+  let days = {};
+  const tasks = [...figures.values()].map((figure) => async () => {
+    const isRead = await loadFigure(figure, signal);
+    failed += isRead ? 0 : 1;
+  });
+  tasks.splice(1, 0, async () => {
+    days = await filters.offerVersions(signal).catch(orNothing);
+  });
+  try {
+    await runAll(tasks);
+  } catch (error) {
+    if (signal.aborted) {
+      return;
+    }
+    throw error;
+  }
+  showNotice(days);
+  const seconds = ((performance.now() - begin) / 1000).toFixed(1);
+  status.className = failed ? "bad" : "";
+  status.textContent = failed
+    ? `${failed} of ${figures.size} figures could not be read.`
+    : `Read at ${clock()} UTC in ${seconds} s.`;
+}
+
+/** Without the filters' values the page still works. */
+function orNothing(error) {
+  if (!(error instanceof ApiError)) {
+    throw error;
+  }
+  return {};
+}
+
+document.getElementById("refresh").addEventListener("click", load);
+load();
