@@ -133,5 +133,5 @@ function restart() {
 pause.addEventListener("click", () => setPaused(!isPaused));
 document.getElementById("clear").addEventListener("click", clear);
 document.addEventListener("visibilitychange", proceed);
-filters.offerVersions().catch((error) => error instanceof ApiError || Promise.reject(error));
+filters.offerVersions();
 proceed();
