@@ -13,6 +13,8 @@
 #include "benchmarks/collector/Load.h"
 #include "benchmarks/collector/RawStore.h"
 #include "host/QelUtilities/Exception.h"
+#include "host/QelUtilities/PathText.h"
+#include "tools/collector/SqliteReader.h"
 #include "tools/common/Program.h"
 
 namespace {
@@ -83,6 +85,20 @@ void printRawStore(const std::string& store, std::uint64_t rows, std::size_t row
   std::cout << figures << std::endl;
 }
 
+/// Prints the milliseconds of each figure of the overview.
+void printTimesOfFigures(const std::string& store, const collector::Filter& filter) {
+  using std::chrono::steady_clock;
+  collector::SqliteReader reader(utilities::pathFromUtf8(store));
+  nlohmann::ordered_json times;
+  for (const char* const figure : {"events-by-day", "installations-by-day", "installations-by-week",
+                                   "versions", "crashes", "commands", "memory"}) {
+    const auto begin = steady_clock::now();
+    reader.read(figure, filter, steady_clock::time_point::max());
+    times[figure] = std::chrono::duration<double, std::milli>(steady_clock::now() - begin).count();
+  }
+  std::cout << times << std::endl;
+}
+
 struct Options {
   LoadSettings load;
   std::string connect;
@@ -93,6 +109,7 @@ struct Options {
   std::string store;
   std::uint64_t storedRows = 1'000'000;
   std::size_t packages = 16;
+  collector::Filter filter;
 };
 
 void addServerOptions(CLI::App& command, Options& options) {
@@ -121,6 +138,13 @@ void addStoreOptions(CLI::App& command, Options& options) {
   command.add_option("--packages", options.packages, "packages of a transaction");
 }
 
+void addFigureOptions(CLI::App& command, Options& options) {
+  command.add_option("--store", options.store, "the collector's store")->required();
+  command.add_option("--from", options.filter.from, "first day");
+  command.add_option("--program-version", options.filter.version, "version of the program");
+  command.add_option("--installation", options.filter.installation, "one installation");
+}
+
 void complete(Options& options) {
   options.load.server = tools::parseEndpoint("--connect", options.connect, 1);
   std::ifstream secret(options.secretFile);
@@ -140,14 +164,20 @@ int run(const tools::Arguments& arguments) {
   auto* send = program.add_subcommand("send", "sends packages and prints figures as JSON");
   auto* silent = program.add_subcommand("silent", "keeps TLS connections and sends nothing");
   auto* store = program.add_subcommand("store", "adds rows to a store with SQLite alone");
+  auto* figures = program.add_subcommand("figures", "measures the figures of the overview");
   addSendOptions(*send, options);
   addServerOptions(*silent, options);
   addStoreOptions(*store, options);
+  addFigureOptions(*figures, options);
   if (!tools::readCommandLine(program, arguments)) {
     return 0;
   }
   if (store->parsed()) {
     printRawStore(options.store, options.storedRows, options.load.rows, options.packages);
+    return 0;
+  }
+  if (figures->parsed()) {
+    printTimesOfFigures(options.store, options.filter);
     return 0;
   }
   complete(options);

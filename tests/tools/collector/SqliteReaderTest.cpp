@@ -172,6 +172,27 @@ TEST_F(SqliteReaderTest, AnswersEachFigureWithEachFilter) {
   EXPECT_THAT(table.columns, ElementsAre("week", "installations"));
 }
 
+TEST_F(SqliteReaderTest, FindsTheLastCommandThatWasStartedBeforeACrash) {
+  const std::string open = event({"A", "", ""}, "Command", "Started", "Open");
+  const std::string copy = event({"A", "", ""}, "Command", "Started", "Copy");
+  const std::string ended = event({"A", "", ""}, "Command", "Cancelled", "Move");
+  const std::string crash = event({"A", "", ""}, "Application", "Crashed");
+  for (const auto& [packages, command] :
+       std::vector<std::pair<std::vector<std::string>, std::string>>{
+           {{open + ',' + copy + ',' + ended + ',' + crash}, "Copy|1"},
+           {{open, copy, crash}, "Copy|1"},
+           {{open, copy, open + ',' + open, crash}, "Copy|1"},
+           {{copy + ',' + crash, open, crash + ',' + crash}, "Copy|2"},
+           {{crash, copy}, "|1"},
+       }) {
+    std::filesystem::remove(file_);
+    for (const std::string& rows : packages) {
+      add(withEvents(rows));
+    }
+    EXPECT_THAT(read("crashes"), ElementsAre("||" + command + "|0|A"));
+  }
+}
+
 TEST_F(SqliteReaderTest, FollowsTheRowsThatArrive) {
   addSample();
   Filter filter;
