@@ -213,7 +213,7 @@ class AllPages(PageTest):
         browser.wait_until_loaded()
         self.assertTrue(browser.driver.current_url.endswith("/?days=7"))
         browser.driver.back()
-        browser.wait(lambda: browser.run("return document.querySelector('[data-days=\"30\"]').ariaPressed") == "true", "30 days")
+        browser.wait(lambda: browser.run("return document.querySelector('button[data-days=\"30\"]').ariaPressed") == "true", "30 days")
 
 
 class States(PageTest):

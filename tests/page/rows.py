@@ -27,16 +27,15 @@ class Session:
 
     def __init__(self, chance, days):
         self.chance = chance
-        self.day = min(int(days * chance.random() ** 0.8), days - 1)
-        weekend = 8 if (datetime.datetime.now(datetime.timezone.utc).weekday() - self.day) % 7 > 4 else 0
-        if weekend and chance.random() < 0.8:
-            self.day = min(self.day + 3, days - 1)
+        now = datetime.datetime.now(datetime.timezone.utc).replace(minute=0, second=0, microsecond=0)
+        age = int(days * chance.random() ** 1.2)
+        if (now.weekday() - age) % 7 > 4 and chance.random() < 0.8:  # few work at weekends
+            age = min(age + 3, days - 1)
         number = int(900 * chance.random() ** 2)
         self.installation = f"QEL-{20000 + number}"
-        self.version = VERSIONS[min(3, max(0, 3 - (self.day + number % 25) // 25))]
-        self.id = str(uuid_of(chance))
-        today = datetime.datetime.now(datetime.timezone.utc).replace(minute=0, second=0, microsecond=0)
-        self.moment = today - datetime.timedelta(days=self.day, minutes=chance.randrange(60, 540))
+        self.version = VERSIONS[max(0, 3 - (age + number % 25) // 25)]
+        self.id = guid(chance)
+        self.moment = now - datetime.timedelta(days=age, minutes=chance.randrange(60, 540))
         self.texts = []
 
     def environment(self):
@@ -83,7 +82,7 @@ class Session:
             self.add("Application", "Stopped", "Ventilation", {"Exception Code": 0})
 
 
-def uuid_of(chance):
+def guid(chance):
     text = f"{chance.getrandbits(128):032X}"
     return "-".join((text[:8], text[8:12], text[12:16], text[16:20], text[20:]))
 

@@ -68,7 +68,7 @@ export const GAUGES = [
   { title: "Mean time of an answer", shown: seconds, value: answerTime },
   { title: "Answers within 0.1 s", shown: percent, value: quickAnswers },
   level("Open connections", "connections"),
-  level("Packages that wait for the store", "queued_packages"),
+  level("Waiting packages", "queued_packages"),
   level("Bytes in flight", "in_flight_bytes", bytes),
   level("Size of the store", "store_bytes", bytes),
   level("Size of the store's log", "store_log_bytes", bytes),
