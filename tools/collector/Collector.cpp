@@ -14,7 +14,6 @@
 #include "tools/collector/AdminServer.h"
 #include "tools/collector/Reload.h"
 #include "tools/collector/Server.h"
-#include "tools/collector/SqliteStore.h"
 #include "tools/collector/Stopping.h"
 
 namespace qel::collector {
@@ -31,6 +30,10 @@ void print(const std::string& line) { std::cout << line << '\n' << std::flush; }
 
 WriterSettings writerSettings(const CollectorOptions& options) {
   WriterSettings settings;
+  if (parseClickHouse("--store", options.store.store)) {
+    settings.batchTime = std::chrono::milliseconds(options.store.batchMilliseconds.value_or(500));
+    settings.batchRows = options.store.batchRows.value_or(30'000);
+  }
   if (options.retentionDays > 0) {
     settings.retention = std::chrono::hours(24) * options.retentionDays;
   }
@@ -40,7 +43,7 @@ WriterSettings writerSettings(const CollectorOptions& options) {
 /// The parts of a running collector.
 class Collector {
  public:
-  Collector(const CollectorOptions& options, SqliteStore& store)
+  Collector(const CollectorOptions& options, Store& store)
       : options_(options),
         listen_(tools::parseEndpoint("--listen", options.listen, 0)),
         users_(readUsers()),
@@ -104,7 +107,7 @@ class Collector {
   std::atomic<std::chrono::system_clock::time_point> certificateEnd_{};
   std::atomic<bool> isStopping_ = false;
   std::shared_ptr<Users> users_;  ///< after construction used only by the thread of `reload_`
-  SqliteStore& store_;
+  Store& store_;
   const TlsContext tls_;
   Metrics metrics_;
   StoreWriter writer_;
@@ -126,7 +129,7 @@ void collect(const CollectorOptions& options) {
   log::LogManager::instance().configure(logging);
   Signals signals;
   // May upgrade the store for minutes. What ends it earlier loses nothing.
-  std::optional<SqliteStore> store(pathFromUtf8(options.store));
+  auto store = openStore(options.store);
   signals.blockStop();
   std::optional<StopDeadline> deadline;
   {

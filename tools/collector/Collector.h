@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/collector/OpenStore.h"
 #include "tools/collector/Users.h"
 
 namespace qel::collector {
@@ -15,7 +16,7 @@ struct CollectorOptions {
   std::string certificate;
   std::string key;
   std::string credentials;
-  std::string store;
+  StoreOptions store;
   std::uint32_t retentionDays = 0;  ///< 0: unlimited
   UserLimits userLimits;
 };

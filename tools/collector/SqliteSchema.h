@@ -1,10 +1,7 @@
 #pragma once
 
 #include <array>
-#include <optional>
-#include <string_view>
 
-#include "tools/collector/Sha256.h"
 #include "tools/collector/SqliteConnection.h"
 
 namespace qel::collector {
@@ -20,10 +17,6 @@ inline constexpr std::array<SqliteTable, 3> sqliteTables{{
     {"environments", "session, installation, time"},
     {"refused", "reason"},
 }};
-
-/// The key that identifies a text, from the text's digest. It begins with eight bytes of the
-/// session's digest, so the keys of a session are neighbours. Without a session it is the digest.
-Sha256 keyOf(std::optional<std::string_view> session, const Sha256& digest);
 
 /// Makes an empty file a store, and upgrades a store of an older version in one transaction. Throws
 /// `StoreError` and leaves the file as it is if it is neither, or a store of a newer version.

@@ -8,6 +8,7 @@
 #include <sqlite3.h>
 
 #include "host/QelLog/LogManager.h"
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteExecution.h"
 
 namespace qel::collector {
@@ -60,10 +61,6 @@ std::string utcText(system_clock::time_point time) {
   const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S.", &parts);
   return std::string(text.data(), length) + std::to_string(1000 + milliseconds % 1000).substr(1) +
          'Z';
-}
-
-std::string_view bytesOf(const Sha256& key) {
-  return {reinterpret_cast<const char*>(key.data()), key.size()};
 }
 
 std::uint64_t sizeOf(const std::filesystem::path& file) {

@@ -21,6 +21,31 @@ CLI::Validator positive() {
   return {objection, ""};
 }
 
+void addStoreOptions(CLI::App& program, collector::StoreOptions& options, bool isRequired) {
+  program
+      .add_option("--store", options.store,
+                  "SQLite file for received data, or clickhouse://HOST:PORT/DATABASE; clickhouses "
+                  "for TLS")
+      ->type_name("STORE")
+      ->required(isRequired);
+  program
+      .add_option("--store-credentials", options.credentials,
+                  "file with one line user:password for ClickHouse")
+      ->type_name("FILE");
+  program.add_flag("--create", options.isCreated, "create the tables that ClickHouse lacks");
+  program
+      .add_option("--batch-time", options.batchMilliseconds,
+                  "how long a package waits at most for others, which ClickHouse stores with it "
+                  "(500)")
+      ->check(CLI::Range(200, 1000))
+      ->type_name("MILLISECONDS");
+  program
+      .add_option("--batch-rows", options.batchRows,
+                  "how many rows that wait are stored at once (30000)")
+      ->check(CLI::Range(1, 1'000'000))
+      ->type_name("NUMBER");
+}
+
 void addOptions(CLI::App& program, collector::CollectorOptions& options, bool areRequired) {
   program
       .add_option("--listen", options.listen,
@@ -41,7 +66,7 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
-  addFile("--store", options.store, "SQLite file for received data");
+  addStoreOptions(program, options.store, areRequired);
   program
       .add_option("--retention", options.retentionDays,
                   "delete rows that were received more than this number of days ago")
@@ -63,8 +88,9 @@ int run(const tools::Arguments& arguments) {
   collector::CollectorOptions options;
   collector::EraseOptions eraseOptions;
   const bool erases = !arguments.empty() && arguments.front() == "erase";
-  CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
-                   programName);
+  CLI::App program(
+      "Receives analytics packages over HTTPS and stores them in an SQLite file or in ClickHouse.",
+      programName);
   addOptions(program, options, !erases);
   collector::addEraseCommand(program, eraseOptions);
   if (!tools::readCommandLine(program, arguments)) {

@@ -1,0 +1,21 @@
+#include "tools/collector/RowKey.h"
+
+#include <algorithm>
+
+namespace qel::collector {
+namespace {
+
+constexpr std::size_t sessionBytes = 8;
+
+}  // namespace
+
+Sha256 keyOf(std::optional<std::string_view> session, const Sha256& digest) {
+  if (!session) {
+    return digest;
+  }
+  Sha256 key = sha256(*session);
+  std::copy(digest.begin(), digest.end() - sessionBytes, key.begin() + sessionBytes);
+  return key;
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "tools/collector/Sha256.h"
+
+namespace qel::collector {
+
+/// The key that identifies a text, from the text's digest. It begins with eight bytes of the
+/// session's digest, so the keys of a session are neighbours. Without a session it is the digest.
+Sha256 keyOf(std::optional<std::string_view> session, const Sha256& digest);
+
+inline std::string_view bytesOf(const Sha256& key) {
+  return {reinterpret_cast<const char*>(key.data()), key.size()};
+}
+
+}  // namespace qel::collector
