@@ -149,6 +149,13 @@ void createSchema(ClickHouseConnection& connection, Deadline deadline) {
 }
 
 void checkSchema(ClickHouseConnection& connection, Deadline deadline) {
+  const std::string& database = connection.access().database;
+  if (connection
+          .runOutside("SELECT name FROM system.databases WHERE name = " + quoted(database),
+                      deadline)
+          .empty()) {
+    connection.fail("there is no such database; --create creates it");
+  }
   for (const auto& table : clickHouseTables()) {
     checkTable(connection, table, deadline);
   }

@@ -31,8 +31,11 @@ void print(const std::string& line) { std::cout << line << '\n' << std::flush; }
 WriterSettings writerSettings(const CollectorOptions& options) {
   WriterSettings settings;
   if (parseClickHouse("--store", options.store.store)) {
-    settings.batchTime = std::chrono::milliseconds(options.store.batchMilliseconds.value_or(500));
-    settings.batchRows = options.store.batchRows.value_or(30'000);
+    settings.batchTime = std::chrono::milliseconds(options.batchMilliseconds.value_or(500));
+    settings.batchRows = options.batchRows.value_or(30'000);
+  } else {
+    rejectForFile("--batch-time", options.batchMilliseconds.has_value());
+    rejectForFile("--batch-rows", options.batchRows.has_value());
   }
   if (options.retentionDays > 0) {
     settings.retention = std::chrono::hours(24) * options.retentionDays;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct CollectorOptions {
   std::string key;
   std::string credentials;
   StoreOptions store;
+  std::optional<std::uint32_t> batchMilliseconds;  ///< only for ClickHouse, as `batchRows`
+  std::optional<std::size_t> batchRows;
   std::uint32_t retentionDays = 0;  ///< 0: unlimited
   UserLimits userLimits;
 };

@@ -5,6 +5,7 @@
 
 #include "tools/collector/Collector.h"
 #include "tools/collector/EraseCommand.h"
+#include "tools/collector/ImportCommand.h"
 #include "tools/common/Program.h"
 
 namespace {
@@ -21,27 +22,15 @@ CLI::Validator positive() {
   return {objection, ""};
 }
 
-void addStoreOptions(CLI::App& program, collector::StoreOptions& options, bool isRequired) {
-  program
-      .add_option("--store", options.store,
-                  "SQLite file for received data, or clickhouse://HOST:PORT/DATABASE; clickhouses "
-                  "for TLS")
-      ->type_name("STORE")
-      ->required(isRequired);
-  program
-      .add_option("--store-credentials", options.credentials,
-                  "file with one line user:password for ClickHouse")
-      ->type_name("FILE");
-  program.add_flag("--create", options.isCreated, "create the tables that ClickHouse lacks");
+void addBatchOptions(CLI::App& program, collector::CollectorOptions& options) {
   program
       .add_option("--batch-time", options.batchMilliseconds,
-                  "how long a package waits at most for others, which ClickHouse stores with it "
-                  "(500)")
+                  "how long a package waits for others, which ClickHouse stores with it (500)")
       ->check(CLI::Range(200, 1000))
       ->type_name("MILLISECONDS");
   program
       .add_option("--batch-rows", options.batchRows,
-                  "how many rows that wait are stored at once (30000)")
+                  "how many waiting rows ClickHouse stores without more waiting (30000)")
       ->check(CLI::Range(1, 1'000'000))
       ->type_name("NUMBER");
 }
@@ -66,7 +55,9 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
-  addStoreOptions(program, options.store, areRequired);
+  collector::addStoreOptions(program, options.store, areRequired);
+  collector::addCreateOption(program, options.store);
+  addBatchOptions(program, options);
   program
       .add_option("--retention", options.retentionDays,
                   "delete rows that were received more than this number of days ago")
@@ -87,17 +78,20 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
 int run(const tools::Arguments& arguments) {
   collector::CollectorOptions options;
   collector::EraseOptions eraseOptions;
-  const bool erases = !arguments.empty() && arguments.front() == "erase";
+  collector::ImportOptions importOptions;
+  const std::string command = arguments.empty() ? "" : arguments.front();
+  const bool collects = command != "erase" && command != "import";
   CLI::App program(
       "Receives analytics packages over HTTPS and stores them in an SQLite file or in ClickHouse.",
       programName);
-  addOptions(program, options, !erases);
+  addOptions(program, options, collects);
   collector::addEraseCommand(program, eraseOptions);
+  collector::addImportCommand(program, importOptions);
   if (!tools::readCommandLine(program, arguments)) {
     return EXIT_SUCCESS;
   }
-  if (erases) {
-    return collector::erase(eraseOptions);
+  if (!collects) {
+    return command == "erase" ? collector::erase(eraseOptions) : collector::importStore(importOptions);
   }
   collector::collect(options);
   return EXIT_SUCCESS;
