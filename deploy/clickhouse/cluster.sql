@@ -28,7 +28,7 @@ CREATE TABLE IF NOT EXISTS events_local ON CLUSTER analytics (
 ) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/events', '{replica}', precedence)
 PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
 
-CREATE TABLE IF NOT EXISTS events ON CLUSTER analytics AS events_local
+CREATE TABLE IF NOT EXISTS events ON CLUSTER analytics AS analytics.events_local
 ENGINE = Distributed(analytics, analytics, events_local, sipHash64(session));
 
 CREATE TABLE IF NOT EXISTS environments_local ON CLUSTER analytics (
@@ -48,7 +48,7 @@ CREATE TABLE IF NOT EXISTS environments_local ON CLUSTER analytics (
 ) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/environments', '{replica}', precedence)
 ORDER BY key;
 
-CREATE TABLE IF NOT EXISTS environments ON CLUSTER analytics AS environments_local
+CREATE TABLE IF NOT EXISTS environments ON CLUSTER analytics AS analytics.environments_local
 ENGINE = Distributed(analytics, analytics, environments_local, sipHash64(session));
 
 CREATE TABLE IF NOT EXISTS refused_local ON CLUSTER analytics (
@@ -63,7 +63,7 @@ CREATE TABLE IF NOT EXISTS refused_local ON CLUSTER analytics (
 ) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/refused', '{replica}', precedence)
 ORDER BY key;
 
-CREATE TABLE IF NOT EXISTS refused ON CLUSTER analytics AS refused_local
+CREATE TABLE IF NOT EXISTS refused ON CLUSTER analytics AS analytics.refused_local
 ENGINE = Distributed(analytics, analytics, refused_local, sipHash64(key));
 
 CREATE TABLE IF NOT EXISTS schema_version ON CLUSTER analytics (

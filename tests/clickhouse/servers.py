@@ -143,6 +143,12 @@ class ZooKeeper:
                               "org.apache.zookeeper.server.quorum.QuorumPeerMain", self.directory / "zoo.cfg"],
                              self.directory / "output")
         self.server.wait_for(self.port)
+        wait_until(self.is_serving, "ZooKeeper's start")
+
+    def is_serving(self):
+        with socket.create_connection(("127.0.0.1", self.port), 5) as connection:
+            connection.sendall(b"srvr")
+            return b"Mode" in connection.recv(4096)
 
     def kill(self):
         self.server.kill()
