@@ -136,7 +136,7 @@ class ZooKeeper:
         self.directory.mkdir(parents=True)
         (self.port,) = free_ports(1)
         (self.directory / "zoo.cfg").write_text(
-            f"tickTime=2000\ndataDir={self.directory}\nclientPort={self.port}\nclientPortAddress=127.0.0.1\n"
+            f"tickTime=500\ndataDir={self.directory}\nclientPort={self.port}\nclientPortAddress=127.0.0.1\n"
             "admin.enableServer=false\n")
         (self.directory / "log4j.properties").write_text("log4j.rootLogger=OFF\n")
         self.server = Server(["java", "-cp", f"{self.directory}:/usr/share/java/zookeeper.jar",

@@ -274,7 +274,8 @@ class BadStoreTest(ClickHouseTest):
 class ClusterTest(ClickHouseTest):
     """Two replicas of one shard, each insert confirmed by both."""
 
-    CONFIG = """<zookeeper><node><host>127.0.0.1</host><port>{zookeeper}</port></node></zookeeper>
+    CONFIG = """<zookeeper><node><host>127.0.0.1</host><port>{zookeeper}</port></node>
+        <session_timeout_ms>2000</session_timeout_ms></zookeeper>
       <distributed_ddl><path>/clickhouse/task_queue/ddl</path></distributed_ddl>
       <macros><shard>1</shard><replica>{replica}</replica></macros>
       <remote_servers><analytics><shard><internal_replication>true</internal_replication>

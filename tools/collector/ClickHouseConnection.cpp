@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <new>
+#include <thread>
 #include <utility>
 
 #include <curl/curl.h>
@@ -19,6 +20,10 @@ using std::chrono::steady_clock;
 
 constexpr std::size_t largestAnswer = std::size_t{64} << 20;
 constexpr milliseconds longestConnecting{2000};
+
+/// Older versions confirm only one insert at a time with a quorum.
+constexpr std::string_view waitsForQuorum = "Code: 286";
+constexpr milliseconds pause{20};
 
 struct CurlEnd {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
@@ -119,18 +124,33 @@ ClickHouseConnection::ClickHouseConnection(ClickHouseAccess access)
 ClickHouseConnection::~ClickHouseConnection() = default;
 
 std::string ClickHouseConnection::run(const std::string& statement, Deadline deadline) {
-  return exchange("database=" + access_.database + "&wait_end_of_query=1", statement, deadline);
+  return result("database=" + access_.database, statement, deadline);
 }
 
 std::string ClickHouseConnection::runOutside(const std::string& statement, Deadline deadline) {
-  return exchange("wait_end_of_query=1", statement, deadline);
+  return result("database=system", statement, deadline);
+}
+
+std::string ClickHouseConnection::result(const std::string& parameters,
+                                         const std::string& statement, Deadline deadline) {
+  // ClickHouse begins its answer only after the whole result is known, so the status is right.
+  std::string answer = exchange(parameters + "&wait_end_of_query=1", statement, deadline);
+  if (transfer_->status() != 200) {
+    fail(shortenedError(answer));
+  }
+  return answer;
 }
 
 void ClickHouseConnection::insert(const std::string& statement, std::string_view rows,
                                   Deadline deadline) {
-  const std::string answer = exchange(
-      "database=" + access_.database + "&query=" + encodedForUrl(statement), rows, deadline);
-  if (!answer.empty()) {  // an error after the head of the answer was sent
+  const std::string parameters =
+      "database=" + access_.database + "&query=" + encodedForUrl(statement);
+  std::string answer = exchange(parameters, rows, deadline);
+  while (answer.starts_with(waitsForQuorum) && steady_clock::now() + pause < deadline) {
+    std::this_thread::sleep_for(pause);
+    answer = exchange(parameters, rows, deadline);
+  }
+  if (!answer.empty()) {
     fail(shortenedError(answer));
   }
 }
@@ -158,8 +178,8 @@ std::string ClickHouseConnection::exchange(const std::string& parameters, std::s
   if (const std::string failure = transfer_->perform(); !failure.empty()) {
     fail(failure);
   }
-  if (transfer_->status() != 200) {
-    fail(shortenedError(answer));
+  if (transfer_->status() != 200 && answer.empty()) {
+    fail("status " + std::to_string(transfer_->status()));
   }
   return answer;
 }

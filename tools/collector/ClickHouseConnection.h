@@ -38,6 +38,9 @@ class ClickHouseConnection {
  private:
   class Transfer;
 
+  std::string result(const std::string& parameters, const std::string& statement,
+                     Deadline deadline);
+  /// The text of the answer, whatever its status.
   std::string exchange(const std::string& parameters, std::string_view body, Deadline deadline);
 
   const ClickHouseAccess access_;
