@@ -22,10 +22,10 @@ ClickHouseErasure::ClickHouseErasure(const ClickHouseAccess& access,
     : connection_(access) {
   checkSchema(connection_, steady_clock::now() + longestStatement);
   if (installation.empty()) {
-    conditions_.fill("user = " + quoted(user));
+    conditions_.fill("user = " + sqlLiteral(user));
   } else {
-    conditions_.fill("installation = " + quoted(installation));
-    conditions_.back() = "position(text, " + quoted('"' + installation + '"') + ") > 0";
+    conditions_.fill("installation = " + sqlLiteral(installation));
+    conditions_.back() = "position(text, " + sqlLiteral('"' + installation + '"') + ") > 0";
   }
 }
 

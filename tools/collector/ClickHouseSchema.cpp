@@ -59,7 +59,7 @@ std::map<std::string, std::string> columnsOf(ClickHouseConnection& connection,
   for (const auto& row :
        rowsOf(connection.run("SELECT name, type FROM system.columns WHERE database = "
                              "currentDatabase() AND table = " +
-                                 quoted(table) + " FORMAT TSVRaw",
+                                 sqlLiteral(table) + " FORMAT TSVRaw",
                              deadline))) {
     columns.emplace(row.at(0), row.at(1));
   }
@@ -72,7 +72,7 @@ std::vector<std::string> engineOf(ClickHouseConnection& connection, const std::s
   const auto rows = rowsOf(connection.run(
       "SELECT name, engine, sorting_key, engine_full FROM system.tables WHERE database = "
       "currentDatabase() AND name = " +
-          quoted(table) + " FORMAT TSVRaw",
+          sqlLiteral(table) + " FORMAT TSVRaw",
       deadline));
   return rows.empty() || rows.front().size() < 4 ? std::vector<std::string>() : rows.front();
 }
@@ -151,7 +151,7 @@ void createSchema(ClickHouseConnection& connection, Deadline deadline) {
 void checkSchema(ClickHouseConnection& connection, Deadline deadline) {
   const std::string& database = connection.access().database;
   if (connection
-          .runOutside("SELECT name FROM system.databases WHERE name = " + quoted(database),
+          .runOutside("SELECT name FROM system.databases WHERE name = " + sqlLiteral(database),
                       deadline)
           .empty()) {
     connection.fail("there is no such database; --create creates it");
@@ -183,7 +183,7 @@ std::string deletionFrom(ClickHouseConnection& connection, const std::string& ta
     std::getline(parameters, cluster, ',');
     std::getline(parameters >> std::ws, database, ',');
     std::getline(parameters >> std::ws, local, ',');
-    place = database + '.' + local + " ON CLUSTER " + quoted(cluster);
+    place = database + '.' + local + " ON CLUSTER " + sqlLiteral(cluster);
   }
   return "ALTER TABLE " + place + " DELETE WHERE ";
 }

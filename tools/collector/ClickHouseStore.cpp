@@ -87,7 +87,7 @@ void ClickHouseStore::remove(const std::string& table, const std::string& condit
   };
   const std::string unfinished =
       "system.mutations WHERE database = currentDatabase() AND is_done = 0 AND table LIKE " +
-      quoted(table + '%');
+      sqlLiteral(table + '%');
   if (numberOf(table + " WHERE " + condition) > 0 && numberOf(unfinished) == 0) {
     connection_.run(deletionFrom(connection_, table, deadline) + condition, deadline);
   }

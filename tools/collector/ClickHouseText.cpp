@@ -19,7 +19,7 @@ bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7
 
 }  // namespace
 
-std::string quoted(std::string_view text) {
+std::string sqlLiteral(std::string_view text) {
   std::string literal = "'";
   for (const char c : text) {
     if (c == '\'' || c == '\\') {

@@ -6,7 +6,7 @@
 namespace qel::collector {
 
 /// The text as a literal of ClickHouse's SQL, with its quotation marks. No text ends the literal.
-std::string quoted(std::string_view text);
+std::string sqlLiteral(std::string_view text);
 
 /// The text as a part of a URL.
 std::string encodedForUrl(std::string_view text);
