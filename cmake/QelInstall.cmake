@@ -141,6 +141,8 @@ if(TARGET qel-collector)
   install(FILES deploy/collector/qel-collector.service DESTINATION lib/systemd/system COMPONENT collector)
   install(FILES deploy/collector/haproxy.cfg DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qel-collector/examples
           COMPONENT collector)
+  install(DIRECTORY deploy/clickhouse DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qel-collector/examples
+          COMPONENT collector)
 endif()
 
 if(MINGW AND libraryType STREQUAL SHARED_LIBRARY)

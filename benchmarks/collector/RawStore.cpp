@@ -12,6 +12,7 @@
 
 #include "benchmarks/collector/Rows.h"
 #include "tools/collector/PackageReader.h"
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteSchema.h"
 
 namespace qel::benchmarks {

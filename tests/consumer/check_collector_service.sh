@@ -22,9 +22,9 @@ fi
 
 # Every option is completed and has a description in the manual page.
 program=$root/usr/bin/qel-collector
-for command in "" erase; do
+for command in "" erase import; do
   # shellcheck disable=SC2086
-  options=$("$program" $command --help | grep -o -e '--[a-z]*' | sort -u)
+  options=$("$program" $command --help | grep -o -e '--[a-z][a-z-]*' | sort -u)
   for option in $options; do
     grep -q -e "$option\b" "$root/usr/share/bash-completion/completions/qel-collector.bash" ||
       { echo "$option is not completed" && exit 1; }

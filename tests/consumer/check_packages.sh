@@ -25,7 +25,7 @@ expect_dependencies libqelanalytics-dev_*.deb libqelanalytics
 expect_dependencies libqelanalytics-c_*.deb libqelanalytics libstdc++6
 expect_dependencies qel-analytics-tools_*.deb libqelanalytics libsqlite3-0 libutf8proc
 dpkg-deb --control qel-collector_*.deb "$work/scripts"
-expect_dependencies qel-collector_*.deb adduser libcrypt1 libqelanalytics libsqlite3-0 libssl3 libutf8proc
+expect_dependencies qel-collector_*.deb adduser libcrypt1 libcurl4 libqelanalytics libsqlite3-0 libssl3 libutf8proc
 if ls *.deb 2>/dev/null; then
   echo "is no package that is expected" && exit 1
 fi
@@ -35,6 +35,7 @@ for script in postinst prerm postrm; do
 done
 for file in lib/systemd/system/qel-collector.service share/man/man1/qel-collector.1 \
   share/bash-completion/completions/qel-collector.bash share/doc/qel-collector/examples/haproxy.cfg \
+  share/doc/qel-collector/examples/clickhouse/single.sql \
   share/doc/qel-analytics/THIRD-PARTY-NOTICES.md share/doc/qel-analytics/examples/cpp/main.cpp; do
   [ -f "$work/root/usr/$file" ]
 done

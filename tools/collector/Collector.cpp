@@ -16,8 +16,6 @@
 #include "tools/collector/Page.h"
 #include "tools/collector/Reload.h"
 #include "tools/collector/Server.h"
-#include "tools/collector/SqliteReader.h"
-#include "tools/collector/SqliteStore.h"
 #include "tools/collector/Stopping.h"
 #include "tools/common/InputError.h"
 
@@ -31,14 +29,17 @@ void logLine(const std::string& message) {
   log::LogManager::instance().getLogger("qel.collector")->log(log::Level::Info, message);
 }
 
-std::unique_ptr<StoreReader> openReader(const CollectorOptions& options) {
-  return std::make_unique<SqliteReader>(pathFromUtf8(options.store));
-}
-
 void print(const std::string& line) { std::cout << line << '\n' << std::flush; }
 
 WriterSettings writerSettings(const CollectorOptions& options) {
   WriterSettings settings;
+  if (parseClickHouse("--store", options.store.store)) {
+    settings.batchTime = std::chrono::milliseconds(options.batchMilliseconds.value_or(500));
+    settings.batchRows = options.batchRows.value_or(30'000);
+  } else {
+    rejectForFile("--batch-time", options.batchMilliseconds.has_value());
+    rejectForFile("--batch-rows", options.batchRows.has_value());
+  }
   if (options.retentionDays > 0) {
     settings.retention = std::chrono::hours(24) * options.retentionDays;
   }
@@ -48,7 +49,7 @@ WriterSettings writerSettings(const CollectorOptions& options) {
 /// The parts of a running collector.
 class Collector {
  public:
-  Collector(const CollectorOptions& options, SqliteStore& store)
+  Collector(const CollectorOptions& options, Store& store)
       : options_(options),
         listen_(tools::parseEndpoint("--listen", options.listen, 0)),
         users_(readUsers(options.credentials)),
@@ -87,7 +88,7 @@ class Collector {
     if (!readers_) {
       return nullptr;
     }
-    auto page = std::make_unique<Page>([this] { return openReader(options_); },
+    auto page = std::make_unique<Page>([this] { return openReader(options_.store); },
                                        [this] { return toTable(metrics()); });
     return std::make_unique<ReaderAccess>(std::move(page), readers_, tls_);
   }
@@ -154,7 +155,7 @@ class Collector {
   std::shared_ptr<Users> users_;
   std::shared_ptr<Users> readers_;  ///< null: no page
   /// @}
-  SqliteStore& store_;
+  Store& store_;
   const TlsContext tls_;
   Metrics metrics_;
   StoreWriter writer_;
@@ -176,7 +177,7 @@ void collect(const CollectorOptions& options) {
   log::LogManager::instance().configure(logging);
   Signals signals;
   // May upgrade the store for minutes. What ends it earlier loses nothing.
-  std::optional<SqliteStore> store(pathFromUtf8(options.store));
+  auto store = openStore(options.store);
   signals.blockStop();
   std::optional<StopDeadline> deadline;
   {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/collector/OpenStore.h"
 #include "tools/collector/Users.h"
 
 namespace qel::collector {
@@ -16,7 +18,9 @@ struct CollectorOptions {
   std::string certificate;
   std::string key;
   std::string credentials;
-  std::string store;
+  StoreOptions store;
+  std::optional<std::uint32_t> batchMilliseconds;  ///< only for ClickHouse, as `batchRows`
+  std::optional<std::size_t> batchRows;
   std::uint32_t retentionDays = 0;  ///< 0: unlimited
   UserLimits userLimits;
 };

@@ -1,5 +1,6 @@
 #include "tools/collector/EraseCommand.h"
 
+#include <array>
 #include <iostream>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include <unistd.h>
 
 #include "host/QelUtilities/PathText.h"
+#include "tools/collector/ClickHouseErasure.h"
 #include "tools/collector/SqliteExecution.h"
 #include "tools/collector/SqliteRemoval.h"
 #include "tools/collector/SqliteSchema.h"
@@ -64,14 +66,39 @@ class Erasure {
   const std::string value_;
 };
 
-bool isAgreed() {
+/// Prints what is to be erased, and asks.
+bool isAgreed(const EraseOptions& options, const std::array<std::int64_t, 3>& counts) {
+  std::cout << "events " << counts[0] << ", environments " << counts[1] << ", refused texts "
+            << counts[2] << '\n';
+  if (options.isConfirmed) {
+    return true;
+  }
   if (::isatty(STDIN_FILENO) == 0) {
     throw tools::InputError("nobody can be asked without a terminal; --yes erases without asking");
   }
   std::cout << "Erase them? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
-  return answer == "y" || answer == "yes";
+  if (answer == "y" || answer == "yes") {
+    return true;
+  }
+  std::cout << "nothing is erased\n";
+  return false;
+}
+
+void report(std::int64_t erased) {
+  std::cout << "erased " << erased << (erased == 1 ? " row\n" : " rows\n");
+}
+
+int eraseFrom(const ClickHouseAccess& access, const EraseOptions& options) {
+  ClickHouseErasure erasure(access, options.installation, options.user);
+  const auto counts = erasure.count();
+  if (!isAgreed(options, counts)) {
+    return 1;
+  }
+  erasure.run();
+  report(counts[0] + counts[1] + counts[2]);
+  return 0;
 }
 
 }  // namespace
@@ -79,9 +106,7 @@ bool isAgreed() {
 void addEraseCommand(CLI::App& program, EraseOptions& options) {
   CLI::App* const command =
       program.add_subcommand("erase", "Erases what an installation or a user has sent.");
-  command->add_option("--store", options.store, "the collector's SQLite file")
-      ->type_name("FILE")
-      ->required();
+  addStoreOptions(*command, options.store, true);
   command->add_option("--installation", options.installation, "the InstallationId of the rows")
       ->type_name("ID");
   command->add_option("--user", options.user, "the user who sent the rows first")
@@ -94,7 +119,10 @@ int erase(const EraseOptions& options) {
   if (isUser == options.user.empty()) {
     throw tools::InputError("either --installation or --user is required");
   }
-  SqliteConnection connection(utilities::pathFromUtf8(options.store),
+  if (const auto access = clickHouseAccess(options.store)) {
+    return eraseFrom(*access, options);
+  }
+  SqliteConnection connection(utilities::pathFromUtf8(options.store.store),
                               SqliteConnection::Missing::Fail);
   prepareSchema(connection);
   const std::string value = isUser ? options.user : options.installation;
@@ -104,10 +132,7 @@ int erase(const EraseOptions& options) {
   Erasure environments(connection, summaries, "environments", condition, value);
   Erasure refused(connection, summaries, "refused",
                   isUser ? condition : "instr(text, CAST('\"' || ? || '\"' AS BLOB)) > 0", value);
-  std::cout << "events " << events.count() << ", environments " << environments.count()
-            << ", refused texts " << refused.count() << '\n';
-  if (!options.isConfirmed && !isAgreed()) {
-    std::cout << "nothing is erased\n";
+  if (!isAgreed(options, {events.count(), environments.count(), refused.count()})) {
     return 1;
   }
   const auto erased = events.run() + environments.run() + refused.run();
@@ -115,7 +140,7 @@ int erase(const EraseOptions& options) {
   if (!connection.truncateLog()) {
     connection.fail("the rows are deleted, but a reader keeps them in the log; repeat this later");
   }
-  std::cout << "erased " << erased << (erased == 1 ? " row\n" : " rows\n");
+  report(erased);
   return 0;
 }
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tools/collector/OpenStore.h"
+
 namespace CLI {
 class App;
 }
@@ -9,7 +11,7 @@ class App;
 namespace qel::collector {
 
 struct EraseOptions {
-  std::string store;
+  StoreOptions store;
   std::string installation;  ///< empty: erases what `user` sent
   std::string user;
   bool isConfirmed = false;
@@ -19,8 +21,8 @@ struct EraseOptions {
 void addEraseCommand(CLI::App& program, EraseOptions& options);
 
 /// Prints how many rows belong to an installation or were first sent by a user, asks on the
-/// terminal unless confirmed, and deletes them. Works in small transactions, so a collector can use
-/// the store at the same time. Deleted bytes are overwritten, and the log is emptied.
+/// terminal unless confirmed, and deletes them. Collectors can use the store at the same time. In
+/// an SQLite file the deleted bytes are overwritten, and the log is emptied.
 ///
 /// A refused text belongs to an installation if it contains the installation's ID in quotation
 /// marks.

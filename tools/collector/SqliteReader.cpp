@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteExecution.h"
 #include "tools/collector/SqliteFigures.h"
 #include "tools/collector/SqliteSchema.h"

@@ -1,5 +1,6 @@
 #include "tools/collector/SqliteRemoval.h"
 
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteSchema.h"
 
 namespace qel::collector {

@@ -1,12 +1,12 @@
 #include "tools/collector/SqliteSchema.h"
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
 #include <sqlite3.h>
 
 #include "host/QelLog/LogManager.h"
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteExecution.h"
 #include "tools/collector/SqliteSummaries.h"
 
@@ -16,7 +16,6 @@ namespace {
 /// "qelc": distinguishes a store from other SQLite files.
 constexpr std::int64_t applicationId = 0x71656c63;
 constexpr std::int64_t currentVersion = 2;
-constexpr std::size_t sessionBytes = 8;
 
 /// The key's column was called `digest` in version 0. Statements of a program that knows only
 /// version 0 therefore fail, and cannot store a text with its old key.
@@ -128,22 +127,6 @@ bool isCurrent(SqliteConnection& connection) {
 }
 
 }  // namespace
-
-Sha256 keyOf(std::optional<std::string_view> session, const Sha256& digest) {
-  if (!session) {
-    return digest;
-  }
-  Sha256 key = sha256(*session);
-  std::copy(digest.begin(), digest.end() - sessionBytes, key.begin() + sessionBytes);
-  return key;
-}
-
-KeyRange keysOf(std::string_view session) {
-  KeyRange keys{sha256(session), sha256(session)};
-  std::fill(keys.first.begin() + sessionBytes, keys.first.end(), std::uint8_t{0});
-  std::fill(keys.last.begin() + sessionBytes, keys.last.end(), std::uint8_t{0xff});
-  return keys;
-}
 
 void requireCurrentVersion(SqliteConnection& connection) {
   if (!isCurrent(connection)) {

@@ -8,6 +8,7 @@
 #include <sqlite3.h>
 
 #include "host/QelLog/LogManager.h"
+#include "tools/collector/RowKey.h"
 #include "tools/collector/SqliteExecution.h"
 
 namespace qel::collector {

@@ -53,8 +53,9 @@ class Store {
  public:
   virtual ~Store() = default;
 
-  /// Stores all packages in one transaction. When it returns, all are durable. Throws `StoreError`
-  /// if that fails or takes longer than until the deadline; then no part of them is stored.
+  /// Stores all packages at once. When it returns, all are stored. Throws `StoreError` if that
+  /// fails or takes longer than until the deadline. Then nothing is stored, or, in a store without
+  /// transactions, any part of them. No packages: checks whether the store takes some.
   virtual void add(const Uploads& uploads, std::chrono::steady_clock::time_point deadline) = 0;
 
   /// Deletes some of the rows that were received before this time. Returns whether there may be

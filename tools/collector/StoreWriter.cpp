@@ -19,6 +19,11 @@ constexpr auto pauseAfterFailure = 2s;
 constexpr auto shortPause = 50ms;
 constexpr auto longPause = 10min;
 
+std::size_t rowsOf(const Upload& upload) {
+  const Package& package = upload.package;
+  return package.environments.size() + package.events.size() + package.refused.size();
+}
+
 }  // namespace
 
 StoreWriter::StoreWriter(Store& store, const WriterSettings& settings)
@@ -36,14 +41,15 @@ StoreWriter::~StoreWriter() {
   }
   thread_.join();
   const auto failure = std::make_exception_ptr(StoreError("the collector stops"));
-  for (const auto& [upload, done] : waiting_) {
-    done(failure);
+  for (const auto& item : waiting_) {
+    item.done(failure);
   }
 }
 
 void StoreWriter::add(std::shared_ptr<const Upload> upload, Done done) {
   const utilities::MutexLock lock(mutex_);
-  waiting_.push_back({std::move(upload), std::move(done)});
+  waitingRows_ += rowsOf(*upload);
+  waiting_.push_back({std::move(upload), std::move(done), steady_clock::now()});
   changed_.notifyAll();
 }
 
@@ -75,6 +81,7 @@ std::optional<StoreWriter::Batch> StoreWriter::nextBatch() {
       std::min(nextRemoval_, steady_clock::now() + (succeeded_ ? longPause : pauseAfterFailure));
   changed_.waitUntil(lock, end,
                      [this]() QEL_REQUIRES(mutex_) { return isStopping_ || !waiting_.empty(); });
+  waitForRows(lock);
   if (isStopping_) {
     return std::nullopt;
   }
@@ -85,10 +92,21 @@ std::optional<StoreWriter::Batch> StoreWriter::nextBatch() {
     if (!batch.empty() && bytes > largestWrite_) {
       break;
     }
+    waitingRows_ -= rowsOf(*waiting_.front().upload);
     batch.push_back(std::move(waiting_.front()));
     waiting_.pop_front();
   }
   return batch;
+}
+
+/// Waits until the packages that wait make a large transaction, or the first has waited long.
+void StoreWriter::waitForRows(utilities::MutexLock& lock) {
+  if (!waiting_.empty()) {
+    changed_.waitUntil(lock, waiting_.front().arrival + settings_.batchTime,
+                       [this]() QEL_REQUIRES(mutex_) {
+                         return isStopping_ || waitingRows_ >= settings_.batchRows;
+                       });
+  }
 }
 
 void StoreWriter::store(const Batch& batch) {
@@ -99,8 +117,8 @@ void StoreWriter::store(const Batch& batch) {
   const auto deadline = steady_clock::now() + settings_.longestWrite;
   const Result result = attempt(uploads, deadline);
   if (result.isFaultOfUploads && batch.size() > 1) {
-    for (const auto& [upload, done] : batch) {
-      done(attempt({upload}, deadline).failure);
+    for (const auto& item : batch) {
+      item.done(attempt({item.upload}, deadline).failure);
     }
     return;
   }

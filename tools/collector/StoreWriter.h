@@ -20,6 +20,12 @@ struct WriterSettings {
   std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
   std::size_t largestWrite = std::size_t{48} << 20;  ///< memory of the uploads in one transaction
   std::optional<std::chrono::hours> retention;       ///< older rows are deleted
+  /// A transaction begins when packages with `batchRows` rows wait, or one of them waits for
+  /// `batchTime`.
+  /// @{
+  std::chrono::milliseconds batchTime{0};
+  std::size_t batchRows = 0;
+  /// @}
 };
 
 /// The one thread that uses the store. It stores all packages that wait in one transaction, and
@@ -53,6 +59,7 @@ class StoreWriter {
   struct Waiting {
     std::shared_ptr<const Upload> upload;
     Done done;
+    std::chrono::steady_clock::time_point arrival;
   };
   using Batch = std::vector<Waiting>;
   struct Result {
@@ -62,6 +69,7 @@ class StoreWriter {
 
   void run();
   std::optional<Batch> nextBatch();
+  void waitForRows(utilities::MutexLock& lock) QEL_REQUIRES(mutex_);
   void store(const Batch& batch);
   Result attempt(const Uploads& uploads, std::chrono::steady_clock::time_point deadline);
   void removeOldRows();
@@ -79,6 +87,7 @@ class StoreWriter {
   mutable utilities::Mutex mutex_;
   utilities::Condition changed_;
   std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);
+  std::size_t waitingRows_ QEL_GUARDED_BY(mutex_) = 0;
   bool isStopping_ QEL_GUARDED_BY(mutex_) = false;
   bool succeeded_ QEL_GUARDED_BY(mutex_) = true;
   /// Of the transaction in progress.

@@ -34,7 +34,7 @@ void checkHash(const std::string& hash, std::set<std::string>& knownParameters) 
 
 }  // namespace
 
-std::vector<UserLine> readUsers(std::istream& lines, const std::string& name) {
+std::vector<UserLine> readUsers(std::istream& lines, const std::string& name, Secrets secrets) {
   std::vector<UserLine> users;
   std::set<std::string> names;
   std::set<std::string> parameters;
@@ -52,7 +52,7 @@ std::vector<UserLine> readUsers(std::istream& lines, const std::string& name) {
       if (!names.insert(users.back().user).second) {
         throw tools::InputError("names a user for the second time");
       }
-      if (isHash(users.back().secret)) {
+      if (secrets == Secrets::PlainOrHashed && isHash(users.back().secret)) {
         checkHash(users.back().secret, parameters);
       }
     } catch (const tools::InputError& error) {
@@ -65,7 +65,7 @@ std::vector<UserLine> readUsers(std::istream& lines, const std::string& name) {
   return users;
 }
 
-std::vector<UserLine> readUsers(const std::filesystem::path& file) {
+std::vector<UserLine> readUsers(const std::filesystem::path& file, Secrets secrets) {
   const std::string name = utilities::utf8FromPath(file);
   std::ifstream lines(file);
   // Opening a directory succeeds, but reading it fails.
@@ -81,7 +81,7 @@ std::vector<UserLine> readUsers(const std::filesystem::path& file) {
         ->log(log::Level::Warning, "other users of this machine may open " + name +
                                        ", which contains secrets: remove their access");
   }
-  return readUsers(lines, name);
+  return readUsers(lines, name, secrets);
 }
 
 }  // namespace qel::collector

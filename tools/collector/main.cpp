@@ -5,6 +5,7 @@
 
 #include "tools/collector/Collector.h"
 #include "tools/collector/EraseCommand.h"
+#include "tools/collector/ImportCommand.h"
 #include "tools/common/Program.h"
 
 namespace {
@@ -19,6 +20,19 @@ CLI::Validator positive() {
     return CLI::PositiveNumber(text).empty() ? "" : "must be positive";
   };
   return {objection, ""};
+}
+
+void addBatchOptions(CLI::App& program, collector::CollectorOptions& options) {
+  program
+      .add_option("--batch-time", options.batchMilliseconds,
+                  "how long a package waits for others, which ClickHouse stores with it (500)")
+      ->check(CLI::Range(200, 1000))
+      ->type_name("MILLISECONDS");
+  program
+      .add_option("--batch-rows", options.batchRows,
+                  "how many waiting rows ClickHouse stores without more waiting (30000)")
+      ->check(CLI::Range(1, 1'000'000))
+      ->type_name("NUMBER");
 }
 
 void addOptions(CLI::App& program, collector::CollectorOptions& options, bool areRequired) {
@@ -45,7 +59,9 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
   addFile("--certificate", options.certificate, "the server's certificate and its chain (PEM)");
   addFile("--key", options.key, "the certificate's private key (PEM)");
   addFile("--credentials", options.credentials, "allowed users, one user:secret per line");
-  addFile("--store", options.store, "SQLite file for received data");
+  collector::addStoreOptions(program, options.store, areRequired);
+  collector::addCreateOption(program, options.store);
+  addBatchOptions(program, options);
   program
       .add_option("--retention", options.retentionDays,
                   "delete rows that were received more than this number of days ago")
@@ -66,16 +82,20 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
 int run(const tools::Arguments& arguments) {
   collector::CollectorOptions options;
   collector::EraseOptions eraseOptions;
-  const bool erases = !arguments.empty() && arguments.front() == "erase";
-  CLI::App program("Receives analytics packages over HTTPS and stores them in an SQLite file.",
-                   programName);
-  addOptions(program, options, !erases);
+  collector::ImportOptions importOptions;
+  const std::string command = arguments.empty() ? "" : arguments.front();
+  const bool collects = command != "erase" && command != "import";
+  CLI::App program(
+      "Receives analytics packages over HTTPS and stores them in an SQLite file or in ClickHouse.",
+      programName);
+  addOptions(program, options, collects);
   collector::addEraseCommand(program, eraseOptions);
+  collector::addImportCommand(program, importOptions);
   if (!tools::readCommandLine(program, arguments)) {
     return EXIT_SUCCESS;
   }
-  if (erases) {
-    return collector::erase(eraseOptions);
+  if (!collects) {
+    return command == "erase" ? collector::erase(eraseOptions) : collector::importStore(importOptions);
   }
   collector::collect(options);
   return EXIT_SUCCESS;

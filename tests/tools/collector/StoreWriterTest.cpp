@@ -63,17 +63,18 @@ class StoreWriterTest : public Test {
  protected:
   StoreWriterTest() { writer_.emplace(store_, WriterSettings{200ms, 900, 24h}); }
 
-  void add(const std::string& user) {
-    writer_->add(std::make_shared<const Upload>(R"({"version": "3.1"})", user),
-                 [this, user](const std::exception_ptr& failure) {
-                   const utilities::MutexLock lock(mutex_);
-                   done_[user] = "stored";
-                   try {
-                     failure ? std::rethrow_exception(failure) : void();
-                   } catch (const std::exception& error) {
-                     done_[user] = error.what();
-                   }
-                 });
+  void add(const std::string& user, const std::string& rows = "") {
+    writer_->add(
+        std::make_shared<const Upload>(R"({"version": "3.1", "events": [)" + rows + "]}", user),
+        [this, user](const std::exception_ptr& failure) {
+          const utilities::MutexLock lock(mutex_);
+          done_[user] = "stored";
+          try {
+            failure ? std::rethrow_exception(failure) : void();
+          } catch (const std::exception& error) {
+            done_[user] = error.what();
+          }
+        });
   }
   /// Lets packages wait while a transaction is held.
   void addTogether(const std::string& users) {
@@ -109,6 +110,28 @@ TEST_F(StoreWriterTest, StoresWhatWaitsInTransactionsOfALimitedSize) {
   EXPECT_THAT(store_.transactions(), ElementsAre("0", "abc", "de"));
   EXPECT_EQ(writer_->queued(), 0U);
   EXPECT_TRUE(test::waitUntil([this] { return store_.removals() == 3; }));
+}
+
+TEST_F(StoreWriterTest, CollectsRowsUntilTheyAreManyOrHaveWaitedLong) {
+  WriterSettings settings;
+  settings.batchTime = 1h;
+  settings.batchRows = 3;
+  writer_.reset();
+  writer_.emplace(store_, settings);
+  add("a", "{}");
+  add("b", "{},1");
+  EXPECT_THAT(doneWith(2), SizeIs(2));
+  add("c", "{}");
+  add("d", "{},{\"a\":1},{}");  // two different rows
+  EXPECT_THAT(doneWith(4), SizeIs(4));
+  EXPECT_THAT(store_.transactions(), ElementsAre("ab", "cd"));
+  writer_.reset();
+  settings.batchTime = 200ms;
+  writer_.emplace(store_, settings);
+  const auto begin = std::chrono::steady_clock::now();
+  add("e", "{}");
+  doneWith(5);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, 200ms);
 }
 
 TEST_F(StoreWriterTest, LetsAPackageThatCannotBeStoredFailAlone) {

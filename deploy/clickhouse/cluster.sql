@@ -1,0 +1,75 @@
+-- The tables of a store on several ClickHouse servers: replicas of each shard, which ZooKeeper (or ClickHouse Keeper)
+-- coordinates, and distributed tables before them. Run it once, on one of the servers:
+--
+--   clickhouse-client --multiquery --database analytics < cluster.sql
+--
+-- The cluster and the database are both called "analytics"; the database must exist on each server. The configuration of
+-- the servers names the cluster, in which each shard has internal_replication, and the macros {shard} and {replica}.
+-- single.sql describes the columns.
+
+CREATE TABLE IF NOT EXISTS events_local ON CLUSTER analytics (
+  key FixedString(24),
+  received DateTime('UTC'),
+  received_ms UInt16,
+  user String,
+  count UInt32,
+  precedence UInt64,
+  text String,
+  session String,
+  installation String,
+  day Date,
+  time DateTime('UTC'),
+  time_ms UInt16,
+  category String,
+  subcategory String,
+  event String,
+  detail_keys Array(String),
+  detail_values Array(String)
+) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/events', '{replica}', precedence)
+PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
+
+CREATE TABLE IF NOT EXISTS events ON CLUSTER analytics AS analytics.events_local
+ENGINE = Distributed(analytics, analytics, events_local, sipHash64(session));
+
+CREATE TABLE IF NOT EXISTS environments_local ON CLUSTER analytics (
+  key FixedString(24),
+  received DateTime('UTC'),
+  received_ms UInt16,
+  user String,
+  count UInt32,
+  precedence UInt64,
+  text String,
+  session String,
+  installation String,
+  day Date,
+  time DateTime('UTC'),
+  time_ms UInt16,
+  version String
+) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/environments', '{replica}', precedence)
+ORDER BY key;
+
+CREATE TABLE IF NOT EXISTS environments ON CLUSTER analytics AS analytics.environments_local
+ENGINE = Distributed(analytics, analytics, environments_local, sipHash64(session));
+
+CREATE TABLE IF NOT EXISTS refused_local ON CLUSTER analytics (
+  key FixedString(24),
+  received DateTime('UTC'),
+  received_ms UInt16,
+  user String,
+  count UInt32,
+  precedence UInt64,
+  text String,
+  reason String
+) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/refused', '{replica}', precedence)
+ORDER BY key;
+
+CREATE TABLE IF NOT EXISTS refused ON CLUSTER analytics AS analytics.refused_local
+ENGINE = Distributed(analytics, analytics, refused_local, sipHash64(key));
+
+CREATE TABLE IF NOT EXISTS schema_version ON CLUSTER analytics (
+  version UInt32,
+  checked DateTime('UTC')
+) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/schema_version', '{replica}', checked)
+ORDER BY version;
+
+INSERT INTO schema_version SELECT 1, now();

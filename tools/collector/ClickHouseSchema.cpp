@@ -1,0 +1,191 @@
+#include "tools/collector/ClickHouseSchema.h"
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+
+#include "tools/collector/ClickHouseSchemaText.h"
+#include "tools/collector/ClickHouseText.h"
+
+namespace qel::collector {
+namespace {
+
+using Deadline = ClickHouseConnection::Deadline;
+using Columns = std::vector<std::pair<std::string, std::string>>;
+
+constexpr int currentVersion = 1;
+
+const Columns common{{"key", "FixedString(24)"}, {"received", "DateTime('UTC')"},
+                     {"received_ms", "UInt16"},  {"user", "String"},
+                     {"count", "UInt32"},        {"precedence", "UInt64"},
+                     {"text", "String"}};
+const Columns ofRecords{{"session", "String"},
+                        {"installation", "String"},
+                        {"day", "Date"},
+                        {"time", "DateTime('UTC')"},
+                        {"time_ms", "UInt16"}};
+const Columns ofEvents{{"category", "String"},
+                       {"subcategory", "String"},
+                       {"event", "String"},
+                       {"detail_keys", "Array(String)"},
+                       {"detail_values", "Array(String)"}};
+
+Columns joined(const std::vector<Columns>& parts) {
+  Columns columns;
+  for (const auto& part : parts) {
+    columns.insert(columns.end(), part.begin(), part.end());
+  }
+  return columns;
+}
+
+/// What the database has: the values of each row of a result.
+std::vector<std::vector<std::string>> rowsOf(const std::string& result) {
+  std::vector<std::vector<std::string>> rows;
+  std::istringstream lines(result);
+  for (std::string line; std::getline(lines, line);) {
+    auto& row = rows.emplace_back();
+    std::istringstream values(line);
+    for (std::string value; std::getline(values, value, '\t');) {
+      row.push_back(value);
+    }
+  }
+  return rows;
+}
+
+/// The name and the type of each column of a table that the database has.
+std::map<std::string, std::string> columnsOf(ClickHouseConnection& connection,
+                                             const std::string& table, Deadline deadline) {
+  std::map<std::string, std::string> columns;
+  for (const auto& row :
+       rowsOf(connection.run("SELECT name, type FROM system.columns WHERE database = "
+                             "currentDatabase() AND table = " +
+                                 sqlLiteral(table) + " FORMAT TSVRaw",
+                             deadline))) {
+    columns.emplace(row.at(0), row.at(1));
+  }
+  return columns;
+}
+
+/// Name, engine, sorting key and the engine's parameters of a table; empty if there is none.
+std::vector<std::string> engineOf(ClickHouseConnection& connection, const std::string& table,
+                                  Deadline deadline) {
+  const auto rows = rowsOf(connection.run(
+      "SELECT name, engine, sorting_key, engine_full FROM system.tables WHERE database = "
+      "currentDatabase() AND name = " +
+          sqlLiteral(table) + " FORMAT TSVRaw",
+      deadline));
+  return rows.empty() || rows.front().size() < 4 ? std::vector<std::string>() : rows.front();
+}
+
+void checkTable(ClickHouseConnection& connection, const ClickHouseTable& table, Deadline deadline) {
+  const auto engine = engineOf(connection, table.name, deadline);
+  if (engine.empty()) {
+    connection.fail("it has no table " + table.name + "; --create creates the tables");
+  }
+  const bool isDistributed = engine[1] == "Distributed";
+  if (!isDistributed && (!engine[1].ends_with("ReplacingMergeTree") || engine[2] != "key")) {
+    connection.fail("the table " + table.name +
+                    " must have the engine ReplacingMergeTree and be ordered by key");
+  }
+  const auto columns = columnsOf(connection, table.name, deadline);
+  for (const auto& [name, type] : table.columns) {
+    const auto found = columns.find(name);
+    if (found == columns.end()) {
+      connection.fail("the table " + table.name + " has no column " + name);
+    }
+    if (found->second != type && found->second != "LowCardinality(" + type + ')') {
+      connection.fail("the column " + table.name + '.' + name + " has the type " + found->second +
+                      " instead of " + type);
+    }
+  }
+}
+
+void checkVersion(ClickHouseConnection& connection, Deadline deadline) {
+  if (engineOf(connection, "schema_version", deadline).empty()) {
+    connection.fail("it has no table schema_version; --create creates the tables");
+  }
+  const std::string version = connection.run("SELECT max(version) FROM schema_version", deadline);
+  if (std::stoul(version) > currentVersion) {
+    connection.fail("a newer version of the collector made it");
+  }
+}
+
+std::string withoutQuotes(std::string text) {
+  std::erase(text, '\'');
+  return text;
+}
+
+}  // namespace
+
+const std::vector<ClickHouseTable>& clickHouseTables() {
+  static const std::vector<ClickHouseTable> tables{
+      {"events", joined({common, ofRecords, ofEvents})},
+      {"environments", joined({common, ofRecords, {{"version", "String"}}})},
+      {"refused", joined({common, {{"reason", "String"}}})},
+  };
+  return tables;
+}
+
+std::string insertionInto(const ClickHouseTable& table) {
+  std::string names;
+  for (const auto& [name, type] : table.columns) {
+    names += (names.empty() ? "" : ", ") + name;
+  }
+  return "INSERT INTO " + table.name + " (" + names + ") FORMAT RowBinary";
+}
+
+void createSchema(ClickHouseConnection& connection, Deadline deadline) {
+  connection.runOutside("CREATE DATABASE IF NOT EXISTS " + connection.access().database, deadline);
+  std::istringstream lines(clickHouseSchema);
+  std::string statement;
+  for (std::string line; std::getline(lines, line);) {
+    statement += line + '\n';
+    if (line.ends_with(';')) {
+      statement.erase(statement.rfind(';'));
+      connection.run(statement, deadline);
+      statement.clear();
+    }
+  }
+}
+
+void checkSchema(ClickHouseConnection& connection, Deadline deadline) {
+  const std::string& database = connection.access().database;
+  if (connection
+          .runOutside("SELECT name FROM system.databases WHERE name = " + sqlLiteral(database),
+                      deadline)
+          .empty()) {
+    connection.fail("there is no such database; --create creates it");
+  }
+  for (const auto& table : clickHouseTables()) {
+    checkTable(connection, table, deadline);
+  }
+  checkVersion(connection, deadline);
+}
+
+void rewriteVersion(ClickHouseConnection& connection, Deadline deadline) {
+  connection.run("INSERT INTO schema_version SELECT " + std::to_string(currentVersion) + ", now()",
+                 deadline);
+}
+
+std::string deletionFrom(ClickHouseConnection& connection, const std::string& table,
+                         Deadline deadline) {
+  const auto engine = engineOf(connection, table, deadline);
+  if (engine.empty()) {
+    connection.fail("it has no table " + table);
+  }
+  std::string place = table;
+  if (engine[1] == "Distributed") {
+    // Distributed(cluster, database, table, sharding key)
+    std::istringstream parameters(withoutQuotes(engine[3].substr(engine[3].find('(') + 1)));
+    std::string cluster;
+    std::string database;
+    std::string local;
+    std::getline(parameters, cluster, ',');
+    std::getline(parameters >> std::ws, database, ',');
+    std::getline(parameters >> std::ws, local, ',');
+    place = database + '.' + local + " ON CLUSTER " + sqlLiteral(cluster);
+  }
+  return "ALTER TABLE " + place + " DELETE WHERE ";
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,113 @@
+#include "tools/collector/ClickHouseStore.h"
+
+#include <array>
+
+#include "host/QelUtilities/ScopeGuard.h"
+#include "tools/collector/ClickHouseSchema.h"
+#include "tools/collector/ClickHouseText.h"
+
+namespace qel::collector {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using std::chrono::system_clock;
+
+/// How long the operations may take that have no deadline of their own.
+constexpr auto patience = 10s;
+constexpr auto measurementPause = 1min;
+
+void append(ClickHouseRows& rows, const Upload& upload, system_clock::time_point received) {
+  const Origin origin{upload.user, received};
+  for (const Row& row : upload.package.environments) {
+    rows.addEnvironment(row, origin);
+  }
+  for (const Row& row : upload.package.events) {
+    rows.addEvent(row, origin);
+  }
+  for (const RefusedText& text : upload.package.refused) {
+    rows.addRefused(text, origin);
+  }
+}
+
+}  // namespace
+
+ClickHouseStore::ClickHouseStore(const ClickHouseAccess& access, Missing missing)
+    : connection_(access) {
+  const auto deadline = steady_clock::now() + patience;
+  if (missing == Missing::Create) {
+    createSchema(connection_, deadline);
+  }
+  checkSchema(connection_, deadline);
+  for (const auto& table : clickHouseTables()) {
+    insertions_.push_back(insertionInto(table));
+  }
+}
+
+void ClickHouseStore::add(const Uploads& uploads, steady_clock::time_point deadline) {
+  if (uploads.empty()) {
+    rewriteVersion(connection_, deadline);
+    return;
+  }
+  const auto received = system_clock::now();
+  for (const auto& upload : uploads) {
+    append(rows_, *upload, received);
+  }
+  insert(rows_, deadline);
+  measure();
+}
+
+void ClickHouseStore::insert(ClickHouseRows& rows, steady_clock::time_point deadline) {
+  const ScopeGuard end([&] { rows.clear(); });
+  // A session's version is known when its events are.
+  const std::array texts{&rows.events(), &rows.environments(), &rows.refused()};
+  for (const std::size_t table : {1U, 0U, 2U}) {
+    if (!texts.at(table)->empty()) {
+      connection_.insert(insertions_[table], *texts.at(table), deadline);
+    }
+  }
+}
+
+bool ClickHouseStore::removeSome(system_clock::time_point before) {
+  const auto day = std::chrono::floor<std::chrono::days>(before);
+  const std::string condition =
+      "received < toDateTime(" +
+      std::to_string(std::chrono::seconds(day.time_since_epoch()).count()) + ')';
+  for (const auto& table : clickHouseTables()) {
+    remove(table.name, condition);
+  }
+  return false;
+}
+
+/// Rows are counted first, because a deletion costs much even if it deletes nothing.
+void ClickHouseStore::remove(const std::string& table, const std::string& condition) {
+  const auto deadline = steady_clock::now() + patience;
+  const auto numberOf = [&](const std::string& question) {
+    return std::stoull(connection_.run("SELECT count() FROM " + question, deadline));
+  };
+  const std::string unfinished =
+      "system.mutations WHERE database = currentDatabase() AND is_done = 0 AND table LIKE " +
+      sqlLiteral(table + '%');
+  if (numberOf(table + " WHERE " + condition) > 0 && numberOf(unfinished) == 0) {
+    connection_.run(deletionFrom(connection_, table, deadline) + condition, deadline);
+  }
+}
+
+StoreSize ClickHouseStore::size() const { return {bytes_, 0}; }
+
+void ClickHouseStore::measure() {
+  const auto now = steady_clock::now();
+  if (now < nextMeasurement_) {
+    return;
+  }
+  nextMeasurement_ = now + measurementPause;
+  try {
+    bytes_ = std::stoull(connection_.run(
+        "SELECT sum(bytes_on_disk) FROM system.parts WHERE database = currentDatabase()",
+        now + 1s));
+  } catch (const StoreError&) {
+    bytes_ = 0;  // the rows are stored all the same
+  }
+}
+
+}  // namespace qel::collector
