@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/collector/Sha256.h"
 #include "tools/collector/SqliteConnection.h"
 #include "tools/collector/SqliteRemoval.h"
 #include "tools/collector/SqliteSchema.h"
