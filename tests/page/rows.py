@@ -70,7 +70,6 @@ class Session:
             if chance.random() < 0.5:
                 self.add(*chance.choice(OTHERS))
         self.end()
-        return self
 
     def end(self):
         chance = self.chance
@@ -92,10 +91,11 @@ def packages(rows, days=90, rows_of_package=3300):
     chance = random.Random(16)
     events, environments, made = [], [], 0
     while made < rows:
-        session = Session(chance, days).record()
+        session = Session(chance, days)
+        environments.append(session.environment())
+        session.record()
         made += len(session.texts)
         events += session.texts
-        environments.append(session.environment())
         if len(events) >= rows_of_package or made >= rows:
             yield package_of("environments", environments)
             yield package_of("events", events)
