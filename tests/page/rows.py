@@ -27,16 +27,15 @@ class Session:
 
     def __init__(self, chance, days):
         self.chance = chance
-        self.day = min(int(days * chance.random() ** 0.8), days - 1)
-        weekend = 8 if (datetime.datetime.now(datetime.timezone.utc).weekday() - self.day) % 7 > 4 else 0
-        if weekend and chance.random() < 0.8:
-            self.day = min(self.day + 3, days - 1)
+        now = datetime.datetime.now(datetime.timezone.utc).replace(minute=0, second=0, microsecond=0)
+        age = int(days * chance.random() ** 1.2)
+        if (now.weekday() - age) % 7 > 4 and chance.random() < 0.8:  # few work at weekends
+            age = min(age + 3, days - 1)
         number = int(900 * chance.random() ** 2)
         self.installation = f"QEL-{20000 + number}"
-        self.version = VERSIONS[min(3, max(0, 3 - (self.day + number % 25) // 25))]
-        self.id = str(uuid_of(chance))
-        today = datetime.datetime.now(datetime.timezone.utc).replace(minute=0, second=0, microsecond=0)
-        self.moment = today - datetime.timedelta(days=self.day, minutes=chance.randrange(60, 540))
+        self.version = VERSIONS[max(0, 3 - (age + number % 25) // 25)]
+        self.id = guid(chance)
+        self.moment = now - datetime.timedelta(days=age, minutes=chance.randrange(60, 540))
         self.texts = []
 
     def environment(self):
@@ -67,23 +66,24 @@ class Session:
             ending = "Cancelled" if chance.random() < 0.04 + 0.3 * (number % 7 == 5) else "Accepted"
             self.add("Command", ending, command, {"ID": name})
             if step % 12 == 0:
-                self.add("MemoryUsage", "Application", "Runtime", {"Max": int(size * (1 + step / 90)), "Min": int(size * 0.8)})
+                reading = {"Max": int(size * (1 + step / 90)), "Min": int(size * 0.8)}
+                self.add("MemoryUsage", "Application", "Runtime", reading)
             if chance.random() < 0.5:
                 self.add(*chance.choice(OTHERS))
         self.end()
-        return self
 
     def end(self):
         chance = self.chance
         if chance.random() < (0.05 if self.version == "27.1" else 0.012):
-            command = "Insert branch piece" if self.version == "27.1" and chance.random() < 0.7 else chance.choice(COMMANDS[:6])
+            is_known_fault = self.version == "27.1" and chance.random() < 0.7
+            command = "Insert branch piece" if is_known_fault else chance.choice(COMMANDS[:6])
             self.add("Command", "Started", command, {"ID": command.lower().replace(" ", "."), "Location": "menu"})
             self.add("Application", "Crashed", "Ventilation", {"Exception Code": chance.choice(CODES)})
         elif chance.random() < 0.95:
             self.add("Application", "Stopped", "Ventilation", {"Exception Code": 0})
 
 
-def uuid_of(chance):
+def guid(chance):
     text = f"{chance.getrandbits(128):032X}"
     return "-".join((text[:8], text[8:12], text[12:16], text[16:20], text[20:]))
 
@@ -93,10 +93,11 @@ def packages(rows, days=90, rows_of_package=3300):
     chance = random.Random(16)
     events, environments, made = [], [], 0
     while made < rows:
-        session = Session(chance, days).record()
+        session = Session(chance, days)
+        environments.append(session.environment())
+        session.record()
         made += len(session.texts)
         events += session.texts
-        environments.append(session.environment())
         if len(events) >= rows_of_package or made >= rows:
             yield package_of("environments", environments)
             yield package_of("events", events)

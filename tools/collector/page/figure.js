@@ -5,20 +5,25 @@ import { make, makeButton } from "./dom.js";
  * A panel that shows a figure of the API: loading, empty, failed or drawn.
  *
  * The section's `data-figure` is the figure's name, `data-empty` what is said if there are no rows. `draw(body, rows,
- * parameters)` appends what is shown. It may return a function that releases it.
+ * parameters)` appends what is shown. It may return a function that releases it. `changed(figure)` is called when the
+ * figure was read, or could not be read.
  */
 export class Figure {
+  /** What was read, null if it is not known. */
   rows = null;
+  isFailed = false;
   #parameters = {};
   #section;
   #body = make("div", { class: "body" }, make("div", { class: "skeleton" }));
   #links = make("div", { class: "links" });
   #draw;
+  #changed;
   #release = null;
 
-  constructor(section, draw) {
+  constructor(section, draw, changed) {
     this.#section = section;
     this.#draw = draw;
+    this.#changed = changed;
     const heading = section.querySelector("h2");
     heading.tabIndex = -1;  // so that a script can move the focus there
     heading.after(this.#links);
@@ -30,25 +35,25 @@ export class Figure {
     return this.#section.dataset.figure;
   }
 
-  /** Returns whether the figure could be read. What was shown before stays until the answer is there. */
+  /** What was shown before stays until the answer is there. After an abort the figure waits for its next `load`. */
   async load(parameters, signal) {
+    this.rows = null;
     this.#section.setAttribute("aria-busy", "true");
     this.#showLinks(parameters);
     try {
       this.rows = await read(this.name, parameters, signal);
+      this.isFailed = false;
       this.#parameters = parameters;
       this.redraw();
-      return true;
     } catch (error) {
-      signal?.throwIfAborted();
-      this.rows = null;
-      this.#showFailure(error, () => this.load(parameters, signal));
-      return false;
-    } finally {
-      if (!signal?.aborted) {
-        this.#section.removeAttribute("aria-busy");
+      if (signal.aborted) {
+        return;
       }
+      this.isFailed = true;
+      this.#showFailure(error, () => this.load(parameters, signal));
     }
+    this.#section.removeAttribute("aria-busy");
+    this.#changed(this);
   }
 
   /** Draws the rows again, for example in other colours. */
@@ -80,9 +85,9 @@ export class Figure {
 
   #showLinks(parameters) {
     const title = this.#section.querySelector("h2").textContent;
-    this.#links.replaceChildren(
-      make("a", { href: addressOf(this.name, parameters, ".csv"), download: `${this.name}.csv`, "aria-label": `${title} as CSV` }, "CSV"),
-      make("a", { href: addressOf(this.name, parameters), "aria-label": `${title} as JSON` }, "JSON"));
+    const links = { CSV: addressOf(this.name, parameters, ".csv"), JSON: addressOf(this.name, parameters) };
+    this.#links.replaceChildren(...Object.entries(links).map(([name, address]) =>
+      make("a", { href: address, "aria-label": `${title} as ${name}` }, name)));
   }
 
   #clear() {

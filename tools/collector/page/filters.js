@@ -1,4 +1,4 @@
-import { read } from "./api.js";
+import { ApiError, read } from "./api.js";
 import { dayBefore } from "./format.js";
 
 /**
@@ -25,7 +25,8 @@ export class Filters {
       select.addEventListener("change", () => form.requestSubmit());
     }
     for (const button of form.querySelectorAll("[data-days]")) {
-      button.addEventListener("click", () => this.#apply({ ...this.#entered(), from: "", until: "", days: button.dataset.days }));
+      const range = { from: "", until: "", days: button.dataset.days };
+      button.addEventListener("click", () => this.#apply({ ...this.#entered(), ...range }));
     }
     window.addEventListener("popstate", () => {
       this.#show();
@@ -49,9 +50,14 @@ export class Filters {
     this.#apply({ ...this.#entered(), [name]: value });
   }
 
-  /** Offers the versions of the store. Returns its first and last day. */
+  /** Offers the versions of the store. Returns its first and last day; nothing if the store cannot be read. */
   async offerVersions(signal) {
-    const rows = await read("filters", {}, signal);
+    const rows = await read("filters", {}, signal).catch((error) => {
+      if (error instanceof ApiError || signal?.aborted) {
+        return [];
+      }
+      throw error;
+    });
     const select = this.#form.elements.namedItem("version");
     for (const { value } of select ? rows.filter((row) => row.kind === "version" && row.value) : []) {
       this.#offer(select, value);

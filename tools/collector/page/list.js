@@ -1,4 +1,3 @@
-import { ApiError } from "./api.js";
 import { make, makeButton } from "./dom.js";
 import { Figure } from "./figure.js";
 import { Filters } from "./filters.js";
@@ -15,33 +14,29 @@ const LARGEST = 1000;
 export function showList(caption, columns, nouns) {
   const status = document.getElementById("status");
   const filters = new Filters(document.getElementById("filters"), load);
-  const figure = new Figure(document.querySelector("[data-figure]"), draw);
+  const figure = new Figure(document.querySelector("[data-figure]"), draw, changed);
   let loading = new AbortController();
 
   function draw(body, rows) {
     body.append(makeTable(caption, columns, rows, { isStacked: true }));
     const limit = Number(filters.parameters.limit ?? USUAL);
     if (rows.length >= limit) {
-      const more = make("p", { class: "more" }, `Only the newest ${number(rows.length)} are shown. Narrow the filters to see older ones. `);
-      more.append(limit < LARGEST ? makeButton(`Show ${number(LARGEST)}`, () => filters.set("limit", String(LARGEST))) : "");
-      body.append(more);
+      const text = `Only the newest ${number(rows.length)} are shown. Narrow the filters to see older ones. `;
+      const button = makeButton(`Show ${number(LARGEST)}`, () => filters.set("limit", String(LARGEST)));
+      body.append(make("p", { class: "more" }, text, limit < LARGEST ? button : ""));
     }
   }
 
-  async function load() {
+  function changed({ rows }) {
+    status.textContent = rows ? `${number(rows.length)} ${nouns[rows.length === 1 ? 0 : 1]}` : "Failed.";
+  }
+
+  function load() {
     loading.abort();
     loading = new AbortController();
-    const { signal } = loading;
     status.textContent = "Loading …";
-    try {
-      filters.offerVersions(signal).catch((error) => error instanceof ApiError || signal.aborted || Promise.reject(error));
-      await figure.load(filters.parameters, signal);
-      status.textContent = figure.rows ? `${number(figure.rows.length)} ${nouns[figure.rows.length === 1 ? 0 : 1]}` : "";
-    } catch (error) {
-      if (!signal.aborted) {
-        throw error;
-      }
-    }
+    filters.offerVersions(loading.signal);
+    figure.load(filters.parameters, loading.signal);
   }
 
   document.getElementById("refresh").addEventListener("click", load);

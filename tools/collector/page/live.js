@@ -1,7 +1,7 @@
 import { ApiError, read } from "./api.js";
 import { foreign, make, makeButton, payload } from "./dom.js";
 import { Filters } from "./filters.js";
-import { clock, number } from "./format.js";
+import { clock } from "./format.js";
 import { sessionAddress } from "./names.js";
 import { makeRow } from "./table.js";
 
@@ -17,7 +17,6 @@ const body = document.getElementById("events");
 const filters = new Filters(document.getElementById("filters"), restart);
 
 let cursor = "";
-let received = 0;
 let isPaused = false;
 let timer = 0;
 let loading = new AbortController();
@@ -28,7 +27,8 @@ const columns = [
   { title: "Event", cell: (row) => makeOpener(row) },
   { title: "Category", value: (row) => [row.category, row.subcategory].filter(Boolean).join(" · ") },
   { title: "Installation", value: (row) => row.installation },
-  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8), link: (row) => row.session && sessionAddress(row.session) },
+  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8),
+    link: (row) => row.session && sessionAddress(row.session) },
   { title: "User", value: (row) => row.user },
 ];
 
@@ -49,13 +49,16 @@ function makeOpener(row) {
   return button;
 }
 
+/** Adds what arrived after the cursor, or begins again with the newest rows if there is none. */
 function add(rows) {
   if (rows.length === 0) {
     return;
   }
-  received += rows.length;
+  if (cursor === "") {
+    body.replaceChildren();
+  }
   cursor = rows.at(-1).cursor;
-  body.prepend(...rows.slice(-KEPT).reverse().map((row) => makeRow(columns, row)));
+  body.prepend(...rows.reverse().map((row) => makeRow(columns, row)));
   while (body.childElementCount > KEPT) {
     body.lastElementChild.remove();
   }
@@ -69,16 +72,21 @@ function show(text, isBad = false) {
   }
 }
 
-/** Asks for what arrived, and again after a second. After a failure the page waits longer. */
+/**
+ * Asks for what arrived, and again after a second. After a failure the page waits longer. If more arrived than the page
+ * keeps, it goes on with the newest rows, so that it never lags.
+ */
 async function poll() {
   const { signal } = loading;
   const limit = cursor === "" ? FIRST : KEPT;
   try {
     const rows = await read("live", { ...filters.parameters, after: cursor, limit: String(limit) }, signal);
     add(rows);
-    delay = cursor !== "" && rows.length === limit && limit === KEPT ? 0 : INTERVAL;
-    show("Receiving.");
-    clockText.textContent = `${number(received)} events, last answer at ${clock()} UTC`;
+    const isBehind = rows.length === KEPT;
+    cursor = isBehind ? "" : cursor;
+    delay = INTERVAL;
+    show(isBehind ? "More events arrive than the page can show." : "Receiving.");
+    clockText.textContent = `Last answer at ${clock()} UTC`;
   } catch (error) {
     if (signal.aborted) {
       return;
@@ -86,7 +94,7 @@ async function poll() {
     if (!(error instanceof ApiError)) {
       throw error;
     }
-    delay = Math.min(2 * Math.max(delay, INTERVAL), LONGEST);
+    delay = Math.min(2 * delay, LONGEST);
     show(`${error.message} ${error.detail} Next attempt in ${delay / 1000} s.`, true);
   }
   timer = setTimeout(poll, delay);
@@ -102,7 +110,7 @@ function stop() {
 function proceed() {
   stop();
   if (isPaused) {
-    show("Paused. Events that arrive meanwhile follow when you continue.");
+    show("Paused.");
   } else if (!document.hidden) {
     poll();
   }
@@ -119,7 +127,6 @@ function setPaused(isWanted) {
 
 function clear() {
   body.replaceChildren();
-  received = 0;
   document.getElementById("waiting").hidden = false;
 }
 
@@ -133,5 +140,5 @@ function restart() {
 pause.addEventListener("click", () => setPaused(!isPaused));
 document.getElementById("clear").addEventListener("click", clear);
 document.addEventListener("visibilitychange", proceed);
-filters.offerVersions().catch((error) => error instanceof ApiError || Promise.reject(error));
+filters.offerVersions();
 proceed();

@@ -1,6 +1,8 @@
-import { ApiError, runAll } from "./api.js";
+import { runAll } from "./api.js";
 import { makeButton } from "./dom.js";
-import { drawCommands, drawCrashes, drawDays, drawEvents, drawMemory, drawVersions, drawWeeks, rateOf } from "./drawings.js";
+import {
+  drawCommands, drawCrashes, drawDays, drawEvents, drawMemory, drawVersions, drawWeeks, rateOf,
+} from "./drawings.js";
 import { Figure } from "./figure.js";
 import { Filters } from "./filters.js";
 import { clock, number } from "./format.js";
@@ -9,6 +11,7 @@ const status = document.getElementById("status");
 const notice = document.getElementById("notice");
 const filters = new Filters(document.getElementById("filters"), load);
 let loading = new AbortController();
+let isLoading = false;
 
 const draws = {
   "events-by-day": drawEvents,
@@ -20,7 +23,7 @@ const draws = {
   commands: drawCommands,
 };
 const figures = new Map([...document.querySelectorAll("[data-figure]")].map((section) => {
-  const figure = new Figure(section, draws[section.dataset.figure]);
+  const figure = new Figure(section, draws[section.dataset.figure], changed);
   return [figure.name, figure];
 }));
 
@@ -34,8 +37,8 @@ function crashesOf(version) {
 
 function crashedSessions(version) {
   const { from, until, installation = "" } = filters.parameters;
-  const query = Object.entries({ from, until, installation, version, end: "crashed" }).filter(([, value]) => value !== "");
-  return `/sessions?${new URLSearchParams(query)}`;
+  const query = Object.entries({ from, until, installation, version, end: "crashed" });
+  return `/sessions?${new URLSearchParams(query.filter(([, value]) => value !== ""))}`;
 }
 
 /** Shows the sums of what has been read. */
@@ -54,13 +57,23 @@ function showTotals() {
   }
 }
 
-async function loadFigure(figure, signal) {
-  const isRead = await figure.load(filters.parameters, signal);
+/** How many figures could not be read, or when all were read. */
+function showStatus() {
+  const failed = [...figures.values()].filter((figure) => figure.isFailed).length;
+  status.className = failed ? "bad" : "";
+  status.textContent = failed
+    ? `${failed} of ${figures.size} figures could not be read.`
+    : `Read at ${clock()} UTC.`;
+}
+
+function changed(figure) {
   if (figure.name === "crashes") {
     figures.get("versions").redraw();
   }
   showTotals();
-  return isRead;
+  if (!isLoading) {
+    showStatus();
+  }
 }
 
 /** Offers the days that the store has if the chosen ones are empty. */
@@ -74,40 +87,20 @@ async function load() {
   loading.abort();
   loading = new AbortController();
   const { signal } = loading;
-  const begin = performance.now();
+  isLoading = true;
   status.className = "";
   status.textContent = "Loading …";
-  let failed = 0;
   let days = {};
-  const tasks = [...figures.values()].map((figure) => async () => {
-    const isRead = await loadFigure(figure, signal);
-    failed += isRead ? 0 : 1;
-  });
+  const tasks = [...figures.values()].map((figure) => () => figure.load(filters.parameters, signal));
   tasks.splice(1, 0, async () => {
-    days = await filters.offerVersions(signal).catch(orNothing);
+    days = await filters.offerVersions(signal);
   });
-  try {
-    await runAll(tasks);
-  } catch (error) {
-    if (signal.aborted) {
-      return;
-    }
-    throw error;
+  await runAll(tasks);
+  if (!signal.aborted) {
+    isLoading = false;
+    showNotice(days);
+    showStatus();
   }
-  showNotice(days);
-  const seconds = ((performance.now() - begin) / 1000).toFixed(1);
-  status.className = failed ? "bad" : "";
-  status.textContent = failed
-    ? `${failed} of ${figures.size} figures could not be read.`
-    : `Read at ${clock()} UTC in ${seconds} s.`;
-}
-
-/** Without the filters' values the page still works. */
-function orNothing(error) {
-  if (!(error instanceof ApiError)) {
-    throw error;
-  }
-  return {};
 }
 
 document.getElementById("refresh").addEventListener("click", load);
