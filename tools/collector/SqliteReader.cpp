@@ -26,9 +26,9 @@ Cell cellOf(sqlite3_stmt* statement, const SqliteExecution& execution, int colum
 }
 
 std::vector<std::string> columnsOf(sqlite3_stmt* statement) {
-  std::vector<std::string> names;
-  for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-    names.emplace_back(sqlite3_column_name(statement, column));
+  std::vector<std::string> names(static_cast<std::size_t>(sqlite3_column_count(statement)));
+  for (std::size_t column = 0; column < names.size(); ++column) {
+    names[column] = sqlite3_column_name(statement, static_cast<int>(column));
   }
   return names;
 }

@@ -33,10 +33,6 @@ constexpr const char* crashInsertion = R"(
     VALUES (?, ?, nullif(?, ''), ?, ?, ?)
   ON CONFLICT DO UPDATE SET count = count + excluded.count)";
 
-std::tuple<std::string_view, std::string_view> keyOfSession(const SummedRow& row) {
-  return {row.session, row.installation};
-}
-
 }  // namespace
 
 std::string SqliteSummaries::columnsOf(std::string_view table) {
@@ -123,8 +119,9 @@ bool SqliteSummaries::addNext(const Table& table) {
 }
 
 SessionSummary& SqliteSummaries::of(const SummedRow& row) {
-  const auto place = pending_.find(keyOfSession(row));
-  return place != pending_.end() ? place->second : pending_[Key(keyOfSession(row))];
+  const KeyView key(row.session, row.installation);
+  const auto place = pending_.find(key);
+  return place != pending_.end() ? place->second : pending_[Key(key)];
 }
 
 void SqliteSummaries::write() {
@@ -148,7 +145,7 @@ void SqliteSummaries::write(const Key& key, const SessionSummary& summary) {
 /// The last command that was started in earlier transactions.
 std::string SqliteSummaries::inheritedCommand(const Key& key) {
   SqliteExecution execution(connection_, command_);
-  execution.bindText(std::get<0>(key)).bindText(std::get<1>(key));
+  execution.bindText(key.first).bindText(key.second);
   return execution.step() ? std::string(execution.text(0)) : "";
 }
 

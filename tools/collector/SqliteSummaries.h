@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
 #include "tools/collector/SessionSummary.h"
 #include "tools/collector/SqliteExecution.h"
@@ -63,7 +63,13 @@ class SqliteSummaries {
   SessionSummary& of(const SummedRow& row);
 
  private:
-  using Key = std::tuple<std::string, std::string>;  ///< session, installation
+  using Key = std::pair<std::string, std::string>;  ///< session, installation
+  using KeyView = std::pair<std::string_view, std::string_view>;
+
+  struct Less {
+    using is_transparent = void;
+    bool operator()(const KeyView& left, const KeyView& right) const { return left < right; }
+  };
 
   struct Table {
     SqliteStatement next;
@@ -91,7 +97,7 @@ class SqliteSummaries {
   const SqliteStatement emptyDaily_;
   const SqliteStatement crash_;
   const SqliteStatement emptyCrash_;
-  std::map<Key, SessionSummary, std::less<>> pending_;  ///< of the present transaction
+  std::map<Key, SessionSummary, Less> pending_;  ///< of the present transaction
 };
 
 }  // namespace qel::collector
