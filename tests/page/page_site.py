@@ -89,7 +89,7 @@ class Browser:
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
         self.origin = f"https://{site.admin}"
         # Chromium keeps the secret for the later pages.
-        self.driver.get(f"https://reader:{secret}@{site.admin}/static/page.css")
+        self.driver.get(f"https://reader:{secret}@{site.admin}/refused")
 
     def open(self, path):
         self.driver.get(self.origin + path)
