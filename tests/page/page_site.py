@@ -11,6 +11,7 @@ from pathlib import Path
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
 ROOT = Path(__file__).resolve().parent.parent.parent
@@ -88,7 +89,7 @@ class Browser:
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
         self.origin = f"https://{site.admin}"
         # Chromium keeps the secret for the later pages.
-        self.driver.get(f"https://reader:{secret}@{site.admin}/static/page.css")
+        self.driver.get(f"https://reader:{secret}@{site.admin}/refused")
 
     def open(self, path):
         self.driver.get(self.origin + path)
@@ -107,12 +108,19 @@ class Browser:
 
     def texts(self, selector):
         """What the elements say, those included that are outside of the window."""
-        return self.run("return [...document.querySelectorAll(arguments[0])].map((each) => each.innerText.trim())", selector)
+        script = "return [...document.querySelectorAll(arguments[0])].map((each) => each.innerText.trim())"
+        return self.run(script, selector)
 
     def wait_until_loaded(self):
         """Waits until no figure is loading, and the status says something."""
         self.wait(lambda: not self.run("return document.querySelector('[aria-busy], .skeleton')")
                   and self.texts("#status") not in ([""], ["Loading …"]), "the page's figures")
+
+    def find(self, selector):
+        return self.driver.find_element(By.CSS_SELECTOR, selector)
+
+    def click(self, selector):
+        self.find(selector).click()
 
     def complaints(self):
         return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] != "INFO"]

@@ -66,16 +66,17 @@ class Session:
             ending = "Cancelled" if chance.random() < 0.04 + 0.3 * (number % 7 == 5) else "Accepted"
             self.add("Command", ending, command, {"ID": name})
             if step % 12 == 0:
-                self.add("MemoryUsage", "Application", "Runtime", {"Max": int(size * (1 + step / 90)), "Min": int(size * 0.8)})
+                reading = {"Max": int(size * (1 + step / 90)), "Min": int(size * 0.8)}
+                self.add("MemoryUsage", "Application", "Runtime", reading)
             if chance.random() < 0.5:
                 self.add(*chance.choice(OTHERS))
         self.end()
-        return self
 
     def end(self):
         chance = self.chance
         if chance.random() < (0.05 if self.version == "27.1" else 0.012):
-            command = "Insert branch piece" if self.version == "27.1" and chance.random() < 0.7 else chance.choice(COMMANDS[:6])
+            is_known_fault = self.version == "27.1" and chance.random() < 0.7
+            command = "Insert branch piece" if is_known_fault else chance.choice(COMMANDS[:6])
             self.add("Command", "Started", command, {"ID": command.lower().replace(" ", "."), "Location": "menu"})
             self.add("Application", "Crashed", "Ventilation", {"Exception Code": chance.choice(CODES)})
         elif chance.random() < 0.95:
@@ -92,10 +93,11 @@ def packages(rows, days=90, rows_of_package=3300):
     chance = random.Random(16)
     events, environments, made = [], [], 0
     while made < rows:
-        session = Session(chance, days).record()
+        session = Session(chance, days)
+        environments.append(session.environment())
+        session.record()
         made += len(session.texts)
         events += session.texts
-        environments.append(session.environment())
         if len(events) >= rows_of_package or made >= rows:
             yield package_of("environments", environments)
             yield package_of("events", events)

@@ -57,13 +57,8 @@ class Collector {
         store_(store),
         tls_(readTls()),
         writer_(store_, writerSettings(options)),
-        server_({listen_, options.behind}, users_, tls_, writer_, metrics_) {
-    if (!options.admin.empty()) {
-      admin_.emplace(
-          tools::parseEndpoint("--admin", options.admin, 0),
-          adminPages([this] { return obstacle(); }, [this] { return toText(metrics()); }),
-          readerAccess());
-    }
+        server_({listen_, options.behind}, users_, tls_, writer_, metrics_),
+        admin_(options.admin.empty() ? nullptr : newAdminServer()) {
     listen_.port = server_.port();
     print("listening on " + toText(listen_));
     logLine("started, listening on " + toText(listen_));
@@ -82,6 +77,13 @@ class Collector {
  private:
   std::shared_ptr<Users> readUsers(const std::string& file) const {
     return Users::fromFile(pathFromUtf8(file), options_.userLimits);
+  }
+
+  std::unique_ptr<AdminServer> newAdminServer() {
+    return std::make_unique<AdminServer>(
+        tools::parseEndpoint("--admin", options_.admin, 0),
+        adminPages([this] { return obstacle(); }, [this] { return toText(metrics()); }),
+        readerAccess());
   }
 
   std::unique_ptr<ReaderAccess> readerAccess() {
@@ -160,7 +162,7 @@ class Collector {
   Metrics metrics_;
   StoreWriter writer_;
   Server server_;
-  std::optional<AdminServer> admin_;
+  const std::unique_ptr<AdminServer> admin_;  ///< null: none
   Reload reload_{reloadedFiles()};
 };
 

@@ -34,22 +34,24 @@ std::string memberOf(std::string_view text, const char* object, const char* name
 }  // namespace
 
 void SessionSummary::addEvent(const SummedRow& row) {
-  countEvent(row);
+  const std::string_view date = dateOrNone(row.time);
+  countEvent(row, date);
   if (row.session.empty()) {
     return;
   }
-  records::widen(first, last, row.time);
+  widen(date);
   if (row.category == "Command" && row.subcategory == "Started") {
     lastCommand = row.event;
   } else if (row.category == "MemoryUsage" && row.subcategory == "Application") {
-    addReading(row);
+    addReading(row, date);
   }
 }
 
+void SessionSummary::raiseEvent(const SummedRow& row) { countEvent(row, dateOrNone(row.time)); }
+
 /// The part that is added for each copy of the row, in any order.
-void SessionSummary::countEvent(const SummedRow& row) {
+void SessionSummary::countEvent(const SummedRow& row, std::string_view date) {
   events += row.count;
-  const std::string_view date = dateOrNone(row.time);
   const auto count = [&](std::string_view kind, std::string_view name) {
     if (!date.empty()) {
       daily[{kind, std::string(date.substr(0, sizeOfDay)), std::string(name)}] += row.count;
@@ -73,15 +75,26 @@ void SessionSummary::countEvent(const SummedRow& row) {
   }
 }
 
-void SessionSummary::addReading(const SummedRow& row) {
+void SessionSummary::addReading(const SummedRow& row, std::string_view date) {
   const std::string text = memberOf(row.text, "Details", "Max");
   const char* const end = text.data() + text.size();
   std::int64_t kilobytes = 0;
   const auto [parsed, error] = std::from_chars(text.data(), end, kilobytes);
-  const std::string_view date = dateOrNone(row.time);
   if (error == std::errc() && parsed == end && kilobytes >= 0 && !date.empty()) {
     auto& highest = daily[{memory, std::string(date.substr(0, sizeOfDay)), ""}];
     highest = std::max(highest, kilobytes);
+  }
+}
+
+void SessionSummary::widen(std::string_view date) {
+  if (date.empty()) {
+    return;
+  }
+  if (first.empty() || date < first) {
+    first = date;
+  }
+  if (date > last) {
+    last = date;
   }
 }
 
@@ -90,9 +103,9 @@ void SessionSummary::addEnvironment(const SummedRow& row) {
   if (row.session.empty()) {
     return;
   }
-  records::widen(first, last, row.time);
-  std::string name = memberOf(row.text, "CurrentActiveApplication", "Version");
   const std::string_view date = dateOrNone(row.time);
+  widen(date);
+  std::string name = memberOf(row.text, "CurrentActiveApplication", "Version");
   using View = std::pair<std::string_view, std::string_view>;
   if (!name.empty() && View(date, name) > View(versionTime, version)) {
     version = std::move(name);

@@ -52,7 +52,7 @@ class SessionSummary {
   void addEvent(const SummedRow& row);
   void addEnvironment(const SummedRow& row);
   /// A later package had the row more often. `row.count` is the difference.
-  void raiseEvent(const SummedRow& row) { countEvent(row); }
+  void raiseEvent(const SummedRow& row);
 
   std::string version;      ///< of the latest environment record that has one
   std::string versionTime;  ///< of that record; empty if it is no date
@@ -67,8 +67,9 @@ class SessionSummary {
   std::vector<Crash> crashes;
 
  private:
-  void countEvent(const SummedRow& row);
-  void addReading(const SummedRow& row);
+  void countEvent(const SummedRow& row, std::string_view date);
+  void addReading(const SummedRow& row, std::string_view date);
+  void widen(std::string_view date);
 };
 
 }  // namespace qel::collector

@@ -1,3 +1,5 @@
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <future>
 
@@ -63,6 +65,8 @@ class FakeReader : public StoreReader {
 
 class PageTest : public testing::Test {
  protected:
+  PageTest() { std::signal(SIGPIPE, SIG_IGN); }  // the server closes connections
+
   static std::shared_ptr<Users> users(const std::string& text) {
     std::istringstream lines(text);
     return std::make_shared<Users>(lines, "readers");

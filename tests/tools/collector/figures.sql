@@ -2,9 +2,7 @@
 -- compared with what SQLite takes for a date, and real numbers are in thousandths.
 
 -- common
-WITH times AS (
-  SELECT id, date(time) AS day FROM events WHERE date(time, '+0 days') = substr(time, 1, 10)
-), session_versions AS (
+WITH session_versions AS (
   SELECT session, installation, version FROM (
     SELECT session, installation, version,
       row_number() OVER (PARTITION BY session, installation ORDER BY dated DESC, version DESC) AS place
@@ -17,9 +15,10 @@ WITH times AS (
   WHERE place = 1
 ), all_rows AS (
   SELECT e.id, e.count, ifnull(e.session, '') AS session, ifnull(e.installation, '') AS installation,
-    e.time, day, ifnull(category, '') AS category, ifnull(subcategory, '') AS subcategory,
-    ifnull(event, '') AS event, ifnull(version, '') AS version, text
-  FROM events AS e LEFT JOIN times ON times.id = e.id
+    e.time, CASE WHEN date(time, '+0 days') = substr(time, 1, 10) THEN substr(time, 1, 10) END AS day,
+    ifnull(category, '') AS category, ifnull(subcategory, '') AS subcategory, ifnull(event, '') AS event,
+    ifnull(version, '') AS version, text
+  FROM events AS e
     LEFT JOIN session_versions AS v ON v.session = e.session AND v.installation = ifnull(e.installation, '')
 ), found AS (
   SELECT * FROM all_rows

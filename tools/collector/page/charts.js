@@ -31,7 +31,10 @@ function fillOf(series) {
 
 const RISING = [[-1, 9, 9, -1], [-1, 1, 1, -1], [7, 9, 9, 7]];
 const FALLING = [[-1, -1, 9, 9], [-1, 7, 1, 9], [7, -1, 9, 1]];
-const PATTERNS = [[], RISING, [[0, 2, 8, 2]], FALLING, [[2, 0, 2, 8]], [[1, 2, 3, 2], [5, 6, 7, 6]], [...RISING, ...FALLING]];
+const LEVEL = [[0, 2, 8, 2]];
+const UPRIGHT = [[2, 0, 2, 8]];
+const DOTS = [[1, 2, 3, 2], [5, 6, 7, 6]];
+const PATTERNS = [[], RISING, LEVEL, FALLING, UPRIGHT, DOTS, [...RISING, ...FALLING]];
 
 /** How many series have a fill of their own. The last one is for the rest. */
 export const seriesCount = PATTERNS.length;
@@ -48,8 +51,17 @@ function optionsOf(titles, isStacked, shown) {
       tooltip: { callbacks: { title: ([item]) => titles[item.dataIndex] }, animation: false, boxPadding: 4 },
     },
     scales: {
-      x: { stacked: isStacked, grid: { ...grid, display: false }, ticks: { ...text, maxRotation: 0, autoSkipPadding: 14 } },
-      y: { stacked: isStacked, beginAtZero: true, grid, ticks: { ...text, padding: 6, maxTicksLimit: 6, precision: 0, callback: shown } },
+      x: {
+        stacked: isStacked,
+        grid: { ...grid, display: false },
+        ticks: { ...text, maxRotation: 0, autoSkipPadding: 14 },
+      },
+      y: {
+        stacked: isStacked,
+        beginAtZero: true,
+        grid,
+        ticks: { ...text, padding: 6, maxTicksLimit: 6, precision: 0, callback: shown },
+      },
     },
   };
 }
@@ -111,6 +123,7 @@ function makeSwatch(type, dataset) {
   context.lineTo(30, 6.5);
   context.stroke();
   context.setLineDash([]);
-  window.Chart.helpers.drawPoint(context, { pointStyle: dataset.pointStyle, radius: 4, rotation: 0, borderWidth: 1 }, 15, 6.5);
+  const point = { pointStyle: dataset.pointStyle, radius: 4, rotation: 0, borderWidth: 1 };
+  window.Chart.helpers.drawPoint(context, point, 15, 6.5);
   return canvas;
 }

@@ -11,7 +11,7 @@ const nameOf = (text) => (text === "" || text === null ? "(none)" : text);
 /** The values of a chart as a table, which is closed at first. */
 function makeValues(caption, columns, rows) {
   const values = make("details", { class: "values" }, make("summary", {}, "Values as a table"));
-  values.addEventListener("toggle", () => values.childElementCount > 1 || values.append(makeTable(caption, columns, rows)));
+  values.addEventListener("toggle", () => values.append(makeTable(caption, columns, rows)), { once: true });
   return values;
 }
 
@@ -26,7 +26,8 @@ function categoriesOf(rows, days) {
     }
     all.get(name).values[place.get(day)] += events;
   }
-  const sorted = [...all.values()].map((each) => ({ ...each, total: sum(each.values) })).sort((a, b) => b.total - a.total);
+  const sorted = [...all.values()].map((each) => ({ ...each, total: sum(each.values) }));
+  sorted.sort((a, b) => b.total - a.total);
   if (sorted.length <= seriesCount) {
     return { sorted, shown: sorted };
   }
@@ -39,10 +40,11 @@ export function drawEvents(body, rows, parameters) {
   const days = axisOf(rows.map((row) => row.day), parameters);
   const { sorted, shown } = categoriesOf(rows, days);
   const total = sum(sorted.map((each) => each.total));
-  const description = `Stacked bars: ${number(total)} events on ${days.length} days, by category. The values follow as a table.`;
+  const description = `Stacked bars: ${number(total)} events on ${days.length} days, by category. A table follows.`;
   const chart = drawBars(body, description, days.map(shortDay), days.map(longDay), shown);
   body.prepend(makeLegend(chart, shown.map((each) => percent(each.total / total))));
-  const columns = [{ title: "Day", value: (i) => days[i] }, ...sorted.map(({ name, values }) => ({ title: name, kind: "number", value: (i) => values[i] }))];
+  const columns = sorted.map(({ name, values }) => ({ title: name, kind: "number", value: (i) => values[i] }));
+  columns.unshift({ title: "Day", value: (i) => days[i] });
   body.append(makeValues("Events a day by category", columns, days.map((_, i) => i)));
   return () => chart.destroy();
 }
@@ -52,7 +54,7 @@ function drawCounts(column, title, isWeekly) {
   return (body, rows, parameters) => {
     const values = new Map(rows.map((row) => [row[column], row.installations]));
     const days = axisOf(rows.map((row) => row[column]), parameters, isWeekly);
-    const description = `Bars: ${title}, at most ${number(most(rows, "installations"))}. The values follow as a table.`;
+    const description = `Bars: ${title}, at most ${number(most(rows, "installations"))}. A table follows.`;
     const chart = drawBars(body, description, days.map(shortDay), days.map(longDay),
       [{ name: "Installations", values: days.map((day) => values.get(day) ?? 0) }]);
     body.append(makeValues(title, [{ title: isWeekly ? "Week from" : "Day", value: (row) => row[column] },
@@ -110,7 +112,7 @@ export function drawMemory(body, rows, parameters) {
   const byWeek = new Map(rows.map((row) => [row.week, row]));
   const series = [["p50", "Median"], ["p90", "90th percentile"], ["p99", "99th percentile"]].map(([column, name]) => ({
     column, name, values: weeks.map((week) => byWeek.get(week)?.[column] ?? null) }));
-  const chart = drawLines(body, "Lines: memory of sessions by week, in MB. The values follow as a table.",
+  const chart = drawLines(body, "Lines: memory of sessions by week, in MB. A table follows.",
     weeks.map(shortDay), weeks.map(longDay), series);
   body.prepend(makeLegend(chart));
   body.append(makeValues("Memory of sessions in MB", [{ title: "Week from", value: (row) => row.week },

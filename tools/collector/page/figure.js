@@ -85,9 +85,9 @@ export class Figure {
 
   #showLinks(parameters) {
     const title = this.#section.querySelector("h2").textContent;
-    this.#links.replaceChildren(
-      make("a", { href: addressOf(this.name, parameters, ".csv"), download: `${this.name}.csv`, "aria-label": `${title} as CSV` }, "CSV"),
-      make("a", { href: addressOf(this.name, parameters), "aria-label": `${title} as JSON` }, "JSON"));
+    const links = { CSV: addressOf(this.name, parameters, ".csv"), JSON: addressOf(this.name, parameters) };
+    this.#links.replaceChildren(...Object.entries(links).map(([name, address]) =>
+      make("a", { href: address, "aria-label": `${title} as ${name}` }, name)));
   }
 
   #clear() {

@@ -25,7 +25,8 @@ export class Filters {
       select.addEventListener("change", () => form.requestSubmit());
     }
     for (const button of form.querySelectorAll("[data-days]")) {
-      button.addEventListener("click", () => this.#apply({ ...this.#entered(), from: "", until: "", days: button.dataset.days }));
+      const range = { from: "", until: "", days: button.dataset.days };
+      button.addEventListener("click", () => this.#apply({ ...this.#entered(), ...range }));
     }
     window.addEventListener("popstate", () => {
       this.#show();

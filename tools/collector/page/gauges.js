@@ -20,7 +20,8 @@ export class Sample {
 
   /** The label's values and the metric's values. */
   all(name) {
-    return this.rows.filter((row) => keyOf(row.name, "") === name).map((row) => [labelOf(row.labels), Number(row.value)]);
+    const rows = this.rows.filter((row) => keyOf(row.name, "") === name);
+    return rows.map((row) => [labelOf(row.labels), Number(row.value)]);
   }
 
   /** The increase of a counter in a second. Null if the collector has restarted, or there is no earlier sample. */
@@ -56,10 +57,15 @@ function rows(now, before) {
 
 function certificateDays(now) {
   const end = now.value("certificate_end_timestamp_seconds");
-  return end === null ? null : (end - Date.now() / 1000) / DAY;
+  return end === null ? null : Math.floor((end - Date.now() / 1000) / DAY);
 }
 
-/** What the page shows: a title, the value from a sample and the one before, its text, and whether it is bad. `isStill`: no picture. */
+const daysText = (days) => (days === 1 ? "1 day" : `${number(days)} days`);
+
+/**
+ * What the page shows: a title, the value from a sample and the one before, its text, and whether it is bad. There is
+ * no picture if `isStill`.
+ */
 export const GAUGES = [
   rate("Packages stored", "packages_total"),
   { title: "Rows stored", shown: perSecond, value: rows },
@@ -73,5 +79,8 @@ export const GAUGES = [
   level("Size of the store", "store_bytes", bytes),
   level("Size of the store's log", "store_log_bytes", bytes),
   { ...level("Dropped log messages", "log_messages_dropped_total"), isBad: (value) => value > 0 },
-  { title: "Certificate ends in", shown: (value) => (Math.floor(value) === 1 ? "1 day" : `${number(Math.floor(value))} days`), value: certificateDays, isStill: true, isBad: (value) => value < 14 },
+  {
+    title: "Certificate ends in", shown: daysText, value: certificateDays, isStill: true,
+    isBad: (days) => days < 14,
+  },
 ];

@@ -21,9 +21,9 @@ export function showList(caption, columns, nouns) {
     body.append(makeTable(caption, columns, rows, { isStacked: true }));
     const limit = Number(filters.parameters.limit ?? USUAL);
     if (rows.length >= limit) {
-      const more = make("p", { class: "more" }, `Only the newest ${number(rows.length)} are shown. Narrow the filters to see older ones. `);
-      more.append(limit < LARGEST ? makeButton(`Show ${number(LARGEST)}`, () => filters.set("limit", String(LARGEST))) : "");
-      body.append(more);
+      const text = `Only the newest ${number(rows.length)} are shown. Narrow the filters to see older ones. `;
+      const button = makeButton(`Show ${number(LARGEST)}`, () => filters.set("limit", String(LARGEST)));
+      body.append(make("p", { class: "more" }, text, limit < LARGEST ? button : ""));
     }
   }
 

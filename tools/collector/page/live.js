@@ -27,7 +27,8 @@ const columns = [
   { title: "Event", cell: (row) => makeOpener(row) },
   { title: "Category", value: (row) => [row.category, row.subcategory].filter(Boolean).join(" · ") },
   { title: "Installation", value: (row) => row.installation },
-  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8), link: (row) => row.session && sessionAddress(row.session) },
+  { title: "Session", kind: "code", value: (row) => row.session?.slice(0, 8),
+    link: (row) => row.session && sessionAddress(row.session) },
   { title: "User", value: (row) => row.user },
 ];
 

@@ -1,6 +1,8 @@
 import { runAll } from "./api.js";
 import { makeButton } from "./dom.js";
-import { drawCommands, drawCrashes, drawDays, drawEvents, drawMemory, drawVersions, drawWeeks, rateOf } from "./drawings.js";
+import {
+  drawCommands, drawCrashes, drawDays, drawEvents, drawMemory, drawVersions, drawWeeks, rateOf,
+} from "./drawings.js";
 import { Figure } from "./figure.js";
 import { Filters } from "./filters.js";
 import { clock, number } from "./format.js";
@@ -35,8 +37,8 @@ function crashesOf(version) {
 
 function crashedSessions(version) {
   const { from, until, installation = "" } = filters.parameters;
-  const query = Object.entries({ from, until, installation, version, end: "crashed" }).filter(([, value]) => value !== "");
-  return `/sessions?${new URLSearchParams(query)}`;
+  const query = Object.entries({ from, until, installation, version, end: "crashed" });
+  return `/sessions?${new URLSearchParams(query.filter(([, value]) => value !== ""))}`;
 }
 
 /** Shows the sums of what has been read. */

@@ -12,5 +12,5 @@ showList("Sessions, newest first", [
   { title: "Last record", kind: "time", value: (row) => row.last },
   { title: "Length", kind: "number", cell: (row) => duration(Date.parse(row.last) - Date.parse(row.first) || 0) },
   { title: "Events", kind: "number", value: (row) => row.events },
-  { title: "Ended", cell: (row) => make("span", { class: `end ${row.end === "crashed" ? "crashed" : ""}` }, ENDS[row.end] ?? row.end) },
+  { title: "Ended", cell: (row) => make("span", { class: `end ${row.end}` }, ENDS[row.end]) },
 ], ["session", "sessions"]);

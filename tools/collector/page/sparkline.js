@@ -26,7 +26,8 @@ export class Sparkline {
     this.#values = [...this.#values, value].slice(-this.#most);
     const highest = Math.max(0, ...this.#values);
     const first = this.#most - this.#values.length;
-    const points = this.#values.map((each, i) => (each === null ? "" : `${first + i},${HEIGHT * (1 - each / (highest || 1))}`));
+    const heightOf = (each) => HEIGHT * (1 - each / (highest || 1));
+    const points = this.#values.map((each, i) => (each === null ? "" : `${first + i},${heightOf(each)}`));
     this.#line.setAttribute("points", points.filter(Boolean).join(" "));
     return highest;
   }

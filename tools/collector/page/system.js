@@ -28,7 +28,8 @@ class Gauge {
 
   constructor(definition) {
     this.#definition = definition;
-    this.#panel = make("section", { class: "panel gauge" }, make("h2", {}, definition.title), this.#value, definition.isStill ? "" : this.#line.element, definition.isStill ? "" : this.#note);
+    const picture = definition.isStill ? [] : [this.#line.element, this.#note];
+    this.#panel = make("section", { class: "panel gauge" }, make("h2", {}, definition.title), this.#value, ...picture);
     document.getElementById("gauges").append(this.#panel);
   }
 

@@ -12,9 +12,9 @@ const LONG = 36;
  * `link(row)` is an address or null. `cell(row)` makes the content itself. The first column names the row.
  */
 export function makeTable(caption, columns, rows, { isStacked = false } = {}) {
-  const head = make("tr", {}, ...columns.map(({ title, kind }) => make("th", { scope: "col", class: classOf(kind) }, title)));
+  const titles = columns.map(({ title, kind }) => make("th", { scope: "col", class: classOf(kind) }, foreign(title)));
   const table = make("table", isStacked ? { class: "stacked" } : {}, make("caption", {}, caption),
-    make("thead", {}, head), make("tbody", {}, ...rows.map((row) => makeRow(columns, row))));
+    make("thead", {}, make("tr", {}, ...titles)), make("tbody", {}, ...rows.map((row) => makeRow(columns, row))));
   return make("div", { class: "scroll", role: "region", "aria-label": caption, tabindex: "0" }, table);
 }
 
@@ -63,5 +63,6 @@ function textOf(value) {
 function withBar(content, part, isWarm = false) {
   const fill = make("span", { class: isWarm ? "fill warm" : "fill" });
   fill.style.width = `${100 * Math.min(Math.max(part || 0, 0), 1)}%`;
-  return make("div", { class: "measure" }, make("span", { class: "track", "aria-hidden": "true" }, fill), make("span", {}, content));
+  const track = make("span", { class: "track", "aria-hidden": "true" }, fill);
+  return make("div", { class: "measure" }, track, make("span", {}, content));
 }
