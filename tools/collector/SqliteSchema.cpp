@@ -87,13 +87,6 @@ bool hasTablesOfVersion0(SqliteConnection& connection) {
              " AND name IN ('events', 'environments', 'refused')") == 3;
 }
 
-void createSummaries(SqliteConnection& connection) {
-  connection.execute(SqliteSummaries::schema);
-  SqliteSummaries summaries(connection);
-  while (summaries.addNext()) {
-  }
-}
-
 void createOrUpgrade(SqliteConnection& connection) {
   if (connection.number("SELECT count(*) FROM sqlite_schema") == 0) {
     connection.execute(schema);
@@ -109,7 +102,7 @@ void createOrUpgrade(SqliteConnection& connection) {
       upgradeVersion0(connection);
     }
   }
-  createSummaries(connection);
+  SqliteSummaries::create(connection);
   connection.execute("PRAGMA application_id = " + std::to_string(applicationId));
   rewriteVersion(connection);
 }

@@ -6,6 +6,25 @@ namespace {
 /// The number of rows that are summed up in one step.
 constexpr const char* rowsOfStep = "10000";
 
+constexpr const char* schema = R"(
+  DROP TABLE IF EXISTS summary_sessions;
+  DROP TABLE IF EXISTS summary_daily;
+  DROP TABLE IF EXISTS summary_crashes;
+  DROP TABLE IF EXISTS summary_state;
+  CREATE TABLE summary_sessions (id INTEGER PRIMARY KEY, session TEXT NOT NULL,
+    installation TEXT NOT NULL, version TEXT NOT NULL, version_time TEXT NOT NULL, first TEXT,
+    last TEXT, events INTEGER NOT NULL, environments INTEGER NOT NULL, crashed INTEGER NOT NULL,
+    stopped INTEGER NOT NULL, last_command TEXT, UNIQUE (session, installation));
+  CREATE TABLE summary_daily (kind TEXT NOT NULL, day TEXT NOT NULL, session INTEGER NOT NULL,
+    name TEXT NOT NULL, value INTEGER NOT NULL, PRIMARY KEY (kind, day, session, name))
+    WITHOUT ROWID;
+  CREATE TABLE summary_crashes (session INTEGER NOT NULL, event INTEGER NOT NULL, time TEXT,
+    code TEXT NOT NULL, command TEXT NOT NULL, count INTEGER NOT NULL,
+    PRIMARY KEY (session, event)) WITHOUT ROWID;
+  CREATE TABLE summary_state (name TEXT PRIMARY KEY, last INTEGER NOT NULL) WITHOUT ROWID;
+  INSERT INTO summary_state VALUES ('events', 0), ('environments', 0);
+  )";
+
 constexpr const char* commandQuery =
     "SELECT last_command FROM summary_sessions WHERE session = ? AND installation = ?";
 
@@ -34,6 +53,13 @@ constexpr const char* crashInsertion = R"(
   ON CONFLICT DO UPDATE SET count = count + excluded.count)";
 
 }  // namespace
+
+void SqliteSummaries::create(SqliteConnection& connection) {
+  connection.execute(schema);
+  SqliteSummaries summaries(connection);
+  while (summaries.addNext()) {
+  }
+}
 
 std::string SqliteSummaries::columnsOf(std::string_view table) {
   const std::string common = "id, count, session, installation, time, ";

@@ -402,6 +402,17 @@ TEST_F(SummariesTest, AgreeWithTheRowsAfterAnyChanges) {
   EXPECT_THAT(test::query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
 }
 
+TEST_F(SummariesTest, AreMadeWhenAStoreOfVersion1IsOpened) {
+  addSample();
+  execute(
+      "DROP TABLE summary_sessions; DROP TABLE summary_daily; DROP TABLE summary_crashes;"
+      " DROP TABLE summary_state; PRAGMA user_version = 1");
+  EXPECT_THROW(SqliteReader{file_}, StoreError);
+  { const SqliteStore upgraded(file_); }
+  EXPECT_EQ(read("sessions").size(), 3U);
+  expectSameAsRows({});
+}
+
 TEST_F(SummariesTest, HaveNothingLeftOfAnErasedStore) {
   addSample();
   eraseQuietly({file_, "", "ada", true});
