@@ -20,7 +20,8 @@ constexpr const char* longestText = "20000";
 constexpr std::chrono::milliseconds timeOfInsert{500};
 
 std::string eventsByDay(const Filter& filter) {
-  return Question("SELECT day, category, sum(count) AS events FROM events FINAL WHERE day != 0")
+  return Question(
+             "SELECT day, category, sum(count) AS events FROM events FINAL WHERE day > toDate(0)")
       .ofEvents(filter)
       .then(" GROUP BY day, category ORDER BY day, category")
       .sql();
@@ -30,7 +31,7 @@ std::string installationsBy(const std::string& period, const std::string& name,
                             const Filter& filter) {
   return Question("SELECT " + period + " AS " + name +
                   ", uniqExact(installation) AS installations FROM events"
-                  " WHERE day != 0 AND installation != ''")
+                  " WHERE day > toDate(0) AND installation != ''")
       .ofEvents(filter)
       .then(" GROUP BY " + name + " ORDER BY " + name)
       .sql();
@@ -84,7 +85,7 @@ std::string commands(const Filter& filter) {
              " share FROM (SELECT event AS command, sumIf(count, subcategory = 'Started') AS"
              " started, sumIf(count, subcategory = 'Cancelled') AS cancelled FROM events FINAL"
              " WHERE category = 'Command' AND subcategory IN ('Started', 'Cancelled')"
-             " AND day != 0")
+             " AND day > toDate(0)")
       .ofEvents(filter)
       .then(" GROUP BY event) ORDER BY started DESC, cancelled DESC, command LIMIT 30")
       .sql();
@@ -101,7 +102,7 @@ std::string memory(const Filter& filter) {
                   " max(toUInt64(reading)) AS highest FROM (SELECT day, session, installation,"
                   " detail_values[indexOf(detail_keys, 'Max')] AS reading FROM events"
                   " WHERE category = 'MemoryUsage' AND subcategory = 'Application'"
-                  " AND session != '' AND day != 0")
+                  " AND session != '' AND day > toDate(0)")
       .ofEvents(filter)
       .then(
           ") WHERE match(reading, '^[0-9]{1,18}$') GROUP BY week, session, installation)"
@@ -175,7 +176,7 @@ std::string live(const Filter& filter) {
   Question keys("SELECT key FROM events WHERE " + after + " AND " + std::string(arrival) +
                 " <= " + std::to_string(now.count()));
   if (!filter.from.empty() || !filter.until.empty()) {
-    keys.then(" AND day != 0");
+    keys.then(" AND day > toDate(0)");
   }
   // The keys are found without the texts. The row of a key that has arrived before is not new.
   const std::string direction = isNewest ? " DESC" : "";
@@ -206,9 +207,9 @@ std::string filters(const Filter& /*filter*/) {
              " FROM (") +
          versionsOfSessions +
          ") UNION ALL SELECT 'first-day' AS kind, toString(min(day)) AS value FROM events"
-         " WHERE day != 0 HAVING count() > 0"
+         " WHERE day > toDate(0) HAVING count() > 0"
          " UNION ALL SELECT 'last-day' AS kind, toString(max(day)) AS value FROM events"
-         " WHERE day != 0 HAVING count() > 0) ORDER BY kind, value";
+         " WHERE day > toDate(0) HAVING count() > 0) ORDER BY kind, value";
 }
 
 constexpr std::array<ClickHouseFigure, 11> figures{

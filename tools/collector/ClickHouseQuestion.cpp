@@ -3,9 +3,10 @@
 namespace qel::collector {
 
 const char* const versionsOfSessions =
-    "SELECT session, installation, argMax(version, concat(toString(10000000000000 +"
-    " toUInt64(toUInt32(time)) * 1000 + time_ms), version)) AS version FROM environments"
-    " WHERE session != '' AND version != '' GROUP BY session, installation";
+    "SELECT session, installation, latest AS version FROM (SELECT session, installation,"
+    " argMax(version, concat(toString(10000000000000 + toUInt64(toUInt32(time)) * 1000 + time_ms),"
+    " version)) AS latest FROM environments WHERE session != '' AND version != ''"
+    " GROUP BY session, installation)";
 
 ClickHouseQuestion& ClickHouseQuestion::ofEvents(const Filter& filter) {
   andIf("day >= ", filter.from);
