@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/collector/ClickHouseFigures.h"
+#include "tools/collector/ClickHouseSchema.h"
 #include "tools/collector/ClickHouseText.h"
 #include "tools/collector/RowKey.h"
 
@@ -32,20 +33,14 @@ std::vector<std::string> namesOf(std::string_view columns) {
   return names;
 }
 
-/// The rows of a session: their keys begin with the session's digest.
 std::string questionFor(const std::string& table, const std::string& session) {
-  const Sha256 digest = sha256(session);
-  std::string first;
-  for (std::size_t byte = 0; byte < 8; ++byte) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    first += digits[digest[byte] >> 4];
-    first += digits[digest[byte] & 15];
-  }
-  const auto key = [&](char digit) {
-    return "toFixedString(unhex('" + first + std::string(32, digit) + "'), 24)";
+  const auto literal = [](const Sha256& key) {
+    return "toFixedString(" + sqlLiteral(bytesOf(key).substr(0, clickHouseKeySize)) + ", " +
+           std::to_string(clickHouseKeySize) + ')';
   };
-  return "SELECT count, text FROM " + table + " FINAL WHERE key >= " + key('0') +
-         " AND key <= " + key('F') + " AND session = " + sqlLiteral(session) +
+  const KeyRange keys = keysOf(session);
+  return "SELECT count, text FROM " + table + " FINAL WHERE key >= " + literal(keys.first) +
+         " AND key <= " + literal(keys.last) + " AND session = " + sqlLiteral(session) +
          " ORDER BY received, received_ms, place";
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "tools/collector/ClickHouseSchema.h"
 #include "tools/collector/JsonMembers.h"
 #include "tools/collector/RowKey.h"
 #include "tools/records/Moment.h"
@@ -13,7 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t keySize = 24;
 constexpr std::int64_t millisecondsOfDay = 24LL * 60 * 60 * 1000;
 constexpr std::int64_t lastSecond = std::numeric_limits<std::uint32_t>::max();
 
@@ -62,7 +62,7 @@ void appendCommon(std::string& rows, const Sha256& key, std::string_view text, s
                   const Origin& origin, std::uint32_t place) {
   const auto received =
       limited(std::chrono::floor<milliseconds>(origin.received.time_since_epoch()).count());
-  rows.append(bytesOf(key).substr(0, keySize));
+  rows.append(bytesOf(key).substr(0, clickHouseKeySize));
   appendTime(rows, received);
   appendNumber<4>(rows, place);
   appendText(rows, origin.user);
