@@ -8,6 +8,7 @@ CREATE TABLE IF NOT EXISTS events (
   key FixedString(24),           -- of the text; the rows of a session are neighbours
   received DateTime('UTC'),
   received_ms UInt16,
+  place UInt32,                  -- orders the rows that one collector received at the same time
   user String,                   -- who sent the text first
   count UInt32,                  -- how often one package had the text
   precedence UInt64,
@@ -28,6 +29,7 @@ CREATE TABLE IF NOT EXISTS environments (
   key FixedString(24),
   received DateTime('UTC'),
   received_ms UInt16,
+  place UInt32,
   user String,
   count UInt32,
   precedence UInt64,
@@ -44,6 +46,7 @@ CREATE TABLE IF NOT EXISTS refused (
   key FixedString(24),
   received DateTime('UTC'),
   received_ms UInt16,
+  place UInt32,
   user String,
   count UInt32,
   precedence UInt64,

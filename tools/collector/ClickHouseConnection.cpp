@@ -134,7 +134,9 @@ std::string ClickHouseConnection::runOutside(const std::string& statement, Deadl
 std::string ClickHouseConnection::result(const std::string& parameters,
                                          const std::string& statement, Deadline deadline) {
   // ClickHouse begins its answer only after the whole result is known, so the status is right.
-  std::string answer = exchange(parameters + "&wait_end_of_query=1", statement, deadline);
+  std::string answer =
+      exchange(parameters + "&wait_end_of_query=1&output_format_json_quote_64bit_integers=0",
+               statement, deadline);
   if (transfer_->status() != 200) {
     fail(shortenedError(answer));
   }

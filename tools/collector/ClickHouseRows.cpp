@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "tools/collector/ClickHouseSchema.h"
 #include "tools/collector/JsonMembers.h"
 #include "tools/collector/RowKey.h"
 #include "tools/records/Moment.h"
@@ -13,7 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t keySize = 24;
 constexpr std::int64_t millisecondsOfDay = 24LL * 60 * 60 * 1000;
 constexpr std::int64_t lastSecond = std::numeric_limits<std::uint32_t>::max();
 
@@ -59,11 +59,12 @@ std::int64_t limited(std::int64_t time) {
 
 /// The columns that all tables have.
 void appendCommon(std::string& rows, const Sha256& key, std::string_view text, std::size_t count,
-                  const Origin& origin) {
+                  const Origin& origin, std::uint32_t place) {
   const auto received =
       limited(std::chrono::floor<milliseconds>(origin.received.time_since_epoch()).count());
-  rows.append(bytesOf(key).substr(0, keySize));
+  rows.append(bytesOf(key).substr(0, clickHouseKeySize));
   appendTime(rows, received);
+  appendNumber<4>(rows, place);
   appendText(rows, origin.user);
   appendNumber<4>(rows, count);
   appendNumber<8>(rows, static_cast<std::uint64_t>(count) << 32 |
@@ -73,10 +74,10 @@ void appendCommon(std::string& rows, const Sha256& key, std::string_view text, s
 
 /// The columns that events and environments have. Dates that no client can mean would fill foreign
 /// partitions, so they count as none.
-void appendRecord(std::string& rows, const Row& row, const Origin& origin) {
+void appendRecord(std::string& rows, const Row& row, const Origin& origin, std::uint32_t place) {
   const auto& session = row.columns[Session];
   const auto name = session ? std::optional<std::string_view>(*session) : std::nullopt;
-  appendCommon(rows, keyOf(name, sha256(row.text)), row.text, row.count, origin);
+  appendCommon(rows, keyOf(name, sha256(row.text)), row.text, row.count, origin, place);
   appendMember(rows, row, Session);
   appendMember(rows, row, Installation);
   const auto time = records::millisecondsOf(row.columns[Time].value_or(""));
@@ -88,7 +89,7 @@ void appendRecord(std::string& rows, const Row& row, const Origin& origin) {
 }  // namespace
 
 void ClickHouseRows::addEvent(const Row& row, const Origin& origin) {
-  appendRecord(events_, row, origin);
+  appendRecord(events_, row, origin, place_++);
   appendMember(events_, row, Category);
   appendMember(events_, row, Subcategory);
   appendMember(events_, row, Event);
@@ -112,14 +113,14 @@ void ClickHouseRows::addDetails(std::string_view text) {
 }
 
 void ClickHouseRows::addEnvironment(const Row& row, const Origin& origin) {
-  appendRecord(environments_, row, origin);
+  appendRecord(environments_, row, origin, place_++);
   const auto program = findMember(row.text, "\"CurrentActiveApplication\"", '{');
   const auto version = program ? findMember(*program, "\"Version\"", '"') : std::nullopt;
   appendText(environments_, version ? textOf(*version, storage_) : std::string_view());
 }
 
 void ClickHouseRows::addRefused(const RefusedText& text, const Origin& origin) {
-  appendCommon(refused_, sha256(text.text), text.text, text.count, origin);
+  appendCommon(refused_, sha256(text.text), text.text, text.count, origin, place_++);
   appendText(refused_, text.reason);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,7 @@ class ClickHouseRows {
  private:
   void addDetails(std::string_view text);
 
+  std::uint32_t place_ = 0;  ///< of the next row, also after `clear`
   std::string events_;
   std::string environments_;
   std::string refused_;

@@ -16,9 +16,9 @@ using Columns = std::vector<std::pair<std::string, std::string>>;
 constexpr int currentVersion = 1;
 
 const Columns common{{"key", "FixedString(24)"}, {"received", "DateTime('UTC')"},
-                     {"received_ms", "UInt16"},  {"user", "String"},
-                     {"count", "UInt32"},        {"precedence", "UInt64"},
-                     {"text", "String"}};
+                     {"received_ms", "UInt16"},  {"place", "UInt32"},
+                     {"user", "String"},         {"count", "UInt32"},
+                     {"precedence", "UInt64"},   {"text", "String"}};
 const Columns ofRecords{{"session", "String"},
                         {"installation", "String"},
                         {"day", "Date"},

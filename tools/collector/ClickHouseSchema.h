@@ -14,6 +14,9 @@ struct ClickHouseTable {
   std::vector<std::pair<std::string, std::string>> columns;
 };
 
+/// The bytes of a key that are stored.
+inline constexpr std::size_t clickHouseKeySize = 24;
+
 /// The tables `events`, `environments` and `refused`, with their columns in the order of
 /// `ClickHouseRows`. deploy/clickhouse/single.sql says what they mean.
 const std::vector<ClickHouseTable>& clickHouseTables();

@@ -1,0 +1,239 @@
+#include "tools/collector/ClickHouseFigures.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <stdexcept>
+
+#include "tools/collector/ClickHouseQuestion.h"
+
+namespace qel::collector {
+namespace {
+
+using Question = ClickHouseQuestion;
+
+/// Characters, or bytes of a refused text.
+constexpr const char* longestText = "20000";
+
+/// Rows that arrived later are not shown yet, because another collector may still be storing
+/// earlier ones.
+constexpr std::chrono::milliseconds timeOfInsert{500};
+
+std::string eventsByDay(const Filter& filter) {
+  return Question(
+             "SELECT day, category, sum(count) AS events FROM events FINAL WHERE day > toDate(0)")
+      .ofEvents(filter)
+      .then(" GROUP BY day, category ORDER BY day, category")
+      .sql();
+}
+
+std::string installationsBy(const std::string& period, const std::string& name,
+                            const Filter& filter) {
+  return Question("SELECT " + period + " AS " + name +
+                  ", uniqExact(installation) AS installations FROM events"
+                  " WHERE day > toDate(0) AND installation != ''")
+      .ofEvents(filter)
+      .then(" GROUP BY " + name + " ORDER BY " + name)
+      .sql();
+}
+
+std::string installationsByDay(const Filter& filter) {
+  return installationsBy("day", "day", filter);
+}
+
+std::string installationsByWeek(const Filter& filter) {
+  return installationsBy("toMonday(day)", "week", filter);
+}
+
+std::string versions(const Filter& filter) {
+  return "SELECT version, uniqExactIf(installation, installation != '') AS installations,"
+         " count() AS sessions FROM (" +
+         sessionsOf(filter) + ") GROUP BY version ORDER BY sessions DESC, version";
+}
+
+std::string crashes(const Filter& filter) {
+  const std::string crash = "category = 'Application' AND subcategory = 'Crashed'";
+  const std::string time(timeOfRecord);
+  Question found(
+      "SELECT session, installation, any(" + time +
+      ") AS crashTime, any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
+      " max(count) AS copies FROM events WHERE " +
+      crash);
+  found.ofEvents(filter).then(" GROUP BY key, session, installation");
+  const std::string started =
+      "SELECT session, installation, groupArray(startTime) AS times, groupArray(event) AS names"
+      " FROM (SELECT session, installation, " +
+      time +
+      " AS startTime, event FROM events WHERE category = 'Command' AND subcategory = 'Started'"
+      " AND session != '' AND session IN (SELECT session FROM events WHERE " +
+      crash + ") ORDER BY startTime, received, received_ms, place) GROUP BY session, installation";
+  return "SELECT version, code, command, sum(copies) AS crashes,"
+         " uniqExactIf(installation, installation != '') AS installations,"
+         " argMax(session, concat(toString(10000000000000 + crashTime), session)) AS latest_session"
+         " FROM (SELECT session, installation, crashTime, code, copies, version,"
+         " names[arrayCount(x -> x <= crashTime, times)] AS command FROM (SELECT session,"
+         " installation, crashTime, code, copies, times, names FROM (" +
+         found.sql() + ") ANY LEFT JOIN (" + started +
+         ") USING session, installation) ANY LEFT JOIN (" + versionsOfSessions +
+         ") USING session, installation) GROUP BY version, code, command"
+         " ORDER BY crashes DESC, version, code, command";
+}
+
+std::string commands(const Filter& filter) {
+  return Question(
+             "SELECT command, started, cancelled, if(started > 0, cancelled / started, NULL) AS"
+             " share FROM (SELECT event AS command, sumIf(count, subcategory = 'Started') AS"
+             " started, sumIf(count, subcategory = 'Cancelled') AS cancelled FROM events FINAL"
+             " WHERE category = 'Command' AND subcategory IN ('Started', 'Cancelled')"
+             " AND day > toDate(0)")
+      .ofEvents(filter)
+      .then(" GROUP BY event) ORDER BY started DESC, cancelled DESC, command LIMIT 30")
+      .sql();
+}
+
+std::string memory(const Filter& filter) {
+  const auto percentile = [](const std::string& share) {
+    return "sorted[intDiv(sessions * " + share + ", 100) + 1] / 1024 AS p" + share;
+  };
+  return Question("SELECT week, sessions, " + percentile("50") + ", " + percentile("90") + ", " +
+                  percentile("99") +
+                  " FROM (SELECT week, count() AS sessions, arraySort(groupArray(highest)) AS"
+                  " sorted FROM (SELECT toMonday(day) AS week, session, installation,"
+                  " max(toUInt64(reading)) AS highest FROM (SELECT day, session, installation,"
+                  " detail_values[indexOf(detail_keys, 'Max')] AS reading FROM events"
+                  " WHERE category = 'MemoryUsage' AND subcategory = 'Application'"
+                  " AND session != '' AND day > toDate(0)")
+      .ofEvents(filter)
+      .then(
+          ") WHERE match(reading, '^[0-9]{1,18}$') GROUP BY week, session, installation)"
+          " GROUP BY week) ORDER BY week")
+      .sql();
+}
+
+/// An ID without braces and hyphens, in upper case.
+std::string normalized(const std::string& id) {
+  return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
+}
+
+std::string sessions(const Filter& filter) {
+  Question chosen(
+      "SELECT session, installation, version, first, last, multiIf(crashed, 'crashed',"
+      " stopped, 'stopped', 'unknown') AS end FROM (" +
+      sessionsOf(filter) + ") WHERE 1");
+  if (!filter.session.empty()) {
+    chosen.then(" AND startsWith(" + normalized("session") + ", " +
+                normalized(sqlLiteral(filter.session)) + ")");
+  }
+  chosen.andIf("end = ", filter.end)
+      .then(" ORDER BY first DESC, session DESC, installation LIMIT " +
+            std::to_string(filter.limit));
+  const auto time = [](const std::string& name) {
+    return "if(" + name + " = 0, NULL, " + textOfMilliseconds(name) + ") AS " + name + "_text";
+  };
+  return "SELECT session, installation, version, first_text, last_text, copies, end FROM (SELECT "
+         "session, installation, version, first AS begin, " +
+         time("first") + ", " + time("last") + ", copies, end FROM (" + chosen.sql() +
+         ") ANY LEFT JOIN (SELECT session, installation, sum(most) AS copies FROM (SELECT session,"
+         " installation, max(count) AS most FROM events WHERE session IN (SELECT session FROM (" +
+         chosen.sql() +
+         ")) GROUP BY key, session, installation) GROUP BY session, installation)"
+         " USING session, installation) ORDER BY begin DESC, session DESC, installation";
+}
+
+std::string arrivalText() { return textOfMilliseconds(std::string(arrival)); }
+
+/// Milliseconds, place and key of a row. Texts of one length, so they sort as the rows.
+const std::string cursorOfRow = "concat(toString(10000000000000 + " + std::string(arrival) +
+                                "), '-', toString(10000000000 + place), '-', hex(key))";
+
+/// The condition that a row arrived after the one of a cursor.
+std::string arrivedAfter(const std::string& cursor) {
+  constexpr std::string_view form = "10000000000000-10000000000-";
+  constexpr std::size_t keyDigits = 48;
+  const auto isOfForm = [&](std::size_t place) {
+    const char c = cursor[place];
+    const bool isDigit = c >= '0' && c <= '9';
+    return place >= form.size() ? isDigit || (c >= 'A' && c <= 'F')
+           : form[place] == '-' ? c == '-'
+                                : isDigit;
+  };
+  bool isCursor = cursor.size() == form.size() + keyDigits;
+  for (std::size_t place = 0; isCursor && place < cursor.size(); ++place) {
+    isCursor = isOfForm(place);
+  }
+  if (!isCursor) {
+    throw std::invalid_argument("after: there is no cursor " + cursor);
+  }
+  const std::string seconds = cursor.substr(1, form.find('-') - 4);
+  return "received >= toDateTime(" + seconds + ") AND " + cursorOfRow + " > " + sqlLiteral(cursor);
+}
+
+std::string live(const Filter& filter) {
+  const auto now = std::chrono::floor<std::chrono::milliseconds>(
+      std::chrono::system_clock::now().time_since_epoch() - timeOfInsert);
+  const bool isNewest = filter.after.empty();
+  const std::string after = isNewest ? "1" : arrivedAfter(filter.after);
+  Question keys("SELECT key FROM events WHERE " + after + " AND " + std::string(arrival) +
+                " <= " + std::to_string(now.count()));
+  if (!filter.from.empty() || !filter.until.empty()) {
+    keys.then(" AND day > toDate(0)");
+  }
+  // The keys are found without the texts. The row of a key that has arrived before is not new.
+  const std::string direction = isNewest ? " DESC" : "";
+  keys.ofEvents(filter).then(" ORDER BY received" + direction + ", received_ms" + direction +
+                             ", place" + direction + ", key" + direction +
+                             " LIMIT 1 BY key LIMIT " + std::to_string(filter.limit));
+  return "SELECT " + cursorOfRow + " AS cursor, " + arrivalText() +
+         ", user, session, installation, category, nullIf(subcategory, ''), nullIf(event, ''),"
+         " substringUTF8(text, 1, " +
+         longestText + ") FROM events FINAL WHERE key IN (" + keys.sql() + ") AND " + after +
+         " ORDER BY cursor";
+}
+
+std::string refused(const Filter& filter) {
+  return Question("SELECT " + arrivalText() +
+                  " AS received_text, user, reason, count,"
+                  " substring(text, 1, " +
+                  longestText + ") FROM refused FINAL WHERE 1")
+      .andIf("toDate(received, 'UTC') >= ", filter.from)
+      .andIf("toDate(received, 'UTC') <= ", filter.until)
+      .then(" ORDER BY received_text DESC, place DESC LIMIT " + std::to_string(filter.limit))
+      .sql();
+}
+
+std::string filters(const Filter& /*filter*/) {
+  return std::string(
+             "SELECT kind, value FROM (SELECT DISTINCT 'version' AS kind, version AS value"
+             " FROM (") +
+         versionsOfSessions +
+         ") UNION ALL SELECT 'first-day' AS kind, toString(min(day)) AS value FROM events"
+         " WHERE day > toDate(0) HAVING count() > 0"
+         " UNION ALL SELECT 'last-day' AS kind, toString(max(day)) AS value FROM events"
+         " WHERE day > toDate(0) HAVING count() > 0) ORDER BY kind, value";
+}
+
+constexpr std::array<ClickHouseFigure, 11> figures{
+    {{"events-by-day", "day,category,events", eventsByDay},
+     {"installations-by-day", "day,installations", installationsByDay},
+     {"installations-by-week", "week,installations", installationsByWeek},
+     {"versions", "version,installations,sessions", versions},
+     {"crashes", "version,code,command,crashes,installations,latest_session", crashes},
+     {"commands", "command,started,cancelled,share", commands},
+     {"memory", "week,sessions,p50,p90,p99", memory},
+     {"sessions", "session,installation,version,first,last,events,end", sessions},
+     {"live", "cursor,received,user,session,installation,category,subcategory,event,text", live},
+     {"refused", "received,user,reason,count,text", refused},
+     {"filters", "kind,value", filters}}};
+
+}  // namespace
+
+const ClickHouseFigure& clickHouseFigure(std::string_view name) {
+  const auto* const found =
+      std::ranges::find(figures, name, [](const auto& figure) { return figure.name; });
+  if (found == figures.end()) {
+    throw std::invalid_argument("there is no figure " + std::string(name));
+  }
+  return *found;
+}
+
+}  // namespace qel::collector

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/collector/ClickHouseText.h"
+#include "tools/collector/StoreReader.h"
+
+namespace qel::collector {
+
+/// Joins the parts of a question.
+class ClickHouseQuestion {
+ public:
+  explicit ClickHouseQuestion(std::string sql) : sql_(std::move(sql)) {}
+
+  ClickHouseQuestion& then(std::string_view sql) {
+    sql_ += sql;
+    return *this;
+  }
+  /// Appends " AND ", the condition and the value as a literal, unless the value is empty.
+  ClickHouseQuestion& andIf(std::string_view condition, const std::string& value) {
+    if (!value.empty()) {
+      sql_.append(" AND ").append(condition).append(sqlLiteral(value));
+    }
+    return *this;
+  }
+  /// The restrictions of an event: its day, installation and version.
+  ClickHouseQuestion& ofEvents(const Filter& filter);
+
+  const std::string& sql() const { return sql_; }
+
+ private:
+  std::string sql_;
+};
+
+/// Milliseconds since 1970; 0 if a record has no time.
+inline constexpr std::string_view timeOfRecord = "(toUInt64(toUInt32(time)) * 1000 + time_ms)";
+inline constexpr std::string_view arrival = "(toUInt64(toUInt32(received)) * 1000 + received_ms)";
+
+/// Such a time as a text, as clients write it.
+std::string textOfMilliseconds(const std::string& milliseconds);
+
+/// The version of each pair of session and installation: that of its latest environment record.
+extern const char* const versionsOfSessions;
+
+/// Session, installation, version, first, last, crashed and stopped of each pair of session and
+/// installation that ran in the days of the filter, at least in part. A time is 0 if there is none.
+std::string sessionsOf(const Filter& filter);
+
+}  // namespace qel::collector

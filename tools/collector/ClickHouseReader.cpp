@@ -1,0 +1,84 @@
+#include "tools/collector/ClickHouseReader.h"
+
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/collector/ClickHouseFigures.h"
+#include "tools/collector/ClickHouseSchema.h"
+#include "tools/collector/ClickHouseText.h"
+#include "tools/collector/RowKey.h"
+
+namespace qel::collector {
+namespace {
+
+using nlohmann::json;
+
+Cell cellOf(const json& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  if (value.is_number_integer()) {
+    return value.get<std::int64_t>();
+  }
+  return value.is_number() ? Cell(value.get<double>()) : Cell();
+}
+
+std::vector<std::string> namesOf(std::string_view columns) {
+  std::vector<std::string> names;
+  std::istringstream list{std::string(columns)};
+  for (std::string name; std::getline(list, name, ',');) {
+    names.push_back(name);
+  }
+  return names;
+}
+
+std::string questionFor(const std::string& table, const std::string& session) {
+  const auto literal = [](const Sha256& key) {
+    return "toFixedString(" + sqlLiteral(bytesOf(key).substr(0, clickHouseKeySize)) + ", " +
+           std::to_string(clickHouseKeySize) + ')';
+  };
+  const KeyRange keys = keysOf(session);
+  return "SELECT count, text FROM " + table + " FINAL WHERE key >= " + literal(keys.first) +
+         " AND key <= " + literal(keys.last) + " AND session = " + sqlLiteral(session) +
+         " ORDER BY received, received_ms, place";
+}
+
+}  // namespace
+
+ResultTable ClickHouseReader::read(std::string_view figure, const Filter& filter,
+                                   std::chrono::steady_clock::time_point deadline) {
+  const ClickHouseFigure& known = clickHouseFigure(figure);
+  return {namesOf(known.columns), ask(known.question(filter), deadline)};
+}
+
+std::vector<StoredRecord> ClickHouseReader::session(
+    const std::string& id, std::chrono::steady_clock::time_point deadline) {
+  std::vector<StoredRecord> records;
+  for (const bool isEnvironment : {true, false}) {
+    for (auto& row : ask(questionFor(isEnvironment ? "environments" : "events", id), deadline)) {
+      records.push_back({isEnvironment, std::get<std::string>(std::move(row.at(1))),
+                         std::get<std::int64_t>(row.at(0))});
+    }
+  }
+  return records;
+}
+
+std::vector<std::vector<Cell>> ClickHouseReader::ask(
+    const std::string& question, std::chrono::steady_clock::time_point deadline) {
+  const std::string answer = connection_.run(question + " FORMAT JSONCompact", deadline);
+  const json result = json::parse(answer, nullptr, false);
+  if (!result.is_object() || !result.contains("data")) {
+    connection_.fail("the answer is no JSON");
+  }
+  std::vector<std::vector<Cell>> rows;
+  for (const json& row : result["data"]) {
+    auto& cells = rows.emplace_back();
+    for (const json& value : row) {
+      cells.push_back(cellOf(value));
+    }
+  }
+  return rows;
+}
+
+}  // namespace qel::collector
