@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/QelUtilities/PathText.h"
+#include "tools/collector/ClickHouseReader.h"
 #include "tools/collector/ClickHouseStore.h"
 #include "tools/collector/SqliteReader.h"
 #include "tools/collector/SqliteStore.h"
@@ -54,6 +55,9 @@ std::unique_ptr<Store> openStore(const StoreOptions& options) {
 }
 
 std::unique_ptr<StoreReader> openReader(const StoreOptions& options) {
+  if (const auto access = clickHouseAccess(options)) {
+    return std::make_unique<ClickHouseReader>(*access);
+  }
   return std::make_unique<SqliteReader>(utilities::pathFromUtf8(options.store));
 }
 
