@@ -368,7 +368,7 @@ TEST_F(SummariesTest, AgreeWithTheRowsAfterAnyChanges) {
           }
           break;
         case 2:
-          eraseQuietly({file_, clients.anyOf({"one", "two", "dröi"}), "", true});
+          eraseQuietly({{file_, "", false}, clients.anyOf({"one", "two", "dröi"}), "", true});
           break;
         case 3: {  // rows of another store, and then the newest rows go
           const auto second = file("second.db");
@@ -383,7 +383,7 @@ TEST_F(SummariesTest, AgreeWithTheRowsAfterAnyChanges) {
         }
         case 4:
           execute("UPDATE events SET user = 'newest' WHERE id > (SELECT max(id) - 4 FROM events)");
-          eraseQuietly({file_, "", "newest", true});
+          eraseQuietly({{file_, "", false}, "", "newest", true});
           break;
         default:  // the summaries are made again
           execute("PRAGMA user_version = 1");
@@ -415,7 +415,7 @@ TEST_F(SummariesTest, AreMadeWhenAStoreOfVersion1IsOpened) {
 
 TEST_F(SummariesTest, HaveNothingLeftOfAnErasedStore) {
   addSample();
-  eraseQuietly({file_, "", "ada", true});
+  eraseQuietly({{file_, "", false}, "", "ada", true});
   EXPECT_THAT(test::query(file_,
                           "SELECT 1 FROM summary_sessions UNION ALL SELECT 2 FROM summary_daily"
                           " UNION ALL SELECT 3 FROM summary_crashes"),
