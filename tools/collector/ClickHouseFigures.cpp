@@ -188,7 +188,8 @@ std::string live(const Filter& filter) {
   keys.then(isNewest ? " ORDER BY received DESC, received_ms DESC, place DESC, key DESC" + limit
                      : std::string(" ORDER BY received, received_ms, place LIMIT ") + liveRows);
   return "SELECT " + cursorOfRow + " AS cursor, " + arrivalText() +
-         ", user, session, installation, category, nullIf(subcategory, ''), nullIf(event, ''),"
+         ", user, nullIf(session, ''), installation, category, nullIf(subcategory, ''), "
+         "nullIf(event, ''),"
          " substringUTF8(text, 1, " +
          longestText + ") FROM events FINAL WHERE key IN (" + keys.sql() + ") AND " + after +
          " ORDER BY cursor" + limit;
