@@ -15,6 +15,9 @@ using Question = ClickHouseQuestion;
 /// Characters, or bytes of a refused text.
 constexpr const char* longestText = "20000";
 
+/// "live" looks at this number of rows after its cursor.
+constexpr const char* liveRows = "100000";
+
 /// Rows that arrived later are not shown yet, because another collector may still be storing
 /// earlier ones.
 constexpr std::chrono::milliseconds timeOfInsert{500};
@@ -168,26 +171,28 @@ std::string arrivedAfter(const std::string& cursor) {
   return "received >= toDateTime(" + seconds + ") AND " + cursorOfRow + " > " + sqlLiteral(cursor);
 }
 
+/// The newest rows are found without their texts. After a cursor, few keys are looked up, and
+/// `FINAL` removes those that have arrived before.
 std::string live(const Filter& filter) {
   const auto now = std::chrono::floor<std::chrono::milliseconds>(
       std::chrono::system_clock::now().time_since_epoch() - timeOfInsert);
   const bool isNewest = filter.after.empty();
   const std::string after = isNewest ? "1" : arrivedAfter(filter.after);
-  Question keys("SELECT key FROM events WHERE " + after + " AND " + std::string(arrival) +
-                " <= " + std::to_string(now.count()));
+  const std::string limit = " LIMIT " + std::to_string(filter.limit);
+  Question keys(std::string("SELECT key FROM events") + (isNewest ? " FINAL" : "") + " WHERE " +
+                after + " AND " + std::string(arrival) + " <= " + std::to_string(now.count()));
   if (!filter.from.empty() || !filter.until.empty()) {
     keys.then(" AND day > toDate(0)");
   }
-  // The keys are found without the texts. The row of a key that has arrived before is not new.
-  const std::string direction = isNewest ? " DESC" : "";
-  keys.ofEvents(filter).then(" ORDER BY received" + direction + ", received_ms" + direction +
-                             ", place" + direction + ", key" + direction +
-                             " LIMIT 1 BY key LIMIT " + std::to_string(filter.limit));
+  keys.ofEvents(filter);
+  keys.then(isNewest ? " ORDER BY received DESC, received_ms DESC, place DESC, key DESC" + limit
+                     : std::string(" ORDER BY received, received_ms, place LIMIT ") + liveRows);
   return "SELECT " + cursorOfRow + " AS cursor, " + arrivalText() +
-         ", user, session, installation, category, nullIf(subcategory, ''), nullIf(event, ''),"
+         ", user, nullIf(session, ''), installation, category, nullIf(subcategory, ''), "
+         "nullIf(event, ''),"
          " substringUTF8(text, 1, " +
          longestText + ") FROM events FINAL WHERE key IN (" + keys.sql() + ") AND " + after +
-         " ORDER BY cursor";
+         " ORDER BY cursor" + limit;
 }
 
 std::string refused(const Filter& filter) {

@@ -1,0 +1,63 @@
+"""What the tests of collectors with ClickHouse share."""
+
+import contextlib
+import itertools
+import json
+import shutil
+import signal
+import tempfile
+import unittest
+from pathlib import Path
+
+from servers import ClickHouse, Collector, Sender, Site
+
+
+def event(number, session="S-1", **members):
+    return json.dumps({"Category": "Command", "Subcategory": "Started", "Event": f"event {number}",
+                       "InstallationId": "I-1", "SessionId": session,
+                       "Timestamp": f"2026-11-{1 + number % 20:02}T10:00:00.{number % 1000:03}Z", **members})
+
+
+def package(*events, environments=()):
+    return f'{{"version": "3.1", "environments": [{",".join(environments)}], "events": [{",".join(events)}]}}'
+
+
+class ClickHouseTest(unittest.TestCase):
+    """One ClickHouse server for all tests of a class, and a database for each test."""
+
+    numbers = itertools.count()
+
+    @classmethod
+    def setUpClass(cls):
+        cls.directory = Path(tempfile.mkdtemp(prefix="qel-clickhouse-"))
+        cls.addClassCleanup(shutil.rmtree, cls.directory)
+        cls.site = Site(cls.directory / "site")
+        cls.start_servers()
+
+    @classmethod
+    def start_servers(cls):
+        cls.clickhouse = ClickHouse(cls.directory / "clickhouse")
+        cls.addClassCleanup(cls.clickhouse.kill)
+
+    def setUp(self):
+        self.database = f"analytics{next(self.numbers)}"
+
+    def collector(self, *options, clickhouse=None):
+        clickhouse = clickhouse or self.clickhouse
+        collector = Collector(self.site, clickhouse.address(self.database), "--store-credentials",
+                              clickhouse.credentials, *options)
+        self.addCleanup(collector.kill, signal.SIGTERM)
+        return collector
+
+    def send(self, server, body, user="ada"):
+        """Sends a package to a collector, and returns the status of the answer."""
+        with contextlib.closing(Sender(self.site, server.port, user)) as sender:
+            return sender.send(body)
+
+    def rows(self, statement, clickhouse=None):
+        return (clickhouse or self.clickhouse).rows(statement, self.database)
+
+    def expect_each_once(self, texts, clickhouse=None):
+        stored = [text for text, in self.rows("SELECT text FROM events FINAL", clickhouse)]
+        lost = set(texts) - set(stored)
+        self.assertEqual(([*lost][:3], len(stored)), ([], len(set(texts))))
