@@ -61,6 +61,7 @@ doxygen_add_docs(
   docs/data-format.md
   docs/operating.md
   docs/collector.md
+  docs/collector-api.md
   docs/troubleshooting.md
   docs/architecture.md
   docs/reliability.md
