@@ -7,25 +7,24 @@
 namespace qel::collector {
 namespace {
 
+// These loops compare each character, because `find_first_of` calls a function for each.
+
 /// The size of the string at the beginning of `text`, with its quotation marks.
 std::size_t sizeOfString(std::string_view text) {
-  std::size_t end = text.find_first_of("\"\\", 1);
-  while (text[end] == '\\') {
-    end = text.find_first_of("\"\\", end + 2);
+  std::size_t end = 1;
+  while (text[end] != '"') {
+    end += text[end] == '\\' ? 2 : 1;
   }
   return end + 1;
 }
 
+/// The size of the object or array at the beginning of `text`.
 std::size_t sizeOfNested(std::string_view text) {
   std::size_t end = 1;
   for (int depth = 1; depth > 0;) {
-    end = text.find_first_of("\"[]{}", end);
-    if (text[end] == '"') {
-      end += sizeOfString(text.substr(end));
-    } else {
-      depth += text[end] == '[' || text[end] == '{' ? 1 : -1;
-      ++end;
-    }
+    const char c = text[end];
+    depth += c == '[' || c == '{' ? 1 : c == ']' || c == '}' ? -1 : 0;
+    end += c == '"' ? sizeOfString(text.substr(end)) : 1;
   }
   return end;
 }
