@@ -71,7 +71,7 @@ class Import {
 
  private:
   std::size_t copyTable(const std::string& table,
-                   void (ClickHouseRows::*add)(const Row&, const Origin&)) {
+                        void (ClickHouseRows::*add)(const Row&, const Origin&)) {
     TableReader reader(file_, table, "NULL");
     while (reader.next()) {
       auto [verdict, columns] = tools::readRow(reader.text());

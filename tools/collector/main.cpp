@@ -95,7 +95,8 @@ int run(const tools::Arguments& arguments) {
     return EXIT_SUCCESS;
   }
   if (!collects) {
-    return command == "erase" ? collector::erase(eraseOptions) : collector::importStore(importOptions);
+    return command == "erase" ? collector::erase(eraseOptions)
+                              : collector::importStore(importOptions);
   }
   collector::collect(options);
   return EXIT_SUCCESS;

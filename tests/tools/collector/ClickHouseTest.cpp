@@ -97,8 +97,8 @@ TEST(ClickHouseTest, RendersARowInBinary) {
   const std::string text(200, 'x');
   rows.addRefused({text, 3, "why"},
                   {"ada", std::chrono::system_clock::time_point(std::chrono::milliseconds(1002))});
-  // key, received, place, user, count, precedence (the count, then the seconds that are left), text,
-  // reason
+  // key, received, place, user, count, precedence (the count, then the seconds that are left),
+  // text, reason
   EXPECT_EQ(rows.refused().substr(24),
             "\1\0\0\0\2\0\0\0\0\0\3ada\3\0\0\0\xfe\xff\xff\xff\3\0\0\0\xc8\1"s + text + "\3why");
   rows.clear();
