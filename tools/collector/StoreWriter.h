@@ -13,20 +13,9 @@
 
 #include "host/QelUtilities/Mutex.h"
 #include "tools/collector/Store.h"
+#include "tools/collector/WriterSettings.h"
 
 namespace qel::collector {
-
-struct WriterSettings {
-  std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
-  std::size_t largestWrite = std::size_t{48} << 20;  ///< memory of the uploads in one transaction
-  std::optional<std::chrono::hours> retention;       ///< older rows are deleted
-  /// A transaction begins when packages with `batchRows` rows wait, or one of them waits for
-  /// `batchTime`.
-  /// @{
-  std::chrono::milliseconds batchTime{0};
-  std::size_t batchRows = 0;
-  /// @}
-};
 
 /// The one thread that uses the store. It stores all packages that wait in one transaction, and
 /// then calls the functions that were passed with them.
