@@ -6,6 +6,7 @@
 
 namespace qel::collector {
 
+/// How `StoreWriter` forms transactions.
 struct WriterSettings {
   std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
   std::size_t largestWrite = std::size_t{48} << 20;  ///< memory of the uploads in one transaction
