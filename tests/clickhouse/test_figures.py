@@ -57,6 +57,7 @@ class FiguresTest(ClickHouseTest):
     FIGURES = ("events-by-day", "installations-by-day", "installations-by-week", "versions", "crashes", "commands",
                "memory", "sessions", "live", "refused", "filters")
     FILTERS = ({}, {"from": "2026-06-01"}, {"until": "2026-06-15"}, {"from": "2026-05-02", "until": "2026-05-30"},
+               {"from": "0001-01-01", "until": "9999-12-31"},
                {"version": "14.2"}, {"version": HOSTILE[2]}, {"installation": "I-4"}, {"installation": HOSTILE[1]},
                {"version": "14.1", "installation": "I-1", "from": "2026-05-01", "until": "2026-07-31"})
     MORE = {"sessions": ({"session": "ab-000"}, {"end": "crashed"}, {"end": "stopped", "limit": 3}, {"end": "unknown"}),

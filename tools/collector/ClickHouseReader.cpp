@@ -1,5 +1,6 @@
 #include "tools/collector/ClickHouseReader.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
@@ -33,6 +34,16 @@ std::vector<std::string> namesOf(std::string_view columns) {
   return names;
 }
 
+/// Days that ClickHouse knows, instead of earlier or later ones. It has no others.
+Filter withPossibleDays(Filter filter) {
+  for (std::string* const day : {&filter.from, &filter.until}) {
+    if (!day->empty()) {
+      *day = std::clamp<std::string>(*day, "1970-01-01", "2105-12-31");
+    }
+  }
+  return filter;
+}
+
 std::string questionFor(const std::string& table, const std::string& session) {
   const auto literal = [](const Sha256& key) {
     return "toFixedString(" + sqlLiteral(bytesOf(key).substr(0, clickHouseKeySize)) + ", " +
@@ -49,7 +60,7 @@ std::string questionFor(const std::string& table, const std::string& session) {
 ResultTable ClickHouseReader::read(std::string_view figure, const Filter& filter,
                                    std::chrono::steady_clock::time_point deadline) {
   const ClickHouseFigure& known = clickHouseFigure(figure);
-  return {namesOf(known.columns), ask(known.question(filter), deadline)};
+  return {namesOf(known.columns), ask(known.question(withPossibleDays(filter)), deadline)};
 }
 
 std::vector<StoredRecord> ClickHouseReader::session(
