@@ -17,7 +17,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAM = Path(os.environ.get("QEL_PROGRAMS", ROOT / "build" / "release" / "bin")) / "qel-collector"
-NAME = "collector.example"
+NAME = "localhost"
 PASSWORD = "a 'quoted' \"pass:word\" $y$"
 
 CONFIG = """<yandex>
@@ -183,14 +183,15 @@ class Site:
 class Collector:
     """A collector with an admin listener, which can be killed and started again at its ports."""
 
-    def __init__(self, site, store, *options):
+    def __init__(self, site, store, *options, environment=None):
+        self.environment = environment
         self.port, self.admin = free_ports(2)
         self.log = site.directory / f"collector-{self.port}.log"
         self.command = site.command(store, "--admin", f"127.0.0.1:{self.admin}", *options, port=self.port)
         self.start()
 
     def start(self):
-        self.server = Server(self.command, self.log)
+        self.server = Server(self.command, self.log, self.environment)
         self.server.wait_for(self.port)
 
     def kill(self, number=signal.SIGKILL):

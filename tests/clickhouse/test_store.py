@@ -9,7 +9,7 @@ import threading
 import time
 
 from case import ClickHouseTest, event, package
-from servers import PROGRAM, Collector, HaProxy, Sender, wait_until
+from servers import PROGRAM, ClickHouse, Collector, HaProxy, Sender, free_ports, wait_until
 
 
 class StoreTest(ClickHouseTest):
@@ -47,6 +47,24 @@ class StoreTest(ClickHouseTest):
         for client in clients:
             client.join()
         self.expect_each_once(stored)
+
+    def test_uses_tls_and_trusts_no_unknown_certificate(self):
+        (port,) = free_ports(1)
+        files = self.site.directory
+        encrypted = ClickHouse(self.directory / "encrypted", f"""<https_port>{port}</https_port><openSSL><server>
+          <certificateFile>{files}/certificate.pem</certificateFile><privateKeyFile>{files}/key.pem</privateKeyFile>
+          <verificationMode>none</verificationMode><loadDefaultCAFile>false</loadDefaultCAFile>
+          </server></openSSL>""")
+        self.addCleanup(encrypted.kill)
+        store = f"clickhouses://localhost:{port}/{self.database}"
+        options = ("--store-credentials", encrypted.credentials, "--create")
+        output, status = self.site.output_of(*self.site.command(store, *options))
+        self.assertRegex(output, f"cannot use the store {store}: SSL certificate problem: self.signed certificate")
+        self.assertEqual(status, 1)
+        collector = Collector(self.site, store, *options, environment={"SSL_CERT_FILE": f"{files}/certificate.pem"})
+        self.addCleanup(collector.kill, signal.SIGTERM)
+        self.assertEqual(self.send(collector, package(event(1))), 204)
+        self.expect_each_once([event(1)], encrypted)
 
     def test_rows_have_the_columns_of_their_texts(self):
         collector = self.collector("--create", "--batch-time", "200")

@@ -94,8 +94,9 @@ void checkTable(ClickHouseConnection& connection, const ClickHouseTable& table, 
       connection.fail("the table " + table.name + " has no column " + name);
     }
     if (found->second != type && found->second != "LowCardinality(" + type + ')') {
-      connection.fail("the column " + table.name + '.' + name + " has the type " + found->second +
-                      " instead of " + type);
+      std::string reason = "the column " + table.name;
+      reason.append(".").append(name).append(" has the type ").append(found->second);
+      connection.fail(reason.append(" instead of ").append(type));
     }
   }
 }
@@ -129,7 +130,7 @@ const std::vector<ClickHouseTable>& clickHouseTables() {
 std::string insertionInto(const ClickHouseTable& table) {
   std::string names;
   for (const auto& [name, type] : table.columns) {
-    names += (names.empty() ? "" : ", ") + name;
+    names.append(names.empty() ? "" : ", ").append(name);
   }
   return "INSERT INTO " + table.name + " (" + names + ") FORMAT RowBinary";
 }
