@@ -34,23 +34,21 @@ std::string memberOf(std::string_view text, const char* object, const char* name
 }  // namespace
 
 void SessionSummary::addEvent(const SummedRow& row) {
-  const std::string_view date = dateOrNone(row.time);
-  countEvent(row, date);
+  countEvent(row);
   if (row.session.empty()) {
     return;
   }
+  const std::string_view date = dateOrNone(row.time);
   widen(date);
   if (row.category == "Command" && row.subcategory == "Started") {
     lastCommand = row.event;
-  } else if (row.category == "MemoryUsage" && row.subcategory == "Application") {
+  } else if (row.category == memoryCategory && row.subcategory == "Application") {
     addReading(row, date);
   }
 }
 
-void SessionSummary::raiseEvent(const SummedRow& row) { countEvent(row, dateOrNone(row.time)); }
-
-/// The part that is added for each copy of the row, in any order.
-void SessionSummary::countEvent(const SummedRow& row, std::string_view date) {
+void SessionSummary::countEvent(const SummedRow& row) {
+  const std::string_view date = dateOrNone(row.time);
   events += row.count;
   const auto count = [&](std::string_view kind, std::string_view name) {
     if (!date.empty()) {
@@ -99,7 +97,7 @@ void SessionSummary::widen(std::string_view date) {
 }
 
 void SessionSummary::addEnvironment(const SummedRow& row) {
-  environments += row.count;
+  countEnvironment(row);
   if (row.session.empty()) {
     return;
   }

@@ -25,8 +25,7 @@ struct SummedRow {
 
 /// What the rows of one session and one installation add to the summaries.
 ///
-/// **Rows without a session** have no environment and no order. Only their counts are summed up, so
-/// a removed row can be subtracted.
+/// **Rows without a session** have no environment and no order. Only their counts are summed up.
 ///
 /// **Days** come from the client's clock. A row whose time is no date counts in no day.
 class SessionSummary {
@@ -48,11 +47,14 @@ class SessionSummary {
   static constexpr std::string_view started = "started";
   static constexpr std::string_view cancelled = "cancelled";
   static constexpr std::string_view memory = "memory";  ///< highest reading in KB, without a name
+  /// The category of the events that have the readings.
+  static constexpr std::string_view memoryCategory = "MemoryUsage";
 
   void addEvent(const SummedRow& row);
   void addEnvironment(const SummedRow& row);
-  /// A later package had the row more often. `row.count` is the difference.
-  void raiseEvent(const SummedRow& row);
+  /// The count of a summed row has changed, or the row is removed. `row.count` is the difference.
+  void countEvent(const SummedRow& row);
+  void countEnvironment(const SummedRow& row) { environments += row.count; }
 
   std::string version;      ///< of the latest environment record that has one
   std::string versionTime;  ///< of that record; empty if it is no date
@@ -67,7 +69,6 @@ class SessionSummary {
   std::vector<Crash> crashes;
 
  private:
-  void countEvent(const SummedRow& row, std::string_view date);
   void addReading(const SummedRow& row, std::string_view date);
   void widen(std::string_view date);
 };

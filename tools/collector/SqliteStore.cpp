@@ -1,7 +1,9 @@
 #include "tools/collector/SqliteStore.h"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
+#include <exception>
 #include <string>
 #include <system_error>
 
@@ -31,9 +33,9 @@ constexpr const char* settings = R"(
   PRAGMA journal_size_limit = 67108864;
 )";
 
-/// How many rows `removeSome` examines, and how long it may take.
-constexpr const char* rowsOfRemoval = "1000";
-constexpr std::chrono::seconds longestRemoval{3};
+/// How many rows of a table `removeSome` examines, and how long it may take for them.
+constexpr std::int64_t largestStep = 1000;
+constexpr std::chrono::seconds longestRemoval{1};
 
 /// The number of column members that an environment has. An event has all of them.
 constexpr std::size_t environmentColumns = 3;
@@ -99,10 +101,11 @@ void SqliteStore::prepare(Table& table, const SqliteTable& description) {
   table.oldest = connection_.prepare(
       "SELECT ifnull(max(id), 0), ifnull(min(received) < ?, 0), ifnull(max(received) > ?, 0)"
       " FROM (SELECT id, received FROM " +
-      name + " WHERE id > ? ORDER BY id LIMIT " + rowsOfRemoval + ")");
+      name + " WHERE id > ? ORDER BY id LIMIT ?)");
   table.old =
       connection_.prepare("SELECT id FROM " + name + " WHERE id > ? AND id <= ? AND received < ?");
   table.removal.emplace(connection_, *summaries_, name);
+  table.step = largestStep;
 }
 
 SqliteStore::~SqliteStore() {
@@ -139,7 +142,7 @@ void SqliteStore::add(const Upload& upload, std::string_view received) {
     if (change.count > 0) {
       const SummedRow summed = summedRow(row, change.id, change.count);
       auto& summary = summaries_->of(summed);
-      change.isNew ? summary.addEvent(summed) : summary.raiseEvent(summed);
+      change.isNew ? summary.addEvent(summed) : summary.countEvent(summed);
     }
   }
   for (const RefusedText& refused : upload.package.refused) {
@@ -199,14 +202,25 @@ SqliteStore::Change SqliteStore::insertOrRaise(const Table& table, SqliteExecuti
 }
 
 bool SqliteStore::removeSome(system_clock::time_point before) {
-  connection_.setDeadline(steady_clock::now() + longestRemoval);
   const std::string limit = utcText(before);
   const std::string now = utcText(system_clock::now());
   bool isMore = false;
+  std::exception_ptr failure;
   for (Table& table : tables_) {
-    isMore = removeSome(table, limit, now) || isMore;
+    connection_.setDeadline(steady_clock::now() + longestRemoval);
+    try {
+      isMore = removeSome(table, limit, now) || isMore;
+      table.step = std::min(largestStep, 2 * table.step);
+    } catch (const StoreError&) {
+      failure = std::current_exception();
+      isMore = table.step > 1 || isMore;  // A smaller step may succeed: long texts take long.
+      table.step = std::max<std::int64_t>(1, table.step / 2);
+    }
   }
   limitLog();
+  if (failure && !isMore) {
+    std::rethrow_exception(failure);
+  }
   return isMore;
 }
 
@@ -218,7 +232,11 @@ bool SqliteStore::removeSome(Table& table, std::string_view before, std::string_
   bool isMore = false;
   {
     SqliteExecution execution(connection_, table.oldest);
-    execution.bindText(before).bindText(now).bindNumber(table.checked).step();
+    execution.bindText(before)
+        .bindText(now)
+        .bindNumber(table.checked)
+        .bindNumber(table.step)
+        .step();
     last = execution.number(0);
     hasOld = execution.number(1) != 0;
     isMore = hasOld || execution.number(2) != 0;

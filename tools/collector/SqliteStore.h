@@ -48,6 +48,7 @@ class SqliteStore : public Store {
     SqliteStatement old;
     std::optional<SqliteRemoval> removal;
     std::int64_t checked = 0;  ///< rows up to this id are not examined again by `removeSome`
+    std::int64_t step = 0;     ///< the number of rows that `removeSome` examines next
   };
   struct Change {
     std::int64_t id = 0;     ///< of the row

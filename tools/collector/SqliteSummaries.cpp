@@ -87,6 +87,10 @@ SqliteSummaries::SqliteSummaries(SqliteConnection& connection)
       daily_(connection.prepare(dailyInsertion)),
       emptyDaily_(connection.prepare("DELETE FROM summary_daily WHERE kind = ? AND day = ?"
                                      " AND session = ? AND name = ? AND value <= 0")),
+      emptyMemory_(connection.prepare(
+          "DELETE FROM summary_daily WHERE kind = 'memory' AND day = ?1 AND session = ?2"
+          " AND NOT EXISTS (SELECT 1 FROM summary_daily WHERE kind = 'category' AND day = ?1"
+          " AND session = ?2 AND name = ?3)")),
       crash_(connection.prepare(crashInsertion)),
       emptyCrash_(connection.prepare(
           "DELETE FROM summary_crashes WHERE session = ? AND event = ? AND count <= 0")) {}
@@ -212,8 +216,20 @@ void SqliteSummaries::writeDaily(std::int64_t session, const SessionSummary::Dai
       .bindNumber(value)
       .step();
   if (value < 0) {
-    SqliteExecution(connection_, emptyDaily_)
-        .bindText(kind)
+    removeEmptyDaily(session, key);
+  }
+}
+
+void SqliteSummaries::removeEmptyDaily(std::int64_t session, const SessionSummary::DailyKey& key) {
+  const auto& [kind, day, name] = key;
+  SqliteExecution(connection_, emptyDaily_)
+      .bindText(kind)
+      .bindText(day)
+      .bindNumber(session)
+      .bindText(name)
+      .step();
+  if (kind == SessionSummary::category && name == SessionSummary::memoryCategory) {
+    SqliteExecution(connection_, emptyMemory_)
         .bindText(day)
         .bindNumber(session)
         .bindText(name)

@@ -12,18 +12,19 @@
 
 namespace qel::collector {
 
-/// The summaries of a store, from which the figures of the page are read. They always agree with
-/// the rows, because one transaction changes both.
+/// The summaries of a store, which change with its rows. The page's figures are read from them.
 ///
 /// - `summary_sessions`: one row for each pair of session and installation
-/// - `summary_daily`: kind, day, session's ID in `summary_sessions`, name, value; the kinds are
-///   those of `SessionSummary`
+/// - `summary_daily`: kind (of `SessionSummary`), day, ID in `summary_sessions`, name, value
 /// - `summary_crashes`: one row for each crash event
 /// - `summary_state`: the ID of the last row of a table that is summed up
 ///
+/// **Removed rows** are subtracted. Counts are exact, and a crash goes with its row. Other values
+/// stay: the highest reading of memory until its session has no `MemoryUsage` event of that day;
+/// the version, the first and last time and the last command until the session has no row.
+///
 /// **Rows of other programs.** Rows that another program has inserted have larger IDs than the last
-/// summed one. `change` sums them up first. Rows that another program has deleted stay in the
-/// summaries, until the store's version is set back and the store is upgraded again.
+/// summed one. `change` sums them up first. Rows that another program has deleted stay summed up.
 class SqliteSummaries {
  public:
   /// Makes the tables anew, and sums up all rows. Needs a transaction.
@@ -69,6 +70,7 @@ class SqliteSummaries {
   std::string inheritedCommand(const Key& key);
   std::int64_t writeSession(const Key& key, const SessionSummary& summary);
   void writeDaily(std::int64_t session, const SessionSummary::DailyKey& key, std::int64_t value);
+  void removeEmptyDaily(std::int64_t session, const SessionSummary::DailyKey& key);
   void writeCrash(std::int64_t session, const SessionSummary::Crash& crash,
                   const std::string& inherited);
 
@@ -79,6 +81,7 @@ class SqliteSummaries {
   const SqliteStatement emptySession_;
   const SqliteStatement daily_;
   const SqliteStatement emptyDaily_;
+  const SqliteStatement emptyMemory_;
   const SqliteStatement crash_;
   const SqliteStatement emptyCrash_;
   std::map<Key, SessionSummary, Less> pending_;  ///< of the present transaction

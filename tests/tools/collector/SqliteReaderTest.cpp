@@ -240,7 +240,8 @@ TEST_F(SqliteReaderTest, ReadsWhileCollectorsWriteAndFailsAfterTheDeadline) {
   EXPECT_THAT(test::query(file_, "PRAGMA integrity_check"), ElementsAre("ok"));
 }
 
-/// Compares the answers with those that are computed from the rows alone.
+/// Compares the answers with those that are computed from the rows alone. For the values that stay
+/// when a row is removed, triggers of the store keep the removed rows.
 class SummariesTest : public SqliteReaderTest {
  protected:
   SummariesTest() {
@@ -249,6 +250,27 @@ class SummariesTest : public SqliteReaderTest {
     for (std::string line; std::getline(lines, line);) {
       line.starts_with("-- ") ? figure = line.substr(3) : sql_[figure] += line + '\n';
     }
+  }
+
+  /// Begins anew with the rows that the store has.
+  void keepPast() const {
+    for (const std::string table : {"events", "environments"}) {
+      execute("DROP TABLE IF EXISTS past_" + table + "; CREATE TABLE past_" + table +
+              " AS SELECT * FROM " + table + "; CREATE TRIGGER IF NOT EXISTS keep_" + table +
+              " AFTER INSERT ON " + table + " BEGIN INSERT INTO past_" + table + " SELECT * FROM " +
+              table + " WHERE id = NEW.id; END");
+    }
+  }
+
+  /// The sessions and days of memory that have no row left must not have any trace.
+  void forgetPast() const {
+    const std::string names = "ifnull(session, ''), ifnull(installation, '')";
+    const std::string isGone = " WHERE (" + names + ") NOT IN (SELECT " + names +
+                               " FROM events UNION SELECT " + names + " FROM environments); ";
+    const std::string day = names + ", substr(time, 1, 10)";
+    execute("DELETE FROM past_events" + isGone + "DELETE FROM past_environments" + isGone +
+            "UPDATE past_events SET subcategory = 'gone' WHERE category = 'MemoryUsage' AND (" +
+            day + ") NOT IN (SELECT " + day + " FROM events WHERE category = 'MemoryUsage')");
   }
 
   void expectSameAsRows(const Filter& filter) const {
@@ -352,6 +374,7 @@ TEST_F(SummariesTest, AgreeWithTheRowsAfterAnyChanges) {
     RandomClients clients(seed);
     SqliteStore one(file_);
     SqliteStore other(file_);
+    keepPast();
     const auto oldTime = std::chrono::system_clock::time_point(1609459200s);  // 2021
     for (int step = 0; step < 40; ++step) {
       switch (clients.any<int>({0, 0, 0, 0, 1, 2, 3, 4, 5})) {
@@ -388,7 +411,9 @@ TEST_F(SummariesTest, AgreeWithTheRowsAfterAnyChanges) {
         default:  // the summaries are made again
           execute("PRAGMA user_version = 1");
           { const SqliteStore upgraded(file_); }
+          keepPast();
       }
+      forgetPast();
       Filter filter;
       filter.from = clients.anyOf({"", "", "2026-01-05"});
       filter.until = clients.anyOf({"", "", "2026-01-10"});
@@ -410,7 +435,76 @@ TEST_F(SummariesTest, AreMadeWhenAStoreOfVersion1IsOpened) {
   EXPECT_THROW(SqliteReader{file_}, StoreError);
   { const SqliteStore upgraded(file_); }
   EXPECT_EQ(read("sessions").size(), 3U);
+  keepPast();
   expectSameAsRows({});
+}
+
+TEST_F(SummariesTest, ChangeInProportionToTheRemovedRows) {
+  SqliteStore store(file_);
+  std::string rows;
+  for (int row = 0; row < 4000; ++row) {  // 20 sessions, in packages of 5 rows
+    const Names names{"S" + std::to_string(row / 5 % 20), "one", "2026-01-05"};
+    rows += (row == 0 ? "" : ",") + event(names, "Help", "", std::to_string(row)) + ',' +
+            event(names, "Command", "Started", std::to_string(row));
+  }
+  store.add(uploadsOf(package(environment({"S1", "one", ""}, "1"), rows)), soon());
+  keepPast();
+  execute("CREATE TABLE changes (id INTEGER PRIMARY KEY)");
+  for (const std::string table : {"sessions", "daily"}) {
+    for (const std::string change : {"INSERT", "UPDATE", "DELETE"}) {
+      execute("CREATE TRIGGER " + table + change + " AFTER " + change + " ON summary_" + table +
+              " BEGIN INSERT INTO changes VALUES (NULL); END");
+    }
+  }
+  execute("UPDATE events SET received = '2020' WHERE id <= 7000; DELETE FROM changes");
+  const auto oldTime = std::chrono::system_clock::time_point(1609459200s);  // 2021
+  for (int left = 7000; left >= 1000; left -= 1000) {
+    EXPECT_TRUE(store.removeSome(oldTime));
+    EXPECT_THAT(test::query(file_, "SELECT count(*) FROM events"),
+                ElementsAre(std::to_string(left)));
+    expectSameAsRows({});
+  }
+  EXPECT_FALSE(store.removeSome(oldTime));
+  EXPECT_LT(std::stoi(test::query(file_, "SELECT max(id) FROM changes").front()), 8000);
+}
+
+TEST_F(SummariesTest, ContinueWithTheOtherTablesIfOneFails) {
+  SqliteStore store(file_);
+  const Names names{"A", "one", "2026-01-05"};
+  store.add(uploadsOf(package(environment(names, "1"),
+                              event(names, "Application", "Crashed") + ',' + event(names, "", ""))),
+            soon());
+  keepPast();
+  execute(
+      "UPDATE events SET received = '2020'; UPDATE environments SET received = '2020';"
+      " CREATE TRIGGER failing BEFORE DELETE ON events WHEN OLD.id = 2"
+      " BEGIN SELECT abs(-9223372036854775808); END");
+  const auto oldTime = std::chrono::system_clock::time_point(1609459200s);  // 2021
+  const auto removeAll = [&] {
+    while (store.removeSome(oldTime)) {
+    }
+  };
+  EXPECT_THROW(removeAll(), StoreError);
+  EXPECT_THAT(read("sessions"), ElementsAre("A|one|1|2026-01-05|2026-01-05|1|unknown"));
+  expectSameAsRows({});
+  execute("DROP TRIGGER failing");
+  removeAll();
+  EXPECT_THAT(read("sessions"), IsEmpty());
+}
+
+TEST_F(SummariesTest, CountARemovedRowAgainWhenItIsSentAgain) {
+  SqliteStore store(file_);
+  const Names names{"A", "one", "2026-01-05"};
+  const std::string crash = event(names, "Application", "Crashed");
+  const std::string body = withEvents(event(names, "Help", "") + ',' + crash + ',' + crash);
+  store.add(uploadsOf(body), soon());
+  execute("UPDATE events SET user = 'bob' WHERE category = 'Application'");
+  EXPECT_THAT(read("crashes"), ElementsAre("|||2|1|A"));
+  eraseQuietly({{file_, "", false}, "", "bob", true});
+  EXPECT_THAT(read("crashes"), IsEmpty());
+  EXPECT_THAT(read("sessions"), ElementsAre("A|one||2026-01-05|2026-01-05|1|unknown"));
+  store.add(uploadsOf(body), soon());
+  EXPECT_THAT(read("crashes"), ElementsAre("|||2|1|A"));
 }
 
 TEST_F(SummariesTest, HaveNothingLeftOfAnErasedStore) {

@@ -1,5 +1,7 @@
 -- Answers the figures from the rows alone. Each answer begins with the common part. Times are
--- compared with what SQLite takes for a date, and real numbers are in thousandths.
+-- compared with what SQLite takes for a date, and real numbers are in thousandths. The tables
+-- `past_events` and `past_environments` also have the removed rows of the sessions that are left,
+-- in the order of arrival.
 
 -- common
 WITH session_versions AS (
@@ -10,11 +12,11 @@ WITH session_versions AS (
       SELECT session, ifnull(installation, '') AS installation,
         CAST(json_extract(text, '$.CurrentActiveApplication.Version') AS TEXT) AS version,
         CASE WHEN date(time, '+0 days') = substr(time, 1, 10) THEN time ELSE '' END AS dated
-      FROM environments WHERE session <> '')
+      FROM past_environments WHERE session <> '')
     WHERE version <> '')
   WHERE place = 1
 ), all_rows AS (
-  SELECT e.id, e.count, ifnull(e.session, '') AS session, ifnull(e.installation, '') AS installation,
+  SELECT e.key, e.count, ifnull(e.session, '') AS session, ifnull(e.installation, '') AS installation,
     e.time, CASE WHEN date(time, '+0 days') = substr(time, 1, 10) THEN substr(time, 1, 10) END AS day,
     ifnull(category, '') AS category, ifnull(subcategory, '') AS subcategory, ifnull(event, '') AS event,
     ifnull(version, '') AS version, text
@@ -27,7 +29,9 @@ WITH session_versions AS (
 ), all_records AS (
   SELECT session, ifnull(installation, '') AS installation, time, count, category, subcategory FROM events
   UNION ALL
-  SELECT session, ifnull(installation, ''), time, 0, NULL, NULL FROM environments
+  SELECT session, ifnull(installation, ''), time, 0, NULL, NULL FROM past_events
+  UNION ALL
+  SELECT session, ifnull(installation, ''), time, 0, NULL, NULL FROM past_environments
 ), all_sessions AS (
   SELECT r.session, r.installation, ifnull(version, '') AS version,
     min(CASE WHEN date(time, '+0 days') = substr(time, 1, 10) THEN time END) AS first,
@@ -67,10 +71,11 @@ FROM (
   FROM (
     SELECT version, count, installation, session, CASE WHEN day IS NOT NULL THEN time END AS dated,
       ifnull(CAST(json_extract(text, '$.Details."Exception Code"') AS TEXT), '') AS code,
-      ifnull((SELECT b.event FROM events AS b
+      ifnull((SELECT b.event FROM past_events AS b
         WHERE b.session = c.session AND b.session <> '' AND b.installation IS nullif(c.installation, '')
-          AND b.category = 'Command' AND b.subcategory = 'Started' AND b.id < c.id
-        ORDER BY b.id DESC LIMIT 1), '') AS command
+          AND b.category = 'Command' AND b.subcategory = 'Started'
+          AND b.rowid < (SELECT max(rowid) FROM past_events WHERE key = c.key)
+        ORDER BY b.rowid DESC LIMIT 1), '') AS command
     FROM found AS c WHERE category = 'Application' AND subcategory = 'Crashed'))
 GROUP BY 1, 2, 3 ORDER BY 4 DESC, 1, 2, 3
 
@@ -92,8 +97,12 @@ FROM (
     row_number() OVER (PARTITION BY week ORDER BY size) - 1 AS place, count(*) OVER (PARTITION BY week) AS sessions
   FROM (
     SELECT date(day, '-6 days', 'weekday 1') AS week, max(CAST(reading AS INTEGER)) AS size
-    FROM (SELECT *, json_extract(text, '$.Details.Max') AS reading FROM found
-      WHERE session <> '' AND day IS NOT NULL AND category = 'MemoryUsage' AND subcategory = 'Application')
+    FROM (SELECT f.session, f.installation, f.day, json_extract(p.text, '$.Details.Max') AS reading
+      FROM (SELECT DISTINCT session, installation, day FROM found
+        WHERE session <> '' AND day IS NOT NULL AND category = 'MemoryUsage') AS f
+      JOIN past_events AS p ON p.session = f.session AND ifnull(p.installation, '') = f.installation
+        AND substr(p.time, 1, 10) = f.day AND date(p.time, '+0 days') = f.day
+      WHERE p.category = 'MemoryUsage' AND p.subcategory = 'Application')
     WHERE reading <> '' AND reading NOT GLOB '*[^0-9]*'
     GROUP BY week, session, installation))
 GROUP BY week, sessions ORDER BY week
