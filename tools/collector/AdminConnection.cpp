@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <utility>
@@ -103,7 +104,7 @@ template <typename Stream>
 asio::awaitable<AdminConnection::Request> AdminConnection::read(Stream& stream) {
   http::request_parser<http::empty_body> parser;
   parser.header_limit(service_.limits.head);
-  parser.body_limit(boost::none);  // no body is read
+  parser.body_limit(std::numeric_limits<std::uint64_t>::max());  // no body is read
   co_await http::async_read_header(stream, buffer_, parser, use_awaitable);
   const bool hasBody = parser.chunked() || parser.content_length().value_or(0) > 0;
   Request request{parser.release(), hasBody, {}};
