@@ -219,6 +219,7 @@ leave_page() {
   echo "Secret:  in $home/reader-secret"
   echo "Log:     $home/collector.log"
   echo "To stop: kill $collector"
+  echo "The certificate is valid for two days. After that, browsers refuse the page."
 }
 
 # Runs a Windows program. Wine must not use the terminal, which belongs to another process group.

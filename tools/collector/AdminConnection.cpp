@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <utility>
@@ -27,7 +28,7 @@ using std::chrono::steady_clock;
 
 constexpr char firstByteOfTls = 0x16;
 constexpr std::chrono::seconds closeTime{2};
-constexpr std::size_t mostDiscarded = std::size_t{64} << 10;
+constexpr std::size_t mostDiscarded = std::size_t{4} << 20;
 
 constexpr const char* pagePolicy =
     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; "
@@ -103,6 +104,7 @@ template <typename Stream>
 asio::awaitable<AdminConnection::Request> AdminConnection::read(Stream& stream) {
   http::request_parser<http::empty_body> parser;
   parser.header_limit(service_.limits.head);
+  parser.body_limit(std::numeric_limits<std::uint64_t>::max());  // no body is read
   co_await http::async_read_header(stream, buffer_, parser, use_awaitable);
   const bool hasBody = parser.chunked() || parser.content_length().value_or(0) > 0;
   Request request{parser.release(), hasBody, {}};

@@ -22,8 +22,8 @@ namespace qel::collector {
 /// **Log.** Requests are not logged, failed log-ins are.
 ///
 /// **Threads.** A thread of the server serves all connections. It never waits for the store. The
-/// destructor ends it, and waits only for the page that is being made, and for a question to the
-/// store.
+/// destructor ends it, interrupts a question to the store, and waits only for the page that is
+/// being made.
 class AdminServer {
  public:
   /// Listens and serves. `readers` may be null. Throws `qel::exception` if it cannot listen.

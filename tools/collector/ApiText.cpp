@@ -62,7 +62,10 @@ AdminPage jsonPage(const std::string& figure, const ResultTable& table) {
     }
     rows.push_back(std::move(cells));
   }
-  const Json answer{{"figure", figure}, {"columns", table.columns}, {"rows", std::move(rows)}};
+  Json answer{{"figure", figure}, {"columns", table.columns}, {"rows", std::move(rows)}};
+  if (!table.cursor.empty()) {
+    answer["cursor"] = table.cursor;
+  }
   return {textOf(answer) + '\n', 200, jsonType};
 }
 

@@ -39,6 +39,12 @@ std::size_t append(const char* data, std::size_t size, std::size_t count, void* 
   return size * count;
 }
 
+/// libcurl calls this at least once a second.
+int abortIfInterrupted(void* flag, curl_off_t /*toReceive*/, curl_off_t /*received*/,
+                       curl_off_t /*toSend*/, curl_off_t /*sent*/) {
+  return *static_cast<const std::atomic<bool>*>(flag) ? 1 : 0;
+}
+
 /// The settings of a statement: it ends at its deadline, and a distributed table confirms no row
 /// that only this server has.
 std::string settingsOf(milliseconds left) {
@@ -51,7 +57,7 @@ std::string settingsOf(milliseconds left) {
 /// The handle of libcurl, with the options of all exchanges.
 class ClickHouseConnection::Transfer {
  public:
-  explicit Transfer(const ClickHouseAccess& access) {
+  Transfer(const ClickHouseAccess& access, std::atomic<bool>& isInterrupted) {
     static const CURLcode global = curl_global_init(CURL_GLOBAL_DEFAULT);
     handle_.reset(global == CURLE_OK ? curl_easy_init() : nullptr);
     addHeader("X-ClickHouse-User: " + access.user);
@@ -70,6 +76,9 @@ class ClickHouseConnection::Transfer {
     set(CURLOPT_HTTPHEADER, headers_.get());
     set(CURLOPT_ERRORBUFFER, error_.data());
     set(CURLOPT_WRITEFUNCTION, append);
+    set(CURLOPT_XFERINFOFUNCTION, abortIfInterrupted);
+    set(CURLOPT_XFERINFODATA, &isInterrupted);
+    set(CURLOPT_NOPROGRESS, 0L);
     set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
     set(CURLOPT_UPLOAD_BUFFERSIZE, 1L << 20);
     if (const char* const authorities = std::getenv("SSL_CERT_FILE")) {
@@ -119,7 +128,7 @@ class ClickHouseConnection::Transfer {
 };
 
 ClickHouseConnection::ClickHouseConnection(ClickHouseAccess access)
-    : access_(std::move(access)), transfer_(std::make_unique<Transfer>(access_)) {}
+    : access_(std::move(access)), transfer_(std::make_unique<Transfer>(access_, isInterrupted_)) {}
 
 ClickHouseConnection::~ClickHouseConnection() = default;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -33,6 +34,9 @@ class ClickHouseConnection {
   /// confirmed all rows. After an exception, any number of them may be stored.
   void insert(const std::string& statement, std::string_view rows, Deadline deadline);
 
+  /// Makes the exchange in progress, and later ones, fail within a second. Thread-safe.
+  void interrupt() { isInterrupted_ = true; }
+
   [[noreturn]] void fail(const std::string& reason) const;
 
  private:
@@ -44,6 +48,7 @@ class ClickHouseConnection {
   std::string exchange(const std::string& parameters, std::string_view body, Deadline deadline);
 
   const ClickHouseAccess access_;
+  std::atomic<bool> isInterrupted_ = false;
   const std::unique_ptr<Transfer> transfer_;
 };
 

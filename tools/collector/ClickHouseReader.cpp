@@ -44,15 +44,17 @@ Filter withPossibleDays(Filter filter) {
   return filter;
 }
 
-std::string questionFor(const std::string& table, const std::string& session) {
+/// Asks for the newest records of a session.
+std::string questionFor(const std::string& columns, const std::string& table,
+                        const std::string& session, std::size_t limit) {
   const auto literal = [](const Sha256& key) {
     return "toFixedString(" + sqlLiteral(bytesOf(key).substr(0, clickHouseKeySize)) + ", " +
            std::to_string(clickHouseKeySize) + ')';
   };
   const KeyRange keys = keysOf(session);
-  return "SELECT count, text FROM " + table + " FINAL WHERE key >= " + literal(keys.first) +
+  return "SELECT " + columns + " FROM " + table + " FINAL WHERE key >= " + literal(keys.first) +
          " AND key <= " + literal(keys.last) + " AND session = " + sqlLiteral(session) +
-         " ORDER BY received, received_ms, place";
+         " ORDER BY received DESC, received_ms DESC, place DESC LIMIT " + std::to_string(limit);
 }
 
 }  // namespace
@@ -60,19 +62,36 @@ std::string questionFor(const std::string& table, const std::string& session) {
 ResultTable ClickHouseReader::read(std::string_view figure, const Filter& filter,
                                    std::chrono::steady_clock::time_point deadline) {
   const ClickHouseFigure& known = clickHouseFigure(figure);
-  return {namesOf(known.columns), ask(known.question(withPossibleDays(filter)), deadline)};
+  return {namesOf(known.columns), ask(known.question(withPossibleDays(filter)), deadline), {}};
 }
 
-std::vector<StoredRecord> ClickHouseReader::session(
-    const std::string& id, std::chrono::steady_clock::time_point deadline) {
-  std::vector<StoredRecord> records;
+StoredSession ClickHouseReader::session(const std::string& id,
+                                        std::chrono::steady_clock::time_point deadline) {
+  StoredSession found;
+  std::int64_t bytes = 0;
   for (const bool isEnvironment : {true, false}) {
-    for (auto& row : ask(questionFor(isEnvironment ? "environments" : "events", id), deadline)) {
-      records.push_back({isEnvironment, std::get<std::string>(std::move(row.at(1))),
-                         std::get<std::int64_t>(row.at(0))});
+    const std::string table = isEnvironment ? "environments" : "events";
+    const std::size_t most = SessionLimits::records - found.records.size();
+    std::size_t fitting = 0;
+    for (const auto& row : ask(questionFor("length(text)", table, id, most + 1), deadline)) {
+      bytes += std::get<std::int64_t>(row.at(0));
+      if (fitting == most || bytes > std::int64_t{SessionLimits::bytes}) {
+        found.isShortened = true;
+        break;
+      }
+      ++fitting;
+    }
+    if (fitting == 0) {
+      continue;
+    }
+    auto rows = ask(questionFor("count, text", table, id, fitting), deadline);
+    std::reverse(rows.begin(), rows.end());
+    for (auto& row : rows) {
+      found.records.push_back({isEnvironment, std::get<std::string>(std::move(row.at(1))),
+                               std::get<std::int64_t>(row.at(0))});
     }
   }
-  return records;
+  return found;
 }
 
 std::vector<std::vector<Cell>> ClickHouseReader::ask(

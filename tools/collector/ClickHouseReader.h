@@ -17,8 +17,9 @@ class ClickHouseReader : public StoreReader {
 
   ResultTable read(std::string_view figure, const Filter& filter,
                    std::chrono::steady_clock::time_point deadline) override;
-  std::vector<StoredRecord> session(const std::string& id,
-                                    std::chrono::steady_clock::time_point deadline) override;
+  StoredSession session(const std::string& id,
+                        std::chrono::steady_clock::time_point deadline) override;
+  void interrupt() override { connection_.interrupt(); }
 
  private:
   std::vector<std::vector<Cell>> ask(const std::string& question,

@@ -143,7 +143,7 @@ std::string toText(const std::vector<Metric>& metrics) {
 }
 
 ResultTable toTable(const std::vector<Metric>& metrics) {
-  ResultTable table{{"name", "labels", "value"}, {}};
+  ResultTable table{{"name", "labels", "value"}, {}, {}};
   for (const Metric& metric : metrics) {
     for (const auto& [suffix, labels, value] : metric.samples) {
       const Cell cell = std::visit([](auto number) { return Cell(number); }, value);

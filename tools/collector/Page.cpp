@@ -1,6 +1,7 @@
 #include "tools/collector/Page.h"
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -20,22 +21,47 @@ AdminPage tablePage(const ApiRequest& request, const ResultTable& table) {
   return request.isCsv ? csvPage(request.figure, table) : jsonPage(request.figure, table);
 }
 
+/// Nobody waits for an answer after the deadline.
+void requireTime(Deadline deadline) {
+  if (std::chrono::steady_clock::now() >= deadline) {
+    throw StoreError("the deadline has passed");
+  }
+}
+
+/// The records of a session; null if the store has none.
+std::optional<records::SessionRecords> readSession(StoreReader& reader, const std::string& id,
+                                                   Deadline deadline, bool& isShortened) {
+  const StoredSession stored = reader.session(id, deadline);
+  isShortened = stored.isShortened;
+  if (stored.records.empty() && !isShortened) {
+    return std::nullopt;
+  }
+  requireTime(deadline);
+  auto parsed = recordsOf(id, stored.records);
+  requireTime(deadline);
+  return parsed;
+}
+
 AdminPage answerFrom(StoreReader& reader, const ApiRequest& request, Deadline deadline) {
   if (request.id.empty()) {
     try {
-      return tablePage(request, reader.read(request.figure, request.filter, deadline));
+      const auto table = reader.read(request.figure, request.filter, deadline);
+      requireTime(deadline);
+      return tablePage(request, table);
     } catch (const std::invalid_argument& error) {
       return errorPage(400, error.what());
     }
   }
-  const auto records = reader.session(request.id, deadline);
-  return records.empty() ? errorPage(404, noSession(request.id))
-                         : tablePage(request, sessionTable(request.id, records));
+  bool isShortened = false;
+  const auto records = readSession(reader, request.id, deadline, isShortened);
+  return records ? tablePage(request, sessionTable(*records))
+                 : errorPage(404, noSession(request.id));
 }
 
 AdminPage reportFrom(StoreReader& reader, const std::string& id, Deadline deadline) {
-  const auto records = reader.session(id, deadline);
-  return records.empty() ? messagePage(404, noSession(id)) : sessionPage(id, records);
+  bool isShortened = false;
+  const auto records = readSession(reader, id, deadline, isShortened);
+  return records ? sessionPage(*records, isShortened) : messagePage(404, noSession(id));
 }
 
 }  // namespace
@@ -69,7 +95,7 @@ void Page::answerApi(std::string_view figure, std::string_view query, Done done)
     queries_.add({[request](StoreReader& reader, Deadline deadline) {
                     return answerFrom(reader, request, deadline);
                   },
-                  [](const std::string& reason) { return errorPage(503, reason); },
+                  [](int status, const std::string& reason) { return errorPage(status, reason); },
                   std::move(done)});
   } catch (const ApiError& error) {
     done(errorPage(error.status, error.what()));
@@ -83,8 +109,10 @@ void Page::answerSession(std::string_view part, Done done) {
     queries_.add({[id = decodedPart(part)](StoreReader& reader, Deadline deadline) {
                     return reportFrom(reader, id, deadline);
                   },
-                  [](const std::string& reason) {
-                    return messagePage(503, "The store cannot be read: " + reason + '.');
+                  [](int status, const std::string& reason) {
+                    return messagePage(
+                        status, (status == 503 ? "The store cannot be read: " : "An error: ") +
+                                    reason + '.');
                   },
                   std::move(done)});
   } catch (const ApiError& error) {

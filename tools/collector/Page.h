@@ -29,7 +29,7 @@ class Page {
   /// Answers a GET of this path and query.
   void get(std::string_view target, Done done);
 
-  /// Waits for the question in progress, and forgets the others: their `done` is not called.
+  /// Interrupts the question in progress, and forgets the others: their `done` is not called.
   void stop() { queries_.stop(); }
 
  private:

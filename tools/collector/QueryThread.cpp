@@ -10,6 +10,16 @@ namespace qel::collector {
 using std::chrono::steady_clock;
 using utilities::MutexLock;
 
+namespace {
+
+void logFailure(const std::exception& error) {
+  log::LogManager::instance()
+      .getLogger("qel.collector")
+      ->log(log::Level::Warning, std::string("cannot answer a reader: ") + error.what());
+}
+
+}  // namespace
+
 QueryThread::QueryThread(OpenReader open, std::chrono::milliseconds limit)
     : open_(std::move(open)), limit_(limit), thread_([this] { run(); }) {}
 
@@ -22,7 +32,7 @@ void QueryThread::add(Query query) {
       return;
     }
   }
-  query.done(query.refuse("too many questions wait"));
+  query.done(query.refuse(503, "too many questions wait"));
 }
 
 void QueryThread::stop() {
@@ -31,6 +41,9 @@ void QueryThread::stop() {
     const MutexLock lock(mutex_);
     isStopping_ = true;
     forgotten.swap(waiting_);
+    if (reader_) {
+      reader_->interrupt();
+    }
     changed_.notifyOne();
   }
   if (thread_.joinable()) {
@@ -57,19 +70,28 @@ void QueryThread::run() {
 
 AdminPage QueryThread::answerTo(const Waiting& waiting) {
   if (steady_clock::now() >= waiting.deadline) {
-    return waiting.query.refuse("earlier questions took too long");
+    return waiting.query.refuse(503, "earlier questions took too long");
   }
   try {
     if (!reader_) {
-      reader_ = open_();
+      replaceReader(open_());
     }
     return waiting.query.answer(*reader_, waiting.deadline);
+  } catch (const StoreError& error) {
+    replaceReader(nullptr);
+    logFailure(error);
+    return waiting.query.refuse(503, error.what());
   } catch (const std::exception& error) {
-    reader_.reset();
-    log::LogManager::instance()
-        .getLogger("qel.collector")
-        ->log(log::Level::Warning, std::string("cannot answer a reader: ") + error.what());
-    return waiting.query.refuse(error.what());
+    logFailure(error);
+    return waiting.query.refuse(500, error.what());
+  }
+}
+
+void QueryThread::replaceReader(std::unique_ptr<StoreReader> reader) {
+  const MutexLock lock(mutex_);
+  reader_ = std::move(reader);
+  if (reader_ && isStopping_) {
+    reader_->interrupt();
   }
 }
 

@@ -23,14 +23,14 @@ struct Query {
   /// Makes the answer. Must end at the deadline with `StoreError`.
   std::function<AdminPage(StoreReader& reader, std::chrono::steady_clock::time_point deadline)>
       answer;
-  /// Makes the answer for the case that the store cannot be read.
-  std::function<AdminPage(const std::string& reason)> refuse;
+  /// Makes the answer for a failure: 503 if the store cannot be read, 500 for any other error.
+  std::function<AdminPage(int status, const std::string& reason)> refuse;
   /// Receives the answer.
   std::function<void(AdminPage page)> done;
 };
 
 /// A thread that answers one query after the other with its own connection to the store. After a
-/// failure it opens the store again.
+/// failure of the store it opens the store again.
 ///
 /// **Threads.** All operations are thread-safe.
 class QueryThread {
@@ -46,7 +46,7 @@ class QueryThread {
   /// Refuses the query on the calling thread if too many wait.
   void add(Query query);
 
-  /// Waits for the query in progress, and forgets those that wait.
+  /// Interrupts the query in progress, waits for its end, and forgets those that wait.
   void stop();
 
  private:
@@ -57,10 +57,12 @@ class QueryThread {
 
   void run();
   AdminPage answerTo(const Waiting& waiting);
+  void replaceReader(std::unique_ptr<StoreReader> reader);
 
   const OpenReader open_;
   const std::chrono::milliseconds limit_;
-  std::unique_ptr<StoreReader> reader_;  ///< used only on the thread
+  /// Used on the thread, and by `stop` with the mutex, with which the thread replaces it.
+  std::unique_ptr<StoreReader> reader_;
   utilities::Mutex mutex_;
   utilities::Condition changed_;
   std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);

@@ -7,23 +7,12 @@
 
 #include "tools/collector/PageFiles.h"
 #include "tools/collector/Sha256.h"
-#include "tools/records/SessionRecords.h"
 #include "tools/report/HtmlReport.h"
 
 namespace qel::collector {
 namespace {
 
 constexpr const char* htmlType = "text/html; charset=utf-8";
-
-records::SessionRecords recordsOf(const std::string& id, const std::vector<StoredRecord>& stored) {
-  std::vector<records::RecordText> texts;
-  texts.reserve(stored.size());
-  for (const auto& [isEnvironment, text, count] : stored) {
-    texts.push_back(
-        {isEnvironment ? records::Table::Environments : records::Table::Events, text, count});
-  }
-  return {id, texts};
-}
 
 std::string base64(const Sha256& digest) {
   std::string text(digest.size() * 2, '\0');
@@ -44,18 +33,33 @@ std::string policyFor(const std::string& html) {
 
 }  // namespace
 
-ResultTable sessionTable(const std::string& id, const std::vector<StoredRecord>& records) {
-  ResultTable table{{"time", "category", "subcategory", "event", "details", "count"}, {}};
-  for (const records::Event& event : recordsOf(id, records).events) {
+records::SessionRecords recordsOf(const std::string& id, const std::vector<StoredRecord>& stored) {
+  std::vector<records::RecordText> texts;
+  texts.reserve(stored.size());
+  for (const auto& [isEnvironment, text, count] : stored) {
+    texts.push_back(
+        {isEnvironment ? records::Table::Environments : records::Table::Events, text, count});
+  }
+  return {id, texts};
+}
+
+ResultTable sessionTable(const records::SessionRecords& records) {
+  ResultTable table{{"time", "category", "subcategory", "event", "details", "count"}, {}, {}};
+  for (const records::Event& event : records.events) {
     table.rows.push_back({event.time, event.category, event.subcategory, event.event,
                           detailsOf(event), event.count});
   }
   return table;
 }
 
-AdminPage sessionPage(const std::string& id, const std::vector<StoredRecord>& records) {
-  const auto [session, events] = recordsOf(id, records);
-  std::string html = report::htmlReport(session, events, {});
+AdminPage sessionPage(const records::SessionRecords& records, bool isShortened) {
+  std::vector<std::string> remarks;
+  if (isShortened) {
+    remarks.emplace_back(
+        "The session has more records than this page shows: older ones are left out. The command"
+        " qel-support report shows all of them.");
+  }
+  std::string html = report::htmlReport(records.session, records.events, remarks);
   std::string policy = policyFor(html);
   return {std::move(html), 200, htmlType, {{"Content-Security-Policy", std::move(policy)}}};
 }

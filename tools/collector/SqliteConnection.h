@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -37,7 +38,9 @@ class SqliteConnection {
   /// From now on, a statement fails when it waits or runs after the deadline. A commit that has
   /// begun is not interrupted.
   void setDeadline(std::chrono::steady_clock::time_point deadline) { deadline_ = deadline; }
-  bool isLate() const { return std::chrono::steady_clock::now() >= deadline_; }
+  bool isLate() const { return isInterrupted_ || std::chrono::steady_clock::now() >= deadline_; }
+  /// From now on, the deadline counts as passed. Thread-safe.
+  void interrupt() { isInterrupted_ = true; }
 
   void execute(const std::string& sql) const;
   SqliteStatement prepare(const std::string& sql) const;
@@ -54,6 +57,7 @@ class SqliteConnection {
  private:
   const std::string name_;
   std::chrono::steady_clock::time_point deadline_;
+  std::atomic<bool> isInterrupted_ = false;
   std::unique_ptr<sqlite3, SqliteClose> connection_;
 };
 

@@ -43,9 +43,15 @@ SqliteQuery& ofDaily(SqliteQuery& query, const Filter& filter) {
 
 SqliteQuery eventsByDay(const Filter& filter) {
   SqliteQuery query(
-      "SELECT day, name AS category, sum(value) AS events FROM summary_daily"
+      "WITH counted AS MATERIALIZED (SELECT day, name, sum(value) AS events FROM summary_daily"
       " WHERE kind = 'category'");
-  return ofDaily(query, filter).then(" GROUP BY day, name ORDER BY day, name");
+  return ofDaily(query, filter)
+      .then(
+          " GROUP BY day, name), largest AS MATERIALIZED"
+          " (SELECT name FROM counted GROUP BY name ORDER BY sum(events) DESC, name LIMIT 50)"
+          " SELECT * FROM (SELECT day, CASE WHEN name IN (SELECT name FROM largest) THEN name"
+          " ELSE '(others)' END AS category, sum(events) AS events FROM counted GROUP BY 1, 2"
+          " ORDER BY 1 DESC, 2 LIMIT 20000) ORDER BY day, category");
 }
 
 /// The installations that had an event in a day, or in another period that is computed from it.
@@ -72,7 +78,8 @@ SqliteQuery versions(const Filter& filter) {
   SqliteQuery query(
       "SELECT version, count(DISTINCT nullif(installation, '')) AS installations,"
       " count(*) AS sessions FROM summary_sessions WHERE session <> ''");
-  return runningIn(query, filter).then(" GROUP BY version ORDER BY sessions DESC, version");
+  return runningIn(query, filter)
+      .then(" GROUP BY version ORDER BY sessions DESC, version LIMIT 200");
 }
 
 SqliteQuery crashes(const Filter& filter) {
@@ -87,7 +94,7 @@ SqliteQuery crashes(const Filter& filter) {
       ") SELECT version, code, command, sum(count) AS crashes,"
       " count(DISTINCT nullif(installation, '')) AS installations,"
       " max(CASE place WHEN 1 THEN name END) AS latest_session FROM chosen"
-      " GROUP BY version, code, command ORDER BY crashes DESC, version, code, command");
+      " GROUP BY version, code, command ORDER BY crashes DESC, version, code, command LIMIT 200");
 }
 
 SqliteQuery commands(const Filter& filter) {
@@ -133,17 +140,6 @@ SqliteQuery sessions(const Filter& filter) {
             std::to_string(filter.limit));
 }
 
-/// The ID of the last row that the caller knows.
-std::int64_t idOf(const std::string& cursor) {
-  std::int64_t id = 0;
-  const char* const end = cursor.data() + cursor.size();
-  const auto [parsed, error] = std::from_chars(cursor.data(), end, id);
-  if (error != std::errc() || parsed != end) {
-    throw std::invalid_argument("after: there is no cursor " + cursor);
-  }
-  return id;
-}
-
 SqliteQuery live(const Filter& filter) {
   SqliteQuery query(std::string("WITH found AS (SELECT * FROM events WHERE id >"
                                 " (SELECT ifnull(max(id), 0) FROM events) - ") +
@@ -184,7 +180,7 @@ SqliteQuery filters(const Filter& /*filter*/) {
       " (SELECT min(day) AS day FROM summary_daily WHERE kind = 'category') WHERE day IS NOT NULL"
       " UNION SELECT 'last-day', day FROM"
       " (SELECT max(day) AS day FROM summary_daily WHERE kind = 'category') WHERE day IS NOT NULL"
-      " ORDER BY kind, value");
+      " ORDER BY kind, value LIMIT 500");
 }
 
 struct Figure {
@@ -217,6 +213,16 @@ SqliteQuery& SqliteQuery::andIf(std::string_view condition, const std::string& v
     values_.push_back(value);
   }
   return *this;
+}
+
+std::int64_t idOf(const std::string& cursor) {
+  std::int64_t id = 0;
+  const char* const end = cursor.data() + cursor.size();
+  const auto [parsed, error] = std::from_chars(cursor.data(), end, id);
+  if (error != std::errc() || parsed != end) {
+    throw std::invalid_argument("after: there is no cursor " + cursor);
+  }
+  return id;
 }
 
 SqliteQuery queryOf(std::string_view figure, const Filter& filter) {

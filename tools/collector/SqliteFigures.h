@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,10 @@ class SqliteQuery {
   std::string sql_;
   std::vector<std::string> values_;
 };
+
+/// The ID of the last row that the caller of "live" knows. Throws `std::invalid_argument` if the
+/// cursor is none.
+std::int64_t idOf(const std::string& cursor);
 
 /// The statement that answers a figure. Throws `std::invalid_argument` if there is no such figure,
 /// or the cursor is none.

@@ -1,5 +1,7 @@
 #include "tools/collector/SqliteReader.h"
 
+#include <algorithm>
+
 #include <sqlite3.h>
 
 #include "tools/collector/RowKey.h"
@@ -45,13 +47,30 @@ SqliteReader::SqliteReader(const std::filesystem::path& file)
 ResultTable SqliteReader::read(std::string_view figure, const Filter& filter,
                                std::chrono::steady_clock::time_point deadline) {
   connection_.setDeadline(deadline);
+  if (figure != "live") {
+    return answer(figure, filter);
+  }
+  const SqliteTransaction transaction(connection_, "DEFERRED");
+  const std::int64_t newest = connection_.number("SELECT ifnull(max(id), 0) FROM events");
+  Filter known = filter;
+  if (!known.after.empty() && idOf(known.after) > newest) {
+    known.after.clear();
+  }
+  ResultTable table = answer(figure, known);
+  if (known.after.empty() || table.rows.size() < known.limit) {
+    table.cursor = std::to_string(newest);
+  }
+  return table;
+}
+
+ResultTable SqliteReader::answer(std::string_view figure, const Filter& filter) {
   const SqliteQuery query = queryOf(figure, filter);
   const SqliteStatement statement = connection_.prepare(query.sql());
   SqliteExecution execution(connection_, statement);
   for (const std::string& value : query.values()) {
     execution.bindText(value);
   }
-  ResultTable table{columnsOf(statement.get()), {}};
+  ResultTable table{columnsOf(statement.get()), {}, {}};
   while (execution.step()) {
     auto& row = table.rows.emplace_back();
     for (int column = 0; column < static_cast<int>(table.columns.size()); ++column) {
@@ -61,23 +80,38 @@ ResultTable SqliteReader::read(std::string_view figure, const Filter& filter,
   return table;
 }
 
-std::vector<StoredRecord> SqliteReader::session(const std::string& id,
-                                                std::chrono::steady_clock::time_point deadline) {
+StoredSession SqliteReader::session(const std::string& id,
+                                    std::chrono::steady_clock::time_point deadline) {
   connection_.setDeadline(deadline);
   const SqliteTransaction transaction(connection_, "DEFERRED");
   const KeyRange keys = keysOf(id);
-  std::vector<StoredRecord> records;
+  StoredSession found;
+  std::size_t bytes = 0;
   for (const bool isEnvironment : {true, false}) {
+    // The IDs are sorted without their texts.
+    const std::string table = isEnvironment ? "environments" : "events";
     const SqliteStatement statement = connection_.prepare(
-        std::string("SELECT count, text FROM ") + (isEnvironment ? "environments" : "events") +
-        " WHERE key BETWEEN ? AND ? AND session = ? ORDER BY id");
+        "SELECT count, text FROM " + table + " WHERE id IN (SELECT id FROM " + table +
+        " WHERE key BETWEEN ? AND ? AND session = ? ORDER BY id DESC LIMIT " +
+        std::to_string(SessionLimits::records + 1) + ") ORDER BY id DESC");
     SqliteExecution execution(connection_, statement);
     execution.bindBlob(bytesOf(keys.first)).bindBlob(bytesOf(keys.last)).bindText(id);
+    const auto first = static_cast<std::ptrdiff_t>(found.records.size());
     while (execution.step()) {
-      records.push_back({isEnvironment, std::string(execution.text(1)), execution.number(0)});
+      const std::string_view text = execution.text(1);
+      bytes += text.size();
+      if (found.records.size() == SessionLimits::records || bytes > SessionLimits::bytes) {
+        found.isShortened = true;
+        break;
+      }
+      if (connection_.isLate()) {
+        connection_.fail("the deadline has passed");
+      }
+      found.records.push_back({isEnvironment, std::string(text), execution.number(0)});
     }
+    std::reverse(found.records.begin() + first, found.records.end());
   }
-  return records;
+  return found;
 }
 
 }  // namespace qel::collector

@@ -15,14 +15,18 @@ class SqliteReader : public StoreReader {
   explicit SqliteReader(const std::filesystem::path& file);
 
   /// "live" looks at the newest 100,000 rows. A text in "live" and "refused" is cut after 20,000
-  /// characters; a refused one can have any bytes. Throws `std::invalid_argument` if `after` is no
-  /// cursor.
+  /// characters; a refused one can have any bytes. A cursor beyond the newest row counts as none:
+  /// IDs begin again after the newest rows were erased. Throws `std::invalid_argument` if `after`
+  /// is no cursor.
   ResultTable read(std::string_view figure, const Filter& filter,
                    std::chrono::steady_clock::time_point deadline) override;
-  std::vector<StoredRecord> session(const std::string& id,
-                                    std::chrono::steady_clock::time_point deadline) override;
+  StoredSession session(const std::string& id,
+                        std::chrono::steady_clock::time_point deadline) override;
+  void interrupt() override { connection_.interrupt(); }
 
  private:
+  ResultTable answer(std::string_view figure, const Filter& filter);
+
   SqliteConnection connection_;
 };
 

@@ -30,6 +30,7 @@ using Cell = std::variant<std::monostate, std::int64_t, double, std::string>;
 struct ResultTable {
   std::vector<std::string> columns;
   std::vector<std::vector<Cell>> rows;
+  std::string cursor;  ///< only "live": the next `after`; empty if it is that of the last row
 };
 
 /// A record of a session, as it was sent.
@@ -37,6 +38,18 @@ struct StoredRecord {
   bool isEnvironment = false;
   std::string text;
   std::int64_t count = 1;  ///< how often one package had the text
+};
+
+/// The records of a session, the environment records first, in the order of arrival.
+struct StoredSession {
+  std::vector<StoredRecord> records;
+  bool isShortened = false;  ///< whether older records are left out
+};
+
+/// What `StoreReader::session` returns at most.
+struct SessionLimits {
+  static constexpr std::size_t records = 20'000;
+  static constexpr std::size_t bytes = std::size_t{32} << 20;  ///< of texts
 };
 
 /// Answers questions about a store while collectors write to it. docs/collector-api.md has the
@@ -55,10 +68,13 @@ class StoreReader {
   virtual ResultTable read(std::string_view figure, const Filter& filter,
                            std::chrono::steady_clock::time_point deadline) = 0;
 
-  /// The records of a session, the environment records first, in the order of arrival. Empty if the
-  /// store has none.
-  virtual std::vector<StoredRecord> session(const std::string& id,
-                                            std::chrono::steady_clock::time_point deadline) = 0;
+  /// A session without records if the store has none. Beyond `SessionLimits`, the newest records
+  /// are kept, environment records before events.
+  virtual StoredSession session(const std::string& id,
+                                std::chrono::steady_clock::time_point deadline) = 0;
+
+  /// Makes the operation in progress, and later ones, fail soon. Thread-safe.
+  virtual void interrupt() = 0;
 };
 
 }  // namespace qel::collector

@@ -76,7 +76,8 @@ TEST(ApiTextTest, WritesHostileTextsWithoutHarm) {
                           {{"</script>\"'\0\x7f\n"s, std::int64_t{-1}, std::monostate()},
                            {"cut \xe2\x82", 0.5, "=1+1"},
                            {"+1", std::nan(""), "-1,\r\n2"},
-                           {"@x", std::int64_t{1} << 62, "\tx"}}};
+                           {"@x", std::int64_t{1} << 62, "\tx"}},
+                          {}};
   const auto json = jsonPage("refused", table);
   EXPECT_EQ(json.text, R"({"figure":"refused","columns":["text","number","none"],"rows":[)"
                        R"(["</script>\"'\u0000)"

@@ -45,21 +45,27 @@ class FakeReader : public StoreReader {
     if (figure == "crashes") {
       throw StoreError("the deadline has passed");
     }
+    if (figure == "filters") {
+      throw std::bad_alloc();
+    }
     if (filter.after == "none") {
       throw std::invalid_argument("after is no cursor");
     }
-    return {{"figure", "version"}, {{std::string(figure), filter.version}}};
+    return {{"figure", "version"}, {{std::string(figure), filter.version}}, {}};
   }
 
-  std::vector<StoredRecord> session(const std::string& id,
-                                    std::chrono::steady_clock::time_point /*deadline*/) override {
+  StoredSession session(const std::string& id,
+                        std::chrono::steady_clock::time_point /*deadline*/) override {
     if (id != "<b>") {
       return {};
     }
-    return {{true, R"({"Timestamp":"2026-05-24T10:00:00.000Z","OS":{"Name":"<i>"}})", 1},
-            {false, R"({"Category":"A","Subcategory":"<script>","Details":{"k":"<img>"}})", 2},
-            {false, "no record", 1}};
+    return {{{true, R"({"Timestamp":"2026-05-24T10:00:00.000Z","OS":{"Name":"<i>"}})", 1},
+             {false, R"({"Category":"A","Subcategory":"<script>","Details":{"k":"<img>"}})", 2},
+             {false, "no record", 1}},
+            true};
   }
+
+  void interrupt() override { store_.released.add(); }
 
  private:
   FakeStore& store_;
@@ -77,7 +83,7 @@ class PageTest : public testing::Test {
   std::unique_ptr<ReaderAccess> access() {
     auto page = std::make_unique<Page>([this] { return std::make_unique<FakeReader>(store_); },
                                        [] {
-                                         return ResultTable{{"name"}, {{"metric"}}};
+                                         return ResultTable{{"name"}, {{"metric"}}, {}};
                                        },
                                        1s);
     return std::make_unique<ReaderAccess>(
@@ -139,6 +145,7 @@ TEST_F(PageTest, IsForReadersAlone) {
   EXPECT_EQ(reader.Post("/api/system", "x", "text/plain")->status, 405);
   EXPECT_EQ(reader.Delete("/")->status, 405);
   EXPECT_EQ(reader.Get("/", {{"Content-Length", "1"}})->status, 413);
+  EXPECT_EQ(reader.Get("/", {{"Content-Length", "2000000"}})->status, 413);
   httplib::Client plain("localhost", server_.endpoint().port);
   EXPECT_EQ(plain.Get("/")->status, 403);
   EXPECT_EQ(plain.Get("/api/system")->status, 403);
@@ -202,6 +209,7 @@ TEST_F(PageTest, AnswersQuestionsAboutTheStore) {
             R"("count"],"rows":[["","A","<script>","","k = <img>",2],)"
             R"(["2026-05-24T10:00:00.000Z","Environment","","","Operating system = <i>",1]]})"},
            {"/api/crashes", 503, R"({"error":"the deadline has passed"})"},
+           {"/api/filters", 500, R"({"error":"std::bad_alloc"})"},
            {"/session/%3Cb", 404, "The store has no session &lt;b."},
            {"/session/%", 400, "No session: the address has a malformed escape."},
        }) {
@@ -222,7 +230,8 @@ TEST_F(PageTest, ShowsTheReportOfASessionWithItsOwnStyleAlone) {
   const auto report = get("/session/%3Cb%3E");
   EXPECT_EQ(report->status, 200);
   EXPECT_THAT(report->body, AllOf(HasSubstr("Session &lt;b&gt;"), HasSubstr("&lt;script&gt;"),
-                                  HasSubstr("&lt;img&gt;"), Not(HasSubstr("<script>"))));
+                                  HasSubstr("&lt;img&gt;"), HasSubstr("older ones are left out"),
+                                  Not(HasSubstr("<script>"))));
   const auto begin = report->body.find("<style>") + std::strlen("<style>");
   const auto style = report->body.substr(begin, report->body.find("</style>") - begin);
   const test::TemporaryDirectory file;
@@ -255,7 +264,7 @@ TEST(QueryThreadTest, RefusesQueriesBeyondItsLimits) {
                       reader.read("memory", {}, deadline);
                       return AdminPage{"answered"};
                     },
-                    [](const std::string& reason) { return AdminPage{reason}; },
+                    [](int /*status*/, const std::string& reason) { return AdminPage{reason}; },
                     [&](const AdminPage& page) {
                       const std::lock_guard lock(mutex);
                       ++answers[page.text];
@@ -275,6 +284,20 @@ TEST(QueryThreadTest, RefusesQueriesBeyondItsLimits) {
               ElementsAre(Pair("answered", 1),
                           Pair("earlier questions took too long", QueryThread::mostWaiting),
                           Pair("too many questions wait", 1)));
+}
+
+TEST(QueryThreadTest, InterruptsTheQueryInProgressWhenItStops) {
+  FakeStore store;
+  QueryThread thread([&] { return std::make_unique<FakeReader>(store); }, 1min);
+  const auto refuse = [](int, const std::string& reason) { return AdminPage{reason}; };
+  thread.add({[](StoreReader& reader, auto deadline) {
+                reader.read("memory", {}, deadline);
+                return AdminPage{};
+              },
+              refuse, [](const AdminPage&) {}});
+  ASSERT_TRUE(store.asked.reaches(1));
+  thread.stop();
+  EXPECT_EQ(store.released.count(), 1);
 }
 
 }  // namespace

@@ -207,18 +207,79 @@ TEST_F(SqliteReaderTest, FollowsTheRowsThatArrive) {
   EXPECT_THAT(read("live", filter), ElementsAre(StartsWith("10|"), StartsWith("11|")));
   filter.after = "x";
   EXPECT_THROW(read("live", filter), std::invalid_argument);
+
+  Filter none;
+  none.installation = "three";
+  none.after = "5";
+  const auto examined = SqliteReader(file_).read("live", none, soon());
+  EXPECT_THAT(examined.rows, IsEmpty());
+  EXPECT_EQ(examined.cursor, "13");
+
+  execute("DELETE FROM events WHERE id > 10");
+  Filter ahead;
+  ahead.limit = 2;
+  ahead.after = "10";
+  EXPECT_THAT(read("live", ahead), IsEmpty());
+  ahead.after = "13";
+  EXPECT_THAT(read("live", ahead), ElementsAre(StartsWith("9|"), StartsWith("10|")));
 }
 
 TEST_F(SqliteReaderTest, ReturnsTheRecordsOfASession) {
   addSample();
   SqliteReader reader(file_);
-  const auto records = reader.session("{AA-1}", soon());
+  const auto records = reader.session("{AA-1}", soon()).records;
   ASSERT_EQ(records.size(), 5U);
   EXPECT_TRUE(records[0].isEnvironment);
   EXPECT_FALSE(records[1].isEnvironment);
   EXPECT_EQ(records[1].count, 2);
   EXPECT_THAT(records[4].text, HasSubstr("boom"));
-  EXPECT_THAT(reader.session("AA", soon()), IsEmpty());
+  EXPECT_THAT(reader.session("AA", soon()).records, IsEmpty());
+}
+
+TEST_F(SqliteReaderTest, ReturnsTheNewestRecordsOfALargeSession) {
+  const std::string row = R"({"SessionId":"S","n":")";
+  std::string rows = row + "first\"}";
+  for (std::size_t i = 1; i <= SessionLimits::records; ++i) {
+    rows += ',' + row + std::to_string(i) + "\"}";
+  }
+  add(package(environment({"S", "one", ""}, "1"), rows));
+  auto found = SqliteReader(file_).session("S", soon());
+  EXPECT_TRUE(found.isShortened);
+  ASSERT_EQ(found.records.size(), SessionLimits::records);
+  EXPECT_TRUE(found.records[0].isEnvironment);
+  EXPECT_THAT(found.records[1].text, HasSubstr(R"("2")"));
+  EXPECT_THAT(found.records.back().text, HasSubstr(R"("20000")"));
+
+  const std::string half = row + std::string(SessionLimits::bytes / 2, 'x') + "\"}";
+  add(withEvents(half));
+  found = SqliteReader(file_).session("S", soon());
+  EXPECT_EQ(found.records.size(), SessionLimits::records);
+  add(withEvents(half + ",{\"SessionId\":\"S\"}"));
+  found = SqliteReader(file_).session("S", soon());
+  EXPECT_TRUE(found.isShortened);
+  EXPECT_EQ(found.records.size(), 3U);
+}
+
+TEST_F(SqliteReaderTest, LimitsWhatSendersCanName) {
+  std::string rows = event({"S", "one", "2026-01-04"}, "common", "");
+  rows += ',' + rows;
+  std::string environments = environment({"S", "one", ""}, "1");
+  for (int i = 0; i < 600; ++i) {
+    const std::string name = std::to_string(1000 + i);
+    const Names names{name, "one", "2026-01-04"};
+    environments += ',' + environment(names, name);
+    rows += ',' + event(names, name, "") + ',' + event(names, "common", "") + ',' +
+            event(names, "Application", "Crashed", "", R"("Exception Code":")" + name + '"');
+  }
+  add(package(environments, rows));
+  const auto days = read("events-by-day");
+  ASSERT_EQ(days.size(), 51U);
+  EXPECT_EQ(days[0], "2026-01-04|(others)|552");
+  EXPECT_EQ(days[1], "2026-01-04|1000|1");
+  EXPECT_EQ(days.back(), "2026-01-04|common|602");
+  EXPECT_EQ(read("crashes").size(), 200U);
+  EXPECT_EQ(read("versions").size(), 200U);
+  EXPECT_EQ(read("filters").size(), 500U);
 }
 
 TEST_F(SqliteReaderTest, ReadsWhileCollectorsWriteAndFailsAfterTheDeadline) {

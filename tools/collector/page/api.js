@@ -23,7 +23,10 @@ export function addressOf(figure, parameters = {}, suffix = "") {
   return `${location.origin}/api/${figure}${suffix}${query && `?${query}`}`;
 }
 
-/** Asks for a figure. The rows are objects whose members are the columns. Throws `ApiError`. */
+/**
+ * Asks for a figure. The rows are objects whose members are the columns. The array has the member `cursor` if the answer
+ * has one. Throws `ApiError`.
+ */
 export async function read(figure, parameters = {}, signal = undefined) {
   const limit = AbortSignal.timeout(PATIENCE);
   let response;
@@ -38,7 +41,8 @@ export async function read(figure, parameters = {}, signal = undefined) {
   if (!response.ok || answer === null) {
     throw new ApiError(HEADLINES[response.status] ?? `The collector answered ${response.status}.`, answer?.error);
   }
-  return answer.rows.map((row) => Object.fromEntries(answer.columns.map((column, i) => [column, row[i]])));
+  const rows = answer.rows.map((row) => Object.fromEntries(answer.columns.map((column, i) => [column, row[i]])));
+  return Object.assign(rows, { cursor: answer.cursor });
 }
 
 function rethrowUnlessSyntax(error) {

@@ -5,7 +5,7 @@ import { codeText, sessionAddress } from "./names.js";
 import { makeTable } from "./table.js";
 
 const sum = (values) => values.reduce((total, value) => total + value, 0);
-const most = (rows, column) => Math.max(1, ...rows.map((row) => row[column]));
+const most = (rows, column) => rows.reduce((largest, row) => Math.max(largest, row[column]), 1);
 const nameOf = (text) => (text === "" || text === null ? "(none)" : text);
 
 /** The values of a chart as a table, which is closed at first. */

@@ -71,13 +71,13 @@ export class Figure {
 
   #showFailure(error, again) {
     if (!(error instanceof ApiError)) {
-      throw error;
+      console.error(error);
     }
     const hadFocus = this.#body.contains(document.activeElement);
     this.#clear();
     const button = makeButton("Try again", () => again().then(() => this.#section.querySelector("h2").focus()));
     this.#body.append(make("div", { class: "state bad" }, make("p", {}, error.message),
-      make("p", { class: "detail" }, error.detail), button));
+      make("p", { class: "detail" }, error.detail ?? ""), button));
     if (hadFocus) {
       button.focus();
     }

@@ -1,21 +1,27 @@
 import { ApiError, read } from "./api.js";
 import { dayBefore } from "./format.js";
 
+/** The days of a relative range, at most. */
+const LONGEST = 36_500;
+
 /**
  * The filter bar. The address bar holds what it asks for, so that a page can be kept and shared.
  *
  * The member `days` of the address is the page's own: the number of days up to today, or "all". The form's attribute
- * `data-days` is what applies if the address names neither days nor dates. All other members are parameters of the API.
+ * `data-days` is what applies if the address names neither days nor dates. The form's names, and those of `more`, are
+ * parameters of the API. Other members are ignored.
  */
 export class Filters {
   #form;
   #changed;
+  #more;
   #state = {};
 
   /** `changed` is called when the address changes. */
-  constructor(form, changed) {
+  constructor(form, changed, more = []) {
     this.#form = form;
     this.#changed = changed;
+    this.#more = more;
     form.addEventListener("submit", (event) => {
       event.preventDefault();
       this.#apply(this.#entered());
@@ -74,9 +80,14 @@ export class Filters {
 
   /** Reads the address, and shows it in the form. */
   #show() {
-    this.#state = Object.fromEntries(new URLSearchParams(location.search));
-    if (!this.#state.from && !this.#state.until && !(this.#state.days === "all" || Number(this.#state.days) > 0)) {
-      this.#state.days = this.#form.dataset.days;
+    const names = ["days", ...this.#controls().map((control) => control.name), ...this.#more];
+    const given = [...new URLSearchParams(location.search)];
+    this.#state = Object.fromEntries(given.filter(([name]) => names.includes(name)));
+    const days = Math.floor(Number(this.#state.days));
+    if (days > 0) {
+      this.#state.days = String(Math.min(days, LONGEST));
+    } else if (this.#state.days !== "all") {
+      this.#state.days = this.#state.from || this.#state.until ? "" : this.#form.dataset.days;
     }
     for (const control of this.#controls()) {
       const value = this.parameters[control.name] ?? "";

@@ -13,7 +13,7 @@ const LARGEST = 1000;
  */
 export function showList(caption, columns, nouns) {
   const status = document.getElementById("status");
-  const filters = new Filters(document.getElementById("filters"), load);
+  const filters = new Filters(document.getElementById("filters"), load, ["limit"]);
   const figure = new Figure(document.querySelector("[data-figure]"), draw, changed);
   let loading = new AbortController();
 

@@ -57,7 +57,6 @@ function add(rows) {
   if (cursor === "") {
     body.replaceChildren();
   }
-  cursor = rows.at(-1).cursor;
   body.prepend(...rows.reverse().map((row) => makeRow(columns, row)));
   while (body.childElementCount > KEPT) {
     body.lastElementChild.remove();
@@ -81,7 +80,9 @@ async function poll() {
   const limit = cursor === "" ? FIRST : KEPT;
   try {
     const rows = await read("live", { ...filters.parameters, after: cursor, limit: String(limit) }, signal);
+    const next = rows.cursor ?? rows.at(-1)?.cursor ?? cursor;
     add(rows);
+    cursor = next;
     const isBehind = rows.length === KEPT;
     cursor = isBehind ? "" : cursor;
     delay = INTERVAL;

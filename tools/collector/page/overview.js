@@ -48,7 +48,7 @@ function showTotals() {
   const totals = {
     events: sumOf("events-by-day", "events"),
     sessions,
-    installations: days && Math.max(0, ...days.map((row) => row.installations)),
+    installations: days && days.reduce((largest, row) => Math.max(largest, row.installations), 0),
     crashes,
     rate: rateOf(crashes, sessions),
   };
