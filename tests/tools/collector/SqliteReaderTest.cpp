@@ -254,7 +254,7 @@ TEST_F(SqliteReaderTest, ReturnsTheNewestRecordsOfALargeSession) {
   add(withEvents(half));
   found = SqliteReader(file_).session("S", soon());
   EXPECT_EQ(found.records.size(), SessionLimits::records);
-  add(withEvents(half + ",{\"SessionId\":\"S\"}"));
+  add(withEvents(row + 'y' + half.substr(row.size()) + R"(,{"SessionId":"S"})"));
   found = SqliteReader(file_).session("S", soon());
   EXPECT_TRUE(found.isShortened);
   EXPECT_EQ(found.records.size(), 3U);
