@@ -25,14 +25,17 @@ constexpr std::chrono::milliseconds timeOfInsert{500};
 /// The largest categories are found without `FINAL`, which is slow: a row that was sent twice may
 /// change which ones have names, but no sum.
 std::string eventsByDay(const Filter& filter) {
-  Question largest("SELECT category FROM events WHERE day > toDate(0)");
+  Question largest("SELECT category, 1 AS isLarge FROM events WHERE day > toDate(0)");
   largest.ofEvents(filter).then(" GROUP BY category ORDER BY sum(count) DESC, category LIMIT 50");
-  return Question("SELECT day, shown, copies FROM (SELECT day, if(category IN (" + largest.sql() +
-                  "), category, '(others)') AS shown, sum(count) AS copies FROM events FINAL"
-                  " WHERE day > toDate(0)")
-      .ofEvents(filter)
-      .then(" GROUP BY day, shown ORDER BY day DESC, shown LIMIT 20000) ORDER BY day, shown")
-      .sql();
+  Question copies(
+      "SELECT day, category, sum(count) AS copies FROM events FINAL WHERE day > toDate(0)");
+  copies.ofEvents(filter).then(" GROUP BY day, category");
+  return "SELECT day, shown, total FROM (SELECT day, if(isLarge = 1, category, '(others)') AS "
+         "shown,"
+         " sum(copies) AS total FROM (" +
+         copies.sql() + ") ANY LEFT JOIN (" + largest.sql() +
+         ") USING category GROUP BY day, shown ORDER BY day DESC, shown LIMIT 20000)"
+         " ORDER BY day, shown";
 }
 
 std::string installationsBy(const std::string& period, const std::string& name,
