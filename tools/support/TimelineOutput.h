@@ -15,8 +15,7 @@ namespace qel::support {
 class TimelinePrinter {
  public:
   /// The output must outlive this object.
-  TimelinePrinter(std::ostream& output, Terminal terminal)
-      : output_(output), terminal_(terminal) {}
+  TimelinePrinter(std::ostream& output, Terminal terminal) : output_(output), terminal_(terminal) {}
 
   void print(const std::vector<records::Event>& events);
 
