@@ -90,10 +90,13 @@ StoredSession SqliteReader::session(const std::string& id,
   for (const bool isEnvironment : {true, false}) {
     // The IDs are sorted without their texts.
     const std::string table = isEnvironment ? "environments" : "events";
-    const SqliteStatement statement = connection_.prepare(
-        "SELECT count, text FROM " + table + " WHERE id IN (SELECT id FROM " + table +
-        " WHERE key BETWEEN ? AND ? AND session = ? ORDER BY id DESC LIMIT " +
-        std::to_string(SessionLimits::records + 1) + ") ORDER BY id DESC");
+    std::string newest = "SELECT id FROM ";
+    newest.append(table).append(
+        " WHERE key BETWEEN ? AND ? AND session = ? ORDER BY id DESC LIMIT ");
+    newest += std::to_string(SessionLimits::records + 1);
+    std::string sql = "SELECT count, text FROM ";
+    sql.append(table).append(" WHERE id IN (").append(newest).append(") ORDER BY id DESC");
+    const SqliteStatement statement = connection_.prepare(sql);
     SqliteExecution execution(connection_, statement);
     execution.bindBlob(bytesOf(keys.first)).bindBlob(bytesOf(keys.last)).bindText(id);
     const auto first = static_cast<std::ptrdiff_t>(found.records.size());
