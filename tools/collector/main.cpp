@@ -35,6 +35,19 @@ void addBatchOptions(CLI::App& program, collector::CollectorOptions& options) {
       ->type_name("NUMBER");
 }
 
+void addUserLimits(CLI::App& program, collector::UserLimits& limits) {
+  program
+      .add_option("--user-requests", limits.requestsPerSecond,
+                  "requests a second that a user may send, averaged over a minute")
+      ->check(positive())
+      ->type_name("NUMBER");
+  program
+      .add_option("--user-bytes", limits.bytesPerSecond,
+                  "bytes a second that a user may send, averaged over a minute")
+      ->check(positive())
+      ->type_name("NUMBER");
+}
+
 void addOptions(CLI::App& program, collector::CollectorOptions& options, bool areRequired) {
   program
       .add_option("--listen", options.listen,
@@ -67,16 +80,7 @@ void addOptions(CLI::App& program, collector::CollectorOptions& options, bool ar
                   "delete rows that were received more than this number of days ago")
       ->check(CLI::Range(1, 36500))
       ->type_name("DAYS");
-  program
-      .add_option("--user-requests", options.userLimits.requestsPerSecond,
-                  "requests a second that a user may send, averaged over a minute")
-      ->check(positive())
-      ->type_name("NUMBER");
-  program
-      .add_option("--user-bytes", options.userLimits.bytesPerSecond,
-                  "bytes a second that a user may send, averaged over a minute")
-      ->check(positive())
-      ->type_name("NUMBER");
+  addUserLimits(program, options.userLimits);
 }
 
 int run(const tools::Arguments& arguments) {
