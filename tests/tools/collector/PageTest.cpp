@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -21,7 +22,7 @@ using namespace testing;
 
 /// What the readers of the store do and have done.
 struct FakeStore {
-  bool isAway = false;
+  std::atomic<bool> isAway = false;
   test::Tally opened;
   test::Tally asked;
   test::Tally released;  ///< lets questions for "memory" end
