@@ -7,6 +7,7 @@
 #include "tests/support/Environment.h"
 #include "tests/support/HttpsTestServer.h"
 #include "tests/support/Pattern.h"
+#include "tests/support/Tally.h"
 
 namespace qel::protocol::https {
 
@@ -124,7 +125,7 @@ TEST_F(HttpClientTest, SendsNothingToServersThatAreNotTrusted) {
     connectTo(server);
     EXPECT_THAT(post(message_), AllOf(MatchesPattern(failed(reason)), HasSubstr(server.address()),
                                       Not(HasSubstr(secret))));
-    EXPECT_EQ(server.connections(), 1) << reason;
+    EXPECT_TRUE(test::waitUntil([&] { return server.connections() == 1; })) << reason;
     EXPECT_THAT(server.requests(), Each(AllOf(Field(&Request::head, ""),
                                               Field(&Request::body, Not(HasSubstr("the body"))))));
   }
