@@ -58,7 +58,7 @@ Task<void> waitUntil(Clock::time_point time) {
 
 struct Run {
   const LoadSettings& settings;
-  const PackageTemplates templates{settings.rows};
+  const PackageTemplates templates{settings.rows, settings.earlierRows};
   const Clock::time_point start = Clock::now();
   const Clock::time_point warm = start + ticks(settings.warmUp);
   const Clock::time_point end = warm + ticks(settings.duration);

@@ -19,7 +19,8 @@ struct LoadSettings {
   std::string secret;
   std::size_t users = 0;  ///< if not zero: clients take turns with USER0, USER1 and so on
   std::size_t connections = 0;
-  std::size_t rows = 1;  ///< of a package
+  std::size_t rows = 1;         ///< of a package
+  std::size_t earlierRows = 0;  ///< the days continue after those of so many rows
   std::chrono::duration<double> duration{10};
   /// Each client sends a package per interval, whether or not earlier packages were fast. Without
   /// an interval it sends the next package after the answer to the previous one.

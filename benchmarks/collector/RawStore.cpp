@@ -34,7 +34,7 @@ class RawStore {
     connection_.reset(connection);
     execute("PRAGMA synchronous = FULL");
     execute("PRAGMA cache_size = -64000");
-    execute("PRAGMA wal_autocheckpoint = 4000");
+    execute("PRAGMA wal_autocheckpoint = 16000");
     insertion_ = prepare(
         "INSERT INTO events (received, key, count, text, session, installation, time, category,"
         " subcategory, event, user) VALUES ('2026-11-21T09:30:05.123Z', ?, ?, ?, ?, ?, ?, ?, ?, ?,"
@@ -43,6 +43,12 @@ class RawStore {
 
   void execute(const char* sql) {
     check(sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr));
+  }
+
+  std::size_t rows() const {
+    const Statement statement = prepare("SELECT count(*) FROM events");
+    check(sqlite3_step(statement.get()) == SQLITE_ROW ? SQLITE_OK : SQLITE_ERROR);
+    return static_cast<std::size_t>(sqlite3_column_int64(statement.get(), 0));
   }
 
   void add(const Row& row) {
@@ -66,7 +72,7 @@ class RawStore {
                               SQLITE_UTF8));
   }
 
-  Statement prepare(const std::string& sql) {
+  Statement prepare(const std::string& sql) const {
     sqlite3_stmt* statement = nullptr;
     check(sqlite3_prepare_v2(connection_.get(), sql.c_str(), -1, &statement, nullptr));
     return Statement(statement);
@@ -87,7 +93,7 @@ class RawStore {
 RawStoreResult fillRawStore(const std::filesystem::path& file, std::uint64_t rows,
                             std::size_t rowsOfPackage, std::size_t packages) {
   RawStore store(file);
-  const PackageTemplates templates(rowsOfPackage);
+  const PackageTemplates templates(rowsOfPackage, store.rows());
   Session session(templates, std::random_device{}());
   RawStoreResult result;
   while (result.rows < rows) {

@@ -1,6 +1,7 @@
 #include "benchmarks/collector/Rows.h"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <string_view>
 
@@ -74,11 +75,14 @@ std::string guid(std::mt19937_64 random) {
 }
 
 /// The members of a row that depend on its session. All identities have the same size.
-std::string identity(const std::string& installation, const std::string& session, unsigned day) {
-  std::array<char, 16> date{};
-  std::snprintf(date.data(), date.size(), "2026-%02u-%02u", 7 + day / 30, 1 + day % 30);
+std::string identity(const std::string& installation, const std::string& session, std::size_t day) {
+  using namespace std::chrono;
+  const year_month_day date(sys_days(2026y / July / 1) + days(day));
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", int(date.year()),
+                unsigned(date.month()), unsigned(date.day()));
   return R"("InstallationId": ")" + installation + R"(", "SessionId": ")" + session +
-         R"(", "Timestamp": ")" + date.data();
+         R"(", "Timestamp": ")" + text.data();
 }
 
 void appendRow(std::string& body, std::size_t number, std::mt19937_64& random) {
@@ -98,7 +102,8 @@ void appendRow(std::string& body, std::size_t number, std::mt19937_64& random) {
 
 }  // namespace
 
-PackageTemplates::PackageTemplates(std::size_t rowsOfPackage) : rows(rowsOfPackage) {
+PackageTemplates::PackageTemplates(std::size_t rowsOfPackage, std::size_t earlierRows)
+    : rows(rowsOfPackage), begunRows_(earlierRows) {
   std::mt19937_64 random(rowsOfPackage);  // always the same rows
   std::size_t number = 0;
   do {
@@ -122,10 +127,9 @@ Session::Session(const PackageTemplates& templates, std::uint64_t seed)
 void Session::begin() {
   next_ = 0;
   const std::mt19937_64 installation(random_() % installations);
-  const std::size_t day = templates_.begunRows_ / rowsOfDay % 90;
+  const std::size_t day = templates_.begunRows_ / rowsOfDay;
   templates_.begunRows_ += templates_.templates_.size() * templates_.rows;
-  identity_ =
-      identity(guid(installation), guid(std::mt19937_64(random_())), static_cast<unsigned>(day));
+  identity_ = identity(guid(installation), guid(std::mt19937_64(random_())), day);
 }
 
 std::size_t Session::nextSize() const { return templates_.templates_[next_].body.size(); }

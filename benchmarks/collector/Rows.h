@@ -12,7 +12,8 @@ namespace qel::benchmarks {
 /// only replaces the installation, the session and the day, so that it costs little time.
 class PackageTemplates {
  public:
-  explicit PackageTemplates(std::size_t rows);
+  /// The days continue after those of `earlierRows` rows that other programs have made.
+  PackageTemplates(std::size_t rows, std::size_t earlierRows);
 
   /// The rows of one package.
   const std::size_t rows;
@@ -26,7 +27,7 @@ class PackageTemplates {
   };
 
   std::vector<Template> templates_;
-  mutable std::size_t begunRows_ = 0;  ///< of all sessions
+  mutable std::size_t begunRows_;  ///< of all sessions, and the earlier rows
 };
 
 /// Makes the packages of one client. Changes the session after about two hundred rows. No row is

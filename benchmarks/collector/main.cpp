@@ -125,6 +125,8 @@ void addSendOptions(CLI::App& command, Options& options) {
   command.add_option("--users", options.load.users, "clients take turns with USER0, USER1, ...");
   command.add_option("--secret-file", options.secretFile, "file with the secret")->required();
   command.add_option("--rows", options.load.rows, "rows of a package");
+  command.add_option("--earlier-rows", options.load.earlierRows,
+                     "rows of the store: the days continue after theirs");
   command.add_option("--interval", options.interval, "seconds between a client's packages");
   command.add_option("--warm-up", options.warmUp, "seconds before the time is measured");
   command.add_flag("--fresh", options.load.fresh, "a new connection for each package");

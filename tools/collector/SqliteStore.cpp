@@ -29,8 +29,8 @@ constexpr std::uint64_t largestLog = 256 * megabyte;
 constexpr const char* settings = R"(
   PRAGMA journal_mode = WAL;
   PRAGMA cache_size = -64000;
-  PRAGMA wal_autocheckpoint = 4000;
-  PRAGMA journal_size_limit = 67108864;
+  PRAGMA wal_autocheckpoint = 16000;
+  PRAGMA journal_size_limit = 134217728;
 )";
 
 /// How many rows of a table `removeSome` examines, and how long it may take for them.
