@@ -115,7 +115,9 @@ TEST_F(DatabaseClientsTest, RetentionDeletesOldRowsOfBothTables) {
   keepingAll.initialize(directory_.text());
   SupportDatabaseClient client(std::chrono::hours(1));
   client.initialize(directory_.text());
-  EXPECT_TRUE(test::waitUntil([&] { return client.getAll(Environments).second.empty(); }));
+  EXPECT_TRUE(test::waitUntil([&] {
+    return client.getAll(Environments).second.empty() && client.getAllItems().size() == 2;
+  }));
   client.insertMultiple({{"next", Items}});
   EXPECT_THAT(client.getAllItems(),
               ElementsAre(Pair(1, "1"), Pair(6001, "6001"), Pair(6002, "next")));
