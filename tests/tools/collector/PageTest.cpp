@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <httplib.h>
 
+#include "tests/support/Logged.h"
 #include "tests/support/Process.h"
 #include "tests/support/Tally.h"
 #include "tests/support/TestCertificates.h"
@@ -226,8 +227,10 @@ TEST_F(PageTest, AnswersQuestionsAboutTheStore) {
   }
   EXPECT_EQ(store_.opened.count(), 2) << "opens the store again only after a failure";
   store_.isAway = true;
+  const test::CapturedLog log;
   EXPECT_EQ(get("/api/crashes")->status, 503);
   EXPECT_THAT(get("/session/x")->body, HasSubstr("The store cannot be read: the store is away."));
+  EXPECT_THAT(log.text(), MatchesRegex("[^\n]*cannot answer a reader: the deadline has passed\n"));
   store_.isAway = false;
   EXPECT_EQ(get("/api/versions")->status, 200);
 }
