@@ -141,7 +141,8 @@ class Collector {
   }
 
   std::vector<Metric> metrics() const {
-    return metrics_.all({.connections = server_.connections(),
+    return metrics_.all({.isReady = obstacle().empty(),
+                         .connections = server_.connections(),
                          .queuedPackages = writer_.queued(),
                          .bytesInFlight = server_.bytesInFlight(),
                          .store = store_.size(),

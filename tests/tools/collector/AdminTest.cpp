@@ -80,7 +80,7 @@ TEST(MetricsTest, WritesPrometheusText) {
   metrics.countAnswer(503, 11s);
   metrics.countAnswer(299, 2ms);
   const std::chrono::system_clock::time_point end{1h};
-  EXPECT_EQ(toText(metrics.all({1, 2, 3, {4'000'000'000, 5}, end, 6})),
+  EXPECT_EQ(toText(metrics.all({true, 1, 2, 3, {4'000'000'000, 5}, end, 6})),
             test::contentOf(QEL_TOOLS_TESTS "/collector/metrics.txt"));
 }
 
