@@ -59,7 +59,7 @@ AdminPage sessionPage(const records::SessionRecords& records, bool isShortened) 
         "The session has more records than this page shows: older ones are left out. The command"
         " qel-support report shows all of them.");
   }
-  std::string html = report::htmlReport(records.session, records.events, remarks);
+  std::string html = report::htmlReport(records.session, records.events, remarks, "/sessions");
   std::string policy = policyFor(html);
   return {std::move(html), 200, htmlType, {{"Content-Security-Policy", std::move(policy)}}};
 }
