@@ -85,7 +85,7 @@ class FiguresTest(ClickHouseTest):
                             answer.pop("cursor", None)
                     self.assertEqual(answers[1]["rows"], answers[0]["rows"])
                     self.assertEqual(answers[1], answers[0])
-        for session in ("{AB-0001}", "{AB-0007}", "none", HOSTILE[1]):
+        for session in ("{AB-0001}", "{AB-0007}", "none", HOSTILE[1], "ab0031", "ab-003", "{ab-", "AB-01"):
             self.assertEqual(self.get(theirs, "session", id=session), self.get(ours, "session", id=session))
 
     def test_live_shows_each_row_once_and_in_order(self):

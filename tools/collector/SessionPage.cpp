@@ -64,9 +64,13 @@ AdminPage sessionPage(const records::SessionRecords& records, bool isShortened) 
   return {std::move(html), 200, htmlType, {{"Content-Security-Policy", std::move(policy)}}};
 }
 
-AdminPage messagePage(int status, const std::string& sentence) {
+AdminPage messagePage(int status, const std::string& sentence, const std::string& beginning) {
   kainjow::mustache::mustache page{std::string(messageTemplate)};
-  return {page.render({"sentence", sentence}), status, htmlType};
+  kainjow::mustache::data texts("sentence", sentence);
+  if (!beginning.empty()) {
+    texts["beginning"] = beginning;
+  }
+  return {page.render(texts), status, htmlType};
 }
 
 }  // namespace qel::collector

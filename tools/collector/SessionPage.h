@@ -21,7 +21,8 @@ ResultTable sessionTable(const records::SessionRecords& records);
 /// left out.
 AdminPage sessionPage(const records::SessionRecords& records, bool isShortened);
 
-/// A page that has only this sentence.
-AdminPage messagePage(int status, const std::string& sentence);
+/// A page that has only this sentence, and a link to the sessions that begin with `beginning`
+/// unless it is empty.
+AdminPage messagePage(int status, const std::string& sentence, const std::string& beginning = "");
 
 }  // namespace qel::collector
