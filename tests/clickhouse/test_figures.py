@@ -93,6 +93,8 @@ class FiguresTest(ClickHouseTest):
                                          self.clickhouse.credentials, "--create", "--batch-time", "200")
         packages_of_rows = [[record("S-1", "I-1", 10 * number + row, "Graphic", "Action") for row in range(10)]
                             for number in range(5)]
+        examined = self.get(collector, "live", installation="nobody")["cursor"]
+        self.assertGreater(int(examined[1:14]), 1000 * (time.time() - 15))
         seen, cursor = [], ""
         for rows in (*packages_of_rows[:3], packages_of_rows[0], *packages_of_rows[3:]):
             self.assertEqual(self.send(collector, package(*rows)), 204)
@@ -103,4 +105,5 @@ class FiguresTest(ClickHouseTest):
                 cursor = found[-1][0] if found else cursor
         expected = [row for rows in packages_of_rows for row in rows]
         self.assertEqual(seen, expected[2:])  # without a cursor the newest rows are shown
+        self.assertEqual([row[-1] for row in self.get(collector, "live", after=examined)["rows"]], expected)
         self.assertIn("cursor", self.get(collector, "live", after="1' OR 1")["error"])
