@@ -15,7 +15,7 @@ using std::chrono::system_clock;
 
 /// How long the operations may take that have no deadline of their own.
 constexpr auto patience = 10s;
-constexpr auto measurementPause = 1min;
+constexpr auto measurementPause = 10s;
 
 void append(ClickHouseRows& rows, const Upload& upload, system_clock::time_point received) {
   const Origin origin{upload.user, received};
