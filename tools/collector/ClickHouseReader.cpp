@@ -113,6 +113,24 @@ StoredSession ClickHouseReader::session(const std::string& id,
   return found;
 }
 
+std::vector<std::string> ClickHouseReader::sessionsBeginningWith(
+    const std::string& beginning, std::size_t limit,
+    std::chrono::steady_clock::time_point deadline) {
+  const auto normalized = [](const std::string& id) {
+    return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
+  };
+  const std::string question =
+      "SELECT DISTINCT session FROM (SELECT DISTINCT session FROM events UNION ALL"
+      " SELECT DISTINCT session FROM environments) WHERE startsWith(" +
+      normalized("session") + ", " + normalized(sqlLiteral(beginning)) +
+      ") ORDER BY length(session), session LIMIT " + std::to_string(limit);
+  std::vector<std::string> ids;
+  for (auto& row : ask(question, deadline)) {
+    ids.push_back(std::get<std::string>(std::move(row.front())));
+  }
+  return ids;
+}
+
 std::vector<std::vector<Cell>> ClickHouseReader::ask(
     const std::string& question, std::chrono::steady_clock::time_point deadline) {
   const std::string answer = connection_.run(question + " FORMAT JSONCompact", deadline);

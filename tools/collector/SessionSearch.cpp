@@ -1,8 +1,8 @@
 #include "tools/collector/SessionSearch.h"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
+#include <vector>
 
 #include "tools/collector/ApiRequest.h"
 #include "tools/records/SessionChoice.h"
@@ -28,30 +28,25 @@ bool canBeginId(const std::string& text) {
 
 std::string idBeginningWith(const std::string& text, StoreReader& reader,
                             std::chrono::steady_clock::time_point deadline) {
-  std::set<std::string> ids;
-  std::size_t rows = 0;
+  std::vector<std::string> ids;
   if (canBeginId(text)) {
+    ids = reader.sessionsBeginningWith(text, mostFound, deadline);
     const records::SessionChoice choice(text);
-    Filter filter;
-    filter.session = text;
-    filter.limit = mostFound;
-    for (const auto& row : reader.read("sessions", filter, deadline).rows) {
-      const auto& id = std::get<std::string>(row.front());
-      if (choice.isExactly(id)) {
-        return id;
-      }
-      ids.insert(id);
-      ++rows;
+    const auto equal =
+        std::ranges::find_if(ids, [&](const std::string& id) { return choice.isExactly(id); });
+    if (equal != ids.end()) {
+      return *equal;
     }
   }
   if (ids.empty()) {
     throw ApiError(404, "The store has no session " + text + '.');
   }
   if (ids.size() > 1) {
-    const std::string number = (rows == mostFound ? "At least " : "") + std::to_string(ids.size());
+    const std::string number =
+        (ids.size() == mostFound ? "At least " : "") + std::to_string(ids.size());
     throw ApiError(409, number + " sessions begin with " + text + '.');
   }
-  return *ids.begin();
+  return ids.front();
 }
 
 }  // namespace qel::collector

@@ -67,6 +67,12 @@ class FakeReader : public StoreReader {
             true};
   }
 
+  std::vector<std::string> sessionsBeginningWith(
+      const std::string& /*beginning*/, std::size_t /*limit*/,
+      std::chrono::steady_clock::time_point /*deadline*/) override {
+    return {};
+  }
+
   void interrupt() override { store_.released.add(); }
 
  private:
