@@ -1,15 +1,19 @@
 """What the tests of collectors with ClickHouse share."""
 
+import base64
 import contextlib
+import http.client
 import itertools
 import json
 import shutil
 import signal
+import ssl
 import tempfile
 import unittest
+import urllib.parse
 from pathlib import Path
 
-from servers import ClickHouse, Collector, Sender, Site
+from servers import NAME, ClickHouse, Collector, Sender, Site
 
 
 def event(number, session="S-1", **members):
@@ -48,6 +52,25 @@ class ClickHouseTest(unittest.TestCase):
                               clickhouse.credentials, *options)
         self.addCleanup(collector.kill, signal.SIGTERM)
         return collector
+
+    def start_with_page(self, store, *options):
+        readers = self.directory / "readers"
+        readers.touch(0o600)
+        readers.write_text("rita:secret\n")
+        collector = Collector(self.site, store, "--readers", readers, *options)
+        self.addCleanup(collector.kill, signal.SIGTERM)
+        return collector
+
+    def get(self, collector, path, **parameters):
+        tls = ssl.create_default_context(cafile=self.site.directory / "certificate.pem")
+        tls.check_hostname = False
+        connection = http.client.HTTPSConnection("127.0.0.1", collector.admin, context=tls, timeout=60)
+        credentials = base64.b64encode(b"rita:secret").decode()
+        connection.request("GET", f"/api/{path}?{urllib.parse.urlencode(parameters)}",
+                           headers={"Authorization": f"Basic {credentials}", "Host": NAME})
+        answer = json.loads(connection.getresponse().read())
+        connection.close()
+        return answer
 
     def send(self, server, body, user="ada"):
         """Sends a package to a collector, and returns the status of the answer."""

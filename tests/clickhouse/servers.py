@@ -204,6 +204,10 @@ class Collector:
         except OSError:
             return False
 
+    def metric(self, name):
+        with urllib.request.urlopen(f"http://127.0.0.1:{self.admin}/metrics", timeout=10) as answer:
+            return float(re.search(rf"^qel_collector_{name} (.*)", answer.read().decode(), re.M)[1])
+
 
 class HaProxy:
     """HAProxy before two collectors, with the configuration that is deployed."""

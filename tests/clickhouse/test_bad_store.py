@@ -73,6 +73,26 @@ class BadStoreTest(ClickHouseTest):
         self.assertEqual(self.send(collector, package(event(2))), 204)
         self.expect_each_once([event(1), event(2)])
 
+    def test_reports_an_outage_once(self):
+        self.clickhouse.credentials.chmod(0o644)
+        self.addCleanup(self.clickhouse.credentials.chmod, 0o600)
+        collector = self.start_with_page(self.clickhouse.address(self.database), "--store-credentials",
+                                         self.clickhouse.credentials, "--create")
+        self.assertGreater(collector.metric("store_bytes"), 0)
+        self.clickhouse.kill()
+        wait_until(lambda: collector.metric("ready") == 0, "the notice of the outage without any package")
+        self.assertFalse(collector.is_ready())
+        for figure in ("versions", "crashes", "live"):
+            self.assertIn("cannot use the store", self.get(collector, figure)["error"])
+        self.clickhouse.start()
+        wait_until(lambda: "packages again, after" in collector.log.read_text(), "the recovery")
+        self.assertEqual(collector.metric("ready"), 1)
+        self.assertGreater(collector.metric("store_bytes"), 0)
+        log = collector.log.read_text()
+        for line in ("the store takes no packages: cannot use the store", "cannot answer a reader: cannot use the store",
+                     "other users of this machine may open"):
+            self.assertEqual(log.count(line), 1, log)
+
     def test_answers_503_while_the_disk_of_clickhouse_is_full(self):
         directory = self.directory / "small"
         (directory / "data").mkdir(parents=True)

@@ -1,16 +1,11 @@
 """The figures of a store in ClickHouse, beside those of an SQLite file with the same rows."""
 
-import base64
-import http.client
 import json
 import random
-import signal
-import ssl
 import time
-import urllib.parse
 
 from case import ClickHouseTest, package
-from servers import NAME, PROGRAM, Collector
+from servers import PROGRAM
 
 HOSTILE = ("<script>alert(1)</script>", "'; DROP TABLE events; --", "\\' OR 1 = 1", "\u202e\x00\x1b[31m", "%s{0}`\"")
 
@@ -63,28 +58,9 @@ class FiguresTest(ClickHouseTest):
     MORE = {"sessions": ({"session": "ab-000"}, {"end": "crashed"}, {"end": "stopped", "limit": 3}, {"end": "unknown"}),
             "live": ({"limit": 7},), "refused": ({"limit": 2}, {"from": "2000-01-01"}, {"until": "2000-01-01"})}
 
-    def start(self, store, *options):
-        readers = self.directory / "readers"
-        readers.touch(0o600)
-        readers.write_text("rita:secret\n")
-        collector = Collector(self.site, store, "--readers", readers, *options)
-        self.addCleanup(collector.kill, signal.SIGTERM)
-        return collector
-
-    def get(self, collector, path, **parameters):
-        tls = ssl.create_default_context(cafile=self.site.directory / "certificate.pem")
-        tls.check_hostname = False
-        connection = http.client.HTTPSConnection("127.0.0.1", collector.admin, context=tls, timeout=60)
-        credentials = base64.b64encode(b"rita:secret").decode()
-        connection.request("GET", f"/api/{path}?{urllib.parse.urlencode(parameters)}",
-                           headers={"Authorization": f"Basic {credentials}", "Host": NAME})
-        answer = json.loads(connection.getresponse().read())
-        connection.close()
-        return answer
-
     def test_both_stores_give_the_same_answers_before_clickhouse_has_merged(self):
         file = self.directory / "figures.db"
-        ours = self.start(file)
+        ours = self.start_with_page(file)
         for body in packages():
             self.assertEqual(self.send(ours, body), 204)
         address = ("--store", self.clickhouse.address(self.database), "--store-credentials", self.clickhouse.credentials)
@@ -92,7 +68,7 @@ class FiguresTest(ClickHouseTest):
         self.assertEqual(status, 0, imported)
         self.clickhouse.query("SYSTEM STOP MERGES")
         self.addCleanup(self.clickhouse.query, "SYSTEM START MERGES")
-        theirs = self.start(address[1], *address[2:], "--batch-time", "200")
+        theirs = self.start_with_page(address[1], *address[2:], "--batch-time", "200")
         for number, body in enumerate(packages()):
             if number % 2:
                 self.assertEqual(self.send(theirs, body), 204)
@@ -109,14 +85,16 @@ class FiguresTest(ClickHouseTest):
                             answer.pop("cursor", None)
                     self.assertEqual(answers[1]["rows"], answers[0]["rows"])
                     self.assertEqual(answers[1], answers[0])
-        for session in ("{AB-0001}", "{AB-0007}", "none", HOSTILE[1]):
+        for session in ("{AB-0001}", "{AB-0007}", "none", HOSTILE[1], "ab0031", "ab-003", "{ab-", "AB-01"):
             self.assertEqual(self.get(theirs, "session", id=session), self.get(ours, "session", id=session))
 
     def test_live_shows_each_row_once_and_in_order(self):
-        collector = self.start(self.clickhouse.address(self.database), "--store-credentials",
-                               self.clickhouse.credentials, "--create", "--batch-time", "200")
+        collector = self.start_with_page(self.clickhouse.address(self.database), "--store-credentials",
+                                         self.clickhouse.credentials, "--create", "--batch-time", "200")
         packages_of_rows = [[record("S-1", "I-1", 10 * number + row, "Graphic", "Action") for row in range(10)]
                             for number in range(5)]
+        examined = self.get(collector, "live", installation="nobody")["cursor"]
+        self.assertGreater(int(examined[1:14]), 1000 * (time.time() - 15))
         seen, cursor = [], ""
         for rows in (*packages_of_rows[:3], packages_of_rows[0], *packages_of_rows[3:]):
             self.assertEqual(self.send(collector, package(*rows)), 204)
@@ -127,4 +105,5 @@ class FiguresTest(ClickHouseTest):
                 cursor = found[-1][0] if found else cursor
         expected = [row for rows in packages_of_rows for row in rows]
         self.assertEqual(seen, expected[2:])  # without a cursor the newest rows are shown
+        self.assertEqual([row[-1] for row in self.get(collector, "live", after=examined)["rows"]], expected)
         self.assertIn("cursor", self.get(collector, "live", after="1' OR 1")["error"])

@@ -235,7 +235,8 @@ class States(PageTest):
     def test_wrong_range_is_named(self):
         self.open("/?from=2026-02-01&until=2026-01-01")
         self.assertEqual(browser.texts("#status"), ["7 of 7 figures could not be read."])
-        self.assertIn("until", browser.texts("[data-figure=crashes] .detail")[0])
+        self.assertIn("until is before from", browser.texts("#notice")[0])
+        self.assertEqual(browser.texts(".state"), ["Not read."] * 7)
 
     def test_failed_figure_can_be_tried_again(self):
         driver = browser.driver

@@ -82,10 +82,16 @@ AdminConnection::AdminConnection(AdminService& service, asio::ip::tcp::socket so
       tcp_(std::move(socket)),
       peer_(peerOf(tcp_)),
       buffer_(service.limits.head) {
-  ++service_.strangersNow;
+  service_.strangers.add(peer_.address());
 }
 
-AdminConnection::~AdminConnection() { --(isReader_ ? service_.readersNow : service_.strangersNow); }
+AdminConnection::~AdminConnection() {
+  if (isReader_) {
+    --service_.readersNow;
+  } else {
+    service_.strangers.remove(peer_.address());
+  }
+}
 
 asio::awaitable<void> AdminConnection::run() {
   tcp_.expires_after(service_.limits.headTime);
@@ -237,7 +243,7 @@ bool AdminConnection::becomeReader() {
     return false;
   }
   isReader_ = true;
-  --service_.strangersNow;
+  service_.strangers.remove(peer_.address());
   ++service_.readersNow;
   return true;
 }

@@ -80,7 +80,7 @@ class AdminServer::Implementation {
       if (failed) {  // for example, no descriptor is free
         pause.expires_after(pauseAfterFailure);
         co_await pause.async_wait(asio::use_awaitable);
-      } else if (service.strangersNow < service.limits.strangers) {
+      } else if (service.strangers.hasPlaceFor(socket.remote_endpoint(failed).address())) {
         asio::co_spawn(io_, serve(service, std::move(socket)), asio::detached);
       }
     }

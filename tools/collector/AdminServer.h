@@ -16,8 +16,8 @@ namespace qel::collector {
 /// rest to readers: 401 without their credentials, 429 after ten failed log-ins of an address in a
 /// minute, 413 to a request with a body.
 ///
-/// **Limits** are those of `AdminLimits`. Beyond them, connections are closed without an answer, or
-/// readers get 503.
+/// **Limits** are those of `AdminLimits` and `Strangers`. Beyond them, connections are closed
+/// without an answer, or readers get 503.
 ///
 /// **Log.** Requests are not logged, failed log-ins are.
 ///

@@ -11,14 +11,14 @@
 #include "tools/collector/LogIn.h"
 #include "tools/collector/Page.h"
 #include "tools/collector/Replaceable.h"
+#include "tools/collector/Strangers.h"
 #include "tools/collector/TlsSettings.h"
 
 namespace qel::collector {
 
 /// The limits of the admin server's connections. Sizes are in bytes.
 struct AdminLimits {
-  std::size_t strangers = 64;  ///< connections without accepted credentials
-  std::size_t readers = 256;   ///< further connections, of readers
+  std::size_t readers = 256;  ///< connections of readers; `Strangers` limits the others
   std::uint32_t head = 8 * 1024;
   std::chrono::seconds headTime{5};     ///< from the start to the end of the first head
   std::chrono::seconds idleTime{30};    ///< from a reader's answer to the end of the next head
@@ -42,7 +42,7 @@ struct AdminService {
   const AdminPages pages;
   const std::unique_ptr<ReaderAccess> readers;  ///< null: only `pages` are served
   FailedLogIns failedLogIns = {};
-  std::size_t strangersNow = 0;
+  Strangers strangers = {};
   std::size_t readersNow = 0;
 };
 

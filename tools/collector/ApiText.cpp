@@ -1,5 +1,7 @@
 #include "tools/collector/ApiText.h"
 
+#include <cmath>
+#include <cstdint>
 #include <string_view>
 #include <type_traits>
 
@@ -16,11 +18,21 @@ std::string textOf(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+/// ClickHouse writes whole numbers without a fraction, so SQLite's are written like them.
+Json jsonOf(double value) {
+  constexpr double mostExact = 1LL << 53;
+  const bool isWhole = std::abs(value) < mostExact && std::trunc(value) == value;
+  return isWhole ? Json(static_cast<std::int64_t>(value)) : Json(value);
+}
+
 Json jsonOf(const Cell& cell) {
   return std::visit(
       [](const auto& value) {
-        if constexpr (std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) {
+        using Value = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, std::monostate>) {
           return Json();
+        } else if constexpr (std::is_same_v<Value, double>) {
+          return jsonOf(value);
         } else {
           return Json(value);
         }

@@ -1,6 +1,7 @@
 #include "tools/collector/ClickHouseReader.h"
 
 #include <algorithm>
+#include <chrono>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
@@ -44,6 +45,17 @@ Filter withPossibleDays(Filter filter) {
   return filter;
 }
 
+/// A row that arrived earlier is stored, because an insert takes less time.
+constexpr std::chrono::seconds longestInsert{10};
+
+/// The cursor of "live" up to which all rows were examined now: it sorts as those of rows.
+std::string examinedCursor() {
+  const auto arrival = std::chrono::floor<std::chrono::milliseconds>(
+      std::chrono::system_clock::now().time_since_epoch() - longestInsert);
+  return std::to_string(10'000'000'000'000 + arrival.count()) + "-10000000000-" +
+         std::string(2 * clickHouseKeySize, '0');
+}
+
 /// Asks for the newest records of a session.
 std::string questionFor(const std::string& columns, const std::string& table,
                         const std::string& session, std::size_t limit) {
@@ -62,7 +74,14 @@ std::string questionFor(const std::string& columns, const std::string& table,
 ResultTable ClickHouseReader::read(std::string_view figure, const Filter& filter,
                                    std::chrono::steady_clock::time_point deadline) {
   const ClickHouseFigure& known = clickHouseFigure(figure);
-  return {namesOf(known.columns), ask(known.question(withPossibleDays(filter)), deadline), {}};
+  const std::string examined = examinedCursor();
+  ResultTable table{
+      namesOf(known.columns), ask(known.question(withPossibleDays(filter)), deadline), {}};
+  if (figure == "live" && table.rows.size() < filter.limit) {
+    const auto last = table.rows.empty() ? Cell(filter.after) : table.rows.back().front();
+    table.cursor = std::max(examined, std::get<std::string>(last));
+  }
+  return table;
 }
 
 StoredSession ClickHouseReader::session(const std::string& id,
@@ -92,6 +111,24 @@ StoredSession ClickHouseReader::session(const std::string& id,
     }
   }
   return found;
+}
+
+std::vector<std::string> ClickHouseReader::sessionsBeginningWith(
+    const std::string& beginning, std::size_t limit,
+    std::chrono::steady_clock::time_point deadline) {
+  const auto normalized = [](const std::string& id) {
+    return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
+  };
+  const std::string question =
+      "SELECT DISTINCT session FROM (SELECT DISTINCT session FROM events UNION ALL"
+      " SELECT DISTINCT session FROM environments) WHERE startsWith(" +
+      normalized("session") + ", " + normalized(sqlLiteral(beginning)) +
+      ") ORDER BY length(session), session LIMIT " + std::to_string(limit);
+  std::vector<std::string> ids;
+  for (auto& row : ask(question, deadline)) {
+    ids.push_back(std::get<std::string>(std::move(row.front())));
+  }
+  return ids;
 }
 
 std::vector<std::vector<Cell>> ClickHouseReader::ask(

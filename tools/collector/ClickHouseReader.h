@@ -19,6 +19,9 @@ class ClickHouseReader : public StoreReader {
                    std::chrono::steady_clock::time_point deadline) override;
   StoredSession session(const std::string& id,
                         std::chrono::steady_clock::time_point deadline) override;
+  std::vector<std::string> sessionsBeginningWith(
+      const std::string& beginning, std::size_t limit,
+      std::chrono::steady_clock::time_point deadline) override;
   void interrupt() override { connection_.interrupt(); }
 
  private:

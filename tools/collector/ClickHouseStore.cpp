@@ -15,7 +15,7 @@ using std::chrono::system_clock;
 
 /// How long the operations may take that have no deadline of their own.
 constexpr auto patience = 10s;
-constexpr auto measurementPause = 1min;
+constexpr auto measurementPause = 10s;
 
 void append(ClickHouseRows& rows, const Upload& upload, system_clock::time_point received) {
   const Origin origin{upload.user, received};
@@ -42,12 +42,12 @@ ClickHouseStore::ClickHouseStore(const ClickHouseAccess& access, Missing missing
   for (const auto& table : clickHouseTables()) {
     insertions_.push_back(insertionInto(table));
   }
+  measure();
 }
 
 void ClickHouseStore::add(const Uploads& uploads, steady_clock::time_point deadline) {
   if (uploads.empty()) {
     rewriteVersion(connection_, deadline);
-    return;
   }
   const auto received = system_clock::now();
   for (const auto& upload : uploads) {
@@ -106,7 +106,7 @@ void ClickHouseStore::measure() {
         "SELECT sum(bytes_on_disk) FROM system.parts WHERE database = currentDatabase()",
         now + 1s));
   } catch (const StoreError&) {
-    bytes_ = 0;  // the rows are stored all the same
+    // The rows are stored all the same. The last size is still shown.
   }
 }
 

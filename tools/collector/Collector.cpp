@@ -36,6 +36,7 @@ WriterSettings writerSettings(const CollectorOptions& options) {
   if (parseClickHouse("--store", options.store.store)) {
     settings.batchTime = std::chrono::milliseconds(options.batchMilliseconds.value_or(500));
     settings.batchRows = options.batchRows.value_or(30'000);
+    settings.idleTime = std::chrono::seconds(10);
   } else {
     rejectForFile("--batch-time", options.batchMilliseconds.has_value());
     rejectForFile("--batch-rows", options.batchRows.has_value());
@@ -49,8 +50,9 @@ WriterSettings writerSettings(const CollectorOptions& options) {
 /// The parts of a running collector.
 class Collector {
  public:
-  Collector(const CollectorOptions& options, Store& store)
+  Collector(const CollectorOptions& options, Store& store, OpenReader openReader)
       : options_(options),
+        openReader_(std::move(openReader)),
         listen_(tools::parseEndpoint("--listen", options.listen, 0)),
         users_(readUsers(options.credentials)),
         readers_(options.readers.empty() ? nullptr : readUsers(options.readers)),
@@ -90,8 +92,7 @@ class Collector {
     if (!readers_) {
       return nullptr;
     }
-    auto page = std::make_unique<Page>([this] { return openReader(options_.store); },
-                                       [this] { return toTable(metrics()); });
+    auto page = std::make_unique<Page>(openReader_, [this] { return toTable(metrics()); });
     return std::make_unique<ReaderAccess>(std::move(page), readers_, tls_);
   }
 
@@ -140,7 +141,8 @@ class Collector {
   }
 
   std::vector<Metric> metrics() const {
-    return metrics_.all({.connections = server_.connections(),
+    return metrics_.all({.isReady = obstacle().empty(),
+                         .connections = server_.connections(),
                          .queuedPackages = writer_.queued(),
                          .bytesInFlight = server_.bytesInFlight(),
                          .store = store_.size(),
@@ -149,6 +151,7 @@ class Collector {
   }
 
   const CollectorOptions& options_;
+  const OpenReader openReader_;
   tools::Endpoint listen_;
   std::atomic<std::chrono::system_clock::time_point> certificateEnd_{};
   std::atomic<bool> isStopping_ = false;
@@ -178,12 +181,13 @@ void collect(const CollectorOptions& options) {
   logging.lowestLevel = log::Level::Info;
   log::LogManager::instance().configure(logging);
   Signals signals;
+  const auto access = clickHouseAccess(options.store);
   // May upgrade the store for minutes. What ends it earlier loses nothing.
-  auto store = openStore(options.store);
+  auto store = openStore(options.store, access);
   signals.blockStop();
   std::optional<StopDeadline> deadline;
   {
-    Collector collector(options, *store);
+    Collector collector(options, *store, [&] { return openReader(options.store, access); });
     while (signals.wait() == SIGHUP) {
       collector.reload();
     }

@@ -10,8 +10,9 @@ using boost::asio::ip::address;
 constexpr double secondsPerFailure = 6;
 constexpr Allowance::Seconds burst{54.5};  // the tenth failure exceeds it
 
-/// The address under which failures are counted.
-address counted(const address& given) {
+}  // namespace
+
+address countedAddress(const address& given) {
   if (given.is_v4()) {
     return given;
   }
@@ -23,17 +24,15 @@ address counted(const address& given) {
   return boost::asio::ip::address_v6(bytes);
 }
 
-}  // namespace
-
 std::chrono::seconds FailedLogIns::delay(const address& address, Time now) const {
-  const auto found = failures_.find(counted(address));
+  const auto found = failures_.find(countedAddress(address));
   return found == failures_.end()
              ? std::chrono::seconds::zero()
              : std::chrono::ceil<std::chrono::seconds>(found->second.delay(now, burst));
 }
 
 void FailedLogIns::add(const address& address, Time now) {
-  const auto key = counted(address);
+  const auto key = countedAddress(address);
   if (failures_.size() == most && failures_.count(key) == 0) {
     forgetOne(now);
   }

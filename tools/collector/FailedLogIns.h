@@ -10,8 +10,11 @@
 
 namespace qel::collector {
 
-/// Limits the failed log-ins of each address to ten a minute, so that secrets cannot be guessed. A
-/// network of IPv6 (/64) counts as one address, and an IPv4 address inside IPv6 as that address.
+/// What counts as one address: a network of IPv6 (/64), and an IPv4 address, also inside IPv6.
+boost::asio::ip::address countedAddress(const boost::asio::ip::address& given);
+
+/// Limits the failed log-ins of each address to ten a minute, so that secrets cannot be guessed.
+/// Addresses count as `countedAddress` says.
 ///
 /// **Memory.** Remembers at most `most` addresses. If there are more, it forgets the one with the
 /// fewest recent failures.

@@ -51,6 +51,8 @@ std::vector<Metric> metricsOf(const Gauges& gauges) {
   const auto certificateEnd =
       std::chrono::duration_cast<std::chrono::seconds>(gauges.certificateEnd.time_since_epoch());
   return {
+      single("ready", "gauge", "Whether packages are taken: 1 while /ready answers 200, else 0.",
+             gauges.isReady),
       single("connections", "gauge", "Open connections.", gauges.connections),
       single("queued_packages", "gauge", "Packages that wait for the store.",
              gauges.queuedPackages),

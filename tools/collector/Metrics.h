@@ -38,6 +38,7 @@ ResultTable toTable(const std::vector<Metric>& metrics);
 
 /// Figures that are read when the metrics are asked for.
 struct Gauges {
+  bool isReady = false;
   std::size_t connections = 0;
   std::size_t queuedPackages = 0;
   std::uint64_t bytesInFlight = 0;

@@ -45,8 +45,9 @@ void rejectForFile(const std::string& option, bool isGiven) {
   }
 }
 
-std::unique_ptr<Store> openStore(const StoreOptions& options) {
-  if (const auto access = clickHouseAccess(options)) {
+std::unique_ptr<Store> openStore(const StoreOptions& options,
+                                 const std::optional<ClickHouseAccess>& access) {
+  if (access) {
     using Missing = ClickHouseStore::Missing;
     return std::make_unique<ClickHouseStore>(*access,
                                              options.isCreated ? Missing::Create : Missing::Fail);
@@ -54,8 +55,9 @@ std::unique_ptr<Store> openStore(const StoreOptions& options) {
   return std::make_unique<SqliteStore>(utilities::pathFromUtf8(options.store));
 }
 
-std::unique_ptr<StoreReader> openReader(const StoreOptions& options) {
-  if (const auto access = clickHouseAccess(options)) {
+std::unique_ptr<StoreReader> openReader(const StoreOptions& options,
+                                        const std::optional<ClickHouseAccess>& access) {
+  if (access) {
     return std::make_unique<ClickHouseReader>(*access);
   }
   return std::make_unique<SqliteReader>(utilities::pathFromUtf8(options.store));

@@ -35,10 +35,12 @@ std::optional<ClickHouseAccess> clickHouseAccess(const StoreOptions& options);
 /// Throws `InputError` if an option was given that an SQLite file does not have.
 void rejectForFile(const std::string& option, bool isGiven);
 
-/// Opens the store. Throws as `clickHouseAccess`, and `StoreError`.
-std::unique_ptr<Store> openStore(const StoreOptions& options);
-
-/// Opens the store for questions. Throws as `openStore`.
-std::unique_ptr<StoreReader> openReader(const StoreOptions& options);
+/// Opens the store. `access` is what `clickHouseAccess` returned for it. Throws `StoreError`.
+/// @{
+std::unique_ptr<Store> openStore(const StoreOptions& options,
+                                 const std::optional<ClickHouseAccess>& access);
+std::unique_ptr<StoreReader> openReader(const StoreOptions& options,
+                                        const std::optional<ClickHouseAccess>& access);
+/// @}
 
 }  // namespace qel::collector

@@ -1,7 +1,6 @@
 #include "tools/collector/Page.h"
 
 #include <algorithm>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -9,13 +8,17 @@
 #include "tools/collector/ApiText.h"
 #include "tools/collector/PageFiles.h"
 #include "tools/collector/SessionPage.h"
+#include "tools/collector/SessionSearch.h"
 
 namespace qel::collector {
 namespace {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-std::string noSession(const std::string& id) { return "The store has no session " + id + '.'; }
+struct FoundSession {
+  records::SessionRecords records;
+  bool isShortened = false;
+};
 
 AdminPage tablePage(const ApiRequest& request, const ResultTable& table) {
   return request.isCsv ? csvPage(request.figure, table) : jsonPage(request.figure, table);
@@ -28,40 +31,40 @@ void requireTime(Deadline deadline) {
   }
 }
 
-/// The records of a session; null if the store has none.
-std::optional<records::SessionRecords> readSession(StoreReader& reader, const std::string& id,
-                                                   Deadline deadline, bool& isShortened) {
-  const StoredSession stored = reader.session(id, deadline);
-  isShortened = stored.isShortened;
-  if (stored.records.empty() && !isShortened) {
-    return std::nullopt;
+/// Finds the session by its ID or the beginning of it. Throws `ApiError` if that fails.
+FoundSession findSession(StoreReader& reader, std::string id, Deadline deadline) {
+  StoredSession stored = reader.session(id, deadline);
+  if (stored.records.empty() && !stored.isShortened) {
+    id = idBeginningWith(id, reader, deadline);
+    stored = reader.session(id, deadline);
   }
   requireTime(deadline);
-  auto parsed = recordsOf(id, stored.records);
+  FoundSession found{recordsOf(id, stored.records), stored.isShortened};
   requireTime(deadline);
-  return parsed;
+  return found;
 }
 
 AdminPage answerFrom(StoreReader& reader, const ApiRequest& request, Deadline deadline) {
-  if (request.id.empty()) {
-    try {
-      const auto table = reader.read(request.figure, request.filter, deadline);
-      requireTime(deadline);
-      return tablePage(request, table);
-    } catch (const std::invalid_argument& error) {
-      return errorPage(400, error.what());
-    }
+  try {
+    const ResultTable table = request.id.empty()
+                                  ? reader.read(request.figure, request.filter, deadline)
+                                  : sessionTable(findSession(reader, request.id, deadline).records);
+    requireTime(deadline);
+    return tablePage(request, table);
+  } catch (const std::invalid_argument& error) {
+    return errorPage(400, error.what());
+  } catch (const ApiError& error) {
+    return errorPage(error.status, error.what());
   }
-  bool isShortened = false;
-  const auto records = readSession(reader, request.id, deadline, isShortened);
-  return records ? tablePage(request, sessionTable(*records))
-                 : errorPage(404, noSession(request.id));
 }
 
 AdminPage reportFrom(StoreReader& reader, const std::string& id, Deadline deadline) {
-  bool isShortened = false;
-  const auto records = readSession(reader, id, deadline, isShortened);
-  return records ? sessionPage(*records, isShortened) : messagePage(404, noSession(id));
+  try {
+    const FoundSession found = findSession(reader, id, deadline);
+    return sessionPage(found.records, found.isShortened);
+  } catch (const ApiError& error) {
+    return messagePage(error.status, error.what(), error.status == 409 ? id : "");
+  }
 }
 
 }  // namespace

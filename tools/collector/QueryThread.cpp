@@ -76,10 +76,14 @@ AdminPage QueryThread::answerTo(const Waiting& waiting) {
     if (!reader_) {
       replaceReader(open_());
     }
-    return waiting.query.answer(*reader_, waiting.deadline);
+    AdminPage page = waiting.query.answer(*reader_, waiting.deadline);
+    isFailing_ = false;
+    return page;
   } catch (const StoreError& error) {
     replaceReader(nullptr);
-    logFailure(error);
+    if (!std::exchange(isFailing_, true)) {
+      logFailure(error);
+    }
     return waiting.query.refuse(503, error.what());
   } catch (const std::exception& error) {
     logFailure(error);

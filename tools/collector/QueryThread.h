@@ -32,6 +32,8 @@ struct Query {
 /// A thread that answers one query after the other with its own connection to the store. After a
 /// failure of the store it opens the store again.
 ///
+/// **Log.** A failure of the store is logged unless the query before failed, too.
+///
 /// **Threads.** All operations are thread-safe.
 class QueryThread {
  public:
@@ -63,6 +65,7 @@ class QueryThread {
   const std::chrono::milliseconds limit_;
   /// Used on the thread, and by `stop` with the mutex, with which the thread replaces it.
   std::unique_ptr<StoreReader> reader_;
+  bool isFailing_ = false;  ///< whether the last query failed; used only on the thread
   utilities::Mutex mutex_;
   utilities::Condition changed_;
   std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);

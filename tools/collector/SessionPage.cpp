@@ -59,14 +59,18 @@ AdminPage sessionPage(const records::SessionRecords& records, bool isShortened) 
         "The session has more records than this page shows: older ones are left out. The command"
         " qel-support report shows all of them.");
   }
-  std::string html = report::htmlReport(records.session, records.events, remarks);
+  std::string html = report::htmlReport(records.session, records.events, remarks, "/sessions");
   std::string policy = policyFor(html);
   return {std::move(html), 200, htmlType, {{"Content-Security-Policy", std::move(policy)}}};
 }
 
-AdminPage messagePage(int status, const std::string& sentence) {
+AdminPage messagePage(int status, const std::string& sentence, const std::string& beginning) {
   kainjow::mustache::mustache page{std::string(messageTemplate)};
-  return {page.render({"sentence", sentence}), status, htmlType};
+  kainjow::mustache::data texts("sentence", sentence);
+  if (!beginning.empty()) {
+    texts["beginning"] = beginning;
+  }
+  return {page.render(texts), status, htmlType};
 }
 
 }  // namespace qel::collector

@@ -16,11 +16,13 @@ records::SessionRecords recordsOf(const std::string& id, const std::vector<Store
 /// figure "session".
 ResultTable sessionTable(const records::SessionRecords& records);
 
-/// The report of a session, as `qel-support report` writes it. Only its style may apply, and no
-/// script. `isShortened`: the report says that older records are left out.
+/// The report of a session, as `qel-support report` writes it, with a link to the list of sessions.
+/// Only its style may apply, and no script. `isShortened`: the report says that older records are
+/// left out.
 AdminPage sessionPage(const records::SessionRecords& records, bool isShortened);
 
-/// A page that has only this sentence.
-AdminPage messagePage(int status, const std::string& sentence);
+/// A page that has only this sentence, and a link to the sessions that begin with `beginning`
+/// unless it is empty.
+AdminPage messagePage(int status, const std::string& sentence, const std::string& beginning = "");
 
 }  // namespace qel::collector

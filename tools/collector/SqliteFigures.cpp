@@ -123,18 +123,14 @@ SqliteQuery memory(const Filter& filter) {
           " FROM ranked GROUP BY week, sessions ORDER BY week");
 }
 
-/// An ID without braces and hyphens, in upper case.
-std::string normalized(const std::string& id) {
-  return "replace(replace(replace(upper(" + id + "), '-', ''), '{', ''), '}', '')";
-}
-
 SqliteQuery sessions(const Filter& filter) {
   SqliteQuery query(
       "SELECT * FROM (SELECT session, installation, version, first, last, events,"
       " CASE WHEN crashed > 0 THEN 'crashed' WHEN stopped > 0 THEN 'stopped' ELSE 'unknown' END"
       " AS end FROM summary_sessions WHERE session <> '') WHERE true");
   return runningIn(query, filter)
-      .andIf("instr(" + normalized("session") + ", " + normalized("?") + ") = 1", filter.session)
+      .andIf("instr(" + normalizedId("session") + ", " + normalizedId("?") + ") = 1",
+             filter.session)
       .andIf("end = ?", filter.end)
       .then(" ORDER BY first DESC, session DESC, installation LIMIT " +
             std::to_string(filter.limit));
@@ -201,6 +197,10 @@ constexpr std::array<Figure, 11> figures{{{"events-by-day", eventsByDay},
                                           {"filters", filters}}};
 
 }  // namespace
+
+std::string normalizedId(const std::string& id) {
+  return "replace(replace(replace(upper(" + id + "), '-', ''), '{', ''), '}', '')";
+}
 
 SqliteQuery& SqliteQuery::then(std::string_view sql) {
   sql_ += sql;

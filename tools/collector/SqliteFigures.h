@@ -26,6 +26,9 @@ class SqliteQuery {
   std::vector<std::string> values_;
 };
 
+/// An expression for an ID without braces and hyphens, in upper case. `id` is an expression, too.
+std::string normalizedId(const std::string& id);
+
 /// The ID of the last row that the caller of "live" knows. Throws `std::invalid_argument` if the
 /// cursor is none.
 std::int64_t idOf(const std::string& cursor);

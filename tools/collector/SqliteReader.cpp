@@ -117,4 +117,20 @@ StoredSession SqliteReader::session(const std::string& id,
   return found;
 }
 
+std::vector<std::string> SqliteReader::sessionsBeginningWith(
+    const std::string& beginning, std::size_t limit,
+    std::chrono::steady_clock::time_point deadline) {
+  connection_.setDeadline(deadline);
+  const SqliteStatement statement = connection_.prepare(
+      "SELECT DISTINCT session FROM summary_sessions WHERE instr(" + normalizedId("session") +
+      ", " + normalizedId("?") + ") = 1 ORDER BY length(session), session LIMIT ?");
+  SqliteExecution execution(connection_, statement);
+  execution.bindText(beginning).bindNumber(static_cast<std::int64_t>(limit));
+  std::vector<std::string> ids;
+  while (execution.step()) {
+    ids.emplace_back(execution.text(0));
+  }
+  return ids;
+}
+
 }  // namespace qel::collector

@@ -73,6 +73,12 @@ class StoreReader {
   virtual StoredSession session(const std::string& id,
                                 std::chrono::steady_clock::time_point deadline) = 0;
 
+  /// The IDs that begin with this text, at most `limit`, short ones first. Case, hyphens and braces
+  /// do not count.
+  virtual std::vector<std::string> sessionsBeginningWith(
+      const std::string& beginning, std::size_t limit,
+      std::chrono::steady_clock::time_point deadline) = 0;
+
   /// Makes the operation in progress, and later ones, fail soon. Thread-safe.
   virtual void interrupt() = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/QelLog/LogManager.h"
@@ -12,12 +13,24 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-/// The pause after a failed transaction until an attempt without packages.
+/// The pause after a failed transaction until a check, which is a transaction without packages.
 constexpr auto pauseAfterFailure = 2s;
 
 /// The pauses between deletions of old rows: while there are more of them, and otherwise.
 constexpr auto shortPause = 50ms;
 constexpr auto longPause = 10min;
+
+void log(int level, const std::string& message) {
+  log::LogManager::instance().getLogger("qel.collector")->log(level, message);
+}
+
+std::string reasonOf(const std::exception_ptr& failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
 
 std::size_t rowsOf(const Upload& upload) {
   const Package& package = upload.package;
@@ -31,6 +44,7 @@ StoreWriter::StoreWriter(Store& store, const WriterSettings& settings)
       settings_(settings),
       largestWrite_(settings.largestWrite),
       nextRemoval_(settings.retention ? steady_clock::now() : steady_clock::time_point::max()),
+      nextCheck_(steady_clock::now() + settings.idleTime),
       thread_([this] { run(); }) {}
 
 StoreWriter::~StoreWriter() {
@@ -55,7 +69,7 @@ void StoreWriter::add(std::shared_ptr<const Upload> upload, Done done) {
 
 bool StoreWriter::isReady() const {
   const utilities::MutexLock lock(mutex_);
-  return succeeded_ && (!deadline_ || steady_clock::now() <= *deadline_);
+  return !failingSince_ && (!deadline_ || steady_clock::now() <= *deadline_);
 }
 
 std::size_t StoreWriter::queued() const {
@@ -65,7 +79,7 @@ std::size_t StoreWriter::queued() const {
 
 void StoreWriter::run() {
   while (const auto batch = nextBatch()) {
-    if (!batch->empty() || !isReady()) {
+    if (!batch->empty() || steady_clock::now() >= nextCheck_) {
       store(*batch);
     }
     if (steady_clock::now() >= nextRemoval_) {
@@ -77,9 +91,7 @@ void StoreWriter::run() {
 /// Waits for packages, at most until something else is to be done. Null when the writer stops.
 std::optional<StoreWriter::Batch> StoreWriter::nextBatch() {
   utilities::MutexLock lock(mutex_);
-  const auto end =
-      std::min(nextRemoval_, steady_clock::now() + (succeeded_ ? longPause : pauseAfterFailure));
-  changed_.waitUntil(lock, end,
+  changed_.waitUntil(lock, std::min(nextRemoval_, nextCheck_),
                      [this]() QEL_REQUIRES(mutex_) { return isStopping_ || !waiting_.empty(); });
   waitForRows(lock);
   if (isStopping_) {
@@ -144,10 +156,26 @@ StoreWriter::Result StoreWriter::attempt(const Uploads& uploads,
   } catch (...) {
     result = {std::current_exception(), false};
   }
+  endAttempt(result);
+  return result;
+}
+
+/// Notes and logs whether the store has begun or ceased to fail.
+void StoreWriter::endAttempt(const Result& result) {
+  const auto now = steady_clock::now();
+  const bool isFailure = result.failure && !result.isFaultOfUploads;
+  nextCheck_ = now + (isFailure ? pauseAfterFailure : settings_.idleTime);
   const utilities::MutexLock lock(mutex_);
   deadline_ = std::nullopt;
-  succeeded_ = !result.failure || result.isFaultOfUploads;
-  return result;
+  if (isFailure && !failingSince_) {
+    failingSince_ = now;
+    log(log::Level::Warning, "the store takes no packages: " + reasonOf(result.failure));
+  } else if (!isFailure && failingSince_) {
+    const auto time = std::chrono::round<std::chrono::seconds>(now - *failingSince_);
+    failingSince_ = std::nullopt;
+    log(log::Level::Info,
+        "the store takes packages again, after " + std::to_string(time.count()) + " s");
+  }
 }
 
 void StoreWriter::removeOldRows() {
@@ -156,9 +184,7 @@ void StoreWriter::removeOldRows() {
     isMore = store_.removeSome(steadyZero_ + steady_clock::now().time_since_epoch() -
                                *settings_.retention);
   } catch (const std::exception& error) {
-    log::LogManager::instance()
-        .getLogger("qel.collector")
-        ->log(log::Level::Warning, std::string("cannot delete old rows: ") + error.what());
+    log(log::Level::Warning, std::string("cannot delete old rows: ") + error.what());
   }
   nextRemoval_ = steady_clock::now() + (isMore ? std::chrono::milliseconds(shortPause) : longPause);
 }

@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "host/QelUtilities/Mutex.h"
@@ -18,7 +17,8 @@
 namespace qel::collector {
 
 /// The one thread that uses the store. It stores all packages that wait in one transaction, and
-/// then calls the functions that were passed with them.
+/// then calls the functions that were passed with them. It logs when the store begins and ceases to
+/// fail.
 ///
 /// **Destruction** ends the transaction in progress within its deadline, and fails the packages
 /// that wait.
@@ -61,6 +61,7 @@ class StoreWriter {
   void waitForRows(utilities::MutexLock& lock) QEL_REQUIRES(mutex_);
   void store(const Batch& batch);
   Result attempt(const Uploads& uploads, std::chrono::steady_clock::time_point deadline);
+  void endAttempt(const Result& result);
   void removeOldRows();
 
   Store& store_;
@@ -72,13 +73,14 @@ class StoreWriter {
   // Used only by the writer's thread.
   std::size_t largestWrite_;
   std::chrono::steady_clock::time_point nextRemoval_;
+  std::chrono::steady_clock::time_point nextCheck_;
 
   mutable utilities::Mutex mutex_;
   utilities::Condition changed_;
   std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);
   std::size_t waitingRows_ QEL_GUARDED_BY(mutex_) = 0;
   bool isStopping_ QEL_GUARDED_BY(mutex_) = false;
-  bool succeeded_ QEL_GUARDED_BY(mutex_) = true;
+  std::optional<std::chrono::steady_clock::time_point> failingSince_ QEL_GUARDED_BY(mutex_);
   /// Of the transaction in progress.
   std::optional<std::chrono::steady_clock::time_point> deadline_ QEL_GUARDED_BY(mutex_);
 

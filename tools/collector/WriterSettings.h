@@ -11,6 +11,8 @@ struct WriterSettings {
   std::chrono::milliseconds longestWrite{4000};      ///< of one transaction
   std::size_t largestWrite = std::size_t{48} << 20;  ///< memory of the uploads in one transaction
   std::optional<std::chrono::hours> retention;       ///< older rows are deleted
+  /// After this time without packages the store is checked.
+  std::chrono::milliseconds idleTime = std::chrono::hours(1);
   /// A transaction begins when packages with `batchRows` rows wait, or one of them waits for
   /// `batchTime`.
   /// @{

@@ -94,10 +94,13 @@ TimeAxis axisOf(const std::vector<Event>& events) {
 }  // namespace
 
 std::string htmlReport(const Session& session, const std::vector<Event>& events,
-                       const std::vector<std::string>& remarks) {
+                       const std::vector<std::string>& remarks, const std::string& list) {
   const auto axis = axisOf(events);
   const auto ending = endingOf(events);
   data report(object{{"style", reportStyle}, {"plot", plotTemplate}, {"session", session.id}});
+  if (!list.empty()) {
+    report["list"] = list;
+  }
   report["verdict"] = verdictOf(session, events, ending);
   report["isIncomplete"] = !remarks.empty();
   report["remarks"] = listOf(remarks);

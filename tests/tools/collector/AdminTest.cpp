@@ -26,15 +26,15 @@ using boost::asio::ip::tcp;
 
 class AdminTest : public test::CommandTest {
  protected:
-  tcp::socket connect() {
-    tcp::socket socket(io_);
+  tcp::socket connect(const std::string& from = "127.0.0.1") {
+    tcp::socket socket(io_, {boost::asio::ip::make_address(from), 0});
     socket.connect({boost::asio::ip::address_v4::loopback(), server_.endpoint().port});
     return socket;
   }
 
   /// What the server answers to this text, until it closes the connection.
-  std::string answerTo(const std::string& request) {
-    tcp::socket socket = connect();
+  std::string answerTo(const std::string& request, const std::string& from = "127.0.0.1") {
+    tcp::socket socket = connect(from);
     boost::system::error_code ignored;
     boost::asio::write(socket, boost::asio::buffer(request), ignored);
     std::string answer;
@@ -60,11 +60,14 @@ TEST_F(AdminTest, ServesItsPagesAndNothingElse) {
 TEST_F(AdminTest, ClosesSilentConnectionsAndThoseBeyondItsLimit) {
   const std::string request = "GET /health HTTP/1.0\r\n\r\n";
   std::vector<tcp::socket> silent;
-  silent.reserve(64);
-  for (int i = 0; i < 64; ++i) {
-    silent.push_back(connect());
+  for (const char* const address : {"127.0.0.1", "127.0.0.2"}) {
+    EXPECT_THAT(answerTo(request, address), HasSubstr("ok\n"));
+    for (int i = 0; i < 32; ++i) {
+      silent.push_back(connect(address));
+    }
+    EXPECT_EQ(answerTo(request, address), "");
   }
-  EXPECT_EQ(answerTo(request), "");
+  EXPECT_EQ(answerTo(request, "127.0.0.3"), "");
   const auto time = test::timeOf(
       [&] { EXPECT_TRUE(test::waitUntil([&] { return !answerTo(request).empty(); })); });
   EXPECT_THAT(time, AllOf(Gt(4s), Lt(15s)));
@@ -80,7 +83,7 @@ TEST(MetricsTest, WritesPrometheusText) {
   metrics.countAnswer(503, 11s);
   metrics.countAnswer(299, 2ms);
   const std::chrono::system_clock::time_point end{1h};
-  EXPECT_EQ(toText(metrics.all({1, 2, 3, {4'000'000'000, 5}, end, 6})),
+  EXPECT_EQ(toText(metrics.all({true, 1, 2, 3, {4'000'000'000, 5}, end, 6})),
             test::contentOf(QEL_TOOLS_TESTS "/collector/metrics.txt"));
 }
 

@@ -76,13 +76,14 @@ TEST(ApiTextTest, WritesHostileTextsWithoutHarm) {
                           {{"</script>\"'\0\x7f\n"s, std::int64_t{-1}, std::monostate()},
                            {"cut \xe2\x82", 0.5, "=1+1"},
                            {"+1", std::nan(""), "-1,\r\n2"},
+                           {"whole", 0.0, -2.0},
                            {"@x", std::int64_t{1} << 62, "\tx"}},
                           {}};
   const auto json = jsonPage("refused", table);
   EXPECT_EQ(json.text, R"({"figure":"refused","columns":["text","number","none"],"rows":[)"
                        R"(["</script>\"'\u0000)"
                        "\x7f"
-                       R"(\n",-1,null],["cut �",0.5,"=1+1"],["+1",null,"-1,\r\n2"],)"
+                       R"(\n",-1,null],["cut �",0.5,"=1+1"],["+1",null,"-1,\r\n2"],["whole",0,-2],)"
                        R"(["@x",4611686018427387904,"\tx"]]})"
                        "\n");
   EXPECT_EQ(json.type, "application/json");
@@ -91,6 +92,7 @@ TEST(ApiTextTest, WritesHostileTextsWithoutHarm) {
             "\"</script>\"\"'\0\x7f\n\",-1,\r\n"
             "\"cut \uFFFD\",0.5,\"'=1+1\"\r\n"
             "\"'+1\",,\"'-1,\r\n2\"\r\n"
+            "\"whole\",0,-2\r\n"
             "\"'@x\",4611686018427387904,\"'\tx\"\r\n"s);
 }
 

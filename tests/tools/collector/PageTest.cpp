@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <httplib.h>
 
+#include "tests/support/Logged.h"
 #include "tests/support/Process.h"
 #include "tests/support/Tally.h"
 #include "tests/support/TestCertificates.h"
@@ -64,6 +65,12 @@ class FakeReader : public StoreReader {
              {false, R"({"Category":"A","Subcategory":"<script>","Details":{"k":"<img>"}})", 2},
              {false, "no record", 1}},
             true};
+  }
+
+  std::vector<std::string> sessionsBeginningWith(
+      const std::string& /*beginning*/, std::size_t /*limit*/,
+      std::chrono::steady_clock::time_point /*deadline*/) override {
+    return {};
   }
 
   void interrupt() override { store_.released.add(); }
@@ -226,8 +233,10 @@ TEST_F(PageTest, AnswersQuestionsAboutTheStore) {
   }
   EXPECT_EQ(store_.opened.count(), 2) << "opens the store again only after a failure";
   store_.isAway = true;
+  const test::CapturedLog log;
   EXPECT_EQ(get("/api/crashes")->status, 503);
   EXPECT_THAT(get("/session/x")->body, HasSubstr("The store cannot be read: the store is away."));
+  EXPECT_THAT(log.text(), MatchesRegex("[^\n]*cannot answer a reader: the deadline has passed\n"));
   store_.isAway = false;
   EXPECT_EQ(get("/api/versions")->status, 200);
 }

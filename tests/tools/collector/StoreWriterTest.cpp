@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "tests/support/Logged.h"
 #include "tests/support/Tally.h"
 #include "tools/collector/StoreWriter.h"
 
@@ -143,6 +144,7 @@ TEST_F(StoreWriterTest, LetsAPackageThatCannotBeStoredFailAlone) {
 }
 
 TEST_F(StoreWriterTest, IsNotReadyWhileTheStoreFailsOrHangsAndRecoversByItself) {
+  const test::CapturedLog log(log::Level::Info);
   addTogether("ab");
   EXPECT_TRUE(writer_->isReady());
   EXPECT_TRUE(test::waitUntil([this] { return !writer_->isReady(); }));
@@ -153,6 +155,8 @@ TEST_F(StoreWriterTest, IsNotReadyWhileTheStoreFailsOrHangsAndRecoversByItself) 
   store_.set(false, false);
   EXPECT_TRUE(test::waitUntil([this] { return writer_->isReady(); }));
   EXPECT_EQ(store_.transactions().back(), "");
+  EXPECT_THAT(log.text(), MatchesRegex("[^\n]*the store takes no packages: full\n"
+                                       "[^\n]*the store takes packages again, after [0-9]+ s\n"));
 }
 
 TEST_F(StoreWriterTest, FailsWhatWaitsWhenItStops) {

@@ -11,7 +11,8 @@ import { make, makeButton } from "./dom.js";
 export class Figure {
   /** What was read, null if it is not known. */
   rows = null;
-  isFailed = false;
+  /** Why the last `load` failed, null if it did not. */
+  failure = null;
   #parameters = {};
   #section;
   #body = make("div", { class: "body" }, make("div", { class: "skeleton" }));
@@ -42,14 +43,14 @@ export class Figure {
     this.#showLinks(parameters);
     try {
       this.rows = await read(this.name, parameters, signal);
-      this.isFailed = false;
+      this.failure = null;
       this.#parameters = parameters;
       this.redraw();
     } catch (error) {
       if (signal.aborted) {
         return;
       }
-      this.isFailed = true;
+      this.failure = error;
       this.#showFailure(error, () => this.load(parameters, signal));
     }
     this.#section.removeAttribute("aria-busy");
@@ -67,6 +68,12 @@ export class Figure {
     } else {
       this.#release = this.#draw(this.#body, this.rows, this.#parameters) ?? null;
     }
+  }
+
+  /** Leaves the reason of the failure to the page. */
+  hideReason() {
+    this.#clear();
+    this.#body.append(make("p", { class: "state" }, "Not read."));
   }
 
   #showFailure(error, again) {

@@ -59,7 +59,7 @@ function showTotals() {
 
 /** How many figures could not be read, or when all were read. */
 function showStatus() {
-  const failed = [...figures.values()].filter((figure) => figure.isFailed).length;
+  const failed = [...figures.values()].filter((figure) => figure.failure).length;
   status.className = failed ? "bad" : "";
   status.textContent = failed
     ? `${failed} of ${figures.size} figures could not be read.`
@@ -78,9 +78,26 @@ function changed(figure) {
 
 /** Offers the days that the store has if the chosen ones are empty. */
 function showNotice({ first, last }) {
-  notice.hidden = rowsOf("events-by-day")?.length !== 0 || !first;
-  notice.replaceChildren(`These filters match no events. The store has events from ${first} until ${last}. `,
-    makeButton("Show these days", () => filters.setRange(first, last)));
+  const failure = commonFailure();
+  const hadFocus = notice.contains(document.activeElement);
+  notice.hidden = !failure && (rowsOf("events-by-day")?.length !== 0 || !first);
+  notice.classList.toggle("bad", Boolean(failure));
+  if (failure) {
+    notice.replaceChildren(`${failure.message} ${failure.detail ?? ""} `, makeButton("Try again", load));
+    figures.forEach((figure) => figure.hideReason());
+  } else {
+    notice.replaceChildren(`These filters match no events. The store has events from ${first} until ${last}. `,
+      makeButton("Show these days", () => filters.setRange(first, last)));
+  }
+  if (hadFocus) {
+    (notice.hidden ? document.getElementById("main") : notice.querySelector("button")).focus();
+  }
+}
+
+/** Why all figures failed, null if one did not, or for another reason. */
+function commonFailure() {
+  const failures = [...figures.values()].map((figure) => figure.failure);
+  return failures.every((failure) => failure && failure.message === failures[0].message) ? failures[0] : null;
 }
 
 async function load() {

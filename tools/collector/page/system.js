@@ -81,20 +81,31 @@ function show(now) {
   before = now;
 }
 
+function showNotice(text) {
+  notice.hidden = text === "";
+  notice.textContent = text;
+}
+
+/** Says whether the collector takes packages. */
+function showState(isReady) {
+  status.className = isReady ? "" : "bad";
+  status.textContent = isReady ? "Running." : "Running, but not ready.";
+  showNotice(isReady ? "" : "The store is away, or the collector is about to stop. Packages are not accepted. The clients"
+    + " keep them, and send them later.");
+}
+
 async function poll() {
   try {
-    show(new Sample(await read("system")));
-    notice.hidden = true;
-    status.textContent = "Running.";
+    const now = new Sample(await read("system"));
+    show(now);
+    showState(now.value("ready") !== 0);
     clockText.textContent = `Last answer at ${clock()} UTC`;
   } catch (error) {
     if (!(error instanceof ApiError)) {
       throw error;
     }
     before = null;
-    notice.hidden = false;
-    notice.className = "notice bad";
-    notice.textContent = `${error.message} ${error.detail} The page tries again.`;
+    showNotice(`${error.message} ${error.detail} The page tries again.`);
     status.textContent = "";
   }
   proceed();
