@@ -89,8 +89,8 @@ class BadStoreTest(ClickHouseTest):
         self.assertEqual(collector.metric("ready"), 1)
         self.assertGreater(collector.metric("store_bytes"), 0)
         log = collector.log.read_text()
-        for line in ("the store takes no packages: cannot use the store", "cannot answer a reader: cannot use the store",
-                     "other users of this machine may open"):
+        for line in ("the store takes no packages: cannot use the store",
+                     "cannot answer a reader: cannot use the store", "other users of this machine may open"):
             self.assertEqual(log.count(line), 1, log)
 
     def test_answers_503_while_the_disk_of_clickhouse_is_full(self):

@@ -13,6 +13,7 @@
 
 #include "host/QelUtilities/Exception.h"
 #include "tools/collector/AdminConnection.h"
+#include "tools/collector/CrowdLog.h"
 
 namespace qel::collector {
 namespace {
@@ -80,8 +81,13 @@ class AdminServer::Implementation {
       if (failed) {  // for example, no descriptor is free
         pause.expires_after(pauseAfterFailure);
         co_await pause.async_wait(asio::use_awaitable);
-      } else if (service.strangers.hasPlaceFor(socket.remote_endpoint(failed).address())) {
+        continue;
+      }
+      const tcp::endpoint peer = socket.remote_endpoint(failed);
+      if (service.strangers.hasPlaceFor(peer.address())) {
         asio::co_spawn(io_, serve(service, std::move(socket)), asio::detached);
+      } else {
+        crowdLog_.add(peer);
       }
     }
   }
@@ -89,6 +95,7 @@ class AdminServer::Implementation {
   asio::io_context io_{1};
   tcp::acceptor acceptor_;
   const std::string host_;
+  CrowdLog crowdLog_{"admin: "};
   std::thread thread_;
 };
 

@@ -1,6 +1,8 @@
 #include "tools/collector/ClickHouseStore.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/collector/ClickHouseSchema.h"
@@ -42,19 +44,22 @@ ClickHouseStore::ClickHouseStore(const ClickHouseAccess& access, Missing missing
   for (const auto& table : clickHouseTables()) {
     insertions_.push_back(insertionInto(table));
   }
-  measure();
+  measure(deadline);
 }
 
 void ClickHouseStore::add(const Uploads& uploads, steady_clock::time_point deadline) {
+  const bool isDoubtful = std::exchange(isDoubtful_, true);
   if (uploads.empty()) {
-    rewriteVersion(connection_, deadline);
+    // Collectors that wrote all the time would disturb each other on replicas with a quorum.
+    isDoubtful ? rewriteVersion(connection_, deadline) : checkSchema(connection_, deadline);
   }
   const auto received = system_clock::now();
   for (const auto& upload : uploads) {
     append(rows_, *upload, received);
   }
   insert(rows_, deadline);
-  measure();
+  isDoubtful_ = false;
+  measure(deadline);
 }
 
 void ClickHouseStore::insert(ClickHouseRows& rows, steady_clock::time_point deadline) {
@@ -95,7 +100,7 @@ void ClickHouseStore::remove(const std::string& table, const std::string& condit
 
 StoreSize ClickHouseStore::size() const { return {bytes_, 0}; }
 
-void ClickHouseStore::measure() {
+void ClickHouseStore::measure(steady_clock::time_point deadline) {
   const auto now = steady_clock::now();
   if (now < nextMeasurement_) {
     return;
@@ -104,8 +109,8 @@ void ClickHouseStore::measure() {
   try {
     bytes_ = std::stoull(connection_.run(
         "SELECT sum(bytes_on_disk) FROM system.parts WHERE database = currentDatabase()",
-        now + 1s));
-  } catch (const StoreError&) {
+        std::min(now + 1s, deadline)));
+  } catch (const std::exception&) {
     // The rows are stored all the same. The last size is still shown.
   }
 }

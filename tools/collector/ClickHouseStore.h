@@ -34,11 +34,12 @@ class ClickHouseStore : public Store {
 
  private:
   void remove(const std::string& table, const std::string& condition);
-  void measure();
+  void measure(std::chrono::steady_clock::time_point deadline);
 
   ClickHouseConnection connection_;
   std::vector<std::string> insertions_;
   ClickHouseRows rows_;
+  bool isDoubtful_ = false;  ///< whether the last transaction failed
   std::chrono::steady_clock::time_point nextMeasurement_;
   std::atomic<std::uint64_t> bytes_ = 0;
 };

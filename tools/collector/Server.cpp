@@ -19,6 +19,7 @@
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/collector/Answer.h"
 #include "tools/collector/Connection.h"
+#include "tools/collector/CrowdLog.h"
 #include "tools/common/InputError.h"
 
 namespace qel::collector {
@@ -33,7 +34,6 @@ constexpr std::size_t otherDescriptors = 36;
 /// The connections beyond the limit that may wait until others are cut.
 constexpr std::size_t connectionsToCut = 64;
 constexpr std::chrono::milliseconds acceptPause{100};
-constexpr std::chrono::seconds crowdLogPause{10};
 
 /// Raises the number of descriptors as far as allowed. Returns how many connections that permits.
 std::size_t permittedConnections() {
@@ -140,7 +140,6 @@ class Server::Implementation {
   void listen(const tools::Endpoint& endpoint);
   asio::awaitable<void> accept();
   void admit(Loop& loop, tcp::socket socket);
-  void logCrowd(const tcp::endpoint& peer);
 
   const std::vector<asio::ip::address> behind_;
   std::vector<Loop> loops_;
@@ -148,8 +147,7 @@ class Server::Implementation {
   std::uint16_t port_ = 0;
   /// @{
   /// Used only on the first loop's thread.
-  std::size_t unloggedCrowd_ = 0;
-  std::chrono::steady_clock::time_point nextCrowdLine_;
+  CrowdLog crowdLog_;
   /// @}
 };
 
@@ -194,7 +192,7 @@ void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
   }
   peer.address(plain(peer.address()));
   if (service.connections >= service.limits.connections) {
-    logCrowd(peer);
+    crowdLog_.add(peer);
   }
   if (service.connections >= service.limits.connections + connectionsToCut) {
     return;
@@ -206,19 +204,6 @@ void Server::Implementation::admit(Loop& loop, tcp::socket socket) {
   ++service.connections;
   asio::co_spawn(loop.io, serve(service, loop, std::move(socket), text.str(), isBehindProxy),
                  asio::detached);
-}
-
-/// Logs one line for many connections, because they can come faster than the log can be written.
-void Server::Implementation::logCrowd(const tcp::endpoint& peer) {
-  ++unloggedCrowd_;
-  const auto now = std::chrono::steady_clock::now();
-  if (now >= nextCrowdLine_) {
-    logCut("too many connections: " + std::to_string(unloggedCrowd_) +
-               " cut since the last such line, the last one",
-           peer.address().to_string());
-    unloggedCrowd_ = 0;
-    nextCrowdLine_ = now + crowdLogPause;
-  }
 }
 
 void Server::Implementation::stop() {

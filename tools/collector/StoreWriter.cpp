@@ -69,7 +69,7 @@ void StoreWriter::add(std::shared_ptr<const Upload> upload, Done done) {
 
 bool StoreWriter::isReady() const {
   const utilities::MutexLock lock(mutex_);
-  return !failingSince_ && (!deadline_ || steady_clock::now() <= *deadline_);
+  return !isFailing_ && (!deadline_ || steady_clock::now() <= *deadline_);
 }
 
 std::size_t StoreWriter::queued() const {
@@ -156,23 +156,32 @@ StoreWriter::Result StoreWriter::attempt(const Uploads& uploads,
   } catch (...) {
     result = {std::current_exception(), false};
   }
-  endAttempt(result);
+  endAttempt(result, !uploads.empty());
   return result;
 }
 
-/// Notes and logs whether the store has begun or ceased to fail.
-void StoreWriter::endAttempt(const Result& result) {
-  const auto now = steady_clock::now();
+void StoreWriter::endAttempt(const Result& result, bool hasPackages) {
   const bool isFailure = result.failure && !result.isFaultOfUploads;
-  nextCheck_ = now + (isFailure ? pauseAfterFailure : settings_.idleTime);
+  nextCheck_ = steady_clock::now() + (isFailure ? pauseAfterFailure : settings_.idleTime);
+  logChange(isFailure ? result.failure : nullptr, hasPackages);
   const utilities::MutexLock lock(mutex_);
   deadline_ = std::nullopt;
-  if (isFailure && !failingSince_) {
-    failingSince_ = now;
-    log(log::Level::Warning, "the store takes no packages: " + reasonOf(result.failure));
-  } else if (!isFailure && failingSince_) {
-    const auto time = std::chrono::round<std::chrono::seconds>(now - *failingSince_);
-    failingSince_ = std::nullopt;
+  isFailing_ = isFailure;
+}
+
+/// Logs whether the store has begun or ceased to fail. If it fails because of the size of packages,
+/// a check is no sign of its end.
+void StoreWriter::logChange(const std::exception_ptr& failure, bool hasPackages) {
+  const auto now = steady_clock::now();
+  if (failure) {
+    hasCheckFailed_ = !hasPackages;
+    if (!loggedFailure_) {
+      loggedFailure_ = now;
+      log(log::Level::Warning, "the store takes no packages: " + reasonOf(failure));
+    }
+  } else if (loggedFailure_ && (hasPackages || hasCheckFailed_)) {
+    const auto time = std::chrono::round<std::chrono::seconds>(now - *loggedFailure_);
+    loggedFailure_ = std::nullopt;
     log(log::Level::Info,
         "the store takes packages again, after " + std::to_string(time.count()) + " s");
   }

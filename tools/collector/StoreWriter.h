@@ -61,7 +61,8 @@ class StoreWriter {
   void waitForRows(utilities::MutexLock& lock) QEL_REQUIRES(mutex_);
   void store(const Batch& batch);
   Result attempt(const Uploads& uploads, std::chrono::steady_clock::time_point deadline);
-  void endAttempt(const Result& result);
+  void endAttempt(const Result& result, bool hasPackages);
+  void logChange(const std::exception_ptr& failure, bool hasPackages);
   void removeOldRows();
 
   Store& store_;
@@ -74,13 +75,16 @@ class StoreWriter {
   std::size_t largestWrite_;
   std::chrono::steady_clock::time_point nextRemoval_;
   std::chrono::steady_clock::time_point nextCheck_;
+  /// When the failure began that was logged last, until the end of that failure is logged.
+  std::optional<std::chrono::steady_clock::time_point> loggedFailure_;
+  bool hasCheckFailed_ = false;
 
   mutable utilities::Mutex mutex_;
   utilities::Condition changed_;
   std::deque<Waiting> waiting_ QEL_GUARDED_BY(mutex_);
   std::size_t waitingRows_ QEL_GUARDED_BY(mutex_) = 0;
   bool isStopping_ QEL_GUARDED_BY(mutex_) = false;
-  std::optional<std::chrono::steady_clock::time_point> failingSince_ QEL_GUARDED_BY(mutex_);
+  bool isFailing_ QEL_GUARDED_BY(mutex_) = false;
   /// Of the transaction in progress.
   std::optional<std::chrono::steady_clock::time_point> deadline_ QEL_GUARDED_BY(mutex_);
 

@@ -128,7 +128,9 @@ TEST_F(StoreWriterTest, CollectsRowsUntilTheyAreManyOrHaveWaitedLong) {
   EXPECT_THAT(store_.transactions(), ElementsAre("ab", "cd"));
   writer_.reset();
   settings.batchTime = 200ms;
+  settings.idleTime = 100ms;
   writer_.emplace(store_, settings);
+  EXPECT_TRUE(test::waitUntil([this] { return store_.transactions().back().empty(); })) << "idle";
   const auto begin = std::chrono::steady_clock::now();
   add("e", "{}");
   doneWith(5);
@@ -155,6 +157,9 @@ TEST_F(StoreWriterTest, IsNotReadyWhileTheStoreFailsOrHangsAndRecoversByItself) 
   store_.set(false, false);
   EXPECT_TRUE(test::waitUntil([this] { return writer_->isReady(); }));
   EXPECT_EQ(store_.transactions().back(), "");
+  EXPECT_THAT(log.text(), EndsWith("full\n")) << "an attempt without packages proves little";
+  add("c", "{}");
+  doneWith(4);
   EXPECT_THAT(log.text(), MatchesRegex("[^\n]*the store takes no packages: full\n"
                                        "[^\n]*the store takes packages again, after [0-9]+ s\n"));
 }

@@ -90,8 +90,8 @@ function showNotice(text) {
 function showState(isReady) {
   status.className = isReady ? "" : "bad";
   status.textContent = isReady ? "Running." : "Running, but not ready.";
-  showNotice(isReady ? "" : "The store is away, or the collector is about to stop. Packages are not accepted. The clients"
-    + " keep them, and send them later.");
+  showNotice(isReady ? "" : "The store is away, or the collector is about to stop. Packages are not accepted."
+    + " The clients keep them, and send them later.");
 }
 
 async function poll() {
