@@ -1,15 +1,19 @@
 """What the tests of collectors with ClickHouse share."""
 
+import base64
 import contextlib
+import http.client
 import itertools
 import json
 import shutil
 import signal
+import ssl
 import tempfile
 import unittest
+import urllib.parse
 from pathlib import Path
 
-from servers import ClickHouse, Collector, Sender, Site
+from servers import NAME, ClickHouse, Collector, Sender, Site
 
 
 def event(number, session="S-1", **members):
@@ -24,6 +28,9 @@ def package(*events, environments=()):
 
 class ClickHouseTest(unittest.TestCase):
     """One ClickHouse server for all tests of a class, and a database for each test."""
+
+    FIGURES = ("events-by-day", "installations-by-day", "installations-by-week", "versions", "crashes", "commands",
+               "memory", "sessions", "live", "refused", "filters")
 
     numbers = itertools.count()
 
@@ -45,7 +52,7 @@ class ClickHouseTest(unittest.TestCase):
     def collector(self, *options, clickhouse=None):
         clickhouse = clickhouse or self.clickhouse
         collector = Collector(self.site, clickhouse.address(self.database), "--store-credentials",
-                              clickhouse.credentials, *options)
+                              clickhouse.credentials, "--readers", self.site.readers, *options)
         self.addCleanup(collector.kill, signal.SIGTERM)
         return collector
 
@@ -56,6 +63,17 @@ class ClickHouseTest(unittest.TestCase):
 
     def rows(self, statement, clickhouse=None):
         return (clickhouse or self.clickhouse).rows(statement, self.database)
+
+    def get(self, collector, path, **parameters):
+        tls = ssl.create_default_context(cafile=self.site.directory / "certificate.pem")
+        tls.check_hostname = False
+        connection = http.client.HTTPSConnection("127.0.0.1", collector.admin, context=tls, timeout=60)
+        credentials = base64.b64encode(b"rita:secret").decode()
+        connection.request("GET", f"/api/{path}?{urllib.parse.urlencode(parameters)}",
+                           headers={"Authorization": f"Basic {credentials}", "Host": NAME})
+        answer = json.loads(connection.getresponse().read())
+        connection.close()
+        return answer
 
     def expect_each_once(self, texts, clickhouse=None):
         stored = [text for text, in self.rows("SELECT text FROM events FINAL", clickhouse)]

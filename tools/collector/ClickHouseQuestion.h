@@ -25,7 +25,11 @@ class ClickHouseQuestion {
     return *this;
   }
   /// The restrictions of an event: its day, installation and version.
-  ClickHouseQuestion& ofEvents(const Filter& filter);
+  ClickHouseQuestion& ofEvents(const Filter& filter) { return ofDays(filter).ofVersion(filter); }
+  ClickHouseQuestion& ofDays(const Filter& filter);  ///< and of the installation
+  ClickHouseQuestion& ofVersion(const Filter& filter);
+  /// Keeps the events of the version and a few others, without reading a long column.
+  ClickHouseQuestion& nearVersion(const Filter& filter);
 
   const std::string& sql() const { return sql_; }
 
@@ -39,6 +43,14 @@ inline constexpr std::string_view arrival = "(toUInt64(toUInt32(received)) * 100
 
 /// Such a time as a text, as clients write it.
 std::string textOfMilliseconds(const std::string& milliseconds);
+
+/// Sums up the counts of the events that meet a condition of their columns, each event once. The
+/// result has the columns `groups` and `copies`, with several rows for a group.
+///
+/// `FINAL` need not merge what PREWHERE leaves out. Old versions merge in one thread, so the
+/// question has pieces, which ClickHouse answers at the same time.
+std::string countsOfEvents(const std::string& groups, const std::string& condition,
+                           const Filter& filter);
 
 /// The version of each pair of session and installation: that of its latest environment record.
 extern const char* const versionsOfSessions;
