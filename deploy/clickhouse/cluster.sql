@@ -32,7 +32,7 @@ CREATE TABLE IF NOT EXISTS events_local ON CLUSTER analytics (
     category = 'Application' AND subcategory = 'Crashed', 'crashed',
     category = 'Application' AND subcategory = 'Stopped', 'stopped',
     category = 'MemoryUsage' AND subcategory = 'Application', 'memory', 'other'),
-  session_id UInt64 DEFAULT cityHash64(session)
+  session_id UInt64 DEFAULT cityHash64(session, installation)
 ) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/events', '{replica}', precedence)
 PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
 

@@ -30,7 +30,7 @@ CREATE TABLE IF NOT EXISTS events (
     category = 'Application' AND subcategory = 'Crashed', 'crashed',
     category = 'Application' AND subcategory = 'Stopped', 'stopped',
     category = 'MemoryUsage' AND subcategory = 'Application', 'memory', 'other'),
-  session_id UInt64 DEFAULT cityHash64(session)
+  session_id UInt64 DEFAULT cityHash64(session, installation)
 ) ENGINE = ReplacingMergeTree(precedence) PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
 
 -- What the page asks of sessions, summed up for each day. A row that is sent twice changes no minimum and no maximum, so

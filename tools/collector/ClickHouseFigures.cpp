@@ -22,9 +22,6 @@ constexpr const char* liveRows = "100000";
 /// earlier ones.
 constexpr std::chrono::milliseconds timeOfInsert{500};
 
-/// The most days or weeks of a figure.
-constexpr const char* mostDays = "20000";
-
 std::string eventsByDay(const Filter& filter) {
   // The inner question sorts the categories, so their numbers say which are the largest.
   return "SELECT day, shown, total FROM (SELECT day, shown, sum(events) AS total FROM (SELECT"
@@ -43,8 +40,8 @@ std::string installationsBy(const std::string& period, const std::string& name,
          Question("SELECT " + period + " AS " + name +
                   ", uniqExact(installation) AS installations FROM session_days"
                   " WHERE day > toDate(0) AND installation != ''")
-             .ofEvents(filter)
-             .then(" GROUP BY " + name + " ORDER BY " + name + " DESC LIMIT " + mostDays)
+             .ofSessionDays(filter)
+             .then(" GROUP BY " + name + " ORDER BY " + name + " DESC LIMIT 20000")
              .sql() +
          ") ORDER BY " + name;
 }
@@ -68,7 +65,8 @@ Question eventsOf(const std::string& columns, const std::string& kind) {
   return Question("SELECT " + columns + " FROM events PREWHERE kind = " + sqlLiteral(kind));
 }
 
-/// The last command that was started before each crash of `found` in its session.
+/// The last command that was started before each crash of `found` in its session. Sessions are
+/// compared by their numbers, because their names are long.
 std::string commandsBefore(const std::string& found, const Filter& filter) {
   const auto digits = [](const std::string& first, std::string_view number) {
     return "toString(" + first + " + " + std::string(number) + ")";
@@ -76,25 +74,24 @@ std::string commandsBefore(const std::string& found, const Filter& filter) {
   const std::string order = "concat(" + digits("10000000000000", timeOfRecord) + ", " +
                             digits("10000000000000", arrival) + ", " +
                             digits("10000000000", "place") + ")";
-  Question started = eventsOf("session, installation, event, " + std::string(timeOfRecord) +
+  Question started = eventsOf("session_id, event, " + std::string(timeOfRecord) +
                                   " AS start_time, " + order + " AS start_order",
                               "started");
-  started.then(" AND session_id IN (")
-      .then(eventsOf("session_id", "crashed").ofDays(filter).nearVersion(filter).sql())
-      .then(") WHERE session != ''");
+  started.then(" AND session_id IN (" + eventsOf("session_id", "crashed").ofEvents(filter).sql() +
+               ")");
   return "SELECT crash, argMax(event, start_order) AS command FROM (" + started.sql() +
-         ") ALL INNER JOIN (SELECT crash, session, installation, crash_time FROM (" + found +
-         ")) USING session, installation WHERE start_time <= crash_time GROUP BY crash";
+         ") ALL INNER JOIN (SELECT crash, session_id, crash_time FROM (" + found +
+         ") WHERE session != '') USING session_id WHERE start_time <= crash_time GROUP BY crash";
 }
 
 std::string crashes(const Filter& filter) {
   Question question =
-      eventsOf("key AS crash, session, installation, any(" + std::string(timeOfRecord) +
+      eventsOf("key AS crash, session_id, session, installation, any(" + std::string(timeOfRecord) +
                    ") AS crash_time,"
                    " any(detail_values[indexOf(detail_keys, 'Exception Code')])"
                    " AS code, max(count) AS copies",
                "crashed");
-  question.then(" WHERE 1").ofEvents(filter).then(" GROUP BY key, session, installation");
+  question.ofEvents(filter).then(" GROUP BY key, session_id, session, installation");
   const std::string& found = question.sql();
   return "SELECT version, code, command, sum(copies) AS crashes,"
          " uniqExactIf(installation, installation != '') AS installations,"
@@ -126,7 +123,7 @@ std::string memory(const Filter& filter) {
                   " sorted FROM (SELECT toMonday(day) AS week, session, installation,"
                   " maxMerge(memory) AS highest FROM session_days"
                   " WHERE session != '' AND day > toDate(0)")
-      .ofEvents(filter)
+      .ofSessionDays(filter)
       .then(
           " GROUP BY week, session, installation HAVING highest >= 0)"
           " GROUP BY week) ORDER BY week")

@@ -10,31 +10,15 @@ const char* const versionsOfSessions =
     " version)) AS latest FROM environments WHERE session != '' AND version != ''"
     " GROUP BY session, installation)";
 
-namespace {
-
-std::string sessionsWith(const std::string& columns, const std::string& version) {
-  return "SELECT " + columns + " FROM (" + versionsOfSessions +
-         ") WHERE version = " + sqlLiteral(version);
-}
-
-}  // namespace
-
-ClickHouseQuestion& ClickHouseQuestion::ofDays(const Filter& filter) {
-  return andIf("day >= ", filter.from)
-      .andIf("day <= ", filter.until)
-      .andIf("installation = ", filter.installation);
-}
-
-ClickHouseQuestion& ClickHouseQuestion::ofVersion(const Filter& filter) {
-  return filter.version.empty() ? *this
-                                : then(" AND (session, installation) IN (" +
-                                       sessionsWith("session, installation", filter.version) + ")");
-}
-
-ClickHouseQuestion& ClickHouseQuestion::nearVersion(const Filter& filter) {
-  return filter.version.empty() ? *this
-                                : then(" AND session_id IN (" +
-                                       sessionsWith("cityHash64(session)", filter.version) + ")");
+ClickHouseQuestion& ClickHouseQuestion::of(const Filter& filter, const std::string& sessionId) {
+  andIf("day >= ", filter.from);
+  andIf("day <= ", filter.until);
+  andIf("installation = ", filter.installation);
+  if (!filter.version.empty()) {
+    then(" AND " + sessionId + " IN (SELECT cityHash64(session, installation) FROM (");
+    then(versionsOfSessions).then(") WHERE version = " + sqlLiteral(filter.version) + ")");
+  }
+  return *this;
 }
 
 std::string textOfMilliseconds(const std::string& milliseconds) {
@@ -47,20 +31,21 @@ std::string countsOfEvents(const std::string& groups, const std::string& conditi
                            const Filter& filter) {
   // A key begins with a digest, so the pieces have about the same size.
   constexpr std::array<std::string_view, 4> begins{"00", "40", "80", "C0"};
-  const auto bound = [](std::string_view relation, std::string_view byte) {
-    return " AND key " + std::string(relation) + " toFixedString('\\x" + std::string(byte) +
-           "', 24)";
-  };
   std::string pieces;
   for (std::size_t piece = 0; piece < begins.size(); ++piece) {
-    const bool isLast = piece + 1 == begins.size();
-    ClickHouseQuestion question("SELECT " + groups +
-                                ", sum(bitShiftRight(precedence, 32)) AS copies FROM events FINAL"
-                                " PREWHERE " +
-                                condition + bound(">=", begins.at(piece)) +
-                                (isLast ? "" : bound("<", begins.at(piece + 1))));
-    question.ofDays(filter).nearVersion(filter).then(" WHERE 1").ofVersion(filter);
-    pieces += (piece == 0 ? "" : " UNION ALL ") + question.sql() + " GROUP BY " + groups;
+    ClickHouseQuestion question(
+        "SELECT " + groups +
+        ", sum(bitShiftRight(precedence, 32)) AS copies FROM events FINAL PREWHERE " + condition);
+    const auto andKey = [&](std::string_view relation, std::string_view byte) {
+      question.then(" AND key ").then(relation).then(" toFixedString('\\x");
+      question.then(byte).then("', 24)");
+    };
+    andKey(">=", begins.at(piece));
+    if (piece + 1 < begins.size()) {
+      andKey("<", begins.at(piece + 1));
+    }
+    question.ofEvents(filter).then(" GROUP BY " + groups);
+    pieces.append(piece == 0 ? "" : " UNION ALL ").append(question.sql());
   }
   return pieces;
 }

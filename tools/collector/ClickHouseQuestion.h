@@ -24,16 +24,18 @@ class ClickHouseQuestion {
     }
     return *this;
   }
-  /// The restrictions of an event: its day, installation and version.
-  ClickHouseQuestion& ofEvents(const Filter& filter) { return ofDays(filter).ofVersion(filter); }
-  ClickHouseQuestion& ofDays(const Filter& filter);  ///< and of the installation
-  ClickHouseQuestion& ofVersion(const Filter& filter);
-  /// Keeps the events of the version and a few others, without reading a long column.
-  ClickHouseQuestion& nearVersion(const Filter& filter);
+  /// The restrictions of a row of `events`: its day, installation and version.
+  ClickHouseQuestion& ofEvents(const Filter& filter) { return of(filter, "session_id"); }
+  /// The same for a row of `session_days`.
+  ClickHouseQuestion& ofSessionDays(const Filter& filter) {
+    return of(filter, "cityHash64(session, installation)");
+  }
 
   const std::string& sql() const { return sql_; }
 
  private:
+  ClickHouseQuestion& of(const Filter& filter, const std::string& sessionId);
+
   std::string sql_;
 };
 
