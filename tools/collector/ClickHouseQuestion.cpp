@@ -33,9 +33,9 @@ std::string countsOfEvents(const std::string& groups, const std::string& conditi
   constexpr std::array<std::string_view, 4> begins{"00", "40", "80", "C0"};
   std::string pieces;
   for (std::size_t piece = 0; piece < begins.size(); ++piece) {
-    ClickHouseQuestion question(
-        "SELECT " + groups +
-        ", sum(bitShiftRight(precedence, 32)) AS copies FROM events FINAL PREWHERE " + condition);
+    ClickHouseQuestion question("SELECT " + groups);
+    question.then(", sum(bitShiftRight(precedence, 32)) AS copies FROM events FINAL PREWHERE ")
+        .then(condition);
     const auto andKey = [&](std::string_view relation, std::string_view byte) {
       question.then(" AND key ").then(relation).then(" toFixedString('\\x");
       question.then(byte).then("', 24)");
