@@ -60,9 +60,13 @@ std::string versions(const Filter& filter) {
          sessionsOf(filter) + ") GROUP BY version ORDER BY sessions DESC, version LIMIT 200";
 }
 
-/// The events of a kind.
+/// The copies of the events of a kind.
 Question eventsOf(const std::string& columns, const std::string& kind) {
   return Question("SELECT " + columns + " FROM events PREWHERE kind = " + sqlLiteral(kind));
+}
+
+Question crashesOf(const std::string& columns, const Filter& filter) {
+  return eventsOf(columns, "crashed").then(" WHERE 1").ofEvents(filter);
 }
 
 /// The last command that was started before each crash of `found` in its session. Sessions are
@@ -77,22 +81,22 @@ std::string commandsBefore(const std::string& found, const Filter& filter) {
   Question started = eventsOf("session_id, event, " + std::string(timeOfRecord) +
                                   " AS start_time, " + order + " AS start_order",
                               "started");
-  started.then(" AND session_id IN (" + eventsOf("session_id", "crashed").ofEvents(filter).sql() +
-               ")");
+  started.then(" AND session_id IN (" + crashesOf("session_id", filter).sql() + ")");
   return "SELECT crash, argMax(event, start_order) AS command FROM (" + started.sql() +
          ") ALL INNER JOIN (SELECT crash, session_id, crash_time FROM (" + found +
          ") WHERE session != '') USING session_id WHERE start_time <= crash_time GROUP BY crash";
 }
 
 std::string crashes(const Filter& filter) {
-  Question question =
-      eventsOf("key AS crash, session_id, session, installation, any(" + std::string(timeOfRecord) +
-                   ") AS crash_time,"
-                   " any(detail_values[indexOf(detail_keys, 'Exception Code')])"
-                   " AS code, max(count) AS copies",
-               "crashed");
-  question.ofEvents(filter).then(" GROUP BY key, session_id, session, installation");
-  const std::string& found = question.sql();
+  const std::string found =
+      crashesOf("key AS crash, session_id, session, installation, any(" +
+                    std::string(timeOfRecord) +
+                    ") AS crash_time,"
+                    " any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
+                    " max(count) AS copies",
+                filter)
+          .then(" GROUP BY key, session_id, session, installation")
+          .sql();
   return "SELECT version, code, command, sum(copies) AS crashes,"
          " uniqExactIf(installation, installation != '') AS installations,"
          " argMax(session, concat(toString(10000000000000 + crash_time), session))"
@@ -154,7 +158,8 @@ std::string sessions(const Filter& filter) {
          "session, installation, version, first AS begin, " +
          time("first") + ", " + time("last") + ", copies, end FROM (" + chosen.sql() +
          ") ANY LEFT JOIN (SELECT session, installation, sum(most) AS copies FROM (SELECT session,"
-         " installation, max(count) AS most FROM events WHERE session IN (SELECT session FROM (" +
+         " installation, max(count) AS most FROM events PREWHERE session_id IN"
+         " (SELECT cityHash64(session, installation) FROM (" +
          chosen.sql() +
          ")) GROUP BY key, session, installation) GROUP BY session, installation)"
          " USING session, installation) ORDER BY begin DESC, session DESC, installation";
