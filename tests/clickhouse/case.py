@@ -79,3 +79,11 @@ class ClickHouseTest(unittest.TestCase):
         stored = [text for text, in self.rows("SELECT text FROM events FINAL", clickhouse)]
         lost = set(texts) - set(stored)
         self.assertEqual(([*lost][:3], len(stored)), ([], len(set(texts))))
+
+    def expect_summary(self, clickhouse=None):
+        """Expects that the view has summed up every event."""
+        time = "toUInt64(toUInt32(time)) * 1000 + time_ms"
+        tables = (("session_days", "minMerge(first), maxMerge(last)"), ("events", f"min({time}), max({time})"))
+        summary, events = (self.rows(f"SELECT day, session, {times} FROM {table} GROUP BY day, session "
+                                     "ORDER BY day, session", clickhouse) for table, times in tables)
+        self.assertEqual(summary, events)

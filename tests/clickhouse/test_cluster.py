@@ -70,6 +70,7 @@ class ClusterTest(ClickHouseTest):
             sender.send_until_stored(package(last))
         for replica in self.replicas:
             self.expect_each_once([*stored, last], replica)
+            self.expect_summary(replica)
         # Rows of the last insert with a quorum are deleted only after the next one.
         self.assertEqual(self.send(collectors[0], package(event(0, InstallationId="I-2"))), 204)
         erased = self.site.output_of(PROGRAM, "erase", "--yes", "--installation", "I-1", "--store",

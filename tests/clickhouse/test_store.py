@@ -47,6 +47,7 @@ class StoreTest(ClickHouseTest):
         for client in clients:
             client.join()
         self.expect_each_once(stored)
+        self.expect_summary()
 
     def test_uses_tls_and_trusts_no_unknown_certificate(self):
         (port,) = free_ports(1)
