@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -13,8 +14,7 @@
 #include "benchmarks/collector/Load.h"
 #include "benchmarks/collector/RawStore.h"
 #include "host/QelUtilities/Exception.h"
-#include "host/QelUtilities/PathText.h"
-#include "tools/collector/SqliteReader.h"
+#include "tools/collector/OpenStore.h"
 #include "tools/common/Program.h"
 
 namespace {
@@ -85,18 +85,42 @@ void printRawStore(const std::string& store, std::uint64_t rows, std::size_t row
   std::cout << figures << std::endl;
 }
 
-/// Prints the milliseconds of each figure of the overview.
-void printTimesOfFigures(const std::string& store, const collector::Filter& filter) {
-  using std::chrono::steady_clock;
-  collector::SqliteReader reader(utilities::pathFromUtf8(store));
-  nlohmann::ordered_json times;
-  for (const char* const figure : {"events-by-day", "installations-by-day", "installations-by-week",
-                                   "versions", "crashes", "commands", "memory"}) {
-    const auto begin = steady_clock::now();
-    reader.read(figure, filter, steady_clock::time_point::max());
-    times[figure] = std::chrono::duration<double, std::milli>(steady_clock::now() - begin).count();
+nlohmann::json jsonOf(const collector::ResultTable& table) {
+  auto rows = nlohmann::json::array();
+  for (const auto& row : table.rows) {
+    auto& cells = rows.emplace_back(nlohmann::json::array());
+    for (const collector::Cell& cell : row) {
+      if (const auto* const text = std::get_if<std::string>(&cell)) {
+        cells.push_back(*text);
+      } else if (const auto* const number = std::get_if<std::int64_t>(&cell)) {
+        cells.push_back(*number);
+      } else if (const auto* const share = std::get_if<double>(&cell)) {
+        cells.push_back(*share);
+      } else {
+        cells.push_back(nullptr);
+      }
+    }
   }
-  std::cout << times << std::endl;
+  return rows;
+}
+
+/// Prints the answer of each figure of the overview, and its milliseconds in each round.
+void printFigures(const collector::StoreOptions& store, const collector::Filter& filter,
+                  std::size_t rounds) {
+  using std::chrono::steady_clock;
+  const auto reader = collector::openReader(store);
+  nlohmann::ordered_json figures;
+  for (std::size_t round = 0; round < rounds; ++round) {
+    for (const char* const name : {"events-by-day", "installations-by-day", "installations-by-week",
+                                   "versions", "crashes", "commands", "memory"}) {
+      const auto begin = steady_clock::now();
+      const auto table = reader->read(name, filter, begin + std::chrono::minutes(10));
+      const std::chrono::duration<double, std::milli> time = steady_clock::now() - begin;
+      figures[name]["ms"].push_back(time.count());
+      figures[name]["rows"] = jsonOf(table);
+    }
+  }
+  std::cout << figures << std::endl;
 }
 
 struct Options {
@@ -109,7 +133,9 @@ struct Options {
   std::string store;
   std::uint64_t storedRows = 1'000'000;
   std::size_t packages = 16;
+  collector::StoreOptions readStore;
   collector::Filter filter;
+  std::size_t rounds = 5;
 };
 
 void addServerOptions(CLI::App& command, Options& options) {
@@ -141,7 +167,8 @@ void addStoreOptions(CLI::App& command, Options& options) {
 }
 
 void addFigureOptions(CLI::App& command, Options& options) {
-  command.add_option("--store", options.store, "the collector's store")->required();
+  collector::addStoreOptions(command, options.readStore, true);
+  command.add_option("--rounds", options.rounds, "how often each figure is read");
   command.add_option("--from", options.filter.from, "first day");
   command.add_option("--program-version", options.filter.version, "version of the program");
   command.add_option("--installation", options.filter.installation, "one installation");
@@ -166,7 +193,7 @@ int run(const tools::Arguments& arguments) {
   auto* send = program.add_subcommand("send", "sends packages and prints figures as JSON");
   auto* silent = program.add_subcommand("silent", "keeps TLS connections and sends nothing");
   auto* store = program.add_subcommand("store", "adds rows to a store with SQLite alone");
-  auto* figures = program.add_subcommand("figures", "measures the figures of the overview");
+  auto* figures = program.add_subcommand("figures", "reads the figures of the overview");
   addSendOptions(*send, options);
   addServerOptions(*silent, options);
   addStoreOptions(*store, options);
@@ -179,7 +206,7 @@ int run(const tools::Arguments& arguments) {
     return 0;
   }
   if (figures->parsed()) {
-    printTimesOfFigures(options.store, options.filter);
+    printFigures(options.readStore, options.filter, options.rounds);
     return 0;
   }
   complete(options);

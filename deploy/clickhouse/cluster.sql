@@ -25,12 +25,49 @@ CREATE TABLE IF NOT EXISTS events_local ON CLUSTER analytics (
   subcategory String,
   event String,
   detail_keys Array(String),
-  detail_values Array(String)
+  detail_values Array(String),
+  kind Enum8('other' = 0, 'started' = 1, 'cancelled' = 2, 'crashed' = 3, 'stopped' = 4, 'memory' = 5) DEFAULT multiIf(
+    category = 'Command' AND subcategory = 'Started', 'started',
+    category = 'Command' AND subcategory = 'Cancelled', 'cancelled',
+    category = 'Application' AND subcategory = 'Crashed', 'crashed',
+    category = 'Application' AND subcategory = 'Stopped', 'stopped',
+    category = 'MemoryUsage' AND subcategory = 'Application', 'memory', 'other'),
+  session_id UInt64 DEFAULT cityHash64(session, installation)
 ) ENGINE = ReplicatedReplacingMergeTree('/clickhouse/analytics/{shard}/events', '{replica}', precedence)
 PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
 
 CREATE TABLE IF NOT EXISTS events ON CLUSTER analytics AS analytics.events_local
 ENGINE = Distributed(analytics, analytics, events_local, sipHash64(session));
+
+CREATE TABLE IF NOT EXISTS session_days_local ON CLUSTER analytics (
+  day Date,
+  session String,
+  installation String,
+  user String,
+  received_day Date,
+  first AggregateFunction(min, UInt64),
+  last AggregateFunction(max, UInt64),
+  crashed AggregateFunction(max, UInt8),
+  stopped AggregateFunction(max, UInt8),
+  memory AggregateFunction(max, Int64)
+) ENGINE = ReplicatedAggregatingMergeTree('/clickhouse/analytics/{shard}/session_days', '{replica}')
+ORDER BY (day, session, installation, user, received_day);
+
+CREATE TABLE IF NOT EXISTS session_days ON CLUSTER analytics AS analytics.session_days_local
+ENGINE = Distributed(analytics, analytics, session_days_local, sipHash64(session));
+
+CREATE MATERIALIZED VIEW IF NOT EXISTS session_days_view ON CLUSTER analytics TO analytics.session_days_local AS
+WITH
+  toUInt64(toUInt32(time)) * 1000 + time_ms AS milliseconds,
+  if(kind = 'memory', detail_values[indexOf(detail_keys, 'Max')], '') AS reading
+SELECT day, session, installation, user, toDate(received, 'UTC') AS received_day,
+  minState(if(milliseconds = 0, 9999999999999999, milliseconds)) AS first,
+  maxState(milliseconds) AS last,
+  maxState(kind = 'crashed') AS crashed,
+  maxState(kind = 'stopped') AS stopped,
+  maxState(if(match(reading, '^[0-9]{1,18}$'), toInt64OrZero(reading), toInt64(-1))) AS memory
+FROM analytics.events_local
+GROUP BY day, session, installation, user, received_day;
 
 CREATE TABLE IF NOT EXISTS environments_local ON CLUSTER analytics (
   key FixedString(24),

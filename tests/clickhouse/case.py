@@ -29,6 +29,9 @@ def package(*events, environments=()):
 class ClickHouseTest(unittest.TestCase):
     """One ClickHouse server for all tests of a class, and a database for each test."""
 
+    FIGURES = ("events-by-day", "installations-by-day", "installations-by-week", "versions", "crashes", "commands",
+               "memory", "sessions", "live", "refused", "filters")
+
     numbers = itertools.count()
 
     @classmethod
@@ -48,18 +51,20 @@ class ClickHouseTest(unittest.TestCase):
 
     def collector(self, *options, clickhouse=None):
         clickhouse = clickhouse or self.clickhouse
-        collector = Collector(self.site, clickhouse.address(self.database), "--store-credentials",
-                              clickhouse.credentials, *options)
+        return self.start(clickhouse.address(self.database), "--store-credentials", clickhouse.credentials, *options)
+
+    def start(self, store, *options):
+        collector = Collector(self.site, store, "--readers", self.site.readers, *options)
         self.addCleanup(collector.kill, signal.SIGTERM)
         return collector
 
-    def start_with_page(self, store, *options):
-        readers = self.directory / "readers"
-        readers.touch(0o600)
-        readers.write_text("rita:secret\n")
-        collector = Collector(self.site, store, "--readers", readers, *options)
-        self.addCleanup(collector.kill, signal.SIGTERM)
-        return collector
+    def send(self, server, body, user="ada"):
+        """Sends a package to a collector, and returns the status of the answer."""
+        with contextlib.closing(Sender(self.site, server.port, user)) as sender:
+            return sender.send(body)
+
+    def rows(self, statement, clickhouse=None):
+        return (clickhouse or self.clickhouse).rows(statement, self.database)
 
     def get(self, collector, path, **parameters):
         tls = ssl.create_default_context(cafile=self.site.directory / "certificate.pem")
@@ -72,15 +77,15 @@ class ClickHouseTest(unittest.TestCase):
         connection.close()
         return answer
 
-    def send(self, server, body, user="ada"):
-        """Sends a package to a collector, and returns the status of the answer."""
-        with contextlib.closing(Sender(self.site, server.port, user)) as sender:
-            return sender.send(body)
-
-    def rows(self, statement, clickhouse=None):
-        return (clickhouse or self.clickhouse).rows(statement, self.database)
-
     def expect_each_once(self, texts, clickhouse=None):
         stored = [text for text, in self.rows("SELECT text FROM events FINAL", clickhouse)]
         lost = set(texts) - set(stored)
         self.assertEqual(([*lost][:3], len(stored)), ([], len(set(texts))))
+
+    def expect_summary(self, clickhouse=None):
+        """Expects that the view has summed up every event."""
+        time = "toUInt64(toUInt32(time)) * 1000 + time_ms"
+        tables = (("session_days", "minMerge(first), maxMerge(last)"), ("events", f"min({time}), max({time})"))
+        summary, events = (self.rows(f"SELECT day, session, {times} FROM {table} GROUP BY day, session "
+                                     "ORDER BY day, session", clickhouse) for table, times in tables)
+        self.assertEqual(summary, events)

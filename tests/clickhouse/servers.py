@@ -167,6 +167,9 @@ class Site:
         users = self.directory / "users"
         users.touch(0o600)
         users.write_text("ada:secret\nbob:secret\n")
+        self.readers = self.directory / "readers"
+        self.readers.touch(0o600)
+        self.readers.write_text("rita:secret\n")
 
     def command(self, store, *options, port=0):
         return [PROGRAM, "--listen", f"127.0.0.1:{port}", "--certificate", self.directory / "certificate.pem",

@@ -56,6 +56,12 @@ class ClusterTest(ClickHouseTest):
         for replica in self.replicas:
             self.expect_each_once(stored, replica)
             self.assertEqual(self.rows("SELECT count() FROM events_local FINAL", replica), [[str(len(stored))]])
+        for collector in collectors:
+            self.assertEqual(self.get(collector, "versions")["rows"], [["", 1, 4]])
+            for figure in self.FIGURES:
+                self.assertTrue(self.get(collector, figure).get("rows") or figure in ("crashes", "memory", "refused"))
+            for figure in ("events-by-day", "crashes", "memory", "sessions", "live"):
+                self.assertEqual(self.get(collector, figure, version="none").get("rows"), [])
         second.kill()
         last = event(9999)
         self.assertEqual(self.send(collectors[0], package(last)), 503)
@@ -64,6 +70,9 @@ class ClusterTest(ClickHouseTest):
             sender.send_until_stored(package(last))
         for replica in self.replicas:
             self.expect_each_once([*stored, last], replica)
+            self.expect_summary(replica)
+        # Rows of the last insert with a quorum are deleted only after the next one.
+        self.assertEqual(self.send(collectors[0], package(event(0, InstallationId="I-2"))), 204)
         erased = self.site.output_of(PROGRAM, "erase", "--yes", "--installation", "I-1", "--store",
                                      first.address("analytics"), "--store-credentials", first.credentials)
         self.assertEqual(erased, (f"events {len(stored) + 1}, environments 0, refused texts 0\n"

@@ -44,13 +44,12 @@ def packages():
                 "InstallationId": installation, "SessionId": session, "CurrentActiveApplication": {"Version": version},
                 "Timestamp": f"2026-05-01T00:00:{len(environments):02}.000Z"}))
         yield package(*rows, rows[0], "bad \x01\xff" + HOSTILE[number % 5], environments=environments)
+    yield package(*(record("{AB-0002}", "I-2", 40 * number, f"Category {number % 60}") for number in range(200)))
     yield package('{"Category":"No identity"}', '{"Category":"No time","SessionId":"{AB-0001}","Timestamp":"never"}',
                   '{"Category":"Other","InstallationId":"I-1","Timestamp":"2026-05-05T00:00:00.000Z"}')
 
 
 class FiguresTest(ClickHouseTest):
-    FIGURES = ("events-by-day", "installations-by-day", "installations-by-week", "versions", "crashes", "commands",
-               "memory", "sessions", "live", "refused", "filters")
     FILTERS = ({}, {"from": "2026-06-01"}, {"until": "2026-06-15"}, {"from": "2026-05-02", "until": "2026-05-30"},
                {"from": "0001-01-01", "until": "9999-12-31"},
                {"version": "14.2"}, {"version": HOSTILE[2]}, {"installation": "I-4"}, {"installation": HOSTILE[1]},
@@ -60,7 +59,7 @@ class FiguresTest(ClickHouseTest):
 
     def test_both_stores_give_the_same_answers_before_clickhouse_has_merged(self):
         file = self.directory / "figures.db"
-        ours = self.start_with_page(file)
+        ours = self.start(file)
         for body in packages():
             self.assertEqual(self.send(ours, body), 204)
         address = ("--store", self.clickhouse.address(self.database), "--store-credentials", self.clickhouse.credentials)
@@ -68,7 +67,7 @@ class FiguresTest(ClickHouseTest):
         self.assertEqual(status, 0, imported)
         self.clickhouse.query("SYSTEM STOP MERGES")
         self.addCleanup(self.clickhouse.query, "SYSTEM START MERGES")
-        theirs = self.start_with_page(address[1], *address[2:], "--batch-time", "200")
+        theirs = self.start(address[1], *address[2:], "--batch-time", "200")
         for number, body in enumerate(packages()):
             if number % 2:
                 self.assertEqual(self.send(theirs, body), 204)
@@ -89,12 +88,11 @@ class FiguresTest(ClickHouseTest):
             self.assertEqual(self.get(theirs, "session", id=session), self.get(ours, "session", id=session))
 
     def test_live_shows_each_row_once_and_in_order(self):
-        collector = self.start_with_page(self.clickhouse.address(self.database), "--store-credentials",
-                                         self.clickhouse.credentials, "--create", "--batch-time", "200")
+        collector = self.collector("--create", "--batch-time", "200")
         packages_of_rows = [[record("S-1", "I-1", 10 * number + row, "Graphic", "Action") for row in range(10)]
                             for number in range(5)]
         examined = self.get(collector, "live", installation="nobody")["cursor"]
-        self.assertGreater(int(examined[1:14]), 1000 * (time.time() - 15))
+        self.assertGreater(int(examined[1:14]), 1000 * (time.time() - 65))
         seen, cursor = [], ""
         for rows in (*packages_of_rows[:3], packages_of_rows[0], *packages_of_rows[3:]):
             self.assertEqual(self.send(collector, package(*rows)), 204)

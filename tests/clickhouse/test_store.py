@@ -47,6 +47,7 @@ class StoreTest(ClickHouseTest):
         for client in clients:
             client.join()
         self.expect_each_once(stored)
+        self.expect_summary()
 
     def test_uses_tls_and_trusts_no_unknown_certificate(self):
         (port,) = free_ports(1)
@@ -117,13 +118,15 @@ class StoreTest(ClickHouseTest):
                          ("events 1, environments 0, refused texts 1\nerased 2 rows\n", 0))
         self.expect_each_once([event(0)])
         self.assertEqual(self.rows("SELECT count() FROM refused"), [["0"]])
+        self.assertEqual(self.rows("SELECT DISTINCT installation, user FROM session_days"), [["I-1", "ada"]])
 
     def test_deletes_rows_after_their_retention(self):
         self.collector("--create", "--batch-time", "200").kill(signal.SIGTERM)
         for text, received in (("old", "now() - 3 * 86400"), ("new", "now()")):
             self.clickhouse.query(f"INSERT INTO events (text, received) SELECT '{text}', {received}", self.database)
         self.collector("--retention", "2")
-        wait_until(lambda: self.rows("SELECT text FROM events") == [["new"]], "the deletion")
+        wait_until(lambda: self.rows("SELECT text FROM events") == [["new"]] and
+                   self.rows("SELECT received_day = toDate(now(), 'UTC') FROM session_days") == [[1]], "the deletion")
 
     def test_imports_each_row_of_an_sqlite_store_once(self):
         store = self.directory / "store.db"

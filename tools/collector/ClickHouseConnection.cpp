@@ -45,10 +45,12 @@ int abortIfInterrupted(void* flag, curl_off_t /*toReceive*/, curl_off_t /*receiv
   return *static_cast<const std::atomic<bool>*>(flag) ? 1 : 0;
 }
 
-/// The settings of a statement: it ends at its deadline, and a distributed table confirms no row
-/// that only this server has.
+/// The settings of a statement: it ends at its deadline, a distributed table confirms no row that
+/// only this server has, and a question may use several distributed tables. A replica would not
+/// pass an insert that is repeated to its views, unless it stores the rows again.
 std::string settingsOf(milliseconds left) {
-  return "&insert_distributed_sync=1&max_execution_time=" +
+  return "&insert_distributed_sync=1&insert_deduplicate=0&distributed_product_mode=global"
+         "&max_execution_time=" +
          std::to_string(std::chrono::ceil<std::chrono::seconds>(left).count());
 }
 

@@ -2,7 +2,6 @@
 
 #include <thread>
 
-#include "tools/collector/ClickHouseSchema.h"
 #include "tools/collector/ClickHouseText.h"
 
 namespace qel::collector {
@@ -38,20 +37,29 @@ void ClickHouseErasure::run() {
   const auto deadline = steady_clock::now() + longestDeletion;
   const std::string now = connection_.run("SELECT toUInt32(now())", deadline);
   const std::string arrived = "received < toDateTime(" + now.substr(0, now.find('\n')) + ')';
+  remove(sessionDays(), conditions_.front(), deadline);
   for (std::size_t table = 0; table < conditions_.size(); ++table) {
-    connection_.run(
-        deletionFrom(connection_, clickHouseTables()[table].name, deadline) + conditions_.at(table),
-        deadline);
+    remove(clickHouseTables()[table], conditions_.at(table), deadline);
   }
-  for (std::size_t table = 0; table < conditions_.size();) {
-    if (count(table, arrived) == 0) {
-      ++table;
-    } else if (steady_clock::now() >= deadline) {
-      connection_.fail("it is still deleting; see the table system.mutations");
-    } else {
-      std::this_thread::sleep_for(200ms);
+  const auto isErased = [&] {
+    // The summary is not counted, because it does not know which rows of today arrived later.
+    bool isDone = !isDeletingFrom(connection_, sessionDays().name, deadline);
+    for (std::size_t table = 0; isDone && table < conditions_.size(); ++table) {
+      isDone = count(table, arrived) == 0;
     }
+    return isDone;
+  };
+  while (!isErased()) {
+    if (steady_clock::now() >= deadline) {
+      connection_.fail("it is still deleting; see the table system.mutations");
+    }
+    std::this_thread::sleep_for(200ms);
   }
+}
+
+void ClickHouseErasure::remove(const ClickHouseTable& table, const std::string& condition,
+                               ClickHouseConnection::Deadline deadline) {
+  connection_.run(deletionFrom(connection_, table.name, deadline) + condition, deadline);
 }
 
 std::int64_t ClickHouseErasure::count(std::size_t table, const std::string& more) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/collector/ClickHouseConnection.h"
+#include "tools/collector/ClickHouseSchema.h"
 
 namespace qel::collector {
 
@@ -24,6 +25,8 @@ class ClickHouseErasure {
 
  private:
   std::int64_t count(std::size_t table, const std::string& more);
+  void remove(const ClickHouseTable& table, const std::string& condition,
+              ClickHouseConnection::Deadline deadline);
 
   ClickHouseConnection connection_;
   std::array<std::string, 3> conditions_;

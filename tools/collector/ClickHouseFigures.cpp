@@ -22,30 +22,28 @@ constexpr const char* liveRows = "100000";
 /// earlier ones.
 constexpr std::chrono::milliseconds timeOfInsert{500};
 
-/// The largest categories are found without `FINAL`, which is slow: a row that was sent twice may
-/// change which ones have names, but no sum.
 std::string eventsByDay(const Filter& filter) {
-  Question largest("SELECT category, 1 AS isLarge FROM events WHERE day > toDate(0)");
-  largest.ofEvents(filter).then(" GROUP BY category ORDER BY sum(count) DESC, category LIMIT 50");
-  Question copies(
-      "SELECT day, category, sum(count) AS copies FROM events FINAL WHERE day > toDate(0)");
-  copies.ofEvents(filter).then(" GROUP BY day, category");
-  return "SELECT day, shown, total FROM (SELECT day, if(isLarge = 1, category, '(others)') AS "
-         "shown,"
-         " sum(copies) AS total FROM (" +
-         copies.sql() + ") ANY LEFT JOIN (" + largest.sql() +
-         ") USING category GROUP BY day, shown ORDER BY day DESC, shown LIMIT 20000)"
-         " ORDER BY day, shown";
+  // The inner question sorts the categories, so their numbers say which are the largest.
+  return "SELECT day, shown, total FROM (SELECT day, shown, sum(events) AS total FROM (SELECT"
+         " if(rowNumberInAllBlocks() < 50, category, '(others)') AS shown, days, sums FROM"
+         " (SELECT category, groupArray(day) AS days, groupArray(copies) AS sums FROM"
+         " (SELECT day, category, sum(copies) AS copies FROM (" +
+         countsOfEvents("day, category", "day > toDate(0)", filter) +
+         ") GROUP BY day, category) GROUP BY category ORDER BY sum(copies) DESC, category))"
+         " ARRAY JOIN days AS day, sums AS events GROUP BY day, shown"
+         " ORDER BY day DESC, shown LIMIT 20000) ORDER BY day, shown";
 }
 
 std::string installationsBy(const std::string& period, const std::string& name,
                             const Filter& filter) {
-  return Question("SELECT " + period + " AS " + name +
-                  ", uniqExact(installation) AS installations FROM events"
+  return "SELECT * FROM (" +
+         Question("SELECT " + period + " AS " + name +
+                  ", uniqExact(installation) AS installations FROM session_days"
                   " WHERE day > toDate(0) AND installation != ''")
-      .ofEvents(filter)
-      .then(" GROUP BY " + name + " ORDER BY " + name)
-      .sql();
+             .ofSessionDays(filter)
+             .then(" GROUP BY " + name + " ORDER BY " + name + " DESC LIMIT 20000")
+             .sql() +
+         ") ORDER BY " + name;
 }
 
 std::string installationsByDay(const Filter& filter) {
@@ -62,44 +60,61 @@ std::string versions(const Filter& filter) {
          sessionsOf(filter) + ") GROUP BY version ORDER BY sessions DESC, version LIMIT 200";
 }
 
+/// The copies of the events of a kind.
+Question eventsOf(const std::string& columns, const std::string& kind) {
+  return Question("SELECT " + columns + " FROM events PREWHERE kind = " + sqlLiteral(kind));
+}
+
+Question crashesOf(const std::string& columns, const Filter& filter) {
+  return eventsOf(columns, "crashed").then(" WHERE 1").ofEvents(filter);
+}
+
+/// The last command that was started before each crash of `found` in its session. Sessions are
+/// compared by their numbers, because their names are long.
+std::string commandsBefore(const std::string& found, const Filter& filter) {
+  const auto digits = [](const std::string& first, std::string_view number) {
+    return "toString(" + first + " + " + std::string(number) + ")";
+  };
+  const std::string order = "concat(" + digits("10000000000000", timeOfRecord) + ", " +
+                            digits("10000000000000", arrival) + ", " +
+                            digits("10000000000", "place") + ")";
+  Question started = eventsOf("session_id, event, " + std::string(timeOfRecord) +
+                                  " AS start_time, " + order + " AS start_order",
+                              "started");
+  started.then(" AND session_id IN (" + crashesOf("session_id", filter).sql() + ")");
+  return "SELECT crash, argMax(event, start_order) AS command FROM (" + started.sql() +
+         ") ALL INNER JOIN (SELECT crash, session_id, crash_time FROM (" + found +
+         ") WHERE session != '') USING session_id WHERE start_time <= crash_time GROUP BY crash";
+}
+
 std::string crashes(const Filter& filter) {
-  const std::string crash = "category = 'Application' AND subcategory = 'Crashed'";
-  const std::string time(timeOfRecord);
-  Question found(
-      "SELECT session, installation, any(" + time +
-      ") AS crashTime, any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
-      " max(count) AS copies FROM events WHERE " +
-      crash);
-  found.ofEvents(filter).then(" GROUP BY key, session, installation");
-  const std::string started =
-      "SELECT session, installation, groupArray(startTime) AS times, groupArray(event) AS names"
-      " FROM (SELECT session, installation, " +
-      time +
-      " AS startTime, event FROM events WHERE category = 'Command' AND subcategory = 'Started'"
-      " AND session != '' AND session IN (SELECT session FROM events WHERE " +
-      crash + ") ORDER BY startTime, received, received_ms, place) GROUP BY session, installation";
+  const std::string found =
+      crashesOf("key AS crash, session_id, session, installation, any(" +
+                    std::string(timeOfRecord) +
+                    ") AS crash_time,"
+                    " any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
+                    " max(count) AS copies",
+                filter)
+          .then(" GROUP BY key, session_id, session, installation")
+          .sql();
   return "SELECT version, code, command, sum(copies) AS crashes,"
          " uniqExactIf(installation, installation != '') AS installations,"
-         " argMax(session, concat(toString(10000000000000 + crashTime), session)) AS latest_session"
-         " FROM (SELECT session, installation, crashTime, code, copies, version,"
-         " names[arrayCount(x -> x <= crashTime, times)] AS command FROM (SELECT session,"
-         " installation, crashTime, code, copies, times, names FROM (" +
-         found.sql() + ") ANY LEFT JOIN (" + started +
-         ") USING session, installation) ANY LEFT JOIN (" + versionsOfSessions +
-         ") USING session, installation) GROUP BY version, code, command"
+         " argMax(session, concat(toString(10000000000000 + crash_time), session))"
+         " AS latest_session FROM (SELECT session, installation, crash_time, code, copies, command"
+         " FROM (" +
+         found + ") ANY LEFT JOIN (" + commandsBefore(found, filter) +
+         ") USING crash) ANY LEFT JOIN (" + versionsOfSessions +
+         ") USING session, installation GROUP BY version, code, command"
          " ORDER BY crashes DESC, version, code, command LIMIT 200";
 }
 
 std::string commands(const Filter& filter) {
-  return Question(
-             "SELECT command, started, cancelled, if(started > 0, cancelled / started, NULL) AS"
-             " share FROM (SELECT event AS command, sumIf(count, subcategory = 'Started') AS"
-             " started, sumIf(count, subcategory = 'Cancelled') AS cancelled FROM events FINAL"
-             " WHERE category = 'Command' AND subcategory IN ('Started', 'Cancelled')"
-             " AND day > toDate(0)")
-      .ofEvents(filter)
-      .then(" GROUP BY event) ORDER BY started DESC, cancelled DESC, command LIMIT 30")
-      .sql();
+  return "SELECT command, started, cancelled, if(started > 0, cancelled / started, NULL) AS share"
+         " FROM (SELECT event AS command, sumIf(copies, kind = 'started') AS started,"
+         " sumIf(copies, kind = 'cancelled') AS cancelled FROM (" +
+         countsOfEvents("event, kind", "kind IN ('started', 'cancelled') AND day > toDate(0)",
+                        filter) +
+         ") GROUP BY event) ORDER BY started DESC, cancelled DESC, command LIMIT 30";
 }
 
 std::string memory(const Filter& filter) {
@@ -110,13 +125,11 @@ std::string memory(const Filter& filter) {
                   percentile("99") +
                   " FROM (SELECT week, count() AS sessions, arraySort(groupArray(highest)) AS"
                   " sorted FROM (SELECT toMonday(day) AS week, session, installation,"
-                  " max(toUInt64(reading)) AS highest FROM (SELECT day, session, installation,"
-                  " detail_values[indexOf(detail_keys, 'Max')] AS reading FROM events"
-                  " WHERE category = 'MemoryUsage' AND subcategory = 'Application'"
-                  " AND session != '' AND day > toDate(0)")
-      .ofEvents(filter)
+                  " maxMerge(memory) AS highest FROM session_days"
+                  " WHERE session != '' AND day > toDate(0)")
+      .ofSessionDays(filter)
       .then(
-          ") WHERE match(reading, '^[0-9]{1,18}$') GROUP BY week, session, installation)"
+          " GROUP BY week, session, installation HAVING highest >= 0)"
           " GROUP BY week) ORDER BY week")
       .sql();
 }
@@ -145,7 +158,8 @@ std::string sessions(const Filter& filter) {
          "session, installation, version, first AS begin, " +
          time("first") + ", " + time("last") + ", copies, end FROM (" + chosen.sql() +
          ") ANY LEFT JOIN (SELECT session, installation, sum(most) AS copies FROM (SELECT session,"
-         " installation, max(count) AS most FROM events WHERE session IN (SELECT session FROM (" +
+         " installation, max(count) AS most FROM events PREWHERE session_id IN"
+         " (SELECT cityHash64(session, installation) FROM (" +
          chosen.sql() +
          ")) GROUP BY key, session, installation) GROUP BY session, installation)"
          " USING session, installation) ORDER BY begin DESC, session DESC, installation";
@@ -219,9 +233,9 @@ std::string filters(const Filter& /*filter*/) {
              "SELECT kind, value FROM (SELECT DISTINCT 'version' AS kind, version AS value"
              " FROM (") +
          versionsOfSessions +
-         ") UNION ALL SELECT 'first-day' AS kind, toString(min(day)) AS value FROM events"
+         ") UNION ALL SELECT 'first-day' AS kind, toString(min(day)) AS value FROM session_days"
          " WHERE day > toDate(0) HAVING count() > 0"
-         " UNION ALL SELECT 'last-day' AS kind, toString(max(day)) AS value FROM events"
+         " UNION ALL SELECT 'last-day' AS kind, toString(max(day)) AS value FROM session_days"
          " WHERE day > toDate(0) HAVING count() > 0) ORDER BY kind, value LIMIT 500";
 }
 

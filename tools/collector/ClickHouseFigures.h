@@ -8,8 +8,8 @@
 namespace qel::collector {
 
 /// **Duplicates.** Until ClickHouse has merged a row that was sent twice, its copies differ only in
-/// user, arrival and count. Figures that do not count rows therefore read without `FINAL`, which is
-/// several times faster. Others read few rows and group them by key, or use `FINAL`.
+/// user, arrival and count. Figures of sessions come from `session_days`, which copies do not
+/// change. Others sum up counts with `FINAL`, or read few rows and group them by key.
 struct ClickHouseFigure {
   std::string_view name;
   std::string_view columns;  ///< with commas between them

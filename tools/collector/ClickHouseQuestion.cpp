@@ -1,5 +1,7 @@
 #include "tools/collector/ClickHouseQuestion.h"
 
+#include <array>
+
 namespace qel::collector {
 
 const char* const versionsOfSessions =
@@ -8,12 +10,12 @@ const char* const versionsOfSessions =
     " version)) AS latest FROM environments WHERE session != '' AND version != ''"
     " GROUP BY session, installation)";
 
-ClickHouseQuestion& ClickHouseQuestion::ofEvents(const Filter& filter) {
+ClickHouseQuestion& ClickHouseQuestion::of(const Filter& filter, const std::string& sessionId) {
   andIf("day >= ", filter.from);
   andIf("day <= ", filter.until);
   andIf("installation = ", filter.installation);
   if (!filter.version.empty()) {
-    then(" AND (session, installation) IN (SELECT session, installation FROM (");
+    then(" AND " + sessionId + " IN (SELECT cityHash64(session, installation) FROM (");
     then(versionsOfSessions).then(") WHERE version = " + sqlLiteral(filter.version) + ")");
   }
   return *this;
@@ -25,23 +27,49 @@ std::string textOfMilliseconds(const std::string& milliseconds) {
          " % 1000), 2), 'Z')";
 }
 
+std::string countsOfEvents(const std::string& groups, const std::string& condition,
+                           const Filter& filter) {
+  // A key begins with a digest, so the pieces have about the same size.
+  constexpr std::array<std::string_view, 4> begins{"00", "40", "80", "C0"};
+  std::string pieces;
+  for (std::size_t piece = 0; piece < begins.size(); ++piece) {
+    ClickHouseQuestion question("SELECT " + groups);
+    question.then(", sum(bitShiftRight(precedence, 32)) AS copies FROM events FINAL PREWHERE ")
+        .then(condition);
+    const auto andKey = [&](std::string_view relation, std::string_view byte) {
+      question.then(" AND key ").then(relation).then(" toFixedString('\\x");
+      question.then(byte).then("', 24)");
+    };
+    andKey(">=", begins.at(piece));
+    if (piece + 1 < begins.size()) {
+      andKey("<", begins.at(piece + 1));
+    }
+    question.ofEvents(filter).then(" GROUP BY " + groups);
+    pieces.append(piece == 0 ? "" : " UNION ALL ").append(question.sql());
+  }
+  return pieces;
+}
+
 std::string sessionsOf(const Filter& filter) {
-  const std::string time(timeOfRecord);
   const std::string none = "9999999999999999";
   // `days` restrict the pairs, not their records.
-  const auto part = [&](const std::string& table, const std::string& ends) {
-    ClickHouseQuestion question("SELECT session, installation, min(if(" + time + " = 0, " + none +
-                                ", " + time + ")) AS begin, max(" + time + ") AS end, " + ends +
-                                " FROM " + table + " WHERE session != ''");
+  const auto part = [&](const std::string& columns, const std::string& table) {
+    ClickHouseQuestion question("SELECT session, installation, " + columns + " FROM " + table +
+                                " WHERE session != ''");
     return question.andIf("installation = ", filter.installation)
         .then(" GROUP BY session, installation")
         .sql();
   };
+  const std::string time(timeOfRecord);
   const std::string records =
-      part("events",
-           "max(category = 'Application' AND subcategory = 'Crashed') AS crash,"
-           " max(category = 'Application' AND subcategory = 'Stopped') AS stop") +
-      " UNION ALL " + part("environments", "toUInt8(0) AS crash, toUInt8(0) AS stop");
+      part(
+          "minMerge(first) AS begin, maxMerge(last) AS end, maxMerge(crashed) AS crash,"
+          " maxMerge(stopped) AS stop",
+          "session_days") +
+      " UNION ALL " +
+      part("min(if(" + time + " = 0, " + none + ", " + time + ")) AS begin, max(" + time +
+               ") AS end, toUInt8(0) AS crash, toUInt8(0) AS stop",
+           "environments");
   ClickHouseQuestion question(
       "SELECT session, installation, version, if(begin = " + none +
       ", 0, begin) AS first, end AS last, crashed, stopped FROM (SELECT session, installation,"

@@ -24,12 +24,18 @@ class ClickHouseQuestion {
     }
     return *this;
   }
-  /// The restrictions of an event: its day, installation and version.
-  ClickHouseQuestion& ofEvents(const Filter& filter);
+  /// The restrictions of a row of `events`: its day, installation and version.
+  ClickHouseQuestion& ofEvents(const Filter& filter) { return of(filter, "session_id"); }
+  /// The same for a row of `session_days`.
+  ClickHouseQuestion& ofSessionDays(const Filter& filter) {
+    return of(filter, "cityHash64(session, installation)");
+  }
 
   const std::string& sql() const { return sql_; }
 
  private:
+  ClickHouseQuestion& of(const Filter& filter, const std::string& sessionId);
+
   std::string sql_;
 };
 
@@ -39,6 +45,14 @@ inline constexpr std::string_view arrival = "(toUInt64(toUInt32(received)) * 100
 
 /// Such a time as a text, as clients write it.
 std::string textOfMilliseconds(const std::string& milliseconds);
+
+/// Sums up the counts of the events that meet a condition of their columns, each event once. The
+/// result has the columns `groups` and `copies`, with several rows for a group.
+///
+/// `FINAL` need not merge what PREWHERE leaves out. Old versions merge in one thread, so the
+/// question has pieces, which ClickHouse answers at the same time.
+std::string countsOfEvents(const std::string& groups, const std::string& condition,
+                           const Filter& filter);
 
 /// The version of each pair of session and installation: that of its latest environment record.
 extern const char* const versionsOfSessions;

@@ -11,7 +11,7 @@ namespace qel::collector {
 namespace {
 
 using Deadline = ClickHouseConnection::Deadline;
-using Columns = std::vector<std::pair<std::string, std::string>>;
+using Columns = ClickHouseTable::Columns;
 
 constexpr int currentVersion = 1;
 
@@ -29,6 +29,11 @@ const Columns ofEvents{{"category", "String"},
                        {"event", "String"},
                        {"detail_keys", "Array(String)"},
                        {"detail_values", "Array(String)"}};
+const Columns computedOfEvents{
+    {"kind",
+     "Enum8('other' = 0, 'started' = 1, 'cancelled' = 2, 'crashed' = 3, 'stopped' = 4,"
+     " 'memory' = 5)"},
+    {"session_id", "UInt64"}};
 
 Columns joined(const std::vector<Columns>& parts) {
   Columns columns;
@@ -83,12 +88,12 @@ void checkTable(ClickHouseConnection& connection, const ClickHouseTable& table, 
     connection.fail("it has no table " + table.name + "; --create creates the tables");
   }
   const bool isDistributed = engine[1] == "Distributed";
-  if (!isDistributed && (!engine[1].ends_with("ReplacingMergeTree") || engine[2] != "key")) {
-    connection.fail("the table " + table.name +
-                    " must have the engine ReplacingMergeTree and be ordered by key");
+  if (!isDistributed && (!engine[1].ends_with(table.engine) || engine[2] != table.order)) {
+    connection.fail("the table " + table.name + " must have the engine " + table.engine +
+                    " and be ordered by " + table.order);
   }
   const auto columns = columnsOf(connection, table.name, deadline);
-  for (const auto& [name, type] : table.columns) {
+  for (const auto& [name, type] : joined({table.columns, table.computed})) {
     const auto found = columns.find(name);
     if (found == columns.end()) {
       connection.fail("the table " + table.name + " has no column " + name);
@@ -120,11 +125,29 @@ std::string withoutQuotes(std::string text) {
 
 const std::vector<ClickHouseTable>& clickHouseTables() {
   static const std::vector<ClickHouseTable> tables{
-      {"events", joined({common, ofRecords, ofEvents})},
-      {"environments", joined({common, ofRecords, {{"version", "String"}}})},
-      {"refused", joined({common, {{"reason", "String"}}})},
+      {"events", joined({common, ofRecords, ofEvents}), computedOfEvents},
+      {"environments", joined({common, ofRecords, {{"version", "String"}}}), {}},
+      {"refused", joined({common, {{"reason", "String"}}}), {}},
   };
   return tables;
+}
+
+const ClickHouseTable& sessionDays() {
+  static const ClickHouseTable table{"session_days",
+                                     {},
+                                     {{"day", "Date"},
+                                      {"session", "String"},
+                                      {"installation", "String"},
+                                      {"user", "String"},
+                                      {"received_day", "Date"},
+                                      {"first", "AggregateFunction(min, UInt64)"},
+                                      {"last", "AggregateFunction(max, UInt64)"},
+                                      {"crashed", "AggregateFunction(max, UInt8)"},
+                                      {"stopped", "AggregateFunction(max, UInt8)"},
+                                      {"memory", "AggregateFunction(max, Int64)"}},
+                                     "AggregatingMergeTree",
+                                     "day, session, installation, user, received_day"};
+  return table;
 }
 
 std::string insertionInto(const ClickHouseTable& table) {
@@ -160,12 +183,24 @@ void checkSchema(ClickHouseConnection& connection, Deadline deadline) {
   for (const auto& table : clickHouseTables()) {
     checkTable(connection, table, deadline);
   }
+  checkTable(connection, sessionDays(), deadline);
+  if (connection.run("EXISTS TABLE session_days_view", deadline) == "0\n") {
+    connection.fail("it has no view session_days_view; --create creates it");
+  }
   checkVersion(connection, deadline);
 }
 
 void rewriteVersion(ClickHouseConnection& connection, Deadline deadline) {
   connection.run("INSERT INTO schema_version SELECT " + std::to_string(currentVersion) + ", now()",
                  deadline);
+}
+
+bool isDeletingFrom(ClickHouseConnection& connection, const std::string& pattern,
+                    Deadline deadline) {
+  const std::string unfinished =
+      "SELECT count() FROM system.mutations WHERE database = currentDatabase() AND is_done = 0"
+      " AND table LIKE ";
+  return connection.run(unfinished + sqlLiteral(pattern), deadline) != "0\n";
 }
 
 std::string deletionFrom(ClickHouseConnection& connection, const std::string& table,

@@ -6,7 +6,6 @@
 
 #include "host/QelUtilities/ScopeGuard.h"
 #include "tools/collector/ClickHouseSchema.h"
-#include "tools/collector/ClickHouseText.h"
 
 namespace qel::collector {
 namespace {
@@ -74,26 +73,21 @@ void ClickHouseStore::insert(ClickHouseRows& rows, steady_clock::time_point dead
 }
 
 bool ClickHouseStore::removeSome(system_clock::time_point before) {
-  const auto day = std::chrono::floor<std::chrono::days>(before);
-  const std::string condition =
-      "received < toDateTime(" +
-      std::to_string(std::chrono::seconds(day.time_since_epoch()).count()) + ')';
+  const auto day = std::chrono::floor<std::chrono::days>(before).time_since_epoch();
   for (const auto& table : clickHouseTables()) {
-    remove(table.name, condition);
+    remove(table.name,
+           "received < toDateTime(" + std::to_string(std::chrono::seconds(day).count()) + ')');
   }
+  remove(sessionDays().name, "received_day < toDate(" + std::to_string(day.count()) + ')');
   return false;
 }
 
 /// Rows are counted first, because a deletion costs much even if it deletes nothing.
 void ClickHouseStore::remove(const std::string& table, const std::string& condition) {
   const auto deadline = steady_clock::now() + patience;
-  const auto numberOf = [&](const std::string& question) {
-    return std::stoull(connection_.run("SELECT count() FROM " + question, deadline));
-  };
-  const std::string unfinished =
-      "system.mutations WHERE database = currentDatabase() AND is_done = 0 AND table LIKE " +
-      sqlLiteral(table + '%');
-  if (numberOf(table + " WHERE " + condition) > 0 && numberOf(unfinished) == 0) {
+  const bool isAny =
+      connection_.run("SELECT count() FROM " + table + " WHERE " + condition, deadline) != "0\n";
+  if (isAny && !isDeletingFrom(connection_, table + '%', deadline)) {
     connection_.run(deletionFrom(connection_, table, deadline) + condition, deadline);
   }
 }

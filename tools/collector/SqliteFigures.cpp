@@ -57,13 +57,13 @@ SqliteQuery eventsByDay(const Filter& filter) {
 /// The installations that had an event in a day, or in another period that is computed from it.
 SqliteQuery installationsBy(const std::string& period, const std::string& name,
                             const Filter& filter) {
-  SqliteQuery query("SELECT " + period + " AS " + name +
+  SqliteQuery query("SELECT * FROM (SELECT " + period + " AS " + name +
                     ", count(DISTINCT installation) AS installations FROM"
                     " (SELECT DISTINCT day, session FROM summary_daily WHERE kind = 'category'");
   ofDaily(query, filter);
   return query.then(
       ") AS active JOIN summary_sessions ON id = active.session WHERE installation <> ''"
-      " GROUP BY 1 ORDER BY 1");
+      " GROUP BY 1 ORDER BY 1 DESC LIMIT 20000) ORDER BY 1");
 }
 
 SqliteQuery installationsByDay(const Filter& filter) {
