@@ -108,7 +108,7 @@ nlohmann::json jsonOf(const collector::ResultTable& table) {
 void printFigures(const collector::StoreOptions& store, const collector::Filter& filter,
                   std::size_t rounds) {
   using std::chrono::steady_clock;
-  const auto reader = collector::openReader(store);
+  const auto reader = collector::openReader(store, collector::clickHouseAccess(store));
   nlohmann::ordered_json figures;
   for (std::size_t round = 0; round < rounds; ++round) {
     for (const char* const name : {"events-by-day", "installations-by-day", "installations-by-week",

@@ -1,6 +1,6 @@
 -- Optional, for ClickHouse 24 or newer, after single.sql: a smaller store whose rows survive a loss of power. Leave out
--- what you do not want. Debian's 18.16 has none of it. With cluster.sql, change the tables events_local, session_days_local,
--- environments_local and refused_local instead, with ON CLUSTER analytics.
+-- what you do not want. Debian's 18.16 has none of it. With cluster.sql, change the tables events_local,
+-- session_days_local, environments_local and refused_local instead, with ON CLUSTER analytics.
 
 -- An insert is confirmed when it is on disk.
 ALTER TABLE events MODIFY SETTING fsync_after_insert = 1, fsync_part_directory = 1;

@@ -33,8 +33,8 @@ CREATE TABLE IF NOT EXISTS events (
   session_id UInt64 DEFAULT cityHash64(session, installation)
 ) ENGINE = ReplacingMergeTree(precedence) PARTITION BY toRelativeMonthNum(day) % 48 ORDER BY key;
 
--- What the page asks of sessions, summed up for each day. A row that is sent twice changes no minimum and no maximum, so
--- the answers are right before ClickHouse has merged. User and day of arrival are there for deletions.
+-- What the page asks of sessions, summed up for each day. A row that is sent twice changes no minimum and no maximum,
+-- so the answers are right before ClickHouse has merged. User and day of arrival are there for deletions.
 CREATE TABLE IF NOT EXISTS session_days (
   day Date,
   session String,

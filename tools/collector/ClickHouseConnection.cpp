@@ -46,8 +46,8 @@ int abortIfInterrupted(void* flag, curl_off_t /*toReceive*/, curl_off_t /*receiv
 }
 
 /// The settings of a statement: it ends at its deadline, a distributed table confirms no row that
-/// only this server has, and a question may use several distributed tables. A replica would not
-/// pass an insert that is repeated to its views, unless it stores the rows again.
+/// only this server has, a repeated insert reaches the views of a replica also if its rows are
+/// stored already, and a question may join several distributed tables.
 std::string settingsOf(milliseconds left) {
   return "&insert_distributed_sync=1&insert_deduplicate=0&distributed_product_mode=global"
          "&max_execution_time=" +

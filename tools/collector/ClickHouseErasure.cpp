@@ -37,19 +37,29 @@ void ClickHouseErasure::run() {
   const auto deadline = steady_clock::now() + longestDeletion;
   const std::string now = connection_.run("SELECT toUInt32(now())", deadline);
   const std::string arrived = "received < toDateTime(" + now.substr(0, now.find('\n')) + ')';
-  remove(sessionDays(), conditions_.front(), deadline);
   for (std::size_t table = 0; table < conditions_.size(); ++table) {
     remove(clickHouseTables()[table], conditions_.at(table), deadline);
   }
-  const auto isErased = [&] {
-    // The summary is not counted, because it does not know which rows of today arrived later.
-    bool isDone = !isDeletingFrom(connection_, sessionDays().name, deadline);
-    for (std::size_t table = 0; isDone && table < conditions_.size(); ++table) {
-      isDone = count(table, arrived) == 0;
-    }
-    return isDone;
-  };
-  while (!isErased()) {
+  for (std::size_t table = 0; table < conditions_.size(); ++table) {
+    waitUntil([&] { return count(table, arrived) == 0; }, deadline);
+  }
+  // Last, because an insert that was under way reaches the events first.
+  const ClickHouseTable& summary = sessionDays();
+  remove(summary, conditions_.front(), deadline);
+  waitUntil(
+      [&] {
+        // It does not say which rows of today arrived later.
+        return !isDeletingFrom(connection_, summary.name + '%', deadline) ||
+               connection_.run(
+                   "SELECT count() FROM " + summary.name + " WHERE " + conditions_.front(),
+                   deadline) == "0\n";
+      },
+      deadline);
+}
+
+void ClickHouseErasure::waitUntil(const std::function<bool()>& isDone,
+                                  ClickHouseConnection::Deadline deadline) {
+  while (!isDone()) {
     if (steady_clock::now() >= deadline) {
       connection_.fail("it is still deleting; see the table system.mutations");
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "tools/collector/ClickHouseConnection.h"
@@ -25,6 +26,7 @@ class ClickHouseErasure {
 
  private:
   std::int64_t count(std::size_t table, const std::string& more);
+  void waitUntil(const std::function<bool()>& isDone, ClickHouseConnection::Deadline deadline);
   void remove(const ClickHouseTable& table, const std::string& condition,
               ClickHouseConnection::Deadline deadline);
 

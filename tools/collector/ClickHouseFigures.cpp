@@ -69,29 +69,44 @@ Question crashesOf(const std::string& columns, const Filter& filter) {
   return eventsOf(columns, "crashed").then(" WHERE 1").ofEvents(filter);
 }
 
+/// Time and arrival of a row, in texts of one length, so they sort as the events of a session.
+const std::string placeInSession = "concat(toString(10000000000000 + " + std::string(timeOfRecord) +
+                                   "), toString(10000000000000 + " + std::string(arrival) +
+                                   "), toString(10000000000 + place))";
+
 /// The last command that was started before each crash of `found` in its session. Sessions are
-/// compared by their numbers, because their names are long.
+/// compared by their numbers, because their names are long. The commands of a session are numbered,
+/// and its crashes get the number of the last one before them: a join of times would compare each
+/// crash of a session with each command.
 std::string commandsBefore(const std::string& found, const Filter& filter) {
-  const auto digits = [](const std::string& first, std::string_view number) {
-    return "toString(" + first + " + " + std::string(number) + ")";
-  };
-  const std::string order = "concat(" + digits("10000000000000", timeOfRecord) + ", " +
-                            digits("10000000000000", arrival) + ", " +
-                            digits("10000000000", "place") + ")";
-  Question started = eventsOf("session_id, event, " + std::string(timeOfRecord) +
-                                  " AS start_time, " + order + " AS start_order",
-                              "started");
-  started.then(" AND session_id IN (" + crashesOf("session_id", filter).sql() + ")");
-  return "SELECT crash, argMax(event, start_order) AS command FROM (" + started.sql() +
-         ") ALL INNER JOIN (SELECT crash, session_id, crash_time FROM (" + found +
-         ") WHERE session != '') USING session_id WHERE start_time <= crash_time GROUP BY crash";
+  const std::string started =
+      eventsOf("session_id, event, " + placeInSession + " AS position", "started")
+          .then(" AND session_id IN (" + crashesOf("session_id", filter).sql() + ")")
+          .sql();
+  const std::string crashes =
+      "SELECT session_id, crash, number FROM (SELECT session_id,"
+      " arraySort(groupArray((position, is_crash, key))) AS items FROM ("
+      "SELECT session_id, position, 0 AS is_crash, toFixedString('', 24) AS key FROM (" +
+      started + ") UNION ALL SELECT session_id, position, 1 AS is_crash, crash AS key FROM (" +
+      found +
+      ") WHERE session != '') GROUP BY session_id)"
+      " ARRAY JOIN arrayMap(x -> x.3, items) AS crash, arrayMap(x -> x.2, items) AS is_crash,"
+      " arrayCumSum(x -> 1 - x.2, items) AS number WHERE is_crash";
+  const std::string commands =
+      "SELECT session_id, event, toInt64(position_number) AS number FROM (SELECT session_id,"
+      " arrayMap(x -> x.2, arraySort(groupArray((position, event)))) AS events FROM (" +
+      started +
+      ") GROUP BY session_id)"
+      " ARRAY JOIN events AS event, arrayEnumerate(events) AS position_number";
+  return "SELECT crash, event AS command FROM (" + crashes + ") ANY INNER JOIN (" + commands +
+         ") USING session_id, number";
 }
 
 std::string crashes(const Filter& filter) {
   const std::string found =
       crashesOf("key AS crash, session_id, session, installation, any(" +
-                    std::string(timeOfRecord) +
-                    ") AS crash_time,"
+                    std::string(timeOfRecord) + ") AS crash_time, min(" + placeInSession +
+                    ") AS position,"
                     " any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
                     " max(count) AS copies",
                 filter)

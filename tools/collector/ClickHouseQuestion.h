@@ -46,11 +46,13 @@ inline constexpr std::string_view arrival = "(toUInt64(toUInt32(received)) * 100
 /// Such a time as a text, as clients write it.
 std::string textOfMilliseconds(const std::string& milliseconds);
 
-/// Sums up the counts of the events that meet a condition of their columns, each event once. The
-/// result has the columns `groups` and `copies`, with several rows for a group.
+/// Sums up the counts of the events that meet a condition, each event once. The result has the
+/// columns `groups` and `copies`, with several rows for a group. The condition may use only columns
+/// that the text of an event determines.
 ///
 /// `FINAL` need not merge what PREWHERE leaves out. Old versions merge in one thread, so the
-/// question has pieces, which ClickHouse answers at the same time.
+/// question has pieces, which ClickHouse answers at the same time. The count is read from the upper
+/// half of `precedence`, which `FINAL` reads anyway.
 std::string countsOfEvents(const std::string& groups, const std::string& condition,
                            const Filter& filter);
 

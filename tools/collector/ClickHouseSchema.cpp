@@ -15,6 +15,10 @@ using Columns = ClickHouseTable::Columns;
 
 constexpr int currentVersion = 1;
 
+const std::string refilling =
+    "create session_days and session_days_view with the statements of single.sql, and fill"
+    " session_days again as the manual says";
+
 const Columns common{{"key", "FixedString(24)"}, {"received", "DateTime('UTC')"},
                      {"received_ms", "UInt16"},  {"place", "UInt32"},
                      {"user", "String"},         {"count", "UInt32"},
@@ -106,6 +110,26 @@ void checkTable(ClickHouseConnection& connection, const ClickHouseTable& table, 
   }
 }
 
+bool hasSummaryView(ClickHouseConnection& connection, Deadline deadline) {
+  return connection.run(
+             "SELECT count() FROM system.tables WHERE database = currentDatabase()"
+             " AND name = 'session_days_view' AND engine = 'MaterializedView'",
+             deadline) != "0\n";
+}
+
+/// A summary that is created later would lack the events that are stored already.
+void checkSummaryOfEvents(ClickHouseConnection& connection, Deadline deadline) {
+  if (engineOf(connection, "events", deadline).empty()) {
+    return;
+  }
+  checkTable(connection, clickHouseTables().front(), deadline);
+  const bool isSummedUp = hasSummaryView(connection, deadline) &&
+                          !engineOf(connection, sessionDays().name, deadline).empty();
+  if (!isSummedUp && connection.run("SELECT count() FROM events", deadline) != "0\n") {
+    connection.fail("it has events, but no summary of them: " + refilling);
+  }
+}
+
 void checkVersion(ClickHouseConnection& connection, Deadline deadline) {
   if (engineOf(connection, "schema_version", deadline).empty()) {
     connection.fail("it has no table schema_version; --create creates the tables");
@@ -160,6 +184,7 @@ std::string insertionInto(const ClickHouseTable& table) {
 
 void createSchema(ClickHouseConnection& connection, Deadline deadline) {
   connection.runOutside("CREATE DATABASE IF NOT EXISTS " + connection.access().database, deadline);
+  checkSummaryOfEvents(connection, deadline);
   std::istringstream lines(clickHouseSchema);
   std::string statement;
   for (std::string line; std::getline(lines, line);) {
@@ -184,8 +209,8 @@ void checkSchema(ClickHouseConnection& connection, Deadline deadline) {
     checkTable(connection, table, deadline);
   }
   checkTable(connection, sessionDays(), deadline);
-  if (connection.run("EXISTS TABLE session_days_view", deadline) == "0\n") {
-    connection.fail("it has no view session_days_view; --create creates it");
+  if (!hasSummaryView(connection, deadline)) {
+    connection.fail("it has no materialised view session_days_view: " + refilling);
   }
   checkVersion(connection, deadline);
 }
