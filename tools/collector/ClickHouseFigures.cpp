@@ -69,44 +69,38 @@ Question crashesOf(const std::string& columns, const Filter& filter) {
   return eventsOf(columns, "crashed").then(" WHERE 1").ofEvents(filter);
 }
 
-/// Time and arrival of a row, in texts of one length, so they sort as the events of a session.
-const std::string placeInSession = "concat(toString(10000000000000 + " + std::string(timeOfRecord) +
-                                   "), toString(10000000000000 + " + std::string(arrival) +
-                                   "), toString(10000000000 + place))";
-
 /// The last command that was started before each crash of `found` in its session. Sessions are
-/// compared by their numbers, because their names are long. The commands of a session are numbered,
-/// and its crashes get the number of the last one before them: a join of times would compare each
-/// crash of a session with each command.
+/// compared by their numbers, because their names are long. The commands and crashes of a session
+/// are sorted together: a join of their times would compare each crash with each command.
 std::string commandsBefore(const std::string& found, const Filter& filter) {
   const std::string started =
-      eventsOf("session_id, event, " + placeInSession + " AS position", "started")
+      eventsOf("session_id, " + std::string(timeOfRecord) + " AS moment, " + std::string(arrival) +
+                   " AS arrival, place, 0 AS is_crash, toFixedString('', 24) AS key, event",
+               "started")
           .then(" AND session_id IN (" + crashesOf("session_id", filter).sql() + ")")
           .sql();
-  const std::string crashes =
-      "SELECT session_id, crash, number FROM (SELECT session_id,"
-      " arraySort(groupArray((position, is_crash, key))) AS items FROM ("
-      "SELECT session_id, position, 0 AS is_crash, toFixedString('', 24) AS key FROM (" +
-      started + ") UNION ALL SELECT session_id, position, 1 AS is_crash, crash AS key FROM (" +
-      found +
-      ") WHERE session != '') GROUP BY session_id)"
-      " ARRAY JOIN arrayMap(x -> x.3, items) AS crash, arrayMap(x -> x.2, items) AS is_crash,"
-      " arrayCumSum(x -> 1 - x.2, items) AS number WHERE is_crash";
-  const std::string commands =
-      "SELECT session_id, event, toInt64(position_number) AS number FROM (SELECT session_id,"
-      " arrayMap(x -> x.2, arraySort(groupArray((position, event)))) AS events FROM (" +
-      started +
-      ") GROUP BY session_id)"
-      " ARRAY JOIN events AS event, arrayEnumerate(events) AS position_number";
-  return "SELECT crash, event AS command FROM (" + crashes + ") ANY INNER JOIN (" + commands +
-         ") USING session_id, number";
+  const auto member = [](const std::string& number, const std::string& name) {
+    return "arrayMap(x -> x." + number + ", items) AS " + name;
+  };
+  return "SELECT arrayJoin(crashes) AS crash, command FROM (SELECT max(event) AS command,"
+         " groupArrayIf(key, is_crash = 1) AS crashes FROM (SELECT session_id,"
+         " arraySort(groupArray((moment, arrival, place, is_crash, key, event))) AS items, " +
+         member("4", "kinds") + " FROM (" + started +
+         " UNION ALL SELECT session_id, crash_time AS moment, arrival, place, 1 AS is_crash,"
+         " crash AS key, '' AS event FROM (" +
+         found + ") WHERE session != '') GROUP BY session_id) ARRAY JOIN " + member("5", "key") +
+         ", " + member("6", "event") +
+         ", kinds AS is_crash, arrayPushBack(arrayPopFront(kinds), 0) AS is_before_crash,"
+         " arrayCumSum(x -> 1 - x, kinds) AS command_number"
+         " WHERE is_crash OR is_before_crash GROUP BY session_id, command_number)";
 }
 
 std::string crashes(const Filter& filter) {
   const std::string found =
       crashesOf("key AS crash, session_id, session, installation, any(" +
-                    std::string(timeOfRecord) + ") AS crash_time, min(" + placeInSession +
-                    ") AS position,"
+                    std::string(timeOfRecord) + ") AS crash_time, min(" + std::string(arrival) +
+                    ") AS arrival, argMin(place, " + std::string(arrival) +
+                    ") AS place,"
                     " any(detail_values[indexOf(detail_keys, 'Exception Code')]) AS code,"
                     " max(count) AS copies",
                 filter)
