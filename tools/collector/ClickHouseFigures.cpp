@@ -143,19 +143,13 @@ std::string memory(const Filter& filter) {
       .sql();
 }
 
-/// An ID without braces and hyphens, in upper case.
-std::string normalized(const std::string& id) {
-  return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
-}
-
 std::string sessions(const Filter& filter) {
   Question chosen(
       "SELECT session, installation, version, first, last, multiIf(crashed, 'crashed',"
       " stopped, 'stopped', 'unknown') AS end FROM (" +
       sessionsOf(filter) + ") WHERE 1");
   if (!filter.session.empty()) {
-    chosen.then(" AND startsWith(" + normalized("session") + ", " +
-                normalized(sqlLiteral(filter.session)) + ")");
+    chosen.then(" AND " + sessionBeginsWith(filter.session));
   }
   chosen.andIf("end = ", filter.end)
       .then(" ORDER BY first DESC, session DESC, installation LIMIT " +

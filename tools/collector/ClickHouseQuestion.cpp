@@ -27,6 +27,13 @@ std::string textOfMilliseconds(const std::string& milliseconds) {
          " % 1000), 2), 'Z')";
 }
 
+std::string sessionBeginsWith(const std::string& beginning) {
+  const auto normalized = [](const std::string& id) {
+    return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
+  };
+  return "startsWith(" + normalized("session") + ", " + normalized(sqlLiteral(beginning)) + ")";
+}
+
 std::string countsOfEvents(const std::string& groups, const std::string& condition,
                            const Filter& filter) {
   // A key begins with a digest, so the pieces have about the same size.

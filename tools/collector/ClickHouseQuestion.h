@@ -46,6 +46,10 @@ inline constexpr std::string_view arrival = "(toUInt64(toUInt32(received)) * 100
 /// Such a time as a text, as clients write it.
 std::string textOfMilliseconds(const std::string& milliseconds);
 
+/// The condition that the ID of a session begins with a text. Case, hyphens and braces do not
+/// count.
+std::string sessionBeginsWith(const std::string& beginning);
+
 /// Sums up the counts of the events that meet a condition, each event once. The result has the
 /// columns `groups` and `copies`, with several rows for a group. The condition may use only columns
 /// that the text of an event determines.

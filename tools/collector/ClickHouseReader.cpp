@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/collector/ClickHouseFigures.h"
+#include "tools/collector/ClickHouseQuestion.h"
 #include "tools/collector/ClickHouseSchema.h"
 #include "tools/collector/ClickHouseText.h"
 #include "tools/collector/RowKey.h"
@@ -117,14 +118,11 @@ StoredSession ClickHouseReader::session(const std::string& id,
 std::vector<std::string> ClickHouseReader::sessionsBeginningWith(
     const std::string& beginning, std::size_t limit,
     std::chrono::steady_clock::time_point deadline) {
-  const auto normalized = [](const std::string& id) {
-    return "replaceRegexpAll(upper(" + id + "), '[-{}]', '')";
-  };
   const std::string question =
-      "SELECT DISTINCT session FROM (SELECT DISTINCT session FROM events UNION ALL"
-      " SELECT DISTINCT session FROM environments) WHERE startsWith(" +
-      normalized("session") + ", " + normalized(sqlLiteral(beginning)) +
-      ") ORDER BY length(session), session LIMIT " + std::to_string(limit);
+      "SELECT DISTINCT session FROM (SELECT DISTINCT session FROM session_days UNION ALL"
+      " SELECT DISTINCT session FROM environments) WHERE " +
+      sessionBeginsWith(beginning) + " ORDER BY length(session), session LIMIT " +
+      std::to_string(limit);
   std::vector<std::string> ids;
   for (auto& row : ask(question, deadline)) {
     ids.push_back(std::get<std::string>(std::move(row.front())));

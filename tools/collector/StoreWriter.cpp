@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "host/QelLog/LogManager.h"
@@ -19,18 +18,6 @@ constexpr auto pauseAfterFailure = 2s;
 /// The pauses between deletions of old rows: while there are more of them, and otherwise.
 constexpr auto shortPause = 50ms;
 constexpr auto longPause = 10min;
-
-void log(int level, const std::string& message) {
-  log::LogManager::instance().getLogger("qel.collector")->log(level, message);
-}
-
-std::string reasonOf(const std::exception_ptr& failure) {
-  try {
-    std::rethrow_exception(failure);
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-}
 
 std::size_t rowsOf(const Upload& upload) {
   const Package& package = upload.package;
@@ -156,35 +143,13 @@ StoreWriter::Result StoreWriter::attempt(const Uploads& uploads,
   } catch (...) {
     result = {std::current_exception(), false};
   }
-  endAttempt(result, !uploads.empty());
-  return result;
-}
-
-void StoreWriter::endAttempt(const Result& result, bool hasPackages) {
   const bool isFailure = result.failure && !result.isFaultOfUploads;
   nextCheck_ = steady_clock::now() + (isFailure ? pauseAfterFailure : settings_.idleTime);
-  logChange(isFailure ? result.failure : nullptr, hasPackages);
+  outageLog_.add(isFailure ? result.failure : nullptr, !uploads.empty());
   const utilities::MutexLock lock(mutex_);
   deadline_ = std::nullopt;
   isFailing_ = isFailure;
-}
-
-/// Logs whether the store has begun or ceased to fail. If it fails because of the size of packages,
-/// a check is no sign of its end.
-void StoreWriter::logChange(const std::exception_ptr& failure, bool hasPackages) {
-  const auto now = steady_clock::now();
-  if (failure) {
-    hasCheckFailed_ = !hasPackages;
-    if (!loggedFailure_) {
-      loggedFailure_ = now;
-      log(log::Level::Warning, "the store takes no packages: " + reasonOf(failure));
-    }
-  } else if (loggedFailure_ && (hasPackages || hasCheckFailed_)) {
-    const auto time = std::chrono::round<std::chrono::seconds>(now - *loggedFailure_);
-    loggedFailure_ = std::nullopt;
-    log(log::Level::Info,
-        "the store takes packages again, after " + std::to_string(time.count()) + " s");
-  }
+  return result;
 }
 
 void StoreWriter::removeOldRows() {
@@ -193,7 +158,9 @@ void StoreWriter::removeOldRows() {
     isMore = store_.removeSome(steadyZero_ + steady_clock::now().time_since_epoch() -
                                *settings_.retention);
   } catch (const std::exception& error) {
-    log(log::Level::Warning, std::string("cannot delete old rows: ") + error.what());
+    log::LogManager::instance()
+        .getLogger("qel.collector")
+        ->log(log::Level::Warning, std::string("cannot delete old rows: ") + error.what());
   }
   nextRemoval_ = steady_clock::now() + (isMore ? std::chrono::milliseconds(shortPause) : longPause);
 }

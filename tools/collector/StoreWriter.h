@@ -11,19 +11,19 @@
 #include <vector>
 
 #include "host/QelUtilities/Mutex.h"
+#include "tools/collector/OutageLog.h"
 #include "tools/collector/Store.h"
 #include "tools/collector/WriterSettings.h"
 
 namespace qel::collector {
 
 /// The one thread that uses the store. It stores all packages that wait in one transaction, and
-/// then calls the functions that were passed with them. It logs when the store begins and ceases to
-/// fail.
+/// then calls the functions that were passed with them.
 ///
 /// **Destruction** ends the transaction in progress within its deadline, and fails the packages
 /// that wait.
 ///
-/// **Threads.** All operations are thread-safe.
+/// **Log.** As `OutageLog`. **Threads.** All operations are thread-safe.
 class StoreWriter {
  public:
   /// Called on the writer's thread: with null when the package is durable, otherwise with the
@@ -61,8 +61,6 @@ class StoreWriter {
   void waitForRows(utilities::MutexLock& lock) QEL_REQUIRES(mutex_);
   void store(const Batch& batch);
   Result attempt(const Uploads& uploads, std::chrono::steady_clock::time_point deadline);
-  void endAttempt(const Result& result, bool hasPackages);
-  void logChange(const std::exception_ptr& failure, bool hasPackages);
   void removeOldRows();
 
   Store& store_;
@@ -75,9 +73,7 @@ class StoreWriter {
   std::size_t largestWrite_;
   std::chrono::steady_clock::time_point nextRemoval_;
   std::chrono::steady_clock::time_point nextCheck_;
-  /// When the failure began that was logged last, until the end of that failure is logged.
-  std::optional<std::chrono::steady_clock::time_point> loggedFailure_;
-  bool hasCheckFailed_ = false;
+  OutageLog outageLog_;
 
   mutable utilities::Mutex mutex_;
   utilities::Condition changed_;
