@@ -4,7 +4,6 @@
 #include <fstream>
 #include <iostream>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -14,6 +13,7 @@
 #include "benchmarks/collector/Load.h"
 #include "benchmarks/collector/RawStore.h"
 #include "host/QelUtilities/Exception.h"
+#include "tools/collector/ApiText.h"
 #include "tools/collector/OpenStore.h"
 #include "tools/common/Program.h"
 
@@ -85,25 +85,6 @@ void printRawStore(const std::string& store, std::uint64_t rows, std::size_t row
   std::cout << figures << std::endl;
 }
 
-nlohmann::json jsonOf(const collector::ResultTable& table) {
-  auto rows = nlohmann::json::array();
-  for (const auto& row : table.rows) {
-    auto& cells = rows.emplace_back(nlohmann::json::array());
-    for (const collector::Cell& cell : row) {
-      if (const auto* const text = std::get_if<std::string>(&cell)) {
-        cells.push_back(*text);
-      } else if (const auto* const number = std::get_if<std::int64_t>(&cell)) {
-        cells.push_back(*number);
-      } else if (const auto* const share = std::get_if<double>(&cell)) {
-        cells.push_back(*share);
-      } else {
-        cells.push_back(nullptr);
-      }
-    }
-  }
-  return rows;
-}
-
 /// Prints the answer of each figure of the overview, and its milliseconds in each round.
 void printFigures(const collector::StoreOptions& store, const collector::Filter& filter,
                   std::size_t rounds) {
@@ -117,7 +98,8 @@ void printFigures(const collector::StoreOptions& store, const collector::Filter&
       const auto table = reader->read(name, filter, begin + std::chrono::minutes(10));
       const std::chrono::duration<double, std::milli> time = steady_clock::now() - begin;
       figures[name]["ms"].push_back(time.count());
-      figures[name]["rows"] = jsonOf(table);
+      figures[name]["rows"] =
+          nlohmann::json::parse(collector::jsonPage(name, table).text).at("rows");
     }
   }
   std::cout << figures << std::endl;

@@ -25,7 +25,9 @@ constexpr std::uint64_t megabyte = 1'000'000;
 /// when the store is closed, because that takes long.
 constexpr std::uint64_t largestLog = 256 * megabyte;
 
-/// In kilobytes. The pages that are changed often must fit, or each row costs several reads.
+/// The pages that are changed often must fit into the cache (in kilobytes), or each row costs
+/// several reads. The log is moved into the file at 16,000 pages, because that moves a page only
+/// once that several transactions have changed.
 constexpr const char* settings = R"(
   PRAGMA journal_mode = WAL;
   PRAGMA cache_size = -64000;
